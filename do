@@ -1,0 +1,74 @@
+#!/usr/bin/env bash
+# One entry for everything: ./do help lists the subcommands.
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")"
+
+packages=(build-essential cmake ninja-build pkg-config git
+    libopencv-core-dev libopencv-imgproc-dev libhwy-dev
+    libgtest-dev libgmock-dev libbenchmark-dev libfftw3-dev
+    libopenimageio-dev libcli11-dev)
+
+say() { printf '\033[1m%s\033[0m\n' "$*" >&2; }
+die() { printf 'do: %s\n' "$*" >&2; exit 1; }
+
+missing_packages() {
+    dpkg-query -W -f='${Package} ${db:Status-Status}\n' "$@" 2>/dev/null |
+        awk '$2 == "installed" { print $1 }' | sort -u >"${TMPDIR:-/tmp}/velorn-installed.$$"
+    printf '%s\n' "$@" | sort -u | comm -23 - "${TMPDIR:-/tmp}/velorn-installed.$$"
+    rm -f "${TMPDIR:-/tmp}/velorn-installed.$$"
+}
+
+install_packages() {
+    local missing
+    missing=$(missing_packages "$@")
+    [ -n "$missing" ] || return 0
+    say "Installing: $(echo $missing)"
+    local as_root=()
+    if [ "$(id -u)" -ne 0 ]; then
+        command -v sudo >/dev/null || die "not root and no sudo: install these packages: $(echo $missing)"
+        as_root=(sudo)
+    fi
+    "${as_root[@]}" apt-get update -qq
+    # shellcheck disable=SC2086
+    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq $missing >/dev/null
+}
+
+build() {
+    local preset=$1
+    install_packages "${packages[@]}"
+    cmake --preset "$preset" >/dev/null
+    cmake --build --preset "$preset"
+}
+
+command_build() { build "${1:-release}"; }
+
+command_test() {
+    build release
+    ctest --preset release "$@"
+}
+
+command_sanitize() {
+    for preset in asan ubsan; do
+        build "$preset"
+        ctest --preset "$preset"
+    done
+}
+
+command_format() {
+    install_packages clang-format
+    git ls-files '*.cpp' '*.h' '*.c' | xargs clang-format -i
+}
+
+command_help() {
+    cat <<'TEXT'
+./do test       install what is missing, build, run all tests
+./do build      build only (./do build debug|asan|ubsan for the other presets)
+./do sanitize   run all tests under the address and the undefined-behaviour sanitizer
+./do format     lay out the code with clang-format
+TEXT
+}
+
+subcommand=${1:-help}
+shift || true
+declare -F "command_$subcommand" >/dev/null || die "no such subcommand: $subcommand (see ./do help)"
+"command_$subcommand" "$@"

@@ -1,0 +1,240 @@
+/*
+ * velorncore10: restores sharpness in photographs.
+ *
+ * Three things for a host application:
+ *   - it deblurs and sharpens an image with a known blur kernel       (ornDeblurSharpen)
+ *   - it makes blur kernels, or estimates one from the image itself   (ornCreateKernel,
+ * ornBlurEstimate)
+ *   - it turns host pixels into display pixels and between scales     (PSImage2QImage, ...)
+ *
+ * The host owns all memory. The library keeps no pointer after a call returns, frees nothing of the
+ * host's and never writes through a source pointer. Records are plain data; integers are 32-bit
+ * signed, floats are IEEE single precision.
+ *
+ * What the host must see to, because no call can check it:
+ *   - Pointers are valid for the sizes and steps given, and buffers of source and target do not
+ *     overlap. KernelRecord.data is large enough for what is written into it.
+ *   - Guarded calls (ornDeblurSharpen, ornBlurEstimate, ornCreateKernel) come from one thread at a
+ *     time. The guard is a plain byte: it turns away a call made while another runs (from inside
+ * the progress callback, say), not two threads that enter in the same instant.
+ *   - ornDeblurSharpen needs a ProgressRecord (a null pointer is a crash); its callback may be
+ * null.
+ *
+ * Sixteen-bit images hold a 15-bit scale: black is 0, white is 32768.
+ */
+#ifndef VELORNCORE10_H
+#define VELORNCORE10_H
+
+#include <stdint.h>
+
+#if defined(_WIN32)
+#define VELORN_CALL __cdecl
+#if defined(VELORNCORE10_BUILD)
+#define VELORN_API __declspec(dllexport)
+#else
+#define VELORN_API
+#endif
+#else
+#define VELORN_CALL
+#define VELORN_API __attribute__((visibility("default")))
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* ---- Status codes of the guarded calls ------------------------------------------------------- */
+
+enum {
+    /* Finished. Also the answer, with nothing done, of a library that is busy with another call. */
+    VELORN_OK = 1,
+    /* Cancelled by the progress callback. Target rows already written stay in the target. */
+    VELORN_CANCELLED = 0,
+    /* ornCreateKernel: no data pointer, or an unknown type.  Display: not a colour format. */
+    VELORN_BAD_ARGUMENT = -3,
+    /* A failure with a text: see getErrMsg. */
+    VELORN_TEXT_FAILURE = -5,
+    /* Out of memory, or a failure inside a dependency. */
+    VELORN_FAILURE = -1000,
+    /* A kernel too large for the tiles: the walk over the image could not move on. */
+    VELORN_TILE_GAP = -899,
+    /* An image without pixels, or scratch memory that could not be had. */
+    VELORN_NO_PIXELS = -898,
+    /* Scratch memory was found overwritten. */
+    VELORN_GUARD_DAMAGED = -897,
+    /* The workspace of the detail stage could not be allocated. */
+    VELORN_SMOOTHER_MEMORY = -880,
+    /* PSImage2QImage: a failure of any type; the display buffer may be partly written. */
+    VELORN_DISPLAY_FAILURE = -1001,
+    /* PSImageICC2QImage: a failure of any type in the colour pass. */
+    VELORN_COLOUR_FAILURE = -500
+};
+
+/* ---- Pixel formats --------------------------------------------------------------------------- */
+
+/* Interleaved host pixels. In the four-channel formats the first element is alpha. 2 and 4 are
+ * invalid. */
+enum {
+    psC3U8 = 1,  /* R G B, 8 bits each */
+    psC3U16 = 3, /* R G B, 16 bits each, 0..32768 */
+    psC4U8 = 5,  /* A R G B, 8 bits each */
+    psC4U16 = 6, /* A R G B, 16 bits each, 0..32768 */
+    psC1U8 = 7,  /* grey, 8 bits */
+    psC1U16 = 8  /* grey, 16 bits, 0..32768 */
+};
+
+/* ---- Records --------------------------------------------------------------------------------- */
+
+/* Told how far a call has come: `current` of `limit`. Zero asks for cancellation, which only
+ * ornDeblurSharpen honours; any other result means go on. ornDeblurSharpen calls it on the thread
+ * that made the call; ornBlurEstimate may call it on another thread. */
+typedef int32_t(VELORN_CALL* ProgressCallback)(int32_t current, int32_t limit, void* userData);
+
+/* The host's progress account, read and updated during a call. */
+typedef struct ProgressRecord {
+    int32_t total;             /* progress units that this call is to spend */
+    int32_t limit;             /* `current` never passes it; second argument of the callback */
+    ProgressCallback callback; /* may be null */
+    void* userData;            /* handed to the callback; when null, no callback is made at all */
+    int32_t current;           /* running counter: the library adds to it and leaves it there */
+} ProgressRecord;
+
+/* Source and target of ornDeblurSharpen: separate buffers of equal size, three interleaved
+ * channels. */
+typedef struct ImageRecord {
+    int32_t format;     /* 1: 8 bits a channel; every other value: 16 bits a channel */
+    const void* source; /* first pixel of the source */
+    int32_t sourceStep; /* bytes from one source row to the next */
+    void* target;       /* first pixel of the target */
+    int32_t targetStep; /* bytes from one target row to the next */
+    int32_t width;      /* pixels per row of both images */
+    int32_t height;     /* rows of both images */
+} ImageRecord;
+
+/* One image that is only read. */
+typedef struct PlaneRecord {
+    int32_t format;   /* psC3U8 ... */
+    const void* data; /* first pixel */
+    int32_t step;     /* bytes from one row to the next */
+    int32_t width;    /* pixels per row */
+    int32_t height;   /* rows */
+} PlaneRecord;
+
+/* A blur kernel: `width` times `height` floats, row after row without padding, sum 1, odd sides.
+ * The centre is always (height / 2, width / 2); the anchors are carried for the host alone. */
+typedef struct KernelRecord {
+    int32_t width;   /* columns */
+    int32_t height;  /* rows */
+    int32_t anchorX; /* centre column */
+    int32_t anchorY; /* centre row */
+    float* data;     /* the host's memory */
+} KernelRecord;
+
+/* Source and target ICC profiles as blocks of memory. A missing one (null pointer or size below 1)
+ * stands for sRGB. */
+typedef struct PSProfilesRecord {
+    const void* inData;  /* profile of the picture */
+    int32_t inSize;      /* its bytes */
+    const void* outData; /* profile of the display */
+    int32_t outSize;     /* its bytes */
+} PSProfilesRecord;
+
+/* ---- Restoration ----------------------------------------------------------------------------- */
+
+/* Deblurs and sharpens image->source into image->target.
+ *
+ * kernel          the blur. Keep its larger side below (tile - 48) / 4, where the tile is 256 for
+ *                 images of up to 256 pixels on the larger side, 1024 for 513 to 1024, 512 for all
+ *                 others: a kernel that leaves no room in the tile ends with VELORN_TILE_GAP.
+ * deconvolve      0 leaves the deconvolution out (the kernel then only sets a margin and its data
+ *                 may be null)
+ * deconvLambda    strength: how hard the result follows the kernel; noise rises with it. Sensible:
+ *                 500 (noisy) to 50000 (clean)
+ * deconvAlpha     0..1 (cut to it), exponent of the gradient prior; 0.5 suits photographs
+ * limitStrength   0 lets overshoot at edges through, 1 holds it to what the neighbourhood shows;
+ *                 below 0.1 the limiter is off
+ * edgeRadius      pixels, base radius of edge sharpening; 0.4 and below leave the picture as it is
+ * edgeSlope, edgeGain
+ *                 edge sharpening runs when either is above 1.01; gain is the strength everywhere,
+ *                 slope what is added beside edges
+ * edgeFloor       0.00001 and up: higher values calm the slope's part in flat regions
+ * detailGain, detailGamma
+ *                 detail enhancement runs when either is above 0.01. gain -1..1 and more; gamma
+ *                 above 0 lifts fine detail and holds strong detail back
+ *
+ * NaN and infinite settings are legal and never crash. Returns VELORN_OK, VELORN_CANCELLED or a
+ * negative status. Thread-safety: see the head of this file; the call itself uses several threads.
+ */
+VELORN_API int32_t VELORN_CALL ornDeblurSharpen(ProgressRecord* progress, ImageRecord* image,
+                                                KernelRecord* kernel, int32_t deconvolve,
+                                                float deconvLambda, float deconvAlpha,
+                                                float limitStrength, float edgeRadius,
+                                                float edgeSlope, float edgeGain, float edgeFloor,
+                                                float detailGain, float detailGamma);
+
+/* Estimates the blur kernel of an image blindly, from the image alone.
+ *
+ * progress   must exist; its callback may be null. The callback's result is ignored.
+ * image      psC3U8, or three 16-bit channels with any other format code
+ * kernel     width and height say how large a kernel to look for (odd sides; an even one is solved
+ *            one larger and loses its last row or column); that many floats are written to data.
+ *            A side below 1 zeroes the record's first four fields and returns VELORN_OK.
+ * strength   0.2..2 softens the last edge image with that sigma; below 0.2 is off
+ *
+ * An image without edges yields a kernel of not-a-number values: test data[0] == data[0].
+ * A kernel of an asymmetric blur may come back turned by 180 degrees: the picture does not say
+ * which way round it was. Hosts restore a piece of the picture with both and keep the better one.
+ */
+VELORN_API int32_t VELORN_CALL ornBlurEstimate(ProgressRecord* progress, PlaneRecord* image,
+                                               KernelRecord* kernel, float strength);
+
+/* Makes an analytic kernel and fills the whole record. data must hold as many floats as given here.
+ *
+ * type 0   Gaussian, paramA = standard deviation; n by n with n = 2 * trunc(3 * paramA + 0.5) + 1
+ * type 1   disc (lens out of focus), paramA = radius; n = 2 * trunc(paramA + 0.5) + 1
+ * type 2   straight motion, paramA = length, paramB = angle in degrees, rising to the right;
+ *          at most n by n with n = 2 * trunc(max(1, paramA) / 2 + 1) + 1
+ *
+ * Returns VELORN_OK, or VELORN_BAD_ARGUMENT for a null data pointer or another type. */
+VELORN_API int32_t VELORN_CALL ornCreateKernel(int32_t type, float paramA, float paramB,
+                                               KernelRecord* kernel);
+
+/* The text of the last guarded call that returned VELORN_TEXT_FAILURE; empty otherwise. Valid until
+ * the next guarded call. The text may carry one stale character at its end. */
+VELORN_API const char* VELORN_CALL getErrMsg(void);
+
+/* Kept for hosts that call them: without effect, always 0. setDebugTrace reads no argument. */
+VELORN_API int32_t VELORN_CALL velSetupLib(int32_t first, int32_t second);
+#ifdef __cplusplus
+VELORN_API int32_t VELORN_CALL setDebugTrace(...);
+#else
+VELORN_API int32_t VELORN_CALL setDebugTrace();
+#endif
+
+/* ---- Display and scales (no guard, no error text, any thread) -------------------------------- */
+
+/* Writes a colour image as display pixels: bytes blue, green, red, 255. A scale from 0.99 to 1.01
+ * copies the overlap of image and target; any other scale resamples. Formats with three colours
+ * only: else VELORN_BAD_ARGUMENT. */
+VELORN_API int32_t VELORN_CALL PSImage2QImage(PlaneRecord* image, void* dst, int32_t dstStep,
+                                              int32_t dstWidth, int32_t dstHeight, float scale);
+
+/* PSImage2QImage, then from the source profile to the target profile. 0: a profile or the transform
+ * was refused, and the target shows the picture without colour management. */
+VELORN_API int32_t VELORN_CALL PSImageICC2QImage(PSProfilesRecord* profiles, PlaneRecord* image,
+                                                 void* dst, int32_t dstStep, int32_t dstWidth,
+                                                 int32_t dstHeight, float scale);
+
+/* One channel, 8 bits to the 15-bit scale: out = (v + 1) * 128. Steps in bytes; always 1. */
+VELORN_API int32_t VELORN_CALL psC1U8toU15(const void* src, int32_t srcStep, int32_t width,
+                                           int32_t height, void* dst, int32_t dstStep);
+
+/* The exact inverse of psC1U8toU15 on its 256 levels, rounding between them. Always 1. */
+VELORN_API int32_t VELORN_CALL psC1U15toU8(const void* src, int32_t srcStep, int32_t width,
+                                           int32_t height, void* dst, int32_t dstStep);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif
