@@ -1,0 +1,16 @@
+#pragma once
+
+namespace vel {
+
+/// Normalised Gaussian taps: `size` floats around the middle, sum 1.
+/// @param size odd; an even or non-positive size fails before anything is written
+/// @param sigma standard deviation in taps; 0 gives a not-a-number middle tap
+/// @throws const char* "gaussian1D - (s2*2+1 != size)"
+void gaussian1D(float* out, int size, float sigma);
+
+/// Gaussian taps in fixed point, 4096 at the middle, for integer filters. They are not normalised:
+/// `*sum` receives what to divide by. Far taps may be zero.
+/// @throws const char* as the float form does
+void gaussian1D(int* out, int* sum, int size, float sigma);
+
+} // namespace vel
