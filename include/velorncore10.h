@@ -193,7 +193,7 @@ VELORN_API int32_t VELORN_CALL ornBlurEstimate(ProgressRecord* progress, PlaneRe
  * type 0   Gaussian, paramA = standard deviation; n by n with n = 2 * trunc(3 * paramA + 0.5) + 1
  * type 1   disc (lens out of focus), paramA = radius; n = 2 * trunc(paramA + 0.5) + 1
  * type 2   straight motion, paramA = length, paramB = angle in degrees, rising to the right;
- *          at most n by n with n = 2 * trunc(max(1, paramA) / 2 + 1) + 1
+ *          at most n by n with n = 2 * trunc((max(1, paramA) + 1) / 2) + 1
  *
  * Returns VELORN_OK, or VELORN_BAD_ARGUMENT for a null data pointer or another type. */
 VELORN_API int32_t VELORN_CALL ornCreateKernel(int32_t type, float paramA, float paramB,

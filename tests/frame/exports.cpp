@@ -1,0 +1,146 @@
+// Frame, kernel and export-list behaviour, as a host sees it through the shared library.
+#include "LoadedLibrary.h"
+
+#include <cmath>
+#include <cstdio>
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+#include <xmmintrin.h>
+
+namespace {
+
+using vel::test::LoadedLibrary;
+
+struct Kernel {
+    explicit Kernel(std::size_t capacity = 4096) : values(capacity, -1.0f) {
+        record.data = values.data();
+    }
+    std::vector<float> values;
+    KernelRecord record{-11, -12, -13, -14, nullptr};
+};
+
+class Exports : public ::testing::Test {
+protected:
+    LoadedLibrary library;
+    decltype(ornCreateKernel)* createKernel = VELORN_FIND(library, ornCreateKernel);
+    decltype(getErrMsg)* errorMessage = VELORN_FIND(library, getErrMsg);
+};
+
+std::set<std::string> exportedSymbols() {
+    const std::string command =
+        std::string("nm -D --defined-only --format=posix '") + VELORN_LIBRARY + "'";
+    std::set<std::string> names;
+    const std::unique_ptr<FILE, int (*)(FILE*)> pipe(popen(command.c_str(), "r"), pclose);
+    char line[512];
+    while (pipe && std::fgets(line, sizeof line, pipe.get()) != nullptr) {
+        names.emplace(std::string(line).substr(0, std::string(line).find(' ')));
+    }
+    return names;
+}
+
+TEST_F(Exports, AreTheDocumentedFunctionsAndNothingElse) {
+    const std::set<std::string> expected{"ornCreateKernel", "velSetupLib", "setDebugTrace",
+                                         "getErrMsg"};
+    EXPECT_EQ(exportedSymbols(), expected);
+}
+
+TEST_F(Exports, SetupAndTraceReturnZeroAndChangeNothing) {
+    auto* const setup = VELORN_FIND(library, velSetupLib);
+    auto* const trace = VELORN_FIND(library, setDebugTrace);
+    EXPECT_EQ(setup(-1, 0), 0);
+    EXPECT_EQ(setup(4, 4), 0);
+    EXPECT_EQ(trace(), 0);
+    EXPECT_EQ(trace(1, "anything", 2.0), 0);
+    EXPECT_STREQ(errorMessage(), "");
+}
+
+TEST_F(Exports, CreateKernelWithoutDataIsRefusedAndLeavesTheOtherFields) {
+    KernelRecord record{-11, -12, -13, -14, nullptr};
+    EXPECT_EQ(createKernel(0, 1.0f, 0.0f, &record), VELORN_BAD_ARGUMENT);
+    EXPECT_EQ(record.width, -11);
+    EXPECT_EQ(record.height, -12);
+    EXPECT_EQ(record.anchorX, -13);
+    EXPECT_EQ(record.anchorY, -14);
+    EXPECT_STREQ(errorMessage(), "");
+    EXPECT_EQ(createKernel(0, 1.0f, 0.0f, nullptr), VELORN_BAD_ARGUMENT);
+}
+
+TEST_F(Exports, CreateKernelOfUnknownTypeIsRefusedAndLeavesTheRecord) {
+    for (const int32_t type : {3, -1, 100}) {
+        Kernel kernel;
+        EXPECT_EQ(createKernel(type, 1.0f, 0.0f, &kernel.record), VELORN_BAD_ARGUMENT);
+        EXPECT_EQ(kernel.record.width, -11);
+        EXPECT_EQ(kernel.record.anchorY, -14);
+        EXPECT_EQ(kernel.values[0], -1.0f);
+    }
+}
+
+TEST_F(Exports, CreateKernelFillsTheRecordWithoutRowPadding) {
+    Kernel kernel;
+    ASSERT_EQ(createKernel(2, 5.0f, 90.0f, &kernel.record), VELORN_OK);
+    EXPECT_EQ(kernel.record.width, 3);
+    EXPECT_EQ(kernel.record.height, 5);
+    EXPECT_EQ(kernel.record.anchorX, 1);
+    EXPECT_EQ(kernel.record.anchorY, 2);
+    for (std::size_t row = 0; row < 5; ++row) {
+        EXPECT_NEAR(kernel.values[3 * row + 1], 0.2, 1e-5);
+    }
+    EXPECT_EQ(kernel.values[15], -1.0f);
+}
+
+TEST_F(Exports, CreateKernelMakesEachShape) {
+    Kernel gaussian;
+    ASSERT_EQ(createKernel(0, 1.0f, 99.0f, &gaussian.record), VELORN_OK);
+    EXPECT_EQ(gaussian.record.width, 7);
+    Kernel disc;
+    ASSERT_EQ(createKernel(1, 1.0f, 99.0f, &disc.record), VELORN_OK);
+    EXPECT_EQ(disc.record.width, 3);
+    EXPECT_NEAR(disc.values[4], 0.31831, 1e-5);
+    EXPECT_NEAR(disc.values[1], 0.14534, 1e-5);
+    EXPECT_NEAR(disc.values[0], 0.02508, 1e-5);
+    Kernel line;
+    ASSERT_EQ(createKernel(2, 5.0f, 0.0f, &line.record), VELORN_OK);
+    EXPECT_EQ(line.record.width, 5);
+    EXPECT_EQ(line.record.height, 1);
+    for (std::size_t x = 0; x < 5; ++x) {
+        EXPECT_FLOAT_EQ(line.values[x], 0.2f);
+    }
+}
+
+TEST_F(Exports, KernelThatNoMemoryHoldsIsAFailureThatLeavesTheLibraryIdle) {
+    Kernel kernel;
+    EXPECT_EQ(createKernel(0, INFINITY, 0.0f, &kernel.record), VELORN_FAILURE);
+    EXPECT_EQ(createKernel(1, 1e9f, 0.0f, &kernel.record), VELORN_FAILURE);
+    EXPECT_EQ(createKernel(2, 1e9f, 45.0f, &kernel.record), VELORN_FAILURE);
+    EXPECT_EQ(kernel.record.width, -11);
+    EXPECT_EQ(createKernel(2, 5.0f, 0.0f, &kernel.record), VELORN_OK);
+}
+
+TEST_F(Exports, NotANumberArgumentsAreSurvived) {
+    for (const int32_t type : {0, 1, 2}) {
+        Kernel kernel;
+        EXPECT_EQ(createKernel(type, NAN, NAN, &kernel.record), VELORN_OK);
+        EXPECT_EQ(kernel.record.width, 1);
+        EXPECT_EQ(kernel.record.height, 1);
+    }
+}
+
+TEST(Attach, LeavesTheAttachingThreadFlushingDenormals) {
+    constexpr unsigned kDenormalsAreZero = 1u << 6;
+    constexpr unsigned kUnderflowMasked = 1u << 11;
+    constexpr unsigned kFlushToZero = 1u << 15;
+    const unsigned before = _mm_getcsr();
+    _mm_setcsr(before & ~(kDenormalsAreZero | kFlushToZero));
+    {
+        const LoadedLibrary library;
+        const unsigned after = _mm_getcsr();
+        EXPECT_NE(after & kDenormalsAreZero, 0u);
+        EXPECT_NE(after & kUnderflowMasked, 0u);
+        EXPECT_NE(after & kFlushToZero, 0u);
+    }
+    _mm_setcsr(before);
+}
+
+} // namespace
