@@ -1,0 +1,20 @@
+#pragma once
+
+#include "velorncore10.h"
+
+#include <cstdint>
+
+namespace vel {
+
+/// Sets `current` to `value`, cut to `limit`, and tells the host when both callback and user data
+/// are there.
+/// @return false when a callback was made and asks for cancellation
+inline bool notifyProgress(ProgressRecord& progress, std::int64_t value) {
+    progress.current = value > progress.limit ? progress.limit : static_cast<std::int32_t>(value);
+    if (progress.callback == nullptr || progress.userData == nullptr) {
+        return true;
+    }
+    return progress.callback(progress.current, progress.limit, progress.userData) != 0;
+}
+
+} // namespace vel
