@@ -1,0 +1,209 @@
+#include "velimproclib/primitives/Resampling.h"
+
+#include "tests/support/EachTarget.h"
+#include "tests/support/GuardedPlane.h"
+
+#include <gtest/gtest.h>
+#include <opencv2/imgproc.hpp>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <cstdlib>
+#include <limits>
+#include <random>
+
+namespace vel {
+namespace {
+
+using test::forEachTarget;
+using test::GuardedPlane;
+using Plane = GuardedPlane<std::uint8_t>;
+
+Status resize(const Plane& src, const PixelRect& rect, Plane& dst, double xFactor, double yFactor) {
+    return resizeU8(src.data(), src.width(), src.height(), src.step(), rect, dst.data(), dst.step(),
+                    dst.width(), dst.height(), xFactor, yFactor, kLinear);
+}
+
+Status resize(const Plane& src, Plane& dst, double xFactor, double yFactor) {
+    return resize(src, {0, 0, src.width(), src.height()}, dst, xFactor, yFactor);
+}
+
+struct Tap {
+    int first;
+    int second;
+    std::int64_t weight;
+};
+
+Tap tapAt(int i, double factor, int length) {
+    const double position = (i + 0.5) / factor - 0.5;
+    const double inside = std::clamp(position, 0.0, length - 1.0);
+    const int first = static_cast<int>(std::floor(inside));
+    return {first, std::min(first + 1, length - 1), std::llround((inside - first) * 16384.0)};
+}
+
+int interpolated(const Plane& src, const PixelRect& rect, int x, int y, double xFactor,
+                 double yFactor) {
+    const Tap across = tapAt(x, xFactor, rect.w);
+    const Tap down = tapAt(y, yFactor, rect.h);
+    const auto alongRow = [&](int row) {
+        const std::int64_t left = src.at(rect.x + across.first, rect.y + row);
+        const std::int64_t right = src.at(rect.x + across.second, rect.y + row);
+        return (left * (16384 - across.weight) + right * across.weight + 64) >> 7;
+    };
+    return static_cast<int>((alongRow(down.first) * (16384 - down.weight) +
+                             alongRow(down.second) * down.weight + (1 << 20)) >>
+                            21);
+}
+
+Plane noise(int w, int h, unsigned seed) {
+    std::mt19937 random(seed);
+    std::uniform_int_distribution<int> pixel(0, 255);
+    Plane plane(w, h, static_cast<int>(seed % 5), static_cast<int>(seed % 3));
+    plane.fill([&] { return pixel(random); });
+    return plane;
+}
+
+TEST(Resampling, EqualsTheDefinitionOnEveryVariant) {
+    std::mt19937 random(91);
+    std::uniform_int_distribution<int> side(1, 67);
+    std::uniform_real_distribution<double> factor(0.1, 4.0);
+    for (unsigned i = 0; i < 24; ++i) {
+        const int w = i == 0 ? 1 : i == 1 ? 900 : side(random);
+        const int h = i == 0 ? 1 : i == 1 ? 5 : side(random);
+        const Plane src = noise(w, h, i);
+        const double xFactor = i == 1 ? 2.5 : factor(random);
+        const double yFactor = factor(random);
+        const PixelRect rect{w / 3, h / 4, w - w / 3, h - h / 4};
+        const int extentW = static_cast<int>(std::floor(w * xFactor + 0.0000001));
+        const int extentH = static_cast<int>(std::floor(h * yFactor + 0.0000001));
+        forEachTarget([&] {
+            Plane dst(std::max(1, extentW + static_cast<int>(i % 3) - 1), extentH + 2, 3, 1);
+            dst.fill([] { return 77; });
+            ASSERT_EQ(kOk, resize(src, rect, dst, xFactor, yFactor));
+            EXPECT_TRUE(dst.intact());
+            for (int y = 0; y < dst.height(); ++y) {
+                for (int x = 0; x < dst.width(); ++x) {
+                    const int expected = x < extentW && y < extentH
+                                             ? interpolated(src, rect, x, y, xFactor, yFactor)
+                                             : 77;
+                    ASSERT_EQ(expected, dst.at(x, y)) << x << ',' << y;
+                }
+            }
+        });
+    }
+}
+
+TEST(Resampling, AgreesWithTheFieldsBilinearResamplerWithinOneLevel) {
+    for (const double factor : {0.25, 0.37, 0.5, 0.75, 1.02, 1.5, 2.0, 3.3}) {
+        const Plane src = noise(83, 61, 3);
+        const int w = static_cast<int>(std::floor(83 * factor + 0.0000001));
+        const int h = static_cast<int>(std::floor(61 * factor + 0.0000001));
+        Plane dst(w, h);
+        ASSERT_EQ(kOk, resize(src, dst, factor, factor));
+        const cv::Mat source(61, 83, CV_8UC1, const_cast<std::uint8_t*>(src.data()),
+                             static_cast<std::size_t>(src.step()));
+        cv::Mat reference;
+        cv::resize(source, reference, cv::Size(), factor, factor, cv::INTER_LINEAR);
+        for (int y = 0; y < std::min(h, reference.rows); ++y) {
+            for (int x = 0; x < std::min(w, reference.cols); ++x) {
+                ASSERT_LE(std::abs(reference.at<std::uint8_t>(y, x) - dst.at(x, y)), 1)
+                    << factor << ": " << x << ',' << y;
+            }
+        }
+    }
+}
+
+TEST(Resampling, AFactorOfOneCopies) {
+    const Plane src = noise(67, 13, 5);
+    Plane dst(67, 13);
+    ASSERT_EQ(kOk, resize(src, dst, 1.0, 1.0));
+    EXPECT_TRUE(dst.sameBits(src));
+}
+
+TEST(Resampling, FlatPlanesStayFlat) {
+    Plane src(9, 7);
+    for (const int level : {0, 1, 128, 255}) {
+        src.fill([&] { return level; });
+        Plane dst(23, 18);
+        ASSERT_EQ(kOk, resize(src, dst, 2.6, 2.6));
+        for (int y = 0; y < 18; ++y) {
+            for (int x = 0; x < 23; ++x) {
+                ASSERT_EQ(level, dst.at(x, y));
+            }
+        }
+    }
+}
+
+TEST(Resampling, ALengthThatMissesAWholeNumberByRoundingCountsAsWhole) {
+    const Plane src = noise(10, 10, 6);
+    Plane dst(8, 8);
+    dst.fill([] { return 77; });
+    const double justBelow = std::nextafter(0.7, 0.0);
+    ASSERT_EQ(kOk, resize(src, dst, justBelow, justBelow));
+    EXPECT_EQ(interpolated(src, {0, 0, 10, 10}, 6, 6, justBelow, justBelow), dst.at(6, 6));
+    EXPECT_EQ(77, dst.at(7, 6));
+    EXPECT_EQ(77, dst.at(6, 7));
+}
+
+TEST(Resampling, HugeFactorsFillTheTargetFromTheFirstPixel) {
+    const Plane src = noise(10, 10, 7);
+    for (const double factor : {1e12, 1e300, std::numeric_limits<double>::max(),
+                                std::numeric_limits<double>::infinity()}) {
+        Plane dst(5, 5);
+        ASSERT_EQ(kOk, resize(src, dst, factor, factor));
+        EXPECT_TRUE(dst.intact());
+        EXPECT_EQ(src.at(0, 0), dst.at(0, 0));
+        EXPECT_EQ(src.at(0, 0), dst.at(4, 4));
+    }
+}
+
+TEST(Resampling, TinyFactorsGiveNoPixelAndNoError) {
+    const Plane src = noise(10, 10, 8);
+    for (const double factor : {0.05, 1e-300, std::numeric_limits<double>::denorm_min()}) {
+        Plane dst(5, 5);
+        dst.fill([] { return 77; });
+        EXPECT_EQ(kOk, resize(src, dst, factor, factor));
+        EXPECT_EQ(77, dst.at(0, 0));
+    }
+}
+
+TEST(Resampling, TheRectangleIsCutToTheImage) {
+    const Plane src = noise(10, 10, 9);
+    Plane whole(10, 10);
+    Plane cut(10, 10);
+    ASSERT_EQ(kOk, resize(src, whole, 1.0, 1.0));
+    ASSERT_EQ(kOk, resize(src, {-5, -3, std::numeric_limits<int>::max(), 100}, cut, 1.0, 1.0));
+    EXPECT_TRUE(whole.sameBits(cut));
+    EXPECT_EQ(kBadSize, resize(src, {10, 0, 5, 5}, cut, 1.0, 1.0));
+    EXPECT_EQ(kBadSize, resize(src, {std::numeric_limits<int>::max(), 0, 5, 5}, cut, 1.0, 1.0));
+}
+
+TEST(Resampling, RefusalsComeInOrderAndWriteNothing) {
+    const Plane src = noise(4, 4, 10);
+    Plane dst(4, 4);
+    dst.fill([] { return 77; });
+    const PixelRect all{0, 0, 4, 4};
+    const auto call = [&](const std::uint8_t* s, int srcW, int srcStep, const PixelRect& rect,
+                          int dstStep, int dstW, double factor, int interpolation) {
+        return resizeU8(s, srcW, 4, srcStep, rect, dst.data(), dstStep, dstW, 4, factor, 1.0,
+                        interpolation);
+    };
+    EXPECT_EQ(kNullPointer, call(nullptr, 0, 0, all, 0, 0, 0.0, 9));
+    EXPECT_EQ(kBadSize, call(src.data(), 0, 0, all, 4, 4, 1.0, 2));
+    EXPECT_EQ(kBadSize, call(src.data(), 4, 0, {0, 0, 0, 4}, 4, 4, 1.0, 2));
+    EXPECT_EQ(kBadSize, call(src.data(), 4, 0, {0, 0, -4, 4}, 4, 4, 1.0, 2));
+    EXPECT_EQ(kBadSize, call(src.data(), 4, 0, all, 4, 0, 1.0, 2));
+    for (const double factor : {0.0, -0.0, -1.0, -std::numeric_limits<double>::infinity(),
+                                std::numeric_limits<double>::quiet_NaN()}) {
+        EXPECT_EQ(kBadSize, call(src.data(), 4, 8, all, 4, 4, factor, 2));
+        EXPECT_EQ(kBadSize, resize(src, dst, 1.0, factor));
+    }
+    EXPECT_EQ(kBadStep, call(src.data(), 4, 0, all, 4, 4, 1.0, 2));
+    EXPECT_EQ(kBadStep, call(src.data(), 4, 8, all, 0, 4, 1.0, 2));
+    EXPECT_EQ(kBadMask, call(src.data(), 4, 8, all, 4, 4, 1.0, 1));
+    EXPECT_EQ(77, dst.at(0, 0));
+}
+
+} // namespace
+} // namespace vel
