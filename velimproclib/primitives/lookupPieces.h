@@ -1,0 +1,68 @@
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+
+/// The polynomials of the piecewise lookups.
+namespace vel {
+
+/// c1 d + value with d = v - base, all in double.
+struct LinePiece {
+    double base;
+    double value;
+    double c1;
+
+    double at(double v) const { return c1 * (v - base) + value; }
+};
+
+/// ((c3 d + c2) d + c1) d + value with d = v - base, all in double.
+struct CubicPiece {
+    double base;
+    double value;
+    double c1;
+    double c2;
+    double c3;
+
+    double at(double v) const {
+        const double d = v - base;
+        return ((c3 * d + c2) * d + c1) * d + value;
+    }
+};
+
+/// Quotient of two differences. Knots that coincide have no slope between them: 0 stands for it.
+inline double slopeOver(double rise, double run) {
+    return run != 0.0 ? rise / run : 0.0;
+}
+
+/// The chord of interval `k`: through knots k and k + 1.
+inline LinePiece linePiece(const float* values, const float* levels, std::int32_t k) {
+    const double base = levels[k];
+    const double value = values[k];
+    return {base, value, slopeOver(values[k + 1] - value, levels[k + 1] - base)};
+}
+
+/// The cubic of interval `k` of `n` levels, n at least 4: through the knots j .. j + 3 with
+/// j = k - 1, moved inwards at both ends, and written around knot j + 1.
+///
+/// Divided differences: g holds the chord slopes from knot j + 1 to the three others, a quadratic
+/// in d through them is what the cubic leaves when its value at d = 0 and a factor d are taken out.
+inline CubicPiece cubicPiece(const float* values, const float* levels, std::int32_t n,
+                             std::int32_t k) {
+    const std::int32_t j = std::min(std::max(k - 1, 0), n - 4);
+    const double base = levels[j + 1];
+    const double value = values[j + 1];
+    const double d0 = levels[j] - base;
+    const double d2 = levels[j + 2] - base;
+    const double d3 = levels[j + 3] - base;
+    const double g0 = slopeOver(values[j] - value, d0);
+    const double g2 = slopeOver(values[j + 2] - value, d2);
+    const double g3 = slopeOver(values[j + 3] - value, d3);
+    const double h2 = slopeOver(g2 - g0, d2 - d0);
+    const double h3 = slopeOver(g3 - g0, d3 - d0);
+    const double c3 = slopeOver(h3 - h2, d3 - d2);
+    const double c2 = h2 - c3 * (d0 + d2);
+    const double c1 = g0 - h2 * d0 + c3 * d0 * d2;
+    return {base, value, c1, c2, c3};
+}
+
+} // namespace vel
