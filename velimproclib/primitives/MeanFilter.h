@@ -7,8 +7,8 @@
 namespace vel {
 
 /// Mean over a square neighbourhood of an 8-bit plane, in integers: `((sum + 5)*455) >> 12` over 3
-/// by 3 pixels (`kMask33`), `((sum + 13)*10485) >> 18` over 5 by 5 (`kMask55`). Neither formula is
-/// the correctly rounded mean everywhere; both keep a flat 255 at 255.
+/// by 3 pixels (`kMask33`), `((sum + 13)*10485) >> 18` over 5 by 5 (`kMask55`). Both give the
+/// mean rounded to nearest for every sum that pixels can have.
 ///
 /// `src` points at the first pixel of the region, `w` by `h` pixels; one or two pixels around the
 /// region are read and must exist. Source and target do not overlap; steps are bytes between rows.

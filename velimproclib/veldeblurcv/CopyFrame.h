@@ -1,0 +1,12 @@
+#pragma once
+
+#include <opencv2/core.hpp>
+
+namespace vel {
+
+/// Copies a frame from `src` into `dst`: the first `top` rows, the last `bottom` rows, the first
+/// `left` columns and the last `right` columns. Both planes have equal size and element type. A
+/// width beyond the plane's side counts as the whole side, a width below 0 as 0.
+void copyFrame(const cv::Mat& src, cv::Mat& dst, int top, int bottom, int left, int right);
+
+} // namespace vel
