@@ -1,0 +1,233 @@
+#include "velimproclib/primitives/FftSpec.h"
+
+#include "velimproclib/primitives/FloatPlane.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <exception>
+#include <hwy/aligned_allocator.h>
+#include <new>
+
+namespace vel {
+
+namespace {
+
+constexpr std::size_t kAlignment = 64;
+constexpr int kLanes = RealFft2D::kLanes;
+constexpr int kRowFloats = RealFft2D::kRowFloats;
+
+bool isSpec(const FftSpec* spec) {
+    return spec->magic == FftSpec::kMagic;
+}
+
+Status check(const float* src, int srcStep, const float* dst, int dstStep, const FftSpec* spec) {
+    if (src == nullptr || dst == nullptr || spec == nullptr) {
+        return kNullPointer;
+    }
+    if (!isSpec(spec)) {
+        return kBadFftSpec;
+    }
+    if (srcStep < 1 || dstStep < 1) {
+        return kBadStep;
+    }
+    return kOk;
+}
+
+/// The caller's work buffer, or one of our own, cut into a spectrum and the engine's scratch.
+class WorkSpace {
+public:
+    WorkSpace(const FftSpec& spec, std::uint8_t* given) {
+        if (given == nullptr) {
+            m_own = hwy::AllocateAligned<std::uint8_t>(fftWorkBufferBytes(&spec));
+            given = m_own.get();
+        }
+        if (given != nullptr) {
+            const auto address = reinterpret_cast<std::uintptr_t>(given);
+            const std::size_t skip = (kAlignment - address % kAlignment) % kAlignment;
+            m_spectrum = reinterpret_cast<float*>(given + skip);
+            m_scratch = m_spectrum + spec.fft.spectrumFloats();
+        }
+    }
+
+    bool exists() const { return m_spectrum != nullptr; }
+    float* spectrum() const { return m_spectrum; }
+    float* scratch() const { return m_scratch; }
+    float* block(const RealFft2D& fft, int index) const {
+        return m_spectrum + static_cast<std::size_t>(index) * fft.blockFloats();
+    }
+
+private:
+    hwy::AlignedFreeUniquePtr<std::uint8_t[]> m_own;
+    float* m_spectrum = nullptr;
+    float* m_scratch = nullptr;
+};
+
+/// Lanes of block `index` that hold complex columns stored as pairs along the rows: first and end.
+struct PairLanes {
+    PairLanes(const RealFft2D& fft, int index)
+        : first(index == 0 ? 1 : 0), end(std::min(fft.width() / 2, kLanes)),
+          packedColumn(2 * (index * kLanes + first) - 1) {}
+
+    std::size_t bytes() const {
+        return static_cast<std::size_t>(std::max(end - first, 0)) * 2 * sizeof(float);
+    }
+
+    int first;
+    int end;
+    int packedColumn; ///< where the first pair starts
+};
+
+void packPairs(const RealFft2D& fft, int index, const float* block, const FloatPlane& packed) {
+    const PairLanes lanes(fft, index);
+    std::array<float, kRowFloats> pairs;
+    for (int v = 0; v < fft.height() && lanes.bytes() > 0; ++v, block += kRowFloats) {
+        for (std::size_t lane = 0; lane < kLanes; ++lane) {
+            pairs[2 * lane] = block[lane];
+            pairs[2 * lane + 1] = block[kLanes + lane];
+        }
+        std::memcpy(packed.at(lanes.packedColumn, v), pairs.data() + 2 * lanes.first,
+                    lanes.bytes());
+    }
+}
+
+void unpackPairs(const RealFft2D& fft, int index, const FloatPlane& packed, float* block) {
+    const PairLanes lanes(fft, index);
+    std::array<float, kRowFloats> pairs{};
+    for (int v = 0; v < fft.height(); ++v, block += kRowFloats) {
+        if (lanes.bytes() > 0) {
+            std::memcpy(pairs.data() + 2 * lanes.first, packed.at(lanes.packedColumn, v),
+                        lanes.bytes());
+        }
+        for (std::size_t lane = 0; lane < kLanes; ++lane) {
+            block[lane] = pairs[2 * lane];
+            block[kLanes + lane] = pairs[2 * lane + 1];
+        }
+    }
+}
+
+/// Calls `visit(packedX, packedY, row, offset)` for every slot of the packed columns 0 and w-1 with
+/// the place of its value in lane 0 of block 0.
+template <class Visit>
+void forEachRealColumnSlot(const RealFft2D& fft, Visit visit) {
+    const int h = fft.height();
+    const int columns = std::min(fft.width(), 2);
+    for (int second = 0; second < columns; ++second) {
+        const int x = second * (fft.width() - 1);
+        const int realPart = second * kLanes;
+        visit(x, 0, 0, realPart);
+        if (h > 1) {
+            visit(x, h - 1, h / 2, realPart);
+        }
+        for (int v = 1; v < h / 2; ++v) {
+            const int row = second == 0 ? v : h - v;
+            visit(x, 2 * v - 1, row, 0);
+            visit(x, 2 * v, row, kLanes);
+        }
+    }
+}
+
+std::size_t slotIndex(int row, int offset) {
+    return static_cast<std::size_t>(row) * kRowFloats + static_cast<std::size_t>(offset);
+}
+
+void packRealColumns(const RealFft2D& fft, const float* block, const FloatPlane& packed) {
+    forEachRealColumnSlot(fft, [&](int x, int y, int row, int offset) {
+        packed.put(x, y, block[slotIndex(row, offset)]);
+    });
+}
+
+void unpackRealColumns(const RealFft2D& fft, const FloatPlane& packed, float* block) {
+    forEachRealColumnSlot(fft, [&](int x, int y, int row, int offset) {
+        block[slotIndex(row, offset)] = packed.get(x, y);
+    });
+}
+
+} // namespace
+
+Status fftInitAlloc(FftSpec** spec, int orderX, int orderY, int /*flag*/, int /*hint*/) {
+    if (spec == nullptr) {
+        return kNullPointer;
+    }
+    if (orderX < 0 || orderX > 30 || orderY < 0 || orderY > 30) {
+        return kBadFftOrder;
+    }
+    try {
+        *spec = new FftSpec(orderX, orderY);
+    } catch (const std::exception&) {
+        return kOutOfMemory;
+    }
+    return kOk;
+}
+
+Status fftFree(FftSpec* spec) {
+    if (spec == nullptr) {
+        return kNullPointer;
+    }
+    if (!isSpec(spec)) {
+        return kBadFftSpec;
+    }
+    spec->magic = 0;
+    delete spec;
+    return kOk;
+}
+
+std::size_t fftWorkBufferBytes(const FftSpec* spec) {
+    if (spec == nullptr || !isSpec(spec)) {
+        return 0;
+    }
+    return (spec->fft.spectrumFloats() + spec->fft.scratchFloats()) * sizeof(float) + kAlignment -
+           1;
+}
+
+Status fftFwdRealToPack(const float* src, int srcStep, float* dst, int dstStep, const FftSpec* spec,
+                        std::uint8_t* workBuf) {
+    if (const Status status = check(src, srcStep, dst, dstStep, spec); status != kOk) {
+        return status;
+    }
+    const WorkSpace work(*spec, workBuf);
+    if (!work.exists()) {
+        return kOutOfMemory;
+    }
+    const RealFft2D& fft = spec->fft;
+    for (int group = 0; group < fft.groupCount(); ++group) {
+        fft.forwardRows(src, srcStep, group, work.spectrum(), work.scratch());
+    }
+    const FloatPlane packed(dst, dstStep);
+    for (int index = 0; index < fft.blockCount(); ++index) {
+        float* block = work.block(fft, index);
+        fft.forwardColumns(block, index, work.scratch());
+        packPairs(fft, index, block, packed);
+        if (index == 0) {
+            packRealColumns(fft, block, packed);
+        }
+    }
+    return kOk;
+}
+
+Status fftInvPackToReal(const float* src, int srcStep, float* dst, int dstStep, const FftSpec* spec,
+                        std::uint8_t* workBuf) {
+    if (const Status status = check(src, srcStep, dst, dstStep, spec); status != kOk) {
+        return status;
+    }
+    const WorkSpace work(*spec, workBuf);
+    if (!work.exists()) {
+        return kOutOfMemory;
+    }
+    const RealFft2D& fft = spec->fft;
+    const FloatPlane packed(src, srcStep);
+    for (int index = 0; index < fft.blockCount(); ++index) {
+        float* block = work.block(fft, index);
+        unpackPairs(fft, index, packed, block);
+        if (index == 0) {
+            unpackRealColumns(fft, packed, block);
+        }
+        fft.inverseColumns(block, index, work.scratch());
+    }
+    for (int group = 0; group < fft.groupCount(); ++group) {
+        fft.inverseRows(work.spectrum(), group, dst, dstStep, work.scratch());
+    }
+    return kOk;
+}
+
+} // namespace vel
