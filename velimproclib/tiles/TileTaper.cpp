@@ -1,6 +1,7 @@
 #include "velimproclib/tiles/TileTaper.h"
 
 #include "velimproclib/primitives/FailureRelay.h"
+#include "velimproclib/tiles/ParallelGrain.h"
 
 #include <algorithm>
 #include <cstring>
@@ -91,8 +92,9 @@ void CTileTaper::taperRows(std::span<cv::Mat> planes) {
     const int count = static_cast<int>(planes.size());
     const int columns = planes.front().cols;
     const int chunks = std::max(columns / kChunkColumns, 1);
+    const bool inParallel = worthATeam(planes.front().cols, planes.front().rows);
     FailureRelay failure;
-#pragma omp parallel
+#pragma omp parallel if (inParallel)
     {
 #pragma omp for schedule(static)
         for (int p = 0; p < count; ++p) {
@@ -123,8 +125,9 @@ void CTileTaper::taperRows(std::span<cv::Mat> planes) {
 
 void CTileTaper::taperColumns(std::span<cv::Mat> planes) {
     const int count = static_cast<int>(planes.size());
+    const bool inParallel = worthATeam(planes.front().cols, planes.front().rows);
     FailureRelay failure;
-#pragma omp parallel
+#pragma omp parallel if (inParallel)
     {
 #pragma omp for schedule(static)
         for (int p = 0; p < count; ++p) {

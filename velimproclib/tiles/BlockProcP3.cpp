@@ -1,0 +1,263 @@
+#include "velimproclib/tiles/BlockProcP3.h"
+
+#include "velimproclib/primitives/ChannelMoves.h"
+#include "velimproclib/primitives/Conversions.h"
+#include "velimproclib/primitives/FailureRelay.h"
+#include "velimproclib/tiles/AxisPlan.h"
+#include "velimproclib/tiles/fillRamp.h"
+#include "velimproclib/tiles/imageExtendBorder.h"
+#include "velimproclib/tiles/ParallelGrain.h"
+#include "velimproclib/tiles/stripBlends.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace vel {
+
+namespace {
+
+constexpr int kBadColumnOverlap = 101;
+constexpr int kBadRowOverlap = 0;
+constexpr int kNoSourcePixels = 102;
+
+constexpr std::size_t kChannels = 3;
+
+/// A channel's rows pass through the scratch plane between two conversions; so few of them stay in
+/// the innermost cache.
+constexpr int kRowsPerChunk = 16;
+
+/// The scale and the moves of an element type.
+template <class T>
+struct Depth;
+
+template <>
+struct Depth<std::uint8_t> {
+    static constexpr double kFullScale = 256.0;
+    static constexpr auto kChannelToPlane = channelToPlaneC3U8;
+    static constexpr auto kPlaneToChannel = planeToChannelC3U8;
+    static constexpr auto kToFloat = convertU8toF32;
+    static constexpr auto kFromFloat = convertF32toU8;
+};
+
+template <>
+struct Depth<std::uint16_t> {
+    static constexpr double kFullScale = 32768.0;
+    static constexpr auto kChannelToPlane = channelToPlaneC3U16;
+    static constexpr auto kPlaneToChannel = planeToChannelC3U16;
+    static constexpr auto kToFloat = convertU16toF32;
+    static constexpr auto kFromFloat = convertF32toU16;
+};
+
+bool isEightBits(const cv::Mat& image) {
+    return image.depth() == CV_8U;
+}
+
+std::int32_t stepOf(const cv::Mat& image) {
+    return narrowToInt32(static_cast<std::int64_t>(image.step[0]));
+}
+
+/// The element `x` of row `y`, counted in elements and not in pixels.
+template <class T>
+T* elementAt(cv::Mat& image, std::int32_t y, std::size_t x) {
+    return reinterpret_cast<T*>(image.ptr(y)) + x;
+}
+
+std::size_t firstElement(std::int32_t column, std::size_t channel) {
+    return static_cast<std::size_t>(column) * kChannels + channel;
+}
+
+/// Runs `work` on every chunk of `rows` rows of `columns` pixels, in parallel.
+template <class Work>
+void forRowChunks(std::int32_t columns, std::int32_t rows, Work&& work) {
+    const std::int32_t chunks = rows / kRowsPerChunk + (rows % kRowsPerChunk != 0 ? 1 : 0);
+    FailureRelay failure;
+#pragma omp parallel for schedule(static) if (worthATeam(columns, rows))
+    for (std::int32_t chunk = 0; chunk < chunks; ++chunk) {
+        failure.run([&, chunk] {
+            const std::int32_t start = chunk * kRowsPerChunk;
+            work(cv::Range(start, std::min(start + kRowsPerChunk, rows)));
+        });
+    }
+    failure.rethrow();
+}
+
+} // namespace
+
+void CBlockProcP3::init(const cv::Mat& source, const cv::Mat& target, std::int32_t tileWidth,
+                        std::int32_t tileHeight, std::uint8_t mode, std::int32_t overlap,
+                        std::int32_t border, std::int32_t taper) {
+    if (source.type() != CV_8UC3 && source.type() != CV_16UC3) {
+        throw "CBlockProcP3::init - source.type() != CV_8UC3 && source.type() != CV_16UC3";
+    }
+    if (source.type() != target.type() || source.size() != target.size()) {
+        throw "CBlockProcP3::init - source and target are not of the same type and size";
+    }
+    if (border < 0) {
+        throw "CBlockProcP3::init - border < 0";
+    }
+    m_in = source;
+    m_out = target;
+    m_border = border;
+    m_taper = taper;
+    const auto usefulLength = [&](std::int32_t side) {
+        return narrowToInt32(std::int64_t{side} - 2 * std::int64_t{border});
+    };
+    m_walk = TileWalk(m_in.cols, m_in.rows,
+                      planBlocks(mode, m_in.cols, usefulLength(tileWidth), overlap),
+                      planBlocks(mode, m_in.rows, usefulLength(tileHeight), overlap));
+    createPlanes();
+}
+
+void CBlockProcP3::createPlanes() {
+    TileWindow window;
+    if (!m_walk.windowOf(m_border, window)) {
+        // No tile can be loaded: the first one fails, and its size means nothing.
+        return;
+    }
+    const auto withMargin = [this](std::int32_t length) {
+        return narrowToInt32(std::int64_t{length} + 2 * std::int64_t{m_border});
+    };
+    const std::int32_t width = withMargin(m_walk.m_roiW);
+    const std::int32_t height = withMargin(m_walk.m_roiH);
+    for (cv::Mat& plane : m_blk) {
+        plane.create(height, width, CV_32FC1);
+    }
+    m_scratch.create(height, width, m_in.depth());
+    m_strip.create(std::max(m_walk.m_roiH, 0), m_walk.m_imW, m_in.type());
+    m_ramp.assign(static_cast<std::size_t>(std::max(width, height)) + 1, 0.0F);
+}
+
+TilePlanes* CBlockProcP3::nextBlock() {
+    if (!m_walk.atFirstTile() && !advance()) {
+        return nullptr;
+    }
+    convertBlkDupBorder();
+    return &m_blk;
+}
+
+bool CBlockProcP3::advance() {
+    const WalkState state = m_walk.advance();
+    if (state == WalkState::kStuck) {
+        // The overlap takes up the whole tile; walking on would never end.
+        throw kBadColumnOverlap;
+    }
+    return state == WalkState::kTileAhead;
+}
+
+void CBlockProcP3::convertBlkDupBorder() {
+    TileWindow window;
+    if (!m_walk.windowOf(m_border, window)) {
+        throw kNoSourcePixels;
+    }
+    forRowChunks(window.width, window.height, [&](cv::Range rows) {
+        if (isEightBits(m_in)) {
+            loadRows<std::uint8_t>(window, rows);
+        } else {
+            loadRows<std::uint16_t>(window, rows);
+        }
+    });
+#pragma omp parallel for schedule(static) if (worthATeam(m_blk[0].cols, m_blk[0].rows))
+    for (int p = 0; p < static_cast<int>(kChannels); ++p) {
+        imageExtendBorder(m_blk[static_cast<std::size_t>(p)], window.left, window.top, window.right,
+                          window.bottom);
+    }
+    if (m_taper == 1) {
+        m_tileTaper.taperBlock(m_blk, m_border);
+    }
+}
+
+/// Rows are counted from the window's first. The scale is a power of two, so that pixels may be
+/// scaled before the margin is filled from them as well as after.
+template <class T>
+void CBlockProcP3::loadRows(const TileWindow& window, cv::Range rows) {
+    T* scratch = elementAt<T>(m_scratch, rows.start, 0);
+    for (std::size_t c = 0; c < kChannels; ++c) {
+        const T* source = elementAt<T>(m_in, window.y + rows.start, firstElement(window.x, c));
+        cv::Mat loaded =
+            m_blk[c](cv::Rect(window.left, window.top + rows.start, window.width, rows.size()));
+        Depth<T>::kChannelToPlane(source, stepOf(m_in), scratch, stepOf(m_scratch), window.width,
+                                  rows.size());
+        Depth<T>::kToFloat(scratch, stepOf(m_scratch), loaded.ptr<float>(), stepOf(loaded),
+                           window.width, rows.size());
+        loaded.convertTo(loaded, CV_32F, 1.0 / Depth<T>::kFullScale);
+    }
+}
+
+void CBlockProcP3::doneABlock() {
+    if (m_walk.overlapX() < 0) {
+        throw kBadColumnOverlap;
+    }
+    storeTile();
+    if (m_walk.endsARow()) {
+        mergeStrip();
+    }
+    m_walk.noteStored();
+}
+
+void CBlockProcP3::storeTile() {
+    const std::int32_t width = m_walk.storedWidth();
+    const std::int32_t height = m_walk.storedHeight();
+    if (width < 1 || height < 1) {
+        return;
+    }
+    const auto overlapX = static_cast<std::int32_t>(m_walk.overlapX());
+    fillRamp(m_ramp, overlapX);
+    forRowChunks(width, height, [&](cv::Range rows) {
+        if (isEightBits(m_in)) {
+            storeRows<std::uint8_t>(overlapX, width, rows);
+        } else {
+            storeRows<std::uint16_t>(overlapX, width, rows);
+        }
+    });
+}
+
+/// Rows are counted from the first of the useful part, which is the strip's first.
+template <class T>
+void CBlockProcP3::storeRows(std::int32_t overlapX, std::int32_t width, cv::Range rows) {
+    T* scratch = elementAt<T>(m_scratch, rows.start, 0);
+    for (std::size_t c = 0; c < kChannels; ++c) {
+        const std::size_t firstInStrip = firstElement(m_walk.m_curX, c);
+        cv::Mat useful = m_blk[c](cv::Rect(m_border, m_border + rows.start, width, rows.size()));
+        useful.convertTo(useful, CV_32F, Depth<T>::kFullScale);
+        for (int y = 0; y < rows.size(); ++y) {
+            fadeInColumns(useful.ptr<float>(y), elementAt<T>(m_strip, rows.start + y, firstInStrip),
+                          kChannels, m_ramp.data(), static_cast<std::size_t>(overlapX));
+        }
+        Depth<T>::kFromFloat(useful.ptr<float>(), stepOf(useful), scratch, stepOf(m_scratch), width,
+                             rows.size(), kToNearestEven);
+        Depth<T>::kPlaneToChannel(scratch, stepOf(m_scratch),
+                                  elementAt<T>(m_strip, rows.start, firstInStrip), stepOf(m_strip),
+                                  width, rows.size());
+    }
+}
+
+void CBlockProcP3::mergeStrip() {
+    if (m_walk.overlapY() < 0) {
+        throw kBadRowOverlap;
+    }
+    const std::int32_t height = m_walk.storedHeight();
+    const auto overlapY = static_cast<std::int32_t>(m_walk.overlapY());
+    fillRamp(m_ramp, overlapY);
+#pragma omp parallel for schedule(static) if (worthATeam(m_walk.m_imW, height))
+    for (std::int32_t y = 0; y < height; ++y) {
+        if (isEightBits(m_in)) {
+            mergeRow<std::uint8_t>(overlapY, y);
+        } else {
+            mergeRow<std::uint16_t>(overlapY, y);
+        }
+    }
+}
+
+template <class T>
+void CBlockProcP3::mergeRow(std::int32_t overlapY, std::int32_t row) {
+    const std::size_t count = static_cast<std::size_t>(m_walk.m_imW) * kChannels;
+    const T* strip = elementAt<T>(m_strip, row, 0);
+    T* target = elementAt<T>(m_out, m_walk.m_curY + row, 0);
+    if (row >= overlapY) {
+        std::memcpy(target, strip, count * sizeof(T));
+    } else {
+        fadeInRow(strip, target, m_ramp[static_cast<std::size_t>(row)], count);
+    }
+}
+
+} // namespace vel
