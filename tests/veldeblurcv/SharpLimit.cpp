@@ -158,8 +158,8 @@ TEST(SharpLimit, StartsWithEverythingZeroOrEmpty) {
     EXPECT_TRUE(std::has_virtual_destructor_v<CSharpLimit>);
 }
 
-TEST(SharpLimit, EqualsThePlainMethodOnEveryVariantAndForEveryThreadCount) {
-    const cv::Size sizes[] = {{1, 1}, {2, 3}, {3, 3}, {4, 5}, {5, 4}, {67, 33}, {131, 70}};
+TEST(SharpLimit, EqualsThePlainMethodOnEveryVariant) {
+    const cv::Size sizes[] = {{1, 1}, {2, 3}, {3, 3}, {4, 5}, {5, 4}, {67, 33}};
     for (const cv::Size& size : sizes) {
         const Plane source = noise(size.height, size.width, 1, 0.1f, 0.9f);
         const Plane blur = noise(size.height, size.width, 2);
@@ -167,14 +167,25 @@ TEST(SharpLimit, EqualsThePlainMethodOnEveryVariantAndForEveryThreadCount) {
             CSharpLimit limit = limiter(size, radius, 1.3f, 0.4f);
             const Plane expected = reference(source, blur, limit);
             forEachTarget([&] {
-                for (const int threads : {1, 2, 4}) {
-                    omp_set_num_threads(threads);
-                    Plane out(size, 99.0f);
-                    limit.Proc(source, blur, out);
-                    EXPECT_TRUE(sameBits(expected, out)) << size << " radius " << radius;
-                }
+                Plane out(size, 99.0f);
+                limit.Proc(source, blur, out);
+                EXPECT_TRUE(sameBits(expected, out)) << size << " radius " << radius;
             });
         }
+    }
+}
+
+TEST(SharpLimit, EqualsThePlainMethodForEveryThreadCount) {
+    const cv::Size size(131, 70);
+    const Plane source = noise(size.height, size.width, 1, 0.1f, 0.9f);
+    const Plane blur = noise(size.height, size.width, 2);
+    CSharpLimit limit = limiter(size, 3, 1.3f, 0.4f);
+    const Plane expected = reference(source, blur, limit);
+    for (const int threads : {1, 2, 4}) {
+        omp_set_num_threads(threads);
+        Plane out(size, 99.0f);
+        limit.Proc(source, blur, out);
+        EXPECT_TRUE(sameBits(expected, out));
     }
     omp_set_num_threads(omp_get_num_procs());
 }
