@@ -188,7 +188,7 @@ HWY_EXPORT(power);
 /// Exponents whose results are 0, 1, infinity or NaN only, which every library gives alike.
 void degeneratePower(const float* a, float x, float* y, std::size_t count) {
     for (std::size_t i = 0; i < count; ++i) {
-        y[i] = std::pow(a[i], x);
+        unaligned(y)[i].value = std::pow(unaligned(a)[i].value, x);
     }
 }
 
