@@ -1,0 +1,83 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace vel {
+
+/// Where the normal equations are summed: a dense square matrix and a vector of doubles.
+struct NormalSums {
+    double* matrix;     ///< `unknowns` rows
+    std::size_t stride; ///< doubles from one row of the matrix to the next
+    double* rightHand;  ///< `unknowns` values
+};
+
+/// Sums the normal equations X^T X and X^T y of the kernel estimate, exactly.
+///
+/// A pixel contributes six equations, one for each of value, dx, dy, dxx, dyy and dxy (forward
+/// differences). Their coefficients are that derivative of the sharp image under every kernel entry
+/// and their right-hand side is that derivative of the blurred image. All are integers of at most
+/// 510 in magnitude, so a sum over any real image stays an integer far below 2^53 and is the same
+/// double in every order of summation: on every processor variant and for every number of threads.
+///
+/// How to use it: `pack` up to `batchPixels` pixels, `accumulate` every block, begin again with the
+/// next batch; `mirror` every block once at the end. Within each of these three phases the calls
+/// may be shared freely among threads (a slot, a block and a thread number each belong to one
+/// thread at a time); between the phases the threads must meet.
+///
+/// Unknown number i * kernelHeight + j is the kernel's entry in row j and column i.
+class CNormalEquations {
+public:
+    /// Allocates about 1 MB, more for kernels beyond 37 by 37, where 64 pixels need it (768 bytes
+    /// for each unknown), and for each thread 16 bytes for each unknown.
+    /// @param threads number of threads that will call `pack`
+    /// @throws std::bad_alloc, std::length_error
+    CNormalEquations(int kernelWidth, int kernelHeight, int threads);
+
+    /// Pixels that one batch can hold.
+    int batchPixels() const noexcept { return m_batchPixels; }
+
+    /// Blocks that the lower half of the matrix, and the vector, are cut into.
+    std::int64_t blockCount() const noexcept { return m_blockCount; }
+
+    /// Writes one pixel's equations into `slot` of the batch.
+    /// @param thread   number of the calling thread, below `threads`
+    /// @param taps     first sample of the patch of the sharp image that the kernel lies on; the
+    ///                 two columns and rows after the patch are read as well
+    /// @param observed the pixel of the blurred image; two more columns and rows are read
+    /// Steps count bytes.
+    void pack(int thread, int slot, const std::uint8_t* taps, std::ptrdiff_t tapStep,
+              const std::uint8_t* observed, std::ptrdiff_t observedStep) noexcept;
+
+    /// Adds the equations of slots 0 to `pixels` - 1 to the sums that belong to `block`. Above the
+    /// diagonal the matrix then holds remains that `mirror` overwrites.
+    void accumulate(std::int64_t block, int pixels, const NormalSums& sums) const noexcept;
+
+    /// Copies the lower half of the matrix in `block` to its place in the upper half.
+    void mirror(std::int64_t block, const NormalSums& sums) const noexcept;
+
+private:
+    static constexpr int kLineColumns = 16;
+
+    /// One pair of equations for 16 neighbouring columns of X, each a pair of 16-bit integers.
+    struct alignas(64) Line {
+        std::int32_t pairs[kLineColumns];
+    };
+    /// What a thread needs to turn a patch into equations.
+    struct Workspace {
+        std::vector<std::int16_t> patch;
+        std::vector<std::int32_t> pairs;
+    };
+
+    int m_kernelWidth;
+    int m_kernelHeight;
+    std::int64_t m_unknowns;
+    std::int64_t m_panels;
+    int m_batchPixels;
+    std::int64_t m_blockCount;
+    std::vector<Line> m_lines;
+    std::vector<Workspace> m_workspaces;
+};
+
+} // namespace vel
