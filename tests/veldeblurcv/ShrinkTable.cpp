@@ -71,10 +71,10 @@ double largestError(const StoredShrink& row, double alpha, double beta) {
         }
         largest = std::max(largest, std::abs(polyline(row, v) - exactShrink(v, alpha, beta)));
     };
-    for (int i = -2000; i <= 2000; ++i) {
-        look(i / 200.0);
-        look(i / 2000.0);
-        look(i * 1.5 * jumpFrom / 2000.0);
+    for (int i = -1000; i <= 1000; ++i) {
+        look(i / 100.0);
+        look(i / 1000.0);
+        look(i * 1.5 * jumpFrom / 1000.0);
     }
     return largest;
 }

@@ -35,4 +35,9 @@ struct ShrinkCurve {
 /// that is rounded once. Not-a-number stays what it is. The same bits on every processor variant.
 void shrinkRow(const ShrinkCurve& curve, const float* v, float* w, std::size_t count) noexcept;
 
+/// w[i] = shrink(minuend[i] - subtrahend[i]): the shrunk gradients of a row. The sources may
+/// overlap each other; `w` lies apart.
+void shrinkDifferenceRow(const ShrinkCurve& curve, const float* minuend, const float* subtrahend,
+                         float* w, std::size_t count) noexcept;
+
 } // namespace vel

@@ -1,0 +1,136 @@
+#include "velimproclib/veldeblurcv/ChromaDeconv.h"
+
+#include "tests/support/CircularModel.h"
+#include "tests/support/EachTarget.h"
+#include "velimproclib/veldeblurcv/DeconvHL.h"
+
+#include <gtest/gtest.h>
+#include <omp.h>
+
+#include <limits>
+
+namespace {
+
+using namespace vel;
+using namespace vel::test;
+
+constexpr float kWeight = 0.01f;
+
+cv::Mat plainChroma(const cv::Mat& in, const cv::Mat& kernel, double weight) {
+    const int n = in.rows;
+    cv::Mat k = forward(centredKernel(kernel, n));
+    cv::Mat dx = forward(differencePlane(n, 0, n - 1));
+    cv::Mat dy = forward(differencePlane(n, n - 1, 0));
+    cv::Mat y = forward(in);
+    for (int v = 0; v < n; ++v) {
+        for (int u = 0; u < n; ++u) {
+            const double prior = std::norm(at(dx, v, u)) + std::norm(at(dy, v, u));
+            at(y, v, u) *= std::conj(at(k, v, u)) / (std::norm(at(k, v, u)) + weight * prior);
+        }
+    }
+    return inverse(y);
+}
+
+cv::Mat restore(const cv::Mat& in, const cv::Mat& kernel, float weight = kWeight) {
+    CChromaDeconv chroma;
+    chroma.setup(kernel, cv::Point(), in.size(), weight);
+    cv::Mat plane = in.clone();
+    cv::Mat out(in.size(), CV_32FC1);
+    chroma.Proc(plane, out);
+    EXPECT_TRUE(sameBits(plane, in)) << "the observed plane is only read";
+    return out;
+}
+
+TEST(ChromaDeconv, IsTheExactMinimiserOnTheCircle) {
+    for (const int side : {256, 512}) {
+        const cv::Mat kernels[] = {unevenKernel(7, 7), unevenKernel(1, 9), unevenKernel(6, 4)};
+        for (const cv::Mat& kernel : kernels) {
+            for (const float weight : {0.01f, 0.5f}) {
+                const cv::Mat in = blurred(scene(side), kernel);
+                cv::Mat expected;
+                plainChroma(in, kernel, weight).convertTo(expected, CV_32F);
+                EXPECT_LT(cv::norm(restore(in, kernel, weight), expected, cv::NORM_INF), 2e-5)
+                    << side << " " << kernel.size() << " " << weight;
+            }
+        }
+    }
+}
+
+TEST(ChromaDeconv, ConstantPlaneComesBack) {
+    for (const int side : {256, 512, 1024}) {
+        const cv::Mat in(side, side, CV_32FC1, cv::Scalar(0.375));
+        EXPECT_LT(cv::norm(restore(in, unevenKernel(5, 5)), in, cv::NORM_INF), 1e-6) << side;
+    }
+}
+
+TEST(ChromaDeconv, OrderFollowsTheWidthAndIsTenOtherwise) {
+    const int expected[][2] = {{256, 8}, {512, 9}, {1024, 10}, {300, 10}};
+    for (const auto& [side, order] : expected) {
+        CChromaDeconv chroma;
+        EXPECT_EQ(chroma.order(), 10);
+        chroma.setup(unevenKernel(3, 3), cv::Point(), {side, side}, kWeight);
+        EXPECT_EQ(chroma.order(), order) << side;
+    }
+}
+
+TEST(ChromaDeconv, OtherSizesAreFilledUpOrCutToTheTransform) {
+    cv::Mat unit(1, 1, CV_32FC1, cv::Scalar(1));
+    for (const cv::Size size : {cv::Size(300, 200), cv::Size(256, 300), cv::Size(1024, 1100)}) {
+        cv::Mat large = scene(1100);
+        const cv::Mat in = large(cv::Rect({0, 0}, size));
+        EXPECT_LT(cv::norm(restore(in, unit, 0.0f), in, cv::NORM_INF), 1e-5) << size;
+    }
+}
+
+TEST(ChromaDeconv, EveryNumberOfThreadsAndEveryVariantGivesTheSameBits) {
+    const cv::Mat kernel = unevenKernel(9, 9);
+    const cv::Mat in = blurred(scene(256), kernel);
+    const int before = omp_get_max_threads();
+    omp_set_num_threads(1);
+    const cv::Mat one = restore(in, kernel);
+    for (const int threads : {2, 4}) {
+        omp_set_num_threads(threads);
+        EXPECT_TRUE(sameBits(restore(in, kernel), one)) << threads;
+    }
+    omp_set_num_threads(before);
+    forEachTarget([&] { EXPECT_TRUE(sameBits(restore(in, kernel), one)); });
+}
+
+TEST(ChromaDeconv, RunsBesideTheLuminanceInTwoSections) {
+    const cv::Mat kernel = unevenKernel(9, 9);
+    cv::Mat luma = blurred(scene(256, 1), kernel);
+    cv::Mat chroma = blurred(scene(256, 2), kernel);
+    CDeconvHL deconv;
+    deconv.setup(kernel, cv::Point(), luma.size(), 2000.0f, 0.5f, true);
+    CChromaDeconv chromaDeconv;
+    chromaDeconv.setup(kernel, cv::Point(), chroma.size(), kWeight);
+    cv::Mat expectedLuma(luma.size(), CV_32FC1);
+    deconv.Proc(luma, expectedLuma);
+    const cv::Mat expectedChroma = restore(chroma, kernel);
+    for (const int threads : {1, 2, 4, 7}) {
+        cv::Mat lumaOut(luma.size(), CV_32FC1);
+        cv::Mat chromaOut(chroma.size(), CV_32FC1);
+#pragma omp parallel sections num_threads(threads)
+        {
+#pragma omp section
+            deconv.Proc(luma, lumaOut);
+#pragma omp section
+            for (int plane = 0; plane < 2; ++plane) {
+                chromaDeconv.Proc(chroma, chromaOut);
+            }
+        }
+        EXPECT_TRUE(sameBits(lumaOut, expectedLuma)) << threads;
+        EXPECT_TRUE(sameBits(chromaOut, expectedChroma)) << threads;
+    }
+}
+
+TEST(ChromaDeconv, KernelWithoutAMeaningEndsTheCallAllTheSame) {
+    const cv::Mat in = scene(256);
+    cv::Mat kernel = unevenKernel(3, 3);
+    kernel.at<float>(0, 0) = std::numeric_limits<float>::quiet_NaN();
+    EXPECT_TRUE(std::isnan(restore(in, kernel).at<float>(5, 5)));
+    restore(in, cv::Mat());
+    restore(in, unevenKernel(300, 700));
+}
+
+} // namespace
