@@ -1,6 +1,6 @@
 #include "velimproclib/tiles/HalfTiles.h"
 
-#include "velimproclib/tiles/stripBlends.h"
+#include "velimproclib/tiles/blend.h"
 
 namespace vel {
 

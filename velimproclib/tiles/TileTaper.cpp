@@ -1,6 +1,7 @@
 #include "velimproclib/tiles/TileTaper.h"
 
 #include "velimproclib/primitives/FailureRelay.h"
+#include "velimproclib/tiles/blend.h"
 #include "velimproclib/tiles/ParallelGrain.h"
 
 #include <algorithm>
@@ -11,9 +12,19 @@ namespace vel {
 
 namespace {
 
-/// Columns of a seam of rows that are blurred in one go. Fixed, so that neither the work nor the
-/// result depends on the number of threads.
-constexpr int kChunkColumns = 256;
+/// Length of the parts of a seam that are blurred in one go. Fixed, so that neither the work nor
+/// the result depends on the number of threads.
+constexpr int kPartLength = 256;
+
+int partsOf(int length) {
+    return std::max(length / kPartLength, 1);
+}
+
+/// The last part takes what is left.
+cv::Range partOf(int length, int part) {
+    const bool isLast = part + 1 == partsOf(length);
+    return {part * kPartLength, isLast ? length : (part + 1) * kPartLength};
+}
 
 /// The weight of the plane by distance from the edge: a quarter of the margin and two rows more are
 /// pure seam, then the plane comes in evenly, and is not quite all at the margin's inner end.
@@ -30,15 +41,9 @@ void fillFade(std::vector<float>& fade, int border) {
     }
 }
 
-/// Weights and products in double, one rounding.
-float mix(float plane, float seam, double alpha) {
-    return static_cast<float>(alpha * static_cast<double>(plane) +
-                              (1.0 - alpha) * static_cast<double>(seam));
-}
-
-void mixRow(float* plane, const float* seam, int count, float alpha) {
+void fadeIn(float* plane, const float* seam, int count, float alpha) {
     for (int x = 0; x < count; ++x) {
-        plane[x] = mix(plane[x], seam[x], static_cast<double>(alpha));
+        plane[x] = blend(static_cast<double>(seam[x]), static_cast<double>(plane[x]), alpha);
     }
 }
 
@@ -56,111 +61,74 @@ void joinColumns(const cv::Mat& plane, cv::Mat& joined, int edge) {
 
 void fadeRows(cv::Mat& plane, const cv::Mat& seam, cv::Range columns,
               const std::vector<float>& fade) {
-    const int edge = seam.rows / 2;
+    const int middle = seam.rows / 2;
     for (int i = 0; i < static_cast<int>(fade.size()); ++i) {
         const float alpha = fade[static_cast<std::size_t>(i)];
         const int last = plane.rows - 1 - i;
-        mixRow(plane.ptr<float>(i, columns.start), seam.ptr<float>(edge + i, columns.start),
+        fadeIn(plane.ptr<float>(i, columns.start), seam.ptr<float>(middle + i, columns.start),
                columns.size(), alpha);
-        mixRow(plane.ptr<float>(last, columns.start), seam.ptr<float>(edge - 1 - i, columns.start),
-               columns.size(), alpha);
+        fadeIn(plane.ptr<float>(last, columns.start),
+               seam.ptr<float>(middle - 1 - i, columns.start), columns.size(), alpha);
     }
 }
 
 void fadeColumns(cv::Mat& plane, const cv::Mat& seam, cv::Range rows,
                  const std::vector<float>& fade) {
-    const int edge = seam.cols / 2;
+    const int middle = seam.cols / 2;
     for (int y = rows.start; y < rows.end; ++y) {
         float* left = plane.ptr<float>(y);
         float* right = left + plane.cols - 1;
-        const float* leftSeam = seam.ptr<float>(y, edge);
+        const float* leftSeam = seam.ptr<float>(y, middle);
         const float* rightSeam = leftSeam - 1;
         for (int i = 0; i < static_cast<int>(fade.size()); ++i) {
-            const auto alpha = static_cast<double>(fade[static_cast<std::size_t>(i)]);
-            left[i] = mix(left[i], leftSeam[i], alpha);
-            right[-i] = mix(right[-i], rightSeam[-i], alpha);
+            const float alpha = fade[static_cast<std::size_t>(i)];
+            fadeIn(left + i, leftSeam + i, 1, alpha);
+            fadeIn(right - i, rightSeam - i, 1, alpha);
         }
     }
 }
 
 } // namespace
 
-// A part of a seam is blurred as a view into it: the filter then reads its neighbours from the
-// seam, as it does for the seam as a whole, and reflects only where the seam itself ends.
+// Only what the fade reads is blurred: the `border` rows or columns on each side of the seam, and
+// those in parts, side by side. Each part is a view into the joined strip, so that the filter reads
+// its neighbours from there, and comes out as it would from the whole strip: the strip is just so
+// wide that its own reflecting ends are never reached across the seam.
 
-void CTileTaper::taperRows(std::span<cv::Mat> planes) {
-    const int count = static_cast<int>(planes.size());
-    const int columns = planes.front().cols;
-    const int chunks = std::max(columns / kChunkColumns, 1);
-    const bool inParallel = worthATeam(planes.front().cols, planes.front().rows);
+void CTileTaper::blurPart(const Seam& seam, cv::Rect part, cv::Point offset) const {
+    cv::Mat blurred = seam.blurred(part);
+    cv::GaussianBlur(seam.joined(part + offset), blurred, m_blurSize, m_sigma, m_sigma,
+                     cv::BORDER_REFLECT_101);
+}
+
+void CTileTaper::taperRows(cv::Mat& plane, Seam& seam) const {
+    const int margin = static_cast<int>(m_fade.size());
+    joinRows(plane, seam.joined, m_edge);
+    seam.blurred.create(2 * margin, plane.cols, CV_32FC1);
     FailureRelay failure;
-#pragma omp parallel if (inParallel)
-    {
-#pragma omp for schedule(static)
-        for (int p = 0; p < count; ++p) {
-            failure.run([&, p] {
-                const auto index = static_cast<std::size_t>(p);
-                Seam& seam = m_rowSeams[index];
-                joinRows(planes[index], seam.joined, m_edge);
-                seam.blurred.create(seam.joined.size(), CV_32FC1);
-            });
-        }
-#pragma omp for schedule(static)
-        for (int task = 0; task < count * chunks; ++task) {
-            failure.run([&, task] {
-                const auto index = static_cast<std::size_t>(task / chunks);
-                const int chunk = task % chunks;
-                const cv::Range part(chunk * kChunkColumns,
-                                     chunk + 1 == chunks ? columns : (chunk + 1) * kChunkColumns);
-                const Seam& seam = m_rowSeams[index];
-                cv::Mat blurred(seam.blurred, cv::Range::all(), part);
-                cv::GaussianBlur(seam.joined.colRange(part), blurred, m_blurSize, m_sigma, m_sigma,
-                                 cv::BORDER_REFLECT_101);
-                fadeRows(planes[index], seam.blurred, part, m_fade);
-            });
-        }
+#pragma omp taskloop grainsize(1) default(shared)
+    for (int part = 0; part < partsOf(plane.cols); ++part) {
+        failure.run([&, part] {
+            const cv::Range columns = partOf(plane.cols, part);
+            blurPart(seam, {columns.start, 0, columns.size(), 2 * margin}, {0, m_edge - margin});
+            fadeRows(plane, seam.blurred, columns, m_fade);
+        });
     }
     failure.rethrow();
 }
 
-void CTileTaper::taperColumns(std::span<cv::Mat> planes) {
-    const int count = static_cast<int>(planes.size());
-    const bool inParallel = worthATeam(planes.front().cols, planes.front().rows);
+void CTileTaper::taperColumns(cv::Mat& plane, Seam& seam) const {
+    const int margin = static_cast<int>(m_fade.size());
+    joinColumns(plane, seam.joined, m_edge);
+    seam.blurred.create(plane.rows, 2 * margin, CV_32FC1);
     FailureRelay failure;
-#pragma omp parallel if (inParallel)
-    {
-#pragma omp for schedule(static)
-        for (int p = 0; p < count; ++p) {
-            failure.run([&, p] {
-                const auto index = static_cast<std::size_t>(p);
-                Seam& seam = m_columnSeams[index];
-                joinColumns(planes[index], seam.joined, m_edge);
-                seam.blurred.create(seam.joined.size(), CV_32FC1);
-            });
-        }
-#pragma omp for schedule(static)
-        for (int task = 0; task < 2 * count; ++task) {
-            failure.run([&, task] {
-                const auto index = static_cast<std::size_t>(task / 2);
-                const int start = task % 2 * m_edge;
-                const cv::Range part(start, start + m_edge);
-                const Seam& seam = m_columnSeams[index];
-                cv::Mat blurred(seam.blurred, cv::Range::all(), part);
-                cv::GaussianBlur(seam.joined.colRange(part), blurred, m_blurSize, m_sigma, m_sigma,
-                                 cv::BORDER_REFLECT_101);
-            });
-        }
-#pragma omp for schedule(static)
-        for (int task = 0; task < 2 * count; ++task) {
-            failure.run([&, task] {
-                const auto index = static_cast<std::size_t>(task / 2);
-                cv::Mat& plane = planes[index];
-                const int half = plane.rows / 2;
-                const cv::Range part =
-                    task % 2 == 0 ? cv::Range(0, half) : cv::Range(half, plane.rows);
-                fadeColumns(plane, m_columnSeams[index].blurred, part, m_fade);
-            });
-        }
+#pragma omp taskloop grainsize(1) default(shared)
+    for (int part = 0; part < partsOf(plane.rows); ++part) {
+        failure.run([&, part] {
+            const cv::Range rows = partOf(plane.rows, part);
+            blurPart(seam, {0, rows.start, 2 * margin, rows.size()}, {m_edge - margin, 0});
+            fadeColumns(plane, seam.blurred, rows, m_fade);
+        });
     }
     failure.rethrow();
 }
@@ -182,8 +150,20 @@ void CTileTaper::taperBlock(std::span<cv::Mat> planes, std::int32_t border) {
     fillFade(m_fade, border);
     m_rowSeams.resize(planes.size());
     m_columnSeams.resize(planes.size());
-    taperRows(planes);
-    taperColumns(planes);
+    const int count = static_cast<int>(planes.size());
+    FailureRelay failure;
+    // Tasks, so that a thread that has no plane left takes parts of another's.
+#pragma omp parallel if (worthATeam(first.cols, first.rows))
+#pragma omp single
+#pragma omp taskloop grainsize(1) default(shared)
+    for (int p = 0; p < count; ++p) {
+        const auto index = static_cast<std::size_t>(p);
+        failure.run([&, index] {
+            taperRows(planes[index], m_rowSeams[index]);
+            taperColumns(planes[index], m_columnSeams[index]);
+        });
+    }
+    failure.rethrow();
 }
 
 } // namespace vel

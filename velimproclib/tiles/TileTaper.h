@@ -25,14 +25,16 @@ public:
     void taperBlock(std::span<cv::Mat> planes, std::int32_t border);
 
 private:
-    /// Two opposite edges of a plane, joined at the seam, and their blur.
+    /// Two opposite edges of a plane, joined at the seam, and the blur of what the fade reads.
     struct Seam {
         cv::Mat joined;
         cv::Mat blurred;
     };
 
-    void taperRows(std::span<cv::Mat> planes);
-    void taperColumns(std::span<cv::Mat> planes);
+    /// Blurs `part` of `seam.blurred`, which stands at `offset` in the joined edges.
+    void blurPart(const Seam& seam, cv::Rect part, cv::Point offset) const;
+    void taperRows(cv::Mat& plane, Seam& seam) const;
+    void taperColumns(cv::Mat& plane, Seam& seam) const;
 
     std::int32_t m_edge = 0; ///< rows or columns taken from each edge
     cv::Size m_blurSize;

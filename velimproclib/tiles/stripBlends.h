@@ -1,22 +1,13 @@
 #pragma once
 
 #include "velimproclib/primitives/rows.h"
+#include "velimproclib/tiles/blend.h"
 
 #include <cstddef>
 
-/// The blends by which overlapping tiles become one image. Weights and products are doubles and the
-/// sum is rounded to single precision once: pixels that are equal in both parts stay as they are,
-/// which sums of singles would not grant.
-///
-/// `T` is the image's element type, 8 or 16 bits wide. Plain loops: overlaps are a few columns or
-/// rows of a tile.
+/// The blends by which overlapping tiles become one image. `T` is the image's element type, 8 or 16
+/// bits wide. Plain loops: overlaps are a few columns or rows of a tile.
 namespace vel {
-
-/// old * (1 - weight) + fresh * weight.
-inline float blend(double old, double fresh, float weight) noexcept {
-    const auto share = static_cast<double>(weight);
-    return static_cast<float>(old * (1.0 - share) + fresh * share);
-}
 
 /// Fades a row of a new tile in over what its left neighbour left in the strip: `values[x]` becomes
 /// the blend of `strip[x * channels]` and itself by `ramp[x]`. Nothing is rounded to `T` here.
