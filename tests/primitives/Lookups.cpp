@@ -392,6 +392,15 @@ TEST(LutCubic, LevelsThatCoincideGiveFiniteResults) {
     });
 }
 
+TEST(LutCubic, ResultsBeyondTheRangeOfFloatsAreInfiniteOnEveryTarget) {
+    const Knots knots{{0, 1, 2, 3}, {3e38f, 3e38f, -3e38f, -3e38f}};
+    test::forEachTarget([&] {
+        EXPECT_EQ(cubicOne(0.5f, knots), kInfinity);
+        EXPECT_EQ(cubicOne(2.5f, knots), -kInfinity);
+        EXPECT_EQ(cubicOne(1.5f, knots), 0.0f);
+    });
+}
+
 TEST(LutCubic, PixelsOutsideTheLevelsAndNaNAreNotChanged) {
     const Knots knots{{-1, 0, 1, 2}, {5, 6, 7, 9}};
     test::forEachTarget([&] {

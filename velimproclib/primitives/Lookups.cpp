@@ -6,62 +6,200 @@
 
 #include <algorithm>
 
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "velimproclib/primitives/Lookups.cpp"
+#include <hwy/foreach_target.h>
+#include <hwy/highway.h>
+
+#include "velimproclib/primitives/floatRows-inl.h"
+
+// Up to 32 rising levels, which is all that the library itself uses, the interval of a pixel is the
+// number of levels that are not above it: compared with each level in turn, a vector of pixels at a
+// time, without a branch. The coefficients come from tables on the stack by gathered loads. More
+// levels, or levels in disorder, go pixel by pixel.
+
+HWY_BEFORE_NAMESPACE();
+namespace vel::HWY_NAMESPACE {
+namespace {
+
+// As many pixels as a vector holds are searched at once, and evaluated as two vectors of doubles.
+using Floats = hn::ScalableTag<float>;
+using Indices = hn::RebindToSigned<Floats>;
+using Doubles = hn::ScalableTag<double>;
+using WideIndices = hn::RebindToSigned<Doubles>;
+using FloatsOfDoubles = hn::Rebind<float, Doubles>;
+using IndicesOfDoubles = hn::RebindToSigned<FloatsOfDoubles>;
+
+/// How many levels each pixel reaches; NaN reaches none.
+HWY_INLINE hn::Vec<Indices> levelsReached(hn::Vec<Floats> v, const LookupTable& table) {
+    const Floats floats;
+    const Indices indices;
+    auto reached = hn::Zero(indices);
+    for (std::int32_t i = 0; i < table.count; ++i) {
+        const auto isReached = hn::Ge(v, hn::Set(floats, table.levels[i]));
+#if HWY_TARGET <= HWY_AVX3
+        // Masks are not vectors here: a masked addition takes one instruction.
+        reached = hn::IfThenElse(hn::RebindMask(indices, isReached),
+                                 hn::Add(reached, hn::Set(indices, 1)), reached);
+#else
+        reached = hn::Sub(reached, hn::BitCast(indices, hn::VecFromMask(floats, isReached)));
+#endif
+    }
+    return reached;
+}
+
+struct LineLanes {
+    static HWY_INLINE hn::Vec<Doubles> at(hn::Vec<Doubles> v, hn::Vec<WideIndices> entry,
+                                          const LookupTable& table) {
+        const Doubles doubles;
+        const auto d = hn::Sub(v, hn::GatherIndex(doubles, table.base, entry));
+        return hn::Add(hn::Mul(hn::GatherIndex(doubles, table.c1, entry), d),
+                       hn::GatherIndex(doubles, table.value, entry));
+    }
+};
+
+struct CubicLanes {
+    static HWY_INLINE hn::Vec<Doubles> at(hn::Vec<Doubles> v, hn::Vec<WideIndices> entry,
+                                          const LookupTable& table) {
+        const Doubles doubles;
+        const auto d = hn::Sub(v, hn::GatherIndex(doubles, table.base, entry));
+        auto sum = hn::GatherIndex(doubles, table.c3, entry);
+        sum = hn::Add(hn::Mul(sum, d), hn::GatherIndex(doubles, table.c2, entry));
+        sum = hn::Add(hn::Mul(sum, d), hn::GatherIndex(doubles, table.c1, entry));
+        return hn::Add(hn::Mul(sum, d), hn::GatherIndex(doubles, table.value, entry));
+    }
+};
+
+template <class Piece>
+HWY_INLINE hn::Vec<FloatsOfDoubles> evaluatedPart(hn::Vec<FloatsOfDoubles> v,
+                                                  hn::Vec<IndicesOfDoubles> entry,
+                                                  const LookupTable& table) {
+    const auto wide = hn::PromoteTo(Doubles(), v);
+    return roundedToFloats(FloatsOfDoubles(),
+                           Piece::at(wide, hn::PromoteTo(WideIndices(), entry), table));
+}
+
+template <class Piece>
+HWY_INLINE hn::Vec<Floats> evaluated(hn::Vec<Floats> v, hn::Vec<Indices> entry,
+                                     const LookupTable& table) {
+#if HWY_TARGET == HWY_SCALAR
+    return evaluatedPart<Piece>(v, entry, table);
+#else
+    const FloatsOfDoubles half;
+    const IndicesOfDoubles halfIndices;
+    const auto lower =
+        evaluatedPart<Piece>(hn::LowerHalf(half, v), hn::LowerHalf(halfIndices, entry), table);
+    const auto upper =
+        evaluatedPart<Piece>(hn::UpperHalf(half, v), hn::UpperHalf(halfIndices, entry), table);
+    return hn::Combine(Floats(), upper, lower);
+#endif
+}
+
+template <class Piece>
+void lookUpRows(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep,
+                Extent extent, const LookupTable& table) {
+    const Floats floats;
+    const auto first = hn::Set(floats, table.levels[0]);
+    const auto end = hn::Set(floats, table.levels[table.count - 1]);
+    for (std::size_t y = 0; y < extent.rows; ++y) {
+        mapFloats(floats, rowAt(src, srcStep, y), rowAt(dst, dstStep, y), extent.columns,
+                  [&](auto v) HWY_ATTR {
+                      const auto isInside = hn::And(hn::Ge(v, first), hn::Lt(v, end));
+                      return hn::IfThenElse(isInside,
+                                            evaluated<Piece>(v, levelsReached(v, table), table), v);
+                  });
+    }
+}
+
+} // namespace
+
+void lookUpLineRows(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep,
+                    Extent extent, const LookupTable& table) {
+    lookUpRows<LineLanes>(src, srcStep, dst, dstStep, extent, table);
+}
+
+void lookUpCubicRows(float* srcDst, std::int32_t step, Extent extent, const LookupTable& table) {
+    lookUpRows<CubicLanes>(srcDst, step, srcDst, step, extent, table);
+}
+
+} // namespace vel::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
 namespace vel {
 namespace {
 
+HWY_EXPORT(lookUpLineRows);
+HWY_EXPORT(lookUpCubicRows);
+
+/// Neighbours may be equal; with a NaN among them levels do not rise.
+bool areRising(const float* levels, std::int32_t n) {
+    return std::is_sorted(levels, levels + n,
+                          [](float level, float before) { return !(level >= before); });
+}
+
+LookupTable emptyTable(const float* levels, std::int32_t n) {
+    LookupTable table{};
+    table.levels = levels;
+    table.count = n;
+    return table;
+}
+
+LookupTable lineTable(const float* values, const float* levels, std::int32_t n) {
+    LookupTable table = emptyTable(levels, n);
+    for (std::int32_t k = 0; k + 1 < n; ++k) {
+        const LinePiece piece = linePiece(values, levels, k);
+        table.base[k + 1] = piece.base;
+        table.value[k + 1] = piece.value;
+        table.c1[k + 1] = piece.c1;
+    }
+    return table;
+}
+
+LookupTable cubicTable(const float* values, const float* levels, std::int32_t n) {
+    LookupTable table = emptyTable(levels, n);
+    for (std::int32_t k = 0; k + 1 < n; ++k) {
+        const CubicPiece piece = cubicPiece(values, levels, n, k);
+        table.base[k + 1] = piece.base;
+        table.value[k + 1] = piece.value;
+        table.c1[k + 1] = piece.c1;
+        table.c2[k + 1] = piece.c2;
+        table.c3[k + 1] = piece.c3;
+    }
+    return table;
+}
+
 constexpr std::int32_t kNone = -1;
 
-/// Finds the interval of a pixel.
-class IntervalSearch {
-public:
-    IntervalSearch(const float* levels, std::int32_t n)
-        : m_levels(levels), m_n(n), m_rising(rising(levels, n)) {}
-
-    /// The first k with levels[k] <= v < levels[k + 1], or `kNone`.
-    std::int32_t intervalOf(float v) const { return m_rising ? bisect(v) : scan(v); }
-
-private:
-    static bool rising(const float* levels, std::int32_t n) {
-        for (std::int32_t k = 0; k + 1 < n; ++k) {
-            if (!(levels[k] <= levels[k + 1])) {
-                return false;
-            }
-        }
-        return true;
-    }
-
-    std::int32_t bisect(float v) const {
-        if (!(v >= m_levels[0] && v < m_levels[m_n - 1])) {
-            return kNone;
-        }
-        return static_cast<std::int32_t>(std::upper_bound(m_levels, m_levels + m_n, v) - m_levels) -
-               1;
-    }
-
-    std::int32_t scan(float v) const {
-        for (std::int32_t k = 0; k + 1 < m_n; ++k) {
-            if (m_levels[k] <= v && v < m_levels[k + 1]) {
-                return k;
-            }
-        }
+std::int32_t intervalAmongRising(float v, const float* levels, std::int32_t n) {
+    if (!(v >= levels[0] && v < levels[n - 1])) {
         return kNone;
     }
+    return static_cast<std::int32_t>(std::upper_bound(levels, levels + n, v) - levels) - 1;
+}
 
-    const float* m_levels;
-    std::int32_t m_n;
-    bool m_rising;
-};
+std::int32_t intervalAmongAny(float v, const float* levels, std::int32_t n) {
+    for (std::int32_t k = 0; k + 1 < n; ++k) {
+        if (levels[k] <= v && v < levels[k + 1]) {
+            return k;
+        }
+    }
+    return kNone;
+}
 
-/// Looks every pixel up with `pieceOf(k)` made anew for each: any number of levels, no memory.
+/// Any levels and any number of them: `pieceOf(k)` is made anew for every pixel, so that nothing
+/// need be kept.
 template <class PieceOf>
-void lookUpRows(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep,
-                Extent extent, const IntervalSearch& search, PieceOf pieceOf) {
+void lookUpPixels(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep,
+                  Extent extent, const float* levels, std::int32_t n, bool rising,
+                  PieceOf pieceOf) {
+    const auto intervalOf = rising ? intervalAmongRising : intervalAmongAny;
     for (std::size_t y = 0; y < extent.rows; ++y) {
         const auto* srcRow = unaligned(rowAt(src, srcStep, y));
         auto* dstRow = unaligned(rowAt(dst, dstStep, y));
         for (std::size_t x = 0; x < extent.columns; ++x) {
             const float v = srcRow[x].value;
-            const std::int32_t k = search.intervalOf(v);
+            const std::int32_t k = intervalOf(v, levels, n);
             dstRow[x].value = k == kNone ? v : static_cast<float>(pieceOf(k).at(v));
         }
     }
@@ -81,8 +219,14 @@ Status lutLinearF32(const float* src, std::int32_t srcStep, float* dst, std::int
     }
     const Extent extent =
         joinAdjacentRows(w, h, {{srcStep, sizeof(float)}, {dstStep, sizeof(float)}});
-    lookUpRows(src, srcStep, dst, dstStep, extent, IntervalSearch(levels, n),
-               [=](std::int32_t k) { return linePiece(values, levels, k); });
+    const bool rising = areRising(levels, n);
+    if (rising && n <= LookupTable::kMaxLevels) {
+        HWY_DYNAMIC_DISPATCH(lookUpLineRows)
+        (src, srcStep, dst, dstStep, extent, lineTable(values, levels, n));
+    } else {
+        lookUpPixels(src, srcStep, dst, dstStep, extent, levels, n, rising,
+                     [=](std::int32_t k) { return linePiece(values, levels, k); });
+    }
     return kOk;
 }
 
@@ -95,10 +239,17 @@ Status lutCubicInPlaceF32(float* srcDst, std::int32_t step, std::int32_t w, std:
     if (const Status status = checkArguments({srcDst, values, levels}, {w, h}, {step})) {
         return status;
     }
-    lookUpRows(srcDst, step, srcDst, step, joinAdjacentRows(w, h, {{step, sizeof(float)}}),
-               IntervalSearch(levels, n),
-               [=](std::int32_t k) { return cubicPiece(values, levels, n, k); });
+    const Extent extent = joinAdjacentRows(w, h, {{step, sizeof(float)}});
+    const bool rising = areRising(levels, n);
+    if (rising && n <= LookupTable::kMaxLevels) {
+        HWY_DYNAMIC_DISPATCH(lookUpCubicRows)
+        (srcDst, step, extent, cubicTable(values, levels, n));
+    } else {
+        lookUpPixels(srcDst, step, srcDst, step, extent, levels, n, rising,
+                     [=](std::int32_t k) { return cubicPiece(values, levels, n, k); });
+    }
     return kOk;
 }
 
 } // namespace vel
+#endif

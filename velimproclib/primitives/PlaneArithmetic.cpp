@@ -1,7 +1,6 @@
 #include "velimproclib/primitives/PlaneArithmetic.h"
 
 #include "velimproclib/primitives/argumentChecks.h"
-#include "velimproclib/primitives/elementary.h"
 #include "velimproclib/primitives/repeatedPixel.h"
 #include "velimproclib/primitives/rows.h"
 
@@ -9,6 +8,9 @@
 #define HWY_TARGET_INCLUDE "velimproclib/primitives/PlaneArithmetic.cpp"
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
+
+#include "velimproclib/primitives/elementary-inl.h"
+#include "velimproclib/primitives/floatRows-inl.h"
 
 // The loops below carry `omp simd`: a target may be one of the sources, but then it is the same
 // plane, so that the elements are independent of each other. Without it the compiler's overlap
@@ -175,15 +177,19 @@ void mulPixelRows(const RepeatedPixel<float>& pixel, float* srcDst, std::int32_t
 
 /// True when an element was zero or negative.
 bool logRows(float* srcDst, std::int32_t step, Extent extent) {
+    const hn::ScalableTag<double> wide;
+    const hn::Rebind<float, decltype(wide)> narrow;
     std::int32_t outside = 0;
     for (std::size_t y = 0; y < extent.rows; ++y) {
-        auto* row = unaligned(rowAt(srcDst, step, y));
+        float* row = rowAt(srcDst, step, y);
+        const auto* values = unaligned(row);
 #pragma omp simd reduction(| : outside)
         for (std::size_t x = 0; x < extent.columns; ++x) {
-            const float v = row[x].value;
-            outside |= v <= 0.0f ? 1 : 0;
-            row[x].value = static_cast<float>(naturalLog(v));
+            outside |= values[x].value <= 0.0f ? 1 : 0;
         }
+        mapFloats(narrow, row, row, extent.columns, [=](auto v) HWY_ATTR {
+            return roundedToFloats(narrow, naturalLog(wide, hn::PromoteTo(wide, v)));
+        });
     }
     return outside != 0;
 }

@@ -21,6 +21,10 @@ std::uint32_t saturated(std::uint32_t v) {
     return v > kMax ? kMax : v;
 }
 
+std::uint16_t lesser(std::uint16_t v, std::uint16_t level) {
+    return v > level ? level : v;
+}
+
 struct Sum {
     static std::uint32_t of(std::uint32_t v, std::uint32_t value) { return v + value; }
 };
@@ -99,11 +103,11 @@ void clampAboveU16Rows(const RepeatedPixel<std::uint16_t>& levels, std::uint16_t
         for (; x + kRun <= elements.columns; x += kRun) {
 #pragma omp simd
             for (std::size_t i = 0; i < kRun; ++i) {
-                row[x + i].value = std::min<std::uint16_t>(row[x + i].value, run[i]);
+                row[x + i].value = lesser(row[x + i].value, run[i]);
             }
         }
         for (std::size_t i = 0; x + i < elements.columns; ++i) {
-            row[x + i].value = std::min<std::uint16_t>(row[x + i].value, run[i]);
+            row[x + i].value = lesser(row[x + i].value, run[i]);
         }
     }
 }

@@ -1,7 +1,6 @@
 #include "velimproclib/primitives/Vectors.h"
 
 #include "velimproclib/primitives/argumentChecks.h"
-#include "velimproclib/primitives/elementary.h"
 #include "velimproclib/primitives/rows.h"
 
 #include <bit>
@@ -13,6 +12,9 @@
 #define HWY_TARGET_INCLUDE "velimproclib/primitives/Vectors.cpp"
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
+
+#include "velimproclib/primitives/elementary-inl.h"
+#include "velimproclib/primitives/floatRows-inl.h"
 
 // The loops below carry `omp simd`: a target may be one of the sources, but then it is the same
 // vector, so that the elements are independent of each other.
@@ -66,26 +68,29 @@ void takeMagnitudes(const T* src, T* dst, std::size_t count) {
 /// What a^x means for negative bases.
 enum class Exponent { kOddInteger, kEvenInteger, kFraction };
 
+/// `power` is |base|^x; gives base^x.
+template <Exponent kExponent, class D>
+HWY_INLINE hn::Vec<D> withSignOf(D d, hn::Vec<D> base, hn::Vec<D> power) {
+    if constexpr (kExponent == Exponent::kOddInteger) {
+        return hn::CopySign(power, base);
+    } else if constexpr (kExponent == Exponent::kFraction) {
+        const auto finite = hn::Gt(base, hn::Set(d, -std::numeric_limits<float>::infinity()));
+        const auto nan = hn::Set(d, std::numeric_limits<float>::quiet_NaN());
+        return hn::IfThenElse(hn::And(finite, hn::Lt(base, hn::Zero(d))), nan, power);
+    } else {
+        return power;
+    }
+}
+
 template <Exponent kExponent>
 void powerOf(const float* a, double x, float* y, std::size_t count) {
-    constexpr float kInfinity = std::numeric_limits<float>::infinity();
-    constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
-    const auto* from = unaligned(a);
-    auto* to = unaligned(y);
-#pragma omp simd
-    for (std::size_t i = 0; i < count; ++i) {
-        const float base = from[i].value;
-        const float power = static_cast<float>(exponential(x * naturalLog(magnitude(base))));
-        if constexpr (kExponent == Exponent::kOddInteger) {
-            const std::uint32_t sign = std::bit_cast<std::uint32_t>(base) & 0x80000000u;
-            to[i].value = std::bit_cast<float>(std::bit_cast<std::uint32_t>(power) | sign);
-        } else if constexpr (kExponent == Exponent::kFraction) {
-            const float ofNegative = base > -kInfinity ? kNan : power;
-            to[i].value = base < 0.0f ? ofNegative : power;
-        } else {
-            to[i].value = power;
-        }
-    }
+    const hn::ScalableTag<double> wide;
+    const hn::Rebind<float, decltype(wide)> narrow;
+    mapFloats(narrow, a, y, count, [=](auto base) HWY_ATTR {
+        const auto log = naturalLog(wide, hn::PromoteTo(wide, hn::Abs(base)));
+        const auto power = exponential(wide, hn::Mul(log, hn::Set(wide, x)));
+        return withSignOf<kExponent>(narrow, base, roundedToFloats(narrow, power));
+    });
 }
 
 } // namespace

@@ -65,4 +65,20 @@ inline CubicPiece cubicPiece(const float* values, const float* levels, std::int3
     return {base, value, c1, c2, c3};
 }
 
+/// The pieces of all intervals, one array for each coefficient as vector code wants them. Entry 0
+/// stands for pixels below the levels, entry k + 1 for interval k, entry n for pixels above; the
+/// outer two hold zeros.
+struct LookupTable {
+    static constexpr std::int32_t kMaxLevels = 32;
+    static constexpr std::size_t kEntries = kMaxLevels + 1;
+
+    const float* levels; ///< rising, `count` of them
+    std::int32_t count;
+    double base[kEntries];
+    double value[kEntries];
+    double c1[kEntries];
+    double c2[kEntries]; ///< of cubics only
+    double c3[kEntries]; ///< of cubics only
+};
+
 } // namespace vel
