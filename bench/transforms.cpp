@@ -58,13 +58,13 @@ void forwardRows(const Ours& our) {
 
 void forwardColumns(const Ours& our) {
     for (int block = 0; block < our.fft.blockCount(); ++block) {
-        our.fft.forwardColumns(our.block(block), block, our.scratch.get());
+        our.fft.forwardColumns(our.block(block), block);
     }
 }
 
 void inverseColumns(const Ours& our) {
     for (int block = 0; block < our.fft.blockCount(); ++block) {
-        our.fft.inverseColumns(our.block(block), block, our.scratch.get());
+        our.fft.inverseColumns(our.block(block), block);
     }
 }
 

@@ -59,15 +59,13 @@ void forward(const RealFft2D& fft, const Plane& image, float* spectrum, float* s
         fft.forwardRows(image.data(), image.step(), group, spectrum, scratch);
     }
     for (int block = 0; block < fft.blockCount(); ++block) {
-        fft.forwardColumns(spectrum + static_cast<std::size_t>(block) * fft.blockFloats(), block,
-                           scratch);
+        fft.forwardColumns(spectrum + static_cast<std::size_t>(block) * fft.blockFloats(), block);
     }
 }
 
 void inverse(const RealFft2D& fft, float* spectrum, Plane& image, float* scratch) {
     for (int block = 0; block < fft.blockCount(); ++block) {
-        fft.inverseColumns(spectrum + static_cast<std::size_t>(block) * fft.blockFloats(), block,
-                           scratch);
+        fft.inverseColumns(spectrum + static_cast<std::size_t>(block) * fft.blockFloats(), block);
     }
     for (int group = 0; group < fft.groupCount(); ++group) {
         fft.inverseRows(spectrum, group, image.data(), image.step(), scratch);
@@ -137,7 +135,7 @@ std::complex<double> frequency(const RealFft2D& fft, const float* spectrum, int 
     const int h = fft.height();
     const auto stored = [&](int row, int column) {
         const float* p = spectrum + static_cast<std::size_t>(column / 16) * fft.blockFloats() +
-                         static_cast<std::size_t>(row) * 32 + static_cast<std::size_t>(column % 16);
+                         fft.rowOf(row) * 32 + static_cast<std::size_t>(column % 16);
         return std::complex<double>(p[0], p[16]);
     };
     if (u != 0 && u != fft.width() / 2) {

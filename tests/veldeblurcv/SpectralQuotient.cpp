@@ -47,7 +47,7 @@ void forEachComplexSlot(const RealFft2D& fft, Check&& check) {
                 }
                 const int u = folded && v > kSide / 2 ? kSide / 2 : block * 16 + lane;
                 check(Slot{static_cast<std::size_t>(block) * fft.blockFloats() +
-                               static_cast<std::size_t>(v * kRowFloats + lane),
+                               fft.rowOf(v) * kRowFloats + static_cast<std::size_t>(lane),
                            v, u});
             }
         }
@@ -69,8 +69,8 @@ TEST(SpectralQuotient, RealSlotsAreTheFourRealFrequencies) {
     const auto slots = realSlots(fft);
     EXPECT_EQ(slots[0], 0u);
     EXPECT_EQ(slots[1], 16u);
-    EXPECT_EQ(slots[2], 32u * kSide / 2);
-    EXPECT_EQ(slots[3], 32u * kSide / 2 + 16);
+    EXPECT_EQ(slots[2], 32 * fft.rowOf(kSide / 2));
+    EXPECT_EQ(slots[3], 32 * fft.rowOf(kSide / 2) + 16);
 }
 
 TEST(SpectralQuotient, ProductWithTheConjugateIsComplexButForTheRealFrequencies) {

@@ -81,23 +81,23 @@ struct PairLanes {
 void packPairs(const RealFft2D& fft, int index, const float* block, const FloatPlane& packed) {
     const PairLanes lanes(fft, index);
     std::array<float, kRowFloats> pairs;
-    for (int v = 0; v < fft.height() && lanes.bytes() > 0; ++v, block += kRowFloats) {
+    for (int row = 0; row < fft.height() && lanes.bytes() > 0; ++row, block += kRowFloats) {
         for (std::size_t lane = 0; lane < kLanes; ++lane) {
             pairs[2 * lane] = block[lane];
             pairs[2 * lane + 1] = block[kLanes + lane];
         }
-        std::memcpy(packed.at(lanes.packedColumn, v), pairs.data() + 2 * lanes.first,
-                    lanes.bytes());
+        std::memcpy(packed.at(lanes.packedColumn, fft.frequencyOf(row)),
+                    pairs.data() + 2 * lanes.first, lanes.bytes());
     }
 }
 
 void unpackPairs(const RealFft2D& fft, int index, const FloatPlane& packed, float* block) {
     const PairLanes lanes(fft, index);
     std::array<float, kRowFloats> pairs{};
-    for (int v = 0; v < fft.height(); ++v, block += kRowFloats) {
+    for (int row = 0; row < fft.height(); ++row, block += kRowFloats) {
         if (lanes.bytes() > 0) {
-            std::memcpy(pairs.data() + 2 * lanes.first, packed.at(lanes.packedColumn, v),
-                        lanes.bytes());
+            std::memcpy(pairs.data() + 2 * lanes.first,
+                        packed.at(lanes.packedColumn, fft.frequencyOf(row)), lanes.bytes());
         }
         for (std::size_t lane = 0; lane < kLanes; ++lane) {
             block[lane] = pairs[2 * lane];
@@ -106,41 +106,37 @@ void unpackPairs(const RealFft2D& fft, int index, const FloatPlane& packed, floa
     }
 }
 
-/// Calls `visit(packedX, packedY, row, offset)` for every slot of the packed columns 0 and w-1 with
-/// the place of its value in lane 0 of block 0.
+/// Calls `visit(packedX, packedY, index)` for every slot of the packed columns 0 and w-1 with the
+/// index of its value in block 0.
 template <class Visit>
 void forEachRealColumnSlot(const RealFft2D& fft, Visit visit) {
     const int h = fft.height();
     const int columns = std::min(fft.width(), 2);
+    const auto indexOf = [&](int v, int part) {
+        return fft.rowOf(v) * kRowFloats + static_cast<std::size_t>(part * kLanes);
+    };
     for (int second = 0; second < columns; ++second) {
         const int x = second * (fft.width() - 1);
-        const int realPart = second * kLanes;
-        visit(x, 0, 0, realPart);
+        visit(x, 0, indexOf(0, second));
         if (h > 1) {
-            visit(x, h - 1, h / 2, realPart);
+            visit(x, h - 1, indexOf(h / 2, second));
         }
         for (int v = 1; v < h / 2; ++v) {
-            const int row = second == 0 ? v : h - v;
-            visit(x, 2 * v - 1, row, 0);
-            visit(x, 2 * v, row, kLanes);
+            const int stored = second == 0 ? v : h - v;
+            visit(x, 2 * v - 1, indexOf(stored, 0));
+            visit(x, 2 * v, indexOf(stored, 1));
         }
     }
 }
 
-std::size_t slotIndex(int row, int offset) {
-    return static_cast<std::size_t>(row) * kRowFloats + static_cast<std::size_t>(offset);
-}
-
 void packRealColumns(const RealFft2D& fft, const float* block, const FloatPlane& packed) {
-    forEachRealColumnSlot(fft, [&](int x, int y, int row, int offset) {
-        packed.put(x, y, block[slotIndex(row, offset)]);
-    });
+    forEachRealColumnSlot(fft,
+                          [&](int x, int y, std::size_t index) { packed.put(x, y, block[index]); });
 }
 
 void unpackRealColumns(const RealFft2D& fft, const FloatPlane& packed, float* block) {
-    forEachRealColumnSlot(fft, [&](int x, int y, int row, int offset) {
-        block[slotIndex(row, offset)] = packed.get(x, y);
-    });
+    forEachRealColumnSlot(
+        fft, [&](int x, int y, std::size_t index) { block[index] = packed.get(x, y); });
 }
 
 } // namespace
@@ -196,7 +192,7 @@ Status fftFwdRealToPack(const float* src, int srcStep, float* dst, int dstStep, 
     const FloatPlane packed(dst, dstStep);
     for (int index = 0; index < fft.blockCount(); ++index) {
         float* block = work.block(fft, index);
-        fft.forwardColumns(block, index, work.scratch());
+        fft.forwardColumns(block, index);
         packPairs(fft, index, block, packed);
         if (index == 0) {
             packRealColumns(fft, block, packed);
@@ -222,7 +218,7 @@ Status fftInvPackToReal(const float* src, int srcStep, float* dst, int dstStep, 
         if (index == 0) {
             unpackRealColumns(fft, packed, block);
         }
-        fft.inverseColumns(block, index, work.scratch());
+        fft.inverseColumns(block, index);
     }
     for (int group = 0; group < fft.groupCount(); ++group) {
         fft.inverseRows(work.spectrum(), group, dst, dstStep, work.scratch());

@@ -1,33 +1,29 @@
 #pragma once
 
+#include "velimproclib/primitives/rows.h"
+
 #include <cstddef>
-#include <cstring>
+#include <cstdint>
 
 namespace vel {
 
-/// A plane of floats in a caller's memory: any alignment, any step in bytes between rows. A view;
-/// the arithmetic of addresses is that of pointers, whatever the size of the plane.
+/// A plane of floats in a caller's memory: any alignment, any step in bytes between rows. A view.
 class FloatPlane {
 public:
-    FloatPlane(float* data, int step) : m_data(reinterpret_cast<char*>(data)), m_step(step) {}
+    FloatPlane(float* data, std::int32_t step) : m_data(data), m_step(step) {}
     /// For planes that are only read.
-    FloatPlane(const float* data, int step) : FloatPlane(const_cast<float*>(data), step) {}
+    FloatPlane(const float* data, std::int32_t step) : FloatPlane(const_cast<float*>(data), step) {}
 
-    char* at(std::ptrdiff_t x, std::ptrdiff_t y) const {
-        return m_data + y * m_step + x * static_cast<std::ptrdiff_t>(sizeof(float));
+    float* row(int y) const { return rowAt(m_data, m_step, static_cast<std::size_t>(y)); }
+    char* at(std::ptrdiff_t x, int y) const {
+        return reinterpret_cast<char*>(row(y)) + x * static_cast<std::ptrdiff_t>(sizeof(float));
     }
-    float get(std::ptrdiff_t x, std::ptrdiff_t y) const {
-        float value;
-        std::memcpy(&value, at(x, y), sizeof value);
-        return value;
-    }
-    void put(std::ptrdiff_t x, std::ptrdiff_t y, float value) const {
-        std::memcpy(at(x, y), &value, sizeof value);
-    }
+    float get(std::ptrdiff_t x, int y) const { return unaligned(row(y))[x].value; }
+    void put(std::ptrdiff_t x, int y, float value) const { unaligned(row(y))[x].value = value; }
 
 private:
-    char* m_data;
-    std::ptrdiff_t m_step;
+    float* m_data;
+    std::int32_t m_step;
 };
 
 } // namespace vel

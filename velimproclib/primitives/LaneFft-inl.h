@@ -12,13 +12,14 @@
 #include <cstddef>
 #include <hwy/highway.h>
 
-// Sixteen complex transforms side by side. An element is 32 floats, one part (real or imaginary) of
-// the 16 lanes and then the other; vectors run across lanes, so that no butterfly shuffles and a
-// wider processor does the same arithmetic for each lane.
+// Sixteen complex transforms side by side, in place. An element is 32 floats, one part (real or
+// imaginary) of the 16 lanes and then the other; vectors run across lanes, so that no butterfly
+// shuffles and a wider processor does the same arithmetic for each lane.
 //
-// The first pass moves from the data to the work array, through all of it. Each part that it leaves
-// is then finished on its own, down to the last pass, while it is in the first-level cache. The
-// last pass writes back to the data, every value at the place where its frequency belongs.
+// Every pass puts its results where its operands were. Frequency k so ends in the element
+// plan.places[k], and the way back starts from there: nothing is ever sorted, and a transform of
+// 256 elements does all its work inside the first-level cache. Longer ones run their first pass
+// over all elements; each part that it leaves is then finished on its own, down to the last pass.
 //
 // The inverse transform is the forward one with real and imaginary parts exchanged, which costs
 // nothing here: `Parts` says which comes first.
@@ -123,121 +124,128 @@ HWY_INLINE void butterfly(Complex* x) {
     }
 }
 
-/// One butterfly of 16 lanes: elements `fromStep` floats apart, results `toStep` floats apart,
-/// multiplied by the twiddle factors unless there are none. `from` and `to` may be the same.
-template <int kRadix, bool kTwiddled>
-HWY_INLINE void turn(const float* from, std::ptrdiff_t fromStep, float* to, std::ptrdiff_t toStep,
-                     const float* twiddles, Parts parts) {
+/// Where the twiddle factors of a butterfly go.
+enum class Twiddle { kNone, kOperands, kResults };
+
+HWY_INLINE Complex twiddled(const Complex& x, const float* factor) {
+    return mul(x, hn::Set(LaneTag(), factor[0]), hn::Set(LaneTag(), factor[1]));
+}
+
+/// One butterfly of 16 lanes, in place, over elements `step` floats apart.
+template <int kRadix, Twiddle kTwiddle>
+HWY_INLINE void turn(float* data, std::ptrdiff_t step, const float* twiddles, Parts parts) {
     const LaneTag d;
     for (std::ptrdiff_t lane = 0; lane < kFftLanes; lane += kVectorLanes) {
         Complex x[kRadix];
         for (int k = 0; k < kRadix; ++k) {
-            const float* element = from + k * fromStep + lane;
+            const float* element = data + k * step + lane;
             x[k] = {hn::Load(d, element + parts.re), hn::Load(d, element + parts.im)};
+            if (kTwiddle == Twiddle::kOperands && k > 0) {
+                x[k] = twiddled(x[k], twiddles + 2 * (k - 1));
+            }
         }
         butterfly<kRadix>(x);
         for (int k = 0; k < kRadix; ++k) {
-            if constexpr (kTwiddled) {
-                if (k > 0) {
-                    const float* factor = twiddles + 2 * (k - 1);
-                    x[k] = mul(x[k], hn::Set(d, factor[0]), hn::Set(d, factor[1]));
-                }
+            if (kTwiddle == Twiddle::kResults && k > 0) {
+                x[k] = twiddled(x[k], twiddles + 2 * (k - 1));
             }
-            float* element = to + k * toStep + lane;
+            float* element = data + k * step + lane;
             hn::Store(x[k].re, d, element + parts.re);
             hn::Store(x[k].im, d, element + parts.im);
         }
     }
 }
 
-/// A pass over kRadix * `parts` elements, results at the places of their operands.
-template <int kRadix>
-void passOf(const float* from, float* to, std::ptrdiff_t count, const float* twiddles,
-            Parts parts) {
+/// The butterflies `first` to `end` - 1 of a pass over kRadix * `count` elements.
+template <int kRadix, Twiddle kTwiddle>
+void passOf(float* data, std::ptrdiff_t count, std::ptrdiff_t first, std::ptrdiff_t end,
+            const float* twiddles, Parts parts) {
     const std::ptrdiff_t step = count * kElementFloats;
-    turn<kRadix, false>(from, step, to, step, nullptr, parts);
-    for (std::ptrdiff_t j = 1; j < count; ++j) {
-        turn<kRadix, true>(from + j * kElementFloats, step, to + j * kElementFloats, step,
-                           twiddles + (j - 1) * (kRadix - 1) * 2, parts);
+    std::ptrdiff_t j = first;
+    if (j == 0) {
+        turn<kRadix, Twiddle::kNone>(data, step, nullptr, parts);
+        ++j;
+    }
+    for (; j < end; ++j) {
+        turn<kRadix, kTwiddle>(data + j * kElementFloats, step,
+                               twiddles + (j - 1) * (kRadix - 1) * 2, parts);
     }
 }
 
-inline void pass(int radix, const float* from, float* to, std::ptrdiff_t count,
-                 const float* twiddles, Parts parts) {
-    if (radix == 8) {
-        passOf<8>(from, to, count, twiddles, parts);
+template <Twiddle kTwiddle>
+void pass(const LaneFftPlan& plan, std::size_t level, float* data, std::ptrdiff_t count,
+          std::ptrdiff_t first, std::ptrdiff_t end, Parts parts) {
+    const float* twiddles = plan.twiddles[level].data();
+    if (plan.radices[level] == 8) {
+        passOf<8, kTwiddle>(data, count, first, end, twiddles, parts);
     } else {
-        passOf<4>(from, to, count, twiddles, parts);
+        passOf<4, kTwiddle>(data, count, first, end, twiddles, parts);
     }
 }
 
-/// The last pass: `count` butterflies over contiguous elements. Results of the first one go to
-/// `to` and on in steps of `resultStep` floats, those of the next one start `toStep` floats
-/// further.
 template <int kRadix>
-void lastPassOf(const float* from, float* to, std::ptrdiff_t count, std::ptrdiff_t toStep,
-                std::ptrdiff_t resultStep, Parts parts) {
+void leavesOf(float* data, std::ptrdiff_t count, Parts parts) {
     for (std::ptrdiff_t j = 0; j < count; ++j) {
-        turn<kRadix, false>(from + j * kRadix * kElementFloats, kElementFloats, to + j * toStep,
-                            resultStep, nullptr, parts);
+        turn<kRadix, Twiddle::kNone>(data + j * kRadix * kElementFloats, kElementFloats, nullptr,
+                                     parts);
     }
 }
 
-inline void lastPass(int radix, const float* from, float* to, std::ptrdiff_t count,
-                     std::ptrdiff_t toStep, std::ptrdiff_t resultStep, Parts parts) {
+/// The pass over neighbouring elements, which has no twiddle factors: `count` butterflies.
+inline void leaves(int radix, float* data, std::ptrdiff_t count, Parts parts) {
     if (radix == 8) {
-        lastPassOf<8>(from, to, count, toStep, resultStep, parts);
+        leavesOf<8>(data, count, parts);
     } else if (radix == 4) {
-        lastPassOf<4>(from, to, count, toStep, resultStep, parts);
+        leavesOf<4>(data, count, parts);
     } else {
-        lastPassOf<2>(from, to, count, toStep, resultStep, parts);
+        leavesOf<2>(data, count, parts);
     }
 }
 
-/// Finishes one part of `length` elements at `work`: the passes from `level` on. The frequencies of
-/// the part stand `frequencyStep` floats apart in the data, from `data` on.
-inline void finishPart(const LaneFftPlan& plan, std::size_t level, std::ptrdiff_t length,
-                       float* work, float* data, std::ptrdiff_t frequencyStep, Parts parts) {
+/// From the order of samples to the order of `places`: the passes from `level` on, over the part of
+/// `length` elements at `data`.
+inline void decimate(const LaneFftPlan& plan, std::size_t level, std::ptrdiff_t length, float* data,
+                     Parts parts) {
+    if (level == plan.radices.size()) {
+        return;
+    }
     const int radix = plan.radices[level];
-    if (level + 1 == plan.radices.size()) {
-        lastPass(radix, work, data, 1, 0, frequencyStep, parts);
+    const std::ptrdiff_t count = length / radix;
+    if (count == 1) {
+        leaves(radix, data, 1, parts);
         return;
     }
-    const std::ptrdiff_t count = length / radix;
-    pass(radix, work, work, count, plan.twiddles[level].data(), parts);
+    pass<Twiddle::kResults>(plan, level, data, count, 0, count, parts);
     if (level + 2 == plan.radices.size()) {
-        lastPass(plan.radices[level + 1], work, data, radix, frequencyStep, frequencyStep * radix,
-                 parts);
+        leaves(plan.radices[level + 1], data, radix, parts);
         return;
     }
     for (std::ptrdiff_t k = 0; k < radix; ++k) {
-        finishPart(plan, level + 1, count, work + k * count * kElementFloats,
-                   data + k * frequencyStep, frequencyStep * radix, parts);
+        decimate(plan, level + 1, count, data + k * count * kElementFloats, parts);
     }
 }
 
-/// Transforms `plan.length` elements at `data` in place; `work` has room for as many. Both are
-/// aligned to 64 bytes.
-inline void transformLanes(const LaneFftPlan& plan, float* data, float* work, Parts parts) {
-    const auto length = static_cast<std::ptrdiff_t>(plan.length);
-    if (plan.radices.empty()) {
+/// The way back: from the order of `places` to the order of samples, times the length when the
+/// parts are exchanged.
+inline void assemble(const LaneFftPlan& plan, std::size_t level, std::ptrdiff_t length, float* data,
+                     Parts parts) {
+    if (level == plan.radices.size()) {
         return;
     }
-    if (plan.radices.size() == 1) {
-        lastPass(plan.radices[0], data, data, 1, 0, kElementFloats, parts);
-        return;
-    }
-    const int radix = plan.radices[0];
+    const int radix = plan.radices[level];
     const std::ptrdiff_t count = length / radix;
-    pass(radix, data, work, count, plan.twiddles[0].data(), parts);
-    if (plan.radices.size() == 2) {
-        lastPass(plan.radices[1], work, data, radix, kElementFloats, kElementFloats * radix, parts);
+    if (count == 1) {
+        leaves(radix, data, 1, parts);
         return;
     }
-    for (std::ptrdiff_t k = 0; k < radix; ++k) {
-        finishPart(plan, 1, count, work + k * count * kElementFloats, data + k * kElementFloats,
-                   kElementFloats * radix, parts);
+    if (level + 2 == plan.radices.size()) {
+        leaves(plan.radices[level + 1], data, radix, parts);
+    } else {
+        for (std::ptrdiff_t k = 0; k < radix; ++k) {
+            assemble(plan, level + 1, count, data + k * count * kElementFloats, parts);
+        }
     }
+    pass<Twiddle::kOperands>(plan, level, data, count, 0, count, parts);
 }
 
 } // namespace

@@ -65,6 +65,24 @@ std::vector<float> passTwiddles(const RootsOfUnity& roots, std::size_t rootStep,
     return factors;
 }
 
+/// Frequency k has the digits of the first radix lowest; places have them highest.
+std::vector<std::uint32_t> placesOf(std::size_t length, const std::vector<int>& radices) {
+    std::vector<std::uint32_t> places;
+    places.reserve(length);
+    places.push_back(0);
+    std::size_t partLength = length;
+    for (const int radix : radices) {
+        partLength /= static_cast<std::size_t>(radix);
+        const std::size_t known = places.size();
+        for (std::size_t digit = 1; digit < static_cast<std::size_t>(radix); ++digit) {
+            for (std::size_t k = 0; k < known; ++k) {
+                places.push_back(places[k] + static_cast<std::uint32_t>(digit * partLength));
+            }
+        }
+    }
+    return places;
+}
+
 } // namespace
 
 RootsOfUnity::RootsOfUnity(int log2Count)
@@ -88,7 +106,8 @@ RootsOfUnity::Root RootsOfUnity::operator()(std::size_t k) const {
 }
 
 LaneFftPlan::LaneFftPlan(int log2Length)
-    : length(std::size_t{1} << log2Length), radices(chooseRadices(log2Length)) {
+    : length(std::size_t{1} << log2Length), radices(chooseRadices(log2Length)),
+      places(placesOf(length, radices)) {
     const RootsOfUnity roots(log2Length);
     std::size_t rootStep = 1;
     std::size_t parts = length;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <vector>
 
 namespace vel {
@@ -26,20 +27,24 @@ private:
     std::vector<Root> m_fine;
 };
 
-/// What a 16-lane complex transform of a power-of-two length needs to know: the radices of its
-/// passes, first pass first, and the twiddle factors of each pass.
+/// What a 16-lane complex transform of a power-of-two length needs to know.
 ///
-/// The transform decimates in frequency. A pass of radix r over n elements, with m = n / r, leaves
-/// r contiguous parts of m elements; output k of the butterfly at j is multiplied by
-/// exp(-2 pi i j k / n). `twiddles[pass]` holds these factors as pairs (re, im) for j = 1..m-1,
-/// k = 1..r-1, k fastest; the last pass has none.
+/// The transform decimates in frequency, in place. A pass of radix r over n elements, with
+/// m = n / r, leaves r contiguous parts of m elements; output k of the butterfly at j is multiplied
+/// by exp(-2 pi i j k / n). The inverse takes the passes in the opposite order, with the conjugate
+/// factors on the operands.
 struct LaneFftPlan {
     /// @throws std::bad_alloc when the tables do not fit in memory.
     explicit LaneFftPlan(int log2Length);
 
     std::size_t length;
+    /// Radices of the passes, first pass first; 8 comes first for lengths from 32 on.
     std::vector<int> radices;
+    /// The factors of each pass as pairs (re, im) for j = 1..m-1, k = 1..r-1, k fastest; the last
+    /// pass has none.
     std::vector<std::vector<float>> twiddles;
+    /// Frequency k ends in element places[k]. Frequency 0 stays in element 0.
+    std::vector<std::uint32_t> places;
 };
 
 } // namespace vel

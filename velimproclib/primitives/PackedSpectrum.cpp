@@ -1,5 +1,6 @@
 #include "velimproclib/primitives/PackedSpectrum.h"
 
+#include "velimproclib/primitives/argumentChecks.h"
 #include "velimproclib/primitives/FloatPlane.h"
 
 #include <algorithm>
@@ -147,16 +148,6 @@ HWY_EXPORT(magnitudePairsRow);
 
 namespace {
 
-Status check(bool pointers, int w, int h, bool steps) {
-    if (!pointers) {
-        return kNullPointer;
-    }
-    if (w < 1 || h < 1) {
-        return kBadSize;
-    }
-    return steps ? kOk : kBadStep;
-}
-
 /// Pairs that lie along every row, for u = 1..rowPairs(w).
 std::ptrdiff_t rowPairs(int w) {
     return (w - 1) / 2;
@@ -188,7 +179,7 @@ int mirroredRow(int v, int h) {
     return v == 0 ? 0 : h - v;
 }
 
-void putPair(const FloatPlane& plane, std::ptrdiff_t u, std::ptrdiff_t v, float re, float im) {
+void putPair(const FloatPlane& plane, std::ptrdiff_t u, int v, float re, float im) {
     plane.put(2 * u, v, re);
     plane.put(2 * u + 1, v, im);
 }
@@ -196,8 +187,7 @@ void putPair(const FloatPlane& plane, std::ptrdiff_t u, std::ptrdiff_t v, float 
 } // namespace
 
 Status packToComplex(const float* src, int srcStep, float* dst, int dstStep, int w, int h) {
-    if (const Status status =
-            check(src != nullptr && dst != nullptr, w, h, srcStep >= 1 && dstStep >= 1);
+    if (const Status status = checkArguments({src, dst}, {w, h}, {srcStep, dstStep});
         status != kOk) {
         return status;
     }
@@ -226,8 +216,7 @@ Status packToComplex(const float* src, int srcStep, float* dst, int dstStep, int
 }
 
 Status complexToPack(const float* src, int srcStep, float* dst, int dstStep, int w, int h) {
-    if (const Status status =
-            check(src != nullptr && dst != nullptr, w, h, srcStep >= 1 && dstStep >= 1);
+    if (const Status status = checkArguments({src, dst}, {w, h}, {srcStep, dstStep});
         status != kOk) {
         return status;
     }
@@ -250,8 +239,7 @@ Status complexToPack(const float* src, int srcStep, float* dst, int dstStep, int
 
 Status mulPackConj(const float* a, int aStep, const float* b, int bStep, float* dst, int dstStep,
                    int w, int h) {
-    if (const Status status = check(a != nullptr && b != nullptr && dst != nullptr, w, h,
-                                    aStep >= 1 && bStep >= 1 && dstStep >= 1);
+    if (const Status status = checkArguments({a, b, dst}, {w, h}, {aStep, bStep, dstStep});
         status != kOk) {
         return status;
     }
@@ -278,8 +266,7 @@ Status mulPackConj(const float* a, int aStep, const float* b, int bStep, float* 
 }
 
 Status magnitudePack(const float* src, int srcStep, float* dst, int dstStep, int w, int h) {
-    if (const Status status =
-            check(src != nullptr && dst != nullptr, w, h, srcStep >= 1 && dstStep >= 1);
+    if (const Status status = checkArguments({src, dst}, {w, h}, {srcStep, dstStep});
         status != kOk) {
         return status;
     }
@@ -305,8 +292,7 @@ Status magnitudePack(const float* src, int srcStep, float* dst, int dstStep, int
 
 Status divComplex(const float* a, int aStep, const float* b, int bStep, float* dst, int dstStep,
                   int w, int h) {
-    if (const Status status = check(a != nullptr && b != nullptr && dst != nullptr, w, h,
-                                    aStep >= 1 && bStep >= 1 && dstStep >= 1);
+    if (const Status status = checkArguments({a, b, dst}, {w, h}, {aStep, bStep, dstStep});
         status != kOk) {
         return status;
     }
@@ -323,8 +309,7 @@ Status divComplex(const float* a, int aStep, const float* b, int bStep, float* d
 
 Status addComplex(const float* a, int aStep, const float* b, int bStep, float* dst, int dstStep,
                   int w, int h) {
-    if (const Status status = check(a != nullptr && b != nullptr && dst != nullptr, w, h,
-                                    aStep >= 1 && bStep >= 1 && dstStep >= 1);
+    if (const Status status = checkArguments({a, b, dst}, {w, h}, {aStep, bStep, dstStep});
         status != kOk) {
         return status;
     }
@@ -339,8 +324,7 @@ Status addComplex(const float* a, int aStep, const float* b, int bStep, float* d
 
 Status mulConstComplex(const float* src, int srcStep, float constRe, float constIm, float* dst,
                        int dstStep, int w, int h) {
-    if (const Status status =
-            check(src != nullptr && dst != nullptr, w, h, srcStep >= 1 && dstStep >= 1);
+    if (const Status status = checkArguments({src, dst}, {w, h}, {srcStep, dstStep});
         status != kOk) {
         return status;
     }

@@ -16,8 +16,8 @@
 // Rows: a group of 16 rows is transposed tile by tile, so that its 16 rows become the lanes of one
 // transform. The real row of w samples is read as w/2 complex ones (even samples real, odd samples
 // imaginary), which is what the transposed tiles are already. After the complex transform of half
-// the length, frequencies k and w/2 - k are joined to the spectrum of the real row, and the tiles
-// are transposed back into the column blocks.
+// the length, frequencies k and w/2 - k are joined to the spectrum of the real row, in two tiles at
+// a time from both ends of the row, and these tiles are transposed back into the column blocks.
 //
 // Columns: the 16 columns of a block are the lanes.
 
@@ -28,6 +28,13 @@ namespace {
 constexpr std::ptrdiff_t kFloatBytes = sizeof(float);
 constexpr std::ptrdiff_t kLaneBytes = kFftLanes * kFloatBytes;
 constexpr std::ptrdiff_t kElementBytes = kElementFloats * kFloatBytes;
+
+inline char* bytes(float* p) {
+    return reinterpret_cast<char*>(p);
+}
+inline const char* bytes(const float* p) {
+    return reinterpret_cast<const char*>(p);
+}
 
 struct Unchanged {
     HWY_INLINE TileVec operator()(TileVec v) const { return v; }
@@ -45,12 +52,13 @@ struct SmallTile {
 };
 
 /// to(c, r) = from(r, c) times `factor` for a tile that is smaller than 16 by 16.
-void transposeSmallTile(SmallTile tile, const char* from, std::ptrdiff_t fromStepBytes, char* to,
-                        std::ptrdiff_t toStepBytes, float factor) {
+template <class RowAt>
+void transposeSmallTile(SmallTile tile, RowAt rowAt, char* to, std::ptrdiff_t toStepBytes,
+                        float factor) {
     for (int r = 0; r < tile.rows; ++r) {
         for (int c = 0; c < tile.columns; ++c) {
             float value;
-            std::memcpy(&value, from + r * fromStepBytes + c * kFloatBytes, sizeof value);
+            std::memcpy(&value, rowAt(r) + c * kFloatBytes, sizeof value);
             value *= factor;
             std::memcpy(to + c * toStepBytes + r * kFloatBytes, &value, sizeof value);
         }
@@ -76,163 +84,246 @@ HWY_INLINE void forEachLane(Body body) {
 }
 
 /// Frequencies 0 and w/2 of real rows, both real, from element 0 of the transform of half length.
-inline void joinEnds(float* element) {
+inline void joinEnds(const float* from, float* to) {
     forEachLane([&](std::ptrdiff_t lane) HWY_ATTR {
-        const Complex z = loadElement(element + lane);
-        storeElement({hn::Add(z.re, z.im), hn::Sub(z.re, z.im)}, element + lane);
+        const Complex z = loadElement(from + lane);
+        storeElement({hn::Add(z.re, z.im), hn::Sub(z.re, z.im)}, to + lane);
     });
 }
 
-inline void splitEnds(float* element) {
+inline void splitEnds(const float* from, float* to) {
     forEachLane([&](std::ptrdiff_t lane) HWY_ATTR {
         const LaneVec half = hn::Set(LaneTag(), 0.5f);
-        const Complex x = loadElement(element + lane);
+        const Complex x = loadElement(from + lane);
         storeElement({hn::Mul(hn::Add(x.re, x.im), half), hn::Mul(hn::Sub(x.re, x.im), half)},
-                     element + lane);
+                     to + lane);
     });
 }
 
-/// Frequencies k and w/2 - k of the real rows from those of the transform of half length
-/// (`low` and `high`), or the reverse, for which `factor` comes conjugated.
-HWY_INLINE void joinPair(float* low, float* high, float factorRe, float factorIm) {
+struct ElementPair {
+    float* low;  ///< of frequency k
+    float* high; ///< of frequency w/2 - k
+};
+
+/// Frequencies k and w/2 - k of the real rows from those of the transform of half length, or the
+/// reverse, for which the factor comes conjugated. The two may be one, k = w/4.
+HWY_INLINE void joinPair(ElementPair from, ElementPair to, float factorRe, float factorIm) {
     forEachLane([&](std::ptrdiff_t lane) HWY_ATTR {
         const LaneTag d;
-        const Complex a = loadElement(low + lane);
-        const Complex b = loadElement(high + lane);
+        const Complex a = loadElement(from.low + lane);
+        const Complex b = loadElement(from.high + lane);
         const Complex sum{hn::Add(a.re, b.re), hn::Sub(a.im, b.im)};        // a + conj b
         const Complex difference{hn::Sub(a.re, b.re), hn::Add(a.im, b.im)}; // a - conj b
         const Complex even = scale(sum, hn::Set(d, 0.5f));
         const Complex odd = mul(difference, hn::Set(d, factorRe), hn::Set(d, factorIm));
-        storeElement({hn::Sub(even.re, odd.re), hn::Sub(odd.im, even.im)}, high + lane);
-        storeElement(add(even, odd), low + lane);
+        storeElement({hn::Sub(even.re, odd.re), hn::Sub(odd.im, even.im)}, to.high + lane);
+        storeElement(add(even, odd), to.low + lane);
     });
 }
 
-template <bool kForward>
-void joinPairs(const RealFft2D::Tables& tables, float* elements) {
-    const auto count = static_cast<std::ptrdiff_t>(tables.rows.length);
-    if constexpr (kForward) {
-        joinEnds(elements);
-    } else {
-        splitEnds(elements);
+/// Working memory of the row transforms.
+struct RowMemory {
+    explicit RowMemory(const RealFft2D::Tables& tables, float* scratch)
+        : elements(scratch),
+          low(scratch + static_cast<std::ptrdiff_t>(tables.rows.length) * kElementFloats),
+          high(low + kSideElements * kElementFloats) {}
+
+    /// A tile's elements and the first one of its neighbour.
+    static constexpr std::ptrdiff_t kSideElements = kTileSide + 1;
+
+    float* elements; ///< the transform of half length
+    float* low;      ///< frequencies of a tile from the low end of the rows
+    float* high;     ///< and of one from the high end
+};
+
+/// One group of rows in the image and in the spectrum.
+struct RowGroup {
+    RowGroup(const RealFft2D& fft, const RealFft2D::Tables& tables, int group, float* spectrum,
+             float* scratch)
+        : rows(std::min(fft.height(), kTileSide)), width(fft.width()),
+          halfWidth(static_cast<std::ptrdiff_t>(tables.rows.length)), blocks(fft.blockCount()),
+          places(tables.rows.places.data()), memory(tables, scratch),
+          m_blockRows(spectrum + std::ptrdiff_t{group} * kTileSide * kElementFloats),
+          m_blockFloats(static_cast<std::ptrdiff_t>(fft.blockFloats())) {}
+
+    float* element(std::ptrdiff_t frequency) const {
+        return memory.elements + std::ptrdiff_t{places[frequency]} * kElementFloats;
     }
-    for (std::ptrdiff_t k = 1; k <= count / 2; ++k) {
-        const float* factor = tables.joinFactors.data() + 2 * k;
-        joinPair(elements + k * kElementFloats, elements + (count - k) * kElementFloats, factor[0],
-                 kForward ? factor[1] : -factor[1]);
+    float* blockRow(std::ptrdiff_t block) const { return m_blockRows + block * m_blockFloats; }
+    bool fillsTiles() const { return rows == kTileSide && halfWidth >= kTileSide; }
+
+    int rows;
+    std::ptrdiff_t width;
+    std::ptrdiff_t halfWidth;
+    std::ptrdiff_t blocks;
+    const std::uint32_t* places;
+    RowMemory memory;
+
+private:
+    float* m_blockRows;
+    std::ptrdiff_t m_blockFloats;
+};
+
+/// Image columns `left` to `left` + 15 of all rows to elements, which are pairs of columns.
+inline void loadImageTile(const RowGroup& group, const float* firstRow, std::ptrdiff_t stepBytes,
+                          std::ptrdiff_t left) {
+    const char* from = bytes(firstRow + left);
+    char* to = bytes(group.memory.elements + left * kFftLanes);
+    const auto rowAt = [=](int row) HWY_ATTR { return from + row * stepBytes; };
+    if (group.fillsTiles()) {
+        transposeTile(rowAt, to, kLaneBytes, Unchanged());
+        return;
+    }
+    const auto columns = std::min<std::ptrdiff_t>(group.width, kTileSide);
+    std::memset(to, 0, static_cast<std::size_t>(std::max<std::ptrdiff_t>(columns, 2) * kLaneBytes));
+    transposeSmallTile({group.rows, static_cast<int>(columns)}, rowAt, to, kLaneBytes, 1.0f);
+}
+
+/// The reverse, scaled, from elements in the order of `places`.
+inline void storeImageTile(const RowGroup& group, float* firstRow, std::ptrdiff_t stepBytes,
+                           std::ptrdiff_t left, float factor) {
+    const auto rowAt = [&](int row) HWY_ATTR {
+        return bytes(group.element((left + row) / 2) + row % 2 * kFftLanes);
+    };
+    char* to = bytes(firstRow + left);
+    if (group.fillsTiles()) {
+        transposeTile(rowAt, to, stepBytes, Scaled{hn::Set(TileTag(), factor)});
+        return;
+    }
+    const auto columns = static_cast<int>(std::min<std::ptrdiff_t>(group.width, kTileSide));
+    transposeSmallTile({columns, group.rows}, rowAt, to, stepBytes, factor);
+}
+
+/// The elements at `from`, one for each column of a block, to the group's rows of that block.
+inline void storeBlockTile(const RowGroup& group, const float* from, std::ptrdiff_t block) {
+    for (const std::ptrdiff_t part : {std::ptrdiff_t{0}, kFftLanes}) {
+        const auto rowAt = [=](int row)
+                               HWY_ATTR { return bytes(from + part) + row * kElementBytes; };
+        char* to = bytes(group.blockRow(block) + part);
+        if (group.fillsTiles()) {
+            transposeTile(rowAt, to, kElementBytes, Unchanged());
+            continue;
+        }
+        const auto columns = static_cast<int>(std::min<std::ptrdiff_t>(group.halfWidth, kTileSide));
+        for (int row = 0; row < group.rows; ++row) {
+            std::memset(to + row * kElementBytes, 0, kLaneBytes);
+        }
+        transposeSmallTile({columns, group.rows}, rowAt, to, kElementBytes, 1.0f);
     }
 }
 
-inline char* bytes(float* p) {
-    return reinterpret_cast<char*>(p);
+inline void loadBlockTile(const RowGroup& group, std::ptrdiff_t block, float* to) {
+    for (const std::ptrdiff_t part : {std::ptrdiff_t{0}, kFftLanes}) {
+        const char* from = bytes(group.blockRow(block) + part);
+        const auto rowAt = [=](int row) HWY_ATTR { return from + row * kElementBytes; };
+        if (group.fillsTiles()) {
+            transposeTile(rowAt, bytes(to + part), kElementBytes, Unchanged());
+            continue;
+        }
+        const auto columns = static_cast<int>(std::min<std::ptrdiff_t>(group.halfWidth, kTileSide));
+        for (int column = 0; column < columns; ++column) {
+            std::memset(bytes(to + part) + column * kElementBytes, 0, kLaneBytes);
+        }
+        transposeSmallTile({group.rows, columns}, rowAt, bytes(to + part), kElementBytes, 1.0f);
+    }
 }
-inline const char* bytes(const float* p) {
-    return reinterpret_cast<const char*>(p);
+
+/// From the elements in the order of `places` to the blocks.
+void joinToBlocks(const RowGroup& group, const float* factors) {
+    const RowMemory& memory = group.memory;
+    const std::ptrdiff_t n = group.halfWidth;
+    const auto join = [&](std::ptrdiff_t k, float* low, float* high) HWY_ATTR {
+        joinPair({group.element(k), group.element(n - k)}, {low, high}, factors[2 * k],
+                 factors[2 * k + 1]);
+    };
+    if (group.width == 1) {
+        storeBlockTile(group, memory.elements, 0);
+        return;
+    }
+    joinEnds(memory.elements, memory.low);
+    if (group.blocks == 1) {
+        for (std::ptrdiff_t k = 1; k <= n / 2; ++k) {
+            join(k, memory.low + k * kElementFloats, memory.low + (n - k) * kElementFloats);
+        }
+        storeBlockTile(group, memory.low, 0);
+        return;
+    }
+    for (std::ptrdiff_t block = 0; block < group.blocks / 2; ++block) {
+        for (std::ptrdiff_t i = 1; i <= kTileSide; ++i) {
+            join(block * kTileSide + i, memory.low + i * kElementFloats,
+                 memory.high + (kTileSide - i) * kElementFloats);
+        }
+        storeBlockTile(group, memory.low, block);
+        storeBlockTile(group, memory.high, group.blocks - 1 - block);
+        std::copy_n(memory.low + kTileSide * kElementFloats, kElementFloats, memory.low);
+    }
+}
+
+/// From the blocks to the elements, in the order of frequencies.
+void splitFromBlocks(const RowGroup& group, const float* factors) {
+    const RowMemory& memory = group.memory;
+    const std::ptrdiff_t n = group.halfWidth;
+    const auto split = [&](std::ptrdiff_t k, float* low, float* high) HWY_ATTR {
+        joinPair({low, high},
+                 {memory.elements + k * kElementFloats, memory.elements + (n - k) * kElementFloats},
+                 factors[2 * k], -factors[2 * k + 1]);
+    };
+    if (group.width == 1) {
+        loadBlockTile(group, 0, memory.elements);
+        return;
+    }
+    for (std::ptrdiff_t block = 0; block < std::max<std::ptrdiff_t>(group.blocks / 2, 1); ++block) {
+        loadBlockTile(group, block, memory.low);
+        if (block == 0) {
+            splitEnds(memory.low, memory.elements);
+        }
+        if (group.blocks == 1) {
+            for (std::ptrdiff_t k = 1; k <= n / 2; ++k) {
+                split(k, memory.low + k * kElementFloats, memory.low + (n - k) * kElementFloats);
+            }
+            return;
+        }
+        // The partner of the tile's first frequency was the first one of the high tile before.
+        std::copy_n(memory.high, kElementFloats, memory.high + kTileSide * kElementFloats);
+        loadBlockTile(group, group.blocks - 1 - block, memory.high);
+        for (std::ptrdiff_t i = block == 0 ? 1 : 0; i < kTileSide; ++i) {
+            split(block * kTileSide + i, memory.low + i * kElementFloats,
+                  memory.high + (kTileSide - i) * kElementFloats);
+        }
+    }
+    split(n / 2, memory.high, memory.high);
 }
 
 } // namespace
 
 void forwardRowGroupLanes(const RealFft2D& fft, const RealFft2D::Tables& tables,
-                          const float* firstRow, std::ptrdiff_t stepBytes, int group,
+                          const float* firstRow, std::ptrdiff_t stepBytes, int groupIndex,
                           float* spectrum, float* scratch) {
-    const int rows = std::min(fft.height(), RealFft2D::kLanes);
-    const auto halfWidth = static_cast<std::ptrdiff_t>(tables.rows.length);
-    float* elements = scratch;
-    float* work = scratch + halfWidth * kElementFloats;
-    float* blockRows = spectrum + group * kFftLanes * kElementFloats;
-
-    if (rows < kTileSide || fft.width() < 2 * kTileSide) {
-        const int columns = std::min(fft.width(), 2 * kTileSide);
-        std::fill_n(elements, halfWidth * kElementFloats, 0.0f);
-        for (std::ptrdiff_t left = 0; left < fft.width(); left += columns) {
-            transposeSmallTile({rows, columns}, bytes(firstRow + left), stepBytes,
-                               bytes(elements + left * kFftLanes), kLaneBytes, 1.0f);
-        }
-    } else {
-        for (std::ptrdiff_t left = 0; left < fft.width(); left += kTileSide) {
-            transposeTile(bytes(firstRow + left), stepBytes, bytes(elements + left * kFftLanes),
-                          kLaneBytes, Unchanged());
-        }
+    const RowGroup group(fft, tables, groupIndex, spectrum, scratch);
+    for (std::ptrdiff_t left = 0; left < group.width; left += kTileSide) {
+        loadImageTile(group, firstRow, stepBytes, left);
     }
-
-    if (fft.width() > 1) {
-        transformLanes(tables.rows, elements, work, kForwardParts);
-        joinPairs<true>(tables, elements);
-    }
-
-    const auto blockFloats = static_cast<std::ptrdiff_t>(fft.blockFloats());
-    for (int block = 0; block < fft.blockCount(); ++block) {
-        const float* from = elements + block * kFftLanes * kElementFloats;
-        float* to = blockRows + block * blockFloats;
-        if (rows < kTileSide || halfWidth < kTileSide) {
-            const int columns = static_cast<int>(std::min<std::ptrdiff_t>(halfWidth, kTileSide));
-            std::fill_n(to, rows * kElementFloats, 0.0f);
-            transposeSmallTile({columns, rows}, bytes(from), kElementBytes, bytes(to),
-                               kElementBytes, 1.0f);
-            transposeSmallTile({columns, rows}, bytes(from + kFftLanes), kElementBytes,
-                               bytes(to + kFftLanes), kElementBytes, 1.0f);
-        } else {
-            transposeTile(bytes(from), kElementBytes, bytes(to), kElementBytes, Unchanged());
-            transposeTile(bytes(from + kFftLanes), kElementBytes, bytes(to + kFftLanes),
-                          kElementBytes, Unchanged());
-        }
-    }
+    decimate(tables.rows, 0, group.halfWidth, group.memory.elements, kForwardParts);
+    joinToBlocks(group, tables.joinFactors.data());
 }
 
 void inverseRowGroupLanes(const RealFft2D& fft, const RealFft2D::Tables& tables,
-                          const float* spectrum, int group, float* firstRow,
+                          const float* spectrum, int groupIndex, float* firstRow,
                           std::ptrdiff_t stepBytes, float* scratch) {
-    const int rows = std::min(fft.height(), RealFft2D::kLanes);
-    const auto halfWidth = static_cast<std::ptrdiff_t>(tables.rows.length);
-    float* elements = scratch;
-    float* work = scratch + halfWidth * kElementFloats;
-    const float* blockRows = spectrum + group * kFftLanes * kElementFloats;
-
-    const auto blockFloats = static_cast<std::ptrdiff_t>(fft.blockFloats());
-    for (int block = 0; block < fft.blockCount(); ++block) {
-        const float* from = blockRows + block * blockFloats;
-        float* to = elements + block * kFftLanes * kElementFloats;
-        if (rows < kTileSide || halfWidth < kTileSide) {
-            const int columns = static_cast<int>(std::min<std::ptrdiff_t>(halfWidth, kTileSide));
-            std::fill_n(to, columns * kElementFloats, 0.0f);
-            transposeSmallTile({rows, columns}, bytes(from), kElementBytes, bytes(to),
-                               kElementBytes, 1.0f);
-            transposeSmallTile({rows, columns}, bytes(from + kFftLanes), kElementBytes,
-                               bytes(to + kFftLanes), kElementBytes, 1.0f);
-        } else {
-            transposeTile(bytes(from), kElementBytes, bytes(to), kElementBytes, Unchanged());
-            transposeTile(bytes(from + kFftLanes), kElementBytes, bytes(to + kFftLanes),
-                          kElementBytes, Unchanged());
-        }
-    }
-
-    if (fft.width() > 1) {
-        joinPairs<false>(tables, elements);
-        transformLanes(tables.rows, elements, work, kInverseParts);
-    }
-
-    const float factor = tables.inverseFactor;
-    if (rows < kTileSide || fft.width() < 2 * kTileSide) {
-        const int columns = std::min(fft.width(), 2 * kTileSide);
-        for (std::ptrdiff_t left = 0; left < fft.width(); left += columns) {
-            transposeSmallTile({columns, rows}, bytes(elements + left * kFftLanes), kLaneBytes,
-                               bytes(firstRow + left), stepBytes, factor);
-        }
-    } else {
-        const Scaled scaled{hn::Set(TileTag(), factor)};
-        for (std::ptrdiff_t left = 0; left < fft.width(); left += kTileSide) {
-            transposeTile(bytes(elements + left * kFftLanes), kLaneBytes, bytes(firstRow + left),
-                          stepBytes, scaled);
-        }
+    const RowGroup group(fft, tables, groupIndex, const_cast<float*>(spectrum), scratch);
+    splitFromBlocks(group, tables.joinFactors.data());
+    decimate(tables.rows, 0, group.halfWidth, group.memory.elements, kInverseParts);
+    for (std::ptrdiff_t left = 0; left < group.width; left += kTileSide) {
+        storeImageTile(group, firstRow, stepBytes, left, tables.inverseFactor);
     }
 }
 
-void forwardColumnLanes(const LaneFftPlan& plan, float* block, float* scratch) {
-    transformLanes(plan, block, scratch, kForwardParts);
+void forwardColumnLanes(const LaneFftPlan& plan, float* block) {
+    decimate(plan, 0, static_cast<std::ptrdiff_t>(plan.length), block, kForwardParts);
 }
 
-void inverseColumnLanes(const LaneFftPlan& plan, float* block, float* scratch) {
-    transformLanes(plan, block, scratch, kInverseParts);
+void inverseColumnLanes(const LaneFftPlan& plan, float* block) {
+    assemble(plan, 0, static_cast<std::ptrdiff_t>(plan.length), block, kInverseParts);
 }
 
 } // namespace vel::HWY_NAMESPACE
@@ -251,12 +342,18 @@ namespace {
 constexpr std::size_t kRow = RealFft2D::kRowFloats;
 constexpr std::size_t kImaginary = RealFft2D::kLanes;
 
+template <class Visit>
+void forEachRowPair(const RealFft2D& fft, float* block, Visit visit) {
+    const int h = fft.height();
+    for (int v = 1; v < (h + 1) / 2; ++v) {
+        visit(block + fft.rowOf(v) * kRow, block + fft.rowOf(h - v) * kRow);
+    }
+}
+
 /// Column 0 holds the transform of two real columns, one in the real and one in the imaginary
 /// parts: takes their spectra apart.
-void untangleFirstColumn(float* block, std::size_t height) {
-    for (std::size_t v = 1; v < (height + 1) / 2; ++v) {
-        float* low = block + v * kRow;
-        float* high = block + (height - v) * kRow;
+void untangleFirstColumn(const RealFft2D& fft, float* block) {
+    forEachRowPair(fft, block, [](float* low, float* high) {
         const float lowRe = low[0];
         const float lowIm = low[kImaginary];
         const float highRe = high[0];
@@ -265,13 +362,11 @@ void untangleFirstColumn(float* block, std::size_t height) {
         low[kImaginary] = 0.5f * (lowIm - highIm);
         high[0] = 0.5f * (lowIm + highIm);
         high[kImaginary] = 0.5f * (highRe - lowRe);
-    }
+    });
 }
 
-void tangleFirstColumn(float* block, std::size_t height) {
-    for (std::size_t v = 1; v < (height + 1) / 2; ++v) {
-        float* low = block + v * kRow;
-        float* high = block + (height - v) * kRow;
+void tangleFirstColumn(const RealFft2D& fft, float* block) {
+    forEachRowPair(fft, block, [](float* low, float* high) {
         const float firstRe = low[0];
         const float firstIm = low[kImaginary];
         const float secondRe = high[0];
@@ -280,7 +375,7 @@ void tangleFirstColumn(float* block, std::size_t height) {
         low[kImaginary] = firstIm + secondRe;
         high[0] = firstRe + secondIm;
         high[kImaginary] = secondRe - firstIm;
-    }
+    });
 }
 
 /// No processor that this is built for has a larger address space for one program; a larger
@@ -296,6 +391,12 @@ std::size_t floatCount(std::uint64_t count) {
     return static_cast<std::size_t>(count);
 }
 
+/// The elements of a group of rows, and two tiles with the first element of a neighbour each.
+std::size_t rowScratchFloats(int orderX) {
+    constexpr std::uint64_t kTileElements = 2 * (RealFft2D::kLanes + 1);
+    return floatCount(kRow * ((std::uint64_t{1} << std::max(orderX - 1, 0)) + kTileElements));
+}
+
 int piecesOf(int count) {
     return std::max(count / RealFft2D::kLanes, 1);
 }
@@ -303,7 +404,7 @@ int piecesOf(int count) {
 } // namespace
 
 RealFft2D::Tables::Tables(int orderX, int orderY)
-    : rows(std::max(orderX - 1, 0)), columns(orderY),
+    : rows(std::max(orderX - 1, 0)), columns(orderY), columnFrequencies(columns.length),
       inverseFactor(1.0f / (static_cast<float>(rows.length) * static_cast<float>(columns.length))) {
     const RootsOfUnity roots(orderX);
     const std::size_t count = rows.length / 2 + 1;
@@ -313,6 +414,9 @@ RealFft2D::Tables::Tables(int orderX, int orderY)
         joinFactors.push_back(static_cast<float>(0.5 * root.im));
         joinFactors.push_back(static_cast<float>(-0.5 * root.re));
     }
+    for (std::size_t v = 0; v < columns.length; ++v) {
+        columnFrequencies[columns.places[v]] = static_cast<std::uint32_t>(v);
+    }
 }
 
 RealFft2D::RealFft2D(int orderX, int orderY)
@@ -320,8 +424,7 @@ RealFft2D::RealFft2D(int orderX, int orderY)
       m_groupCount(piecesOf(m_height)), m_blockFloats(floatCount(std::uint64_t{kRow} << orderY)),
       m_spectrumFloats(
           floatCount(std::uint64_t{m_blockFloats} * static_cast<std::uint64_t>(m_blockCount))),
-      m_scratchFloats(floatCount(std::uint64_t{kRow} << std::max(orderX, orderY))),
-      m_tables(orderX, orderY) {}
+      m_scratchFloats(rowScratchFloats(orderX)), m_tables(orderX, orderY) {}
 
 void RealFft2D::forwardRowGroup(const float* firstRow, std::ptrdiff_t stepBytes, int group,
                                 float* spectrum, float* scratch) const {
@@ -335,18 +438,18 @@ void RealFft2D::inverseRowGroup(const float* spectrum, int group, float* firstRo
     (*this, m_tables, spectrum, group, firstRow, stepBytes, scratch);
 }
 
-void RealFft2D::forwardColumns(float* block, int blockIndex, float* scratch) const {
-    HWY_DYNAMIC_DISPATCH(forwardColumnLanes)(m_tables.columns, block, scratch);
+void RealFft2D::forwardColumns(float* block, int blockIndex) const {
+    HWY_DYNAMIC_DISPATCH(forwardColumnLanes)(m_tables.columns, block);
     if (blockIndex == 0) {
-        untangleFirstColumn(block, static_cast<std::size_t>(m_height));
+        untangleFirstColumn(*this, block);
     }
 }
 
-void RealFft2D::inverseColumns(float* block, int blockIndex, float* scratch) const {
+void RealFft2D::inverseColumns(float* block, int blockIndex) const {
     if (blockIndex == 0) {
-        tangleFirstColumn(block, static_cast<std::size_t>(m_height));
+        tangleFirstColumn(*this, block);
     }
-    HWY_DYNAMIC_DISPATCH(inverseColumnLanes)(m_tables.columns, block, scratch);
+    HWY_DYNAMIC_DISPATCH(inverseColumnLanes)(m_tables.columns, block);
 }
 
 } // namespace vel

@@ -20,21 +20,25 @@ namespace vel {
 /// it is in the cache.
 ///
 /// Storage of the half spectrum. Block b holds the complex columns u = 16b..16b+15 of the w/2
-/// columns and starts at `spectrum + b * blockFloats()`. Inside a block row v follows row v-1; a
-/// row is 32 floats: 16 real parts, then the 16 imaginary parts of the same columns. Row v, column
-/// u holds F(v, u), except for column 0 (first lane of block 0), which carries the two columns
-/// whose spectra have a symmetry of their own, F(v, 0) and F(v, w/2). After `forwardColumns` it
-/// holds
-///   row 0:                re = F(0, 0),   im = F(0, w/2)    (both are real),
-///   row h/2:              re = F(h/2, 0), im = F(h/2, w/2)  (both are real),
-///   row v, 0 < v < h/2:   F(v, 0),
-///   row h-v, 0 < v < h/2: F(v, w/2).
+/// columns and starts at `spectrum + b * blockFloats()`. Inside a block row follows row; a row is
+/// 32 floats: 16 real parts, then the 16 imaginary parts of the same columns. Before
+/// `forwardColumns` and after `inverseColumns` row y belongs to image row y. In between, where the
+/// columns are frequencies too, the rows stand in the order that the transform leaves them in: row
+/// `rowOf(v)` holds F(v, u), row p holds F(`frequencyOf(p)`, u), and row 0 holds frequency 0. Work
+/// that treats all frequencies alike need not know.
+///
+/// Column 0 (first lane of block 0) is an exception: it carries the two columns whose spectra have
+/// a symmetry of their own, F(v, 0) and F(v, w/2). After `forwardColumns` it holds
+///   row 0:                       re = F(0, 0),   im = F(0, w/2)    (both are real),
+///   rowOf(h/2):                  re = F(h/2, 0), im = F(h/2, w/2)  (both are real),
+///   rowOf(v), 0 < v < h/2:       F(v, 0),
+///   rowOf(h - v), 0 < v < h/2:   F(v, w/2).
 /// The other values follow from F(-v, -u) = conj F(v, u). Images narrower than 32 leave the lanes
 /// from w/2 on without a meaning; with w = 1 there is no column w/2 and its slots have no meaning
 /// either.
 ///
 /// Storage is the caller's: `spectrumFloats()` for the spectrum, `scratchFloats()` for each
-/// thread that is inside a call, both aligned to 64 bytes. Images may have any alignment and any
+/// thread that transforms rows, both aligned to 64 bytes. Images may have any alignment and any
 /// step. The object holds constant tables only and may be shared by any number of threads.
 ///
 /// The arithmetic of an element is the same on every processor variant: so are the bits.
@@ -61,6 +65,14 @@ public:
     std::size_t spectrumFloats() const noexcept { return m_spectrumFloats; }
     std::size_t scratchFloats() const noexcept { return m_scratchFloats; }
 
+    /// The row of frequency `v` in the blocks, and the frequency of row `row`.
+    std::size_t rowOf(int v) const noexcept {
+        return m_tables.columns.places[static_cast<std::size_t>(v)];
+    }
+    int frequencyOf(int row) const noexcept {
+        return static_cast<int>(m_tables.columnFrequencies[static_cast<std::size_t>(row)]);
+    }
+
     /// Transforms the rows 16 `group`..16 `group` + 15 of the image at `image` into the rows of the
     /// same numbers in all blocks. `imageStepBytes` may be negative.
     void forwardRows(const float* image, std::ptrdiff_t imageStepBytes, int group, float* spectrum,
@@ -74,10 +86,10 @@ public:
                          float* spectrum, float* scratch) const;
 
     /// Transforms the columns of one block in place. `block` is the block's first float.
-    void forwardColumns(float* block, int blockIndex, float* scratch) const;
+    void forwardColumns(float* block, int blockIndex) const;
 
     /// Undoes `forwardColumns`, times h.
-    void inverseColumns(float* block, int blockIndex, float* scratch) const;
+    void inverseColumns(float* block, int blockIndex) const;
 
     /// Undoes `forwardRows`, divided by h: writes the rows 16 `group`..16 `group` + 15 of the
     /// image.
@@ -100,6 +112,8 @@ public:
         /// -i exp(-2 pi i k / w) / 2 for k = 0..w/4, pairs (re, im): they join the transforms of
         /// the even and the odd samples of a row.
         std::vector<float> joinFactors;
+        /// The inverse of `columns.places`.
+        std::vector<std::uint32_t> columnFrequencies;
         float inverseFactor; ///< of the inverse transform, for a row transform of half length
     };
 

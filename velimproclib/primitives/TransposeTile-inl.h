@@ -23,34 +23,34 @@ using TileTag = HWY_CAPPED(float, 16);
 using TileVec = hn::Vec<TileTag>;
 
 #if HWY_TARGET != HWY_SCALAR
-/// Four floats each of every fourth row, the rows from `row` on, side by side in one vector.
-template <class D>
-HWY_INLINE hn::Vec<D> loadEveryFourthRow(D d, const char* row, std::ptrdiff_t rowStepBytes) {
+/// Four floats each, from column `left` on, of every fourth row, the rows from `row` on, side by
+/// side in one vector.
+template <class D, class RowAt>
+HWY_INLINE hn::Vec<D> loadEveryFourthRow(D d, RowAt rowAt, int row, int left) {
     if constexpr (hn::MaxLanes(D()) == 4) {
-        return hn::LoadU(d, reinterpret_cast<const float*>(row));
+        return hn::LoadU(d, reinterpret_cast<const float*>(rowAt(row) + left * 4));
     } else {
         const hn::Half<D> half;
-        constexpr auto kRows = static_cast<std::ptrdiff_t>(hn::MaxLanes(D())) / 2;
-        return hn::Combine(d, loadEveryFourthRow(half, row + kRows * rowStepBytes, rowStepBytes),
-                           loadEveryFourthRow(half, row, rowStepBytes));
+        constexpr auto kRows = static_cast<int>(hn::MaxLanes(D())) / 2;
+        return hn::Combine(d, loadEveryFourthRow(half, rowAt, row + kRows, left),
+                           loadEveryFourthRow(half, rowAt, row, left));
     }
 }
-
 #endif
 
-/// Transposes a tile of 16 by 16 floats: to(c, r) = from(r, c). Rows stand `fromStepBytes` and
-/// `toStepBytes` apart and need no alignment. `change` is applied to every vector on its way.
+/// Transposes a tile of 16 by 16 floats: to(c, r) = from(r, c). `rowAt(r)` is the address of a
+/// source row; target rows stand `toStepBytes` apart. Neither needs alignment. `change` is applied
+/// to every vector on its way.
 ///
 /// The vectors are loaded so that transposing 4 by 4 within their 128-bit blocks finishes the work.
-template <class Change>
-HWY_INLINE void transposeTile(const char* from, std::ptrdiff_t fromStepBytes, char* to,
-                              std::ptrdiff_t toStepBytes, Change change) {
+template <class RowAt, class Change>
+HWY_INLINE void transposeTile(RowAt rowAt, char* to, std::ptrdiff_t toStepBytes, Change change) {
     const TileTag d;
 #if HWY_TARGET == HWY_SCALAR
     for (int column = 0; column < kTileSide; ++column) {
         for (int row = 0; row < kTileSide; ++row) {
             float value;
-            std::memcpy(&value, from + row * fromStepBytes + column * 4, sizeof value);
+            std::memcpy(&value, rowAt(row) + column * 4, sizeof value);
             value = hn::GetLane(change(hn::Set(d, value)));
             std::memcpy(to + column * toStepBytes + row * 4, &value, sizeof value);
         }
@@ -60,11 +60,10 @@ HWY_INLINE void transposeTile(const char* from, std::ptrdiff_t fromStepBytes, ch
     constexpr auto kRows = static_cast<int>(hn::MaxLanes(TileTag()));
     for (int top = 0; top < kTileSide; top += kRows) {
         for (int left = 0; left < kTileSide; left += 4) {
-            const char* corner = from + top * fromStepBytes + left * 4;
-            const TileVec v0 = loadEveryFourthRow(d, corner, fromStepBytes);
-            const TileVec v1 = loadEveryFourthRow(d, corner + fromStepBytes, fromStepBytes);
-            const TileVec v2 = loadEveryFourthRow(d, corner + 2 * fromStepBytes, fromStepBytes);
-            const TileVec v3 = loadEveryFourthRow(d, corner + 3 * fromStepBytes, fromStepBytes);
+            const TileVec v0 = loadEveryFourthRow(d, rowAt, top, left);
+            const TileVec v1 = loadEveryFourthRow(d, rowAt, top + 1, left);
+            const TileVec v2 = loadEveryFourthRow(d, rowAt, top + 2, left);
+            const TileVec v3 = loadEveryFourthRow(d, rowAt, top + 3, left);
             const auto low01 = hn::BitCast(pairs, hn::InterleaveLower(d, v0, v1));
             const auto high01 = hn::BitCast(pairs, hn::InterleaveUpper(d, v0, v1));
             const auto low23 = hn::BitCast(pairs, hn::InterleaveLower(d, v2, v3));

@@ -103,13 +103,12 @@ void CChromaDeconv::forwardRows(const cv::Mat& in) {
 
 void CChromaDeconv::filterBlocks() {
     const RealFft2D& fft = *m_fft;
-    forEachPiece(fft.blockCount(), [&](int index, int thread) {
+    forEachPiece(fft.blockCount(), [&](int index, int) {
         const std::size_t offset = static_cast<std::size_t>(index) * fft.blockFloats();
         float* block = m_spectrum.data() + offset;
-        float* scratch = m_scratch.of(thread);
-        fft.forwardColumns(block, index, scratch);
+        fft.forwardColumns(block, index);
         multiplyByConjugate(fft, index, block, m_filter.data() + offset, block);
-        fft.inverseColumns(block, index, scratch);
+        fft.inverseColumns(block, index);
     });
 }
 

@@ -126,10 +126,10 @@ void CDeconvHL::makeNumerator(const cv::Mat& in) {
         fft.forwardRows(in.ptr<float>(), static_cast<std::ptrdiff_t>(in.step), group,
                         m_numerator.data(), m_scratch.of(thread));
     });
-    forEachPiece(fft.blockCount(), [&](int index, int thread) {
+    forEachPiece(fft.blockCount(), [&](int index, int) {
         const std::size_t offset = static_cast<std::size_t>(index) * fft.blockFloats();
         float* block = m_numerator.data() + offset;
-        fft.forwardColumns(block, index, m_scratch.of(thread));
+        fft.forwardColumns(block, index);
         multiplyByConjugate(fft, index, block, m_kernelSpectrum.data() + offset, block);
     });
 }
@@ -168,13 +168,12 @@ void CDeconvHL::transformAdjoint(const cv::Mat& estimate, const Shrink& shrinkDi
 
 void CDeconvHL::divideBlocks(float gamma) {
     const RealFft2D& fft = *m_fft;
-    forEachPiece(fft.blockCount(), [&](int index, int thread) {
+    forEachPiece(fft.blockCount(), [&](int index, int) {
         const std::size_t offset = static_cast<std::size_t>(index) * fft.blockFloats();
         float* block = m_spectrum.data() + offset;
-        float* scratch = m_scratch.of(thread);
-        fft.forwardColumns(block, index, scratch);
+        fft.forwardColumns(block, index);
         m_quotient.divide(index, m_numerator.data() + offset, gamma, block);
-        fft.inverseColumns(block, index, scratch);
+        fft.inverseColumns(block, index);
     });
 }
 

@@ -98,7 +98,7 @@ HWY_EXPORT(squaredMagnitudeRows);
 HWY_EXPORT(divideRows);
 
 std::array<std::size_t, 4> realSlots(const RealFft2D& fft) noexcept {
-    const auto middle = static_cast<std::size_t>(fft.height() / 2) * RealFft2D::kRowFloats;
+    const auto middle = fft.rowOf(fft.height() / 2) * RealFft2D::kRowFloats;
     return {0, RealFft2D::kLanes, middle, middle + RealFft2D::kLanes};
 }
 
@@ -121,6 +121,12 @@ void SpectralQuotient::setKernel(const RealFft2D& fft, const float* kernelSpectr
     m_side = fft.height();
     m_realSlots = realSlots(fft);
     m_denomGrad = differencePower(m_side);
+    m_rowFrequencies.clear();
+    m_rowDenomGrad.clear();
+    for (int row = 0; row < m_side; ++row) {
+        m_rowFrequencies.push_back(fft.frequencyOf(row));
+        m_rowDenomGrad.push_back(m_denomGrad[static_cast<std::size_t>(fft.frequencyOf(row))]);
+    }
     const auto rows = static_cast<std::size_t>(m_side);
     const auto blocks = static_cast<std::size_t>(fft.blockCount());
     m_denomKernel.resize(blocks * rows * kLanes);
@@ -143,23 +149,26 @@ void SpectralQuotient::divide(int blockIndex, const float* numerator, float gamm
     const auto rows = static_cast<std::size_t>(m_side);
     const auto block = static_cast<std::size_t>(blockIndex);
     const float* denomKernel = m_denomKernel.data() + block * rows * kLanes;
-    alignas(64) std::array<float, kLanes> columns;
+    using ColumnPowers = std::array<float, kLanes>;
+    alignas(64) ColumnPowers columns;
     std::copy_n(m_denomGrad.data() + block * kLanes, kLanes, columns.data());
-    const auto divideRange = [&](std::size_t from, std::size_t to) {
+    const auto divideRange = [&](const ColumnPowers& powers, std::size_t from, std::size_t to) {
         HWY_DYNAMIC_DISPATCH(divideRows)
-        (denomKernel + from * kLanes, columns.data(), m_denomGrad.data() + from,
+        (denomKernel + from * kLanes, powers.data(), m_rowDenomGrad.data() + from,
          numerator + from * RealFft2D::kRowFloats, gamma, x + from * RealFft2D::kRowFloats,
          to - from);
     };
     if (blockIndex > 0) {
-        divideRange(0, rows);
+        divideRange(columns, 0, rows);
         return;
     }
     const std::array<float, 4> real = gather(m_realSlots, x);
-    // The first lane holds column 0 above the middle and column n/2 below it.
-    divideRange(0, rows / 2 + 1);
-    columns[0] = m_denomGrad[rows / 2];
-    divideRange(rows / 2 + 1, rows);
+    // The first lane holds column 0 up to the middle frequency and column n/2 beyond it.
+    alignas(64) ColumnPowers beyond = columns;
+    beyond[0] = m_denomGrad[rows / 2];
+    for (std::size_t row = 0; row < rows; ++row) {
+        divideRange(m_rowFrequencies[row] > m_side / 2 ? beyond : columns, row, row + 1);
+    }
     for (std::size_t k = 0; k < real.size(); ++k) {
         const float denominator = m_realDenomKernel[k] + gamma * m_realDenomGrad[k];
         x[m_realSlots[k]] = (numerator[m_realSlots[k]] + gamma * real[k]) * (1.0f / denominator);

@@ -40,6 +40,8 @@ private:
     std::array<std::size_t, 4> m_realSlots{};
     AlignedFloats m_denomKernel;            ///< |K|^2: blocks of n rows of kLanes
     std::vector<float> m_denomGrad;         ///< |D|^2 at frequency 0..n-1
+    std::vector<int> m_rowFrequencies;      ///< frequency of the rows as they stand in a block
+    std::vector<float> m_rowDenomGrad;      ///< |D|^2 at these
     std::array<float, 4> m_realDenomKernel; ///< |K|^2 and
     std::array<float, 4> m_realDenomGrad;   ///< |Dx|^2 + |Dy|^2 of the real slots
 };

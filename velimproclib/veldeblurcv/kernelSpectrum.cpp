@@ -32,7 +32,7 @@ void transformKernel(const cv::Mat& kernel, const RealFft2D& fft, float* scratch
     }
     for (int block = 0; block < fft.blockCount(); ++block) {
         fft.forwardColumns(spectrum.data() + static_cast<std::size_t>(block) * fft.blockFloats(),
-                           block, scratch);
+                           block);
     }
 }
 
