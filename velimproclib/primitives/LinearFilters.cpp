@@ -44,44 +44,67 @@ namespace {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
+// Where a pixel's window begins and how far apart its pixels are, and the taps that meet them.
+struct RowFilter {
+    const float* first;
+    std::int64_t tapStep;
+    const float* lastTap;
+    std::int32_t len;
+};
+
 // The products of two floats are exact in double, so that each pixel sees one rounding for every
 // tap, in the order of the taps, however many pixels are carried side by side.
-void convolveRowF32(const float* first, std::int64_t tapStep, float* dst, std::size_t w,
-                    const float* lastTap, std::int32_t len) {
-    const hn::ScalableTag<double> wide;
-    const hn::Rebind<float, decltype(wide)> narrow;
-    const std::size_t lanes = hn::Lanes(wide);
-    std::size_t x = 0;
-    for (; x + 4 * lanes <= w; x += 4 * lanes) {
-        auto sum0 = hn::Zero(wide);
-        auto sum1 = hn::Zero(wide);
-        auto sum2 = hn::Zero(wide);
-        auto sum3 = hn::Zero(wide);
-        const float* pixels = first + x;
-        for (std::int32_t k = 0; k < len; ++k) {
-            const auto tap = hn::Set(wide, static_cast<double>(lastTap[-k]));
-            const auto at = [&](std::size_t i) {
-                return hn::PromoteTo(wide, hn::LoadU(narrow, pixels + i * lanes));
-            };
-            sum0 = hn::Add(sum0, hn::Mul(tap, at(0)));
-            sum1 = hn::Add(sum1, hn::Mul(tap, at(1)));
-            sum2 = hn::Add(sum2, hn::Mul(tap, at(2)));
-            sum3 = hn::Add(sum3, hn::Mul(tap, at(3)));
-            pixels = bytesAway(pixels, tapStep);
-        }
-        hn::StoreU(hn::DemoteTo(narrow, sum0), narrow, dst + x);
-        hn::StoreU(hn::DemoteTo(narrow, sum1), narrow, dst + x + lanes);
-        hn::StoreU(hn::DemoteTo(narrow, sum2), narrow, dst + x + 2 * lanes);
-        hn::StoreU(hn::DemoteTo(narrow, sum3), narrow, dst + x + 3 * lanes);
+float convolvePixel(const RowFilter& filter, std::size_t x) {
+    const float* pixel = filter.first + x;
+    double sum = 0;
+    for (std::int32_t k = 0; k < filter.len; ++k) {
+        sum +=
+            static_cast<double>(filter.lastTap[-k]) * static_cast<double>(unaligned(pixel)->value);
+        pixel = bytesAway(pixel, filter.tapStep);
     }
-    for (; x < w; ++x) {
-        double sum = 0;
-        const float* pixels = first + x;
-        for (std::int32_t k = 0; k < len; ++k) {
-            sum += static_cast<double>(lastTap[-k]) * static_cast<double>(unaligned(pixels)->value);
-            pixels = bytesAway(pixels, tapStep);
+    return static_cast<float>(sum);
+}
+
+using Wide = hn::ScalableTag<double>;
+
+// Four vectors of pixels.
+void convolveBlock(const RowFilter& filter, std::size_t x, float* dst) {
+    const Wide wide;
+    const hn::Rebind<float, Wide> narrow;
+    const std::size_t lanes = hn::Lanes(wide);
+    auto sum0 = hn::Zero(wide);
+    auto sum1 = hn::Zero(wide);
+    auto sum2 = hn::Zero(wide);
+    auto sum3 = hn::Zero(wide);
+    const float* pixels = filter.first + x;
+    for (std::int32_t k = 0; k < filter.len; ++k) {
+        const auto tap = hn::Set(wide, static_cast<double>(filter.lastTap[-k]));
+        const auto pixel = [&](std::size_t i) {
+            return hn::PromoteTo(wide, hn::LoadU(narrow, pixels + i * lanes));
+        };
+        sum0 = hn::Add(sum0, hn::Mul(tap, pixel(0)));
+        sum1 = hn::Add(sum1, hn::Mul(tap, pixel(1)));
+        sum2 = hn::Add(sum2, hn::Mul(tap, pixel(2)));
+        sum3 = hn::Add(sum3, hn::Mul(tap, pixel(3)));
+        pixels = bytesAway(pixels, filter.tapStep);
+    }
+    hn::StoreU(hn::DemoteTo(narrow, sum0), narrow, dst + x);
+    hn::StoreU(hn::DemoteTo(narrow, sum1), narrow, dst + x + lanes);
+    hn::StoreU(hn::DemoteTo(narrow, sum2), narrow, dst + x + 2 * lanes);
+    hn::StoreU(hn::DemoteTo(narrow, sum3), narrow, dst + x + 3 * lanes);
+}
+
+// The last block of a row is moved back to its end: it makes some pixels a second time.
+void convolveRowF32(const RowFilter& filter, float* dst, std::size_t w) {
+    const std::size_t block = 4 * hn::Lanes(Wide());
+    if (w < block) {
+        for (std::size_t x = 0; x < w; ++x) {
+            unaligned(dst + x)->value = convolvePixel(filter, x);
         }
-        unaligned(dst + x)->value = static_cast<float>(sum);
+        return;
+    }
+    for (std::size_t x = 0; x < w; x += block) {
+        convolveBlock(filter, std::min(x, w - block), dst);
     }
 }
 
@@ -131,8 +154,9 @@ void convolveF32(const float* src, std::int32_t srcStep, float* dst, std::int32_
                  std::int32_t w, std::int32_t h, const float* kernel, Window window) {
     const float* first = firstTap(src, window);
     for (std::size_t y = 0; y < static_cast<std::size_t>(h); ++y) {
-        convolveRowF32(rowAt(first, srcStep, y), window.tapStep, rowAt(dst, dstStep, y),
-                       static_cast<std::size_t>(w), kernel + window.len - 1, window.len);
+        const RowFilter filter{rowAt(first, srcStep, y), window.tapStep, kernel + window.len - 1,
+                               window.len};
+        convolveRowF32(filter, rowAt(dst, dstStep, y), static_cast<std::size_t>(w));
     }
 }
 

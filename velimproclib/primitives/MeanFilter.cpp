@@ -3,6 +3,7 @@
 #include "velimproclib/primitives/neighbourhoods.h"
 #include "velimproclib/primitives/rows.h"
 
+#include <algorithm>
 #include <cstddef>
 
 #undef HWY_TARGET_INCLUDE
@@ -14,28 +15,54 @@ HWY_BEFORE_NAMESPACE();
 namespace vel::HWY_NAMESPACE {
 namespace {
 
-// Multiplier and shift stand for the division by the number of pixels.
+inline std::uint16_t highHalf(std::uint32_t a, std::uint32_t b) {
+    return static_cast<std::uint16_t>((a * b) >> 16);
+}
+
+// The factor stands for the division by the number of pixels. It is scaled so that the shift starts
+// with a whole 16 bits, which vectors of 16-bit elements multiply and shift in one step: 455 >> 12
+// is 7280 >> 16, and 10485 >> 18 is 10485 >> 16 >> 2.
 struct Mean3x3 {
-    static constexpr std::ptrdiff_t kRadius = 1;
-    static std::uint32_t of(std::uint32_t sum) { return ((sum + 5) * 455) >> 12; }
+    static constexpr std::ptrdiff_t kSide = 3;
+    static std::uint16_t of(std::uint16_t sum) { return highHalf(sum + 5u, 7280u); }
 };
 
 struct Mean5x5 {
-    static constexpr std::ptrdiff_t kRadius = 2;
-    static std::uint32_t of(std::uint32_t sum) { return ((sum + 13) * 10485) >> 18; }
+    static constexpr std::ptrdiff_t kSide = 5;
+    static std::uint16_t of(std::uint16_t sum) {
+        return static_cast<std::uint16_t>(highHalf(sum + 13u, 10485u) >> 2);
+    }
 };
 
+constexpr std::ptrdiff_t kBlock = 256;
+
+// The sums down the columns first, and then of these sums along the row.
 template <class Mean>
-void meanRow(const std::uint8_t* src, std::ptrdiff_t step, std::uint8_t* HWY_RESTRICT dst,
-             std::ptrdiff_t w) {
+void meanBlock(const std::uint8_t* src, std::ptrdiff_t step, std::uint8_t* HWY_RESTRICT dst,
+               std::ptrdiff_t w) {
+    constexpr std::ptrdiff_t kRadius = Mean::kSide / 2;
+    std::uint16_t columnSums[kBlock + Mean::kSide - 1];
+    const std::uint8_t* top = src - kRadius * step - kRadius;
+    for (std::ptrdiff_t x = 0; x < w + 2 * kRadius; ++x) {
+        std::uint16_t sum = 0;
+        for (std::ptrdiff_t y = 0; y < Mean::kSide; ++y) {
+            sum = static_cast<std::uint16_t>(sum + top[x + y * step]);
+        }
+        columnSums[x] = sum;
+    }
     for (std::ptrdiff_t x = 0; x < w; ++x) {
-        std::uint32_t sum = 0;
-        for (std::ptrdiff_t dy = -Mean::kRadius; dy <= Mean::kRadius; ++dy) {
-            for (std::ptrdiff_t dx = -Mean::kRadius; dx <= Mean::kRadius; ++dx) {
-                sum += src[x + dy * step + dx];
-            }
+        std::uint16_t sum = 0;
+        for (std::ptrdiff_t i = 0; i < Mean::kSide; ++i) {
+            sum = static_cast<std::uint16_t>(sum + columnSums[x + i]);
         }
         dst[x] = static_cast<std::uint8_t>(Mean::of(sum));
+    }
+}
+
+template <class Mean>
+void meanRow(const std::uint8_t* src, std::ptrdiff_t step, std::uint8_t* dst, std::ptrdiff_t w) {
+    for (std::ptrdiff_t x = 0; x < w; x += kBlock) {
+        meanBlock<Mean>(src + x, step, dst + x, std::min(kBlock, w - x));
     }
 }
 

@@ -12,9 +12,15 @@
 #include <algorithm>
 
 // The planes are worked on in bands of rows, all steps of a band while it is in the cache, and the
-// bands are shared out among the threads. Only the smoothing of the contrast reaches into
-// neighbouring bands, and so there are two rounds: the first leaves the raw contrast and the edge
-// measure, the second does everything else and never writes what another band reads.
+// bands are shared out among the threads. A filter down the columns reads into the neighbouring
+// bands, and so there are three rounds, none of which writes what another band of it reads:
+//
+//     measure     m_low: contrast   m_high: distance to the maximum   m_ratio: raw edge measure
+//     normalise                     m_high: smoothed contrast         m_ratio: edge measure
+//     sharpen     m_low: base       m_high: detail                    out: result
+//
+// The object is made anew for every tile: planes that it does without need not be fetched from the
+// system.
 //
 // A status of a primitive is of no use here: what planes below seven pixels cannot be smoothed
 // stays as the frames' copies leave it.
@@ -27,9 +33,22 @@ constexpr float kLowestFloor = 1e-5f;
 constexpr double kIdentitySigma = 0.4;
 constexpr float kLowestCapLeftOut = 99.0f;
 
-template <class T = float>
-InnerRegion<T> region(const cv::Mat& plane, int begin, int end, int insetX = 0) {
-    return InnerRegion<T>(plane.rowRange(begin, end), insetX, 0);
+InnerRegion<float> region(const cv::Mat& plane, int begin, int end, int insetX = 0) {
+    return InnerRegion<float>(plane.rowRange(begin, end), insetX, 0);
+}
+
+/// `dst = a` where `a < b`, else `b`, in a band of rows.
+void copySmaller(const InnerRegion<float>& a, const InnerRegion<float>& b,
+                 const InnerRegion<float>& dst) {
+    constexpr int kColumns = 512;
+    std::array<std::uint8_t, kColumns * kBandRows> mask;
+    copyPlaneF32(b.data, b.step, dst.data, dst.step, b.w, b.h);
+    for (int x = 0; x < a.w; x += kColumns) {
+        const int w = std::min(kColumns, a.w - x);
+        comparePlanesF32(a.data + x, a.step, b.data + x, b.step, mask.data(), kColumns, w, a.h,
+                         kLess);
+        copyMaskedF32(a.data + x, a.step, dst.data + x, dst.step, w, a.h, mask.data(), kColumns);
+    }
 }
 
 } // namespace
@@ -46,21 +65,18 @@ bool CSharpenEdge::Proc(cv::Mat& in, cv::Mat& out) {
     m_low.create(in.size(), CV_32FC1);
     m_high.create(in.size(), CV_32FC1);
     m_ratio.create(in.size(), CV_32FC1);
-    cv::Mat contrast(in.size(), CV_32FC1);
-    cv::Mat mask(in.size(), CV_8UC1);
     Taps baseTaps;
     Taps contrastTaps;
     gaussian1D(baseTaps.data(), kTaps, m_sigma);
     gaussian1D(contrastTaps.data(), kTaps, 2 * m_sigma);
 
+    forEachRowBand(m_h, kBandRows, [&](int begin, int end) { measureRows(in, {begin, end}); });
     forEachRowBand(m_h, kBandRows, [&](int begin, int end) {
-        measureRows(in, contrast, mask, {begin, end});
+        normaliseRows(contrastTaps, out, {begin, end});
     });
     forEachRowBand(m_h, kBandRows, [&](int begin, int end) {
-        const Rows rows{begin, end};
-        normaliseRows(contrast, contrastTaps, out, rows);
-        splitRows(in, baseTaps, out, rows);
-        combineRows(out, rows);
+        splitRows(in, baseTaps, out, {begin, end});
+        combineRows(out, {begin, end});
     });
     return true;
 }
@@ -95,7 +111,7 @@ void CSharpenEdge::smoothRows(const cv::Mat& src, const Taps& taps, cv::Mat& scr
 
 /// The local contrast, and as the raw edge measure the smaller of the distance to the local maximum
 /// and the plane itself.
-void CSharpenEdge::measureRows(const cv::Mat& in, cv::Mat& contrast, cv::Mat& mask, Rows rows) {
+void CSharpenEdge::measureRows(const cv::Mat& in, Rows rows) {
     const Rows inner = without(rows, 1);
     if (inner.begin < inner.end) {
         const auto from = region(in, inner.begin, inner.end, 1);
@@ -110,27 +126,17 @@ void CSharpenEdge::measureRows(const cv::Mat& in, cv::Mat& contrast, cv::Mat& ma
     const auto plane = region(in, rows.begin, rows.end);
     const auto high = region(m_high, rows.begin, rows.end);
     const auto low = region(m_low, rows.begin, rows.end);
-    const auto raw = region(contrast, rows.begin, rows.end);
-    const auto ratio = region(m_ratio, rows.begin, rows.end);
-    const auto smaller = region<std::uint8_t>(mask, rows.begin, rows.end);
-    const int w = plane.w;
-    const int h = plane.h;
-    subPlanesF32(low.data, low.step, high.data, high.step, raw.data, raw.step, w, h);
-    subPlaneF32(plane.data, plane.step, high.data, high.step, w, h);
-    comparePlanesF32(high.data, high.step, plane.data, plane.step, smaller.data, smaller.step, w, h,
-                     kLess);
-    copyPlaneF32(plane.data, plane.step, ratio.data, ratio.step, w, h);
-    copyMaskedF32(high.data, high.step, ratio.data, ratio.step, w, h, smaller.data, smaller.step);
+    subPlanesF32(low.data, low.step, high.data, high.step, low.data, low.step, low.w, low.h);
+    subPlaneF32(plane.data, plane.step, high.data, high.step, high.w, high.h);
+    copySmaller(high, plane, region(m_ratio, rows.begin, rows.end));
 }
 
-/// Divides the edge measure by the smoothed contrast. The contrast itself is left alone, since the
-/// neighbouring bands still read it: its smoothed form goes to `m_low`.
-void CSharpenEdge::normaliseRows(const cv::Mat& contrast, const Taps& taps, cv::Mat& scratch,
-                                 Rows rows) {
-    cv::Mat smoothedRows = m_low.rowRange(rows.begin, rows.end);
-    copyFrame(contrast.rowRange(rows.begin, rows.end), smoothedRows, 0, 0, kReach, kReach);
-    smoothRows(contrast, taps, scratch, m_low, rows);
-    const auto smoothed = region(m_low, rows.begin, rows.end);
+/// Divides the edge measure by the smoothed contrast.
+void CSharpenEdge::normaliseRows(const Taps& taps, cv::Mat& scratch, Rows rows) {
+    cv::Mat smoothedRows = m_high.rowRange(rows.begin, rows.end);
+    copyFrame(m_low.rowRange(rows.begin, rows.end), smoothedRows, 0, 0, kReach, kReach);
+    smoothRows(m_low, taps, scratch, m_high, rows);
+    const auto smoothed = region(m_high, rows.begin, rows.end);
     const auto ratio = region(m_ratio, rows.begin, rows.end);
     addConstInPlaceF32(m_floor, smoothed.data, smoothed.step, smoothed.w, smoothed.h);
     divPlaneInPlaceF32(smoothed.data, smoothed.step, ratio.data, ratio.step, ratio.w, ratio.h);

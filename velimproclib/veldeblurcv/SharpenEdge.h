@@ -43,8 +43,8 @@ public:
     float m_gain = 1;       ///< gain on flat ground
     std::int32_t m_w = 0;   ///< plane size, set by `Proc`
     std::int32_t m_h = 0;
-    cv::Mat m_low;   ///< the local minimum, later the base layer
-    cv::Mat m_high;  ///< the local maximum, later the detail layer
+    cv::Mat m_low;   ///< the local minimum, then the contrast, in the end the base layer
+    cv::Mat m_high;  ///< the local maximum, then the distance to it, in the end the detail layer
     cv::Mat m_ratio; ///< the edge measure
 
 private:
@@ -61,8 +61,8 @@ private:
     void copyFrameRows(const cv::Mat& src, cv::Mat& dst, Rows rows, int frame) const;
     void smoothRows(const cv::Mat& src, const Taps& taps, cv::Mat& scratch, cv::Mat& dst,
                     Rows rows) const;
-    void measureRows(const cv::Mat& in, cv::Mat& contrast, cv::Mat& mask, Rows rows);
-    void normaliseRows(const cv::Mat& contrast, const Taps& taps, cv::Mat& scratch, Rows rows);
+    void measureRows(const cv::Mat& in, Rows rows);
+    void normaliseRows(const Taps& taps, cv::Mat& scratch, Rows rows);
     void splitRows(const cv::Mat& in, const Taps& taps, cv::Mat& scratch, Rows rows);
     void combineRows(cv::Mat& out, Rows rows) const;
 };
