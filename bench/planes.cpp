@@ -1,7 +1,7 @@
 // The plane operations and both lookups against memcpy. "toMemcpy" is the time of an operation over
 // the time of copying half as many bytes as it reads and writes together (a copy of n bytes reads n
-// and writes n), both taken in turns in the same run; "nsPerPixel" is the operation alone:
-//   bench_planes --benchmark_repetitions=5 --benchmark_report_aggregates_only=true
+// and writes n), both taken in turns in the same run; "nsPerPixel" is the operation alone. Both
+// come from the shortest times of the run, which other work on the machine disturbs least.
 // VELORN_TARGET in the environment names a processor variant to measure instead of the best one.
 
 #include "velimproclib/primitives/ColorTwist.h"
@@ -21,6 +21,7 @@
 #include <hwy/aligned_allocator.h>
 #include <hwy/highway.h>
 #include <iostream>
+#include <limits>
 #include <random>
 #include <string>
 #include <vector>
@@ -74,22 +75,20 @@ void measure(benchmark::State& state, const Operation& operation, double planesM
                                                 sizeof(float) * planesMoved / 2.0);
     std::vector<unsigned char> from(bytes, 1);
     std::vector<unsigned char> to(bytes, 2);
-    double inOperation = 0.0;
-    double inCopy = 0.0;
+    double inOperation = std::numeric_limits<double>::infinity();
+    double inCopy = std::numeric_limits<double>::infinity();
     for (auto _ : state) {
         planes.restoreFirst();
         const double seconds = secondsFor([&] { operation(planes); });
-        inOperation += seconds;
-        inCopy += secondsFor([&] {
-            std::memcpy(to.data(), from.data(), bytes);
-            benchmark::ClobberMemory();
-        });
+        inOperation = std::min(inOperation, seconds);
+        inCopy = std::min(inCopy, secondsFor([&] {
+                              std::memcpy(to.data(), from.data(), bytes);
+                              benchmark::ClobberMemory();
+                          }));
         state.SetIterationTime(seconds);
     }
     state.counters["toMemcpy"] = inOperation / inCopy;
-    state.counters["nsPerPixel"] =
-        1e9 * inOperation /
-        (static_cast<double>(state.iterations()) * static_cast<double>(planes.count()));
+    state.counters["nsPerPixel"] = 1e9 * inOperation / static_cast<double>(planes.count());
 }
 
 struct Knots {

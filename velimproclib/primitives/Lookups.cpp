@@ -15,8 +15,8 @@
 
 // Up to 32 rising levels, which is all that the library itself uses, the interval of a pixel is the
 // number of levels that are not above it: compared with each level in turn, a vector of pixels at a
-// time, without a branch. The coefficients come from tables on the stack by gathered loads. More
-// levels, or levels in disorder, go pixel by pixel.
+// time, without a branch. The coefficients come from tables on the stack. More levels, or levels in
+// disorder, go pixel by pixel.
 
 HWY_BEFORE_NAMESPACE();
 namespace vel::HWY_NAMESPACE {
@@ -48,56 +48,94 @@ HWY_INLINE hn::Vec<Indices> levelsReached(hn::Vec<Floats> v, const LookupTable& 
     return reached;
 }
 
-struct LineLanes {
-    static HWY_INLINE hn::Vec<Doubles> at(hn::Vec<Doubles> v, hn::Vec<WideIndices> entry,
-                                          const LookupTable& table) {
+/// Reads coefficients by gathered loads.
+class GatheredEntries {
+public:
+    explicit HWY_INLINE GatheredEntries(hn::Vec<WideIndices> entry) : m_entry(entry) {}
+
+    HWY_INLINE hn::Vec<Doubles> of(const double* table) const {
+        return hn::GatherIndex(Doubles(), table, m_entry);
+    }
+
+private:
+    hn::Vec<WideIndices> m_entry;
+};
+
+#if HWY_TARGET <= HWY_AVX3
+/// Reads coefficients of 16 entries at most from two vectors: several times faster than gathering.
+class PermutedEntries {
+public:
+    static constexpr std::int32_t kMaxEntries = 16;
+
+    explicit HWY_INLINE PermutedEntries(hn::Vec<WideIndices> entry)
+        : m_lane(hn::IndicesFromVec(Doubles(), hn::And(entry, hn::Set(WideIndices(), kLanes - 1)))),
+          m_isInSecond(
+              hn::RebindMask(Doubles(), hn::Gt(entry, hn::Set(WideIndices(), kLanes - 1)))) {}
+
+    HWY_INLINE hn::Vec<Doubles> of(const double* table) const {
         const Doubles doubles;
-        const auto d = hn::Sub(v, hn::GatherIndex(doubles, table.base, entry));
-        return hn::Add(hn::Mul(hn::GatherIndex(doubles, table.c1, entry), d),
-                       hn::GatherIndex(doubles, table.value, entry));
+        const auto first = hn::TableLookupLanes(hn::LoadU(doubles, table), m_lane);
+        const auto second = hn::TableLookupLanes(hn::LoadU(doubles, table + kLanes), m_lane);
+        return hn::IfThenElse(m_isInSecond, second, first);
+    }
+
+private:
+    static constexpr std::int64_t kLanes = hn::MaxLanes(Doubles());
+    static_assert(2 * kLanes == kMaxEntries);
+
+    decltype(hn::IndicesFromVec(Doubles(), hn::Zero(WideIndices()))) m_lane;
+    hn::Mask<Doubles> m_isInSecond;
+};
+#endif
+
+struct LineLanes {
+    template <class Entries>
+    static HWY_INLINE hn::Vec<Doubles> at(hn::Vec<Doubles> v, const Entries& entries,
+                                          const LookupTable& table) {
+        const auto d = hn::Sub(v, entries.of(table.base));
+        return hn::Add(hn::Mul(entries.of(table.c1), d), entries.of(table.value));
     }
 };
 
 struct CubicLanes {
-    static HWY_INLINE hn::Vec<Doubles> at(hn::Vec<Doubles> v, hn::Vec<WideIndices> entry,
+    template <class Entries>
+    static HWY_INLINE hn::Vec<Doubles> at(hn::Vec<Doubles> v, const Entries& entries,
                                           const LookupTable& table) {
-        const Doubles doubles;
-        const auto d = hn::Sub(v, hn::GatherIndex(doubles, table.base, entry));
-        auto sum = hn::GatherIndex(doubles, table.c3, entry);
-        sum = hn::Add(hn::Mul(sum, d), hn::GatherIndex(doubles, table.c2, entry));
-        sum = hn::Add(hn::Mul(sum, d), hn::GatherIndex(doubles, table.c1, entry));
-        return hn::Add(hn::Mul(sum, d), hn::GatherIndex(doubles, table.value, entry));
+        const auto d = hn::Sub(v, entries.of(table.base));
+        auto sum = hn::Add(hn::Mul(entries.of(table.c3), d), entries.of(table.c2));
+        sum = hn::Add(hn::Mul(sum, d), entries.of(table.c1));
+        return hn::Add(hn::Mul(sum, d), entries.of(table.value));
     }
 };
 
-template <class Piece>
+template <class Piece, class Entries>
 HWY_INLINE hn::Vec<FloatsOfDoubles> evaluatedPart(hn::Vec<FloatsOfDoubles> v,
                                                   hn::Vec<IndicesOfDoubles> entry,
                                                   const LookupTable& table) {
     const auto wide = hn::PromoteTo(Doubles(), v);
     return roundedToFloats(FloatsOfDoubles(),
-                           Piece::at(wide, hn::PromoteTo(WideIndices(), entry), table));
+                           Piece::at(wide, Entries(hn::PromoteTo(WideIndices(), entry)), table));
 }
 
-template <class Piece>
+template <class Piece, class Entries>
 HWY_INLINE hn::Vec<Floats> evaluated(hn::Vec<Floats> v, hn::Vec<Indices> entry,
                                      const LookupTable& table) {
 #if HWY_TARGET == HWY_SCALAR
-    return evaluatedPart<Piece>(v, entry, table);
+    return evaluatedPart<Piece, Entries>(v, entry, table);
 #else
     const FloatsOfDoubles half;
     const IndicesOfDoubles halfIndices;
-    const auto lower =
-        evaluatedPart<Piece>(hn::LowerHalf(half, v), hn::LowerHalf(halfIndices, entry), table);
-    const auto upper =
-        evaluatedPart<Piece>(hn::UpperHalf(half, v), hn::UpperHalf(halfIndices, entry), table);
+    const auto lower = evaluatedPart<Piece, Entries>(hn::LowerHalf(half, v),
+                                                     hn::LowerHalf(halfIndices, entry), table);
+    const auto upper = evaluatedPart<Piece, Entries>(hn::UpperHalf(half, v),
+                                                     hn::UpperHalf(halfIndices, entry), table);
     return hn::Combine(Floats(), upper, lower);
 #endif
 }
 
-template <class Piece>
-void lookUpRows(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep,
-                Extent extent, const LookupTable& table) {
+template <class Piece, class Entries>
+void lookUpRowsWith(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep,
+                    Extent extent, const LookupTable& table) {
     const Floats floats;
     const auto first = hn::Set(floats, table.levels[0]);
     const auto end = hn::Set(floats, table.levels[table.count - 1]);
@@ -105,10 +143,22 @@ void lookUpRows(const float* src, std::int32_t srcStep, float* dst, std::int32_t
         mapFloats(floats, rowAt(src, srcStep, y), rowAt(dst, dstStep, y), extent.columns,
                   [&](auto v) HWY_ATTR {
                       const auto isInside = hn::And(hn::Ge(v, first), hn::Lt(v, end));
-                      return hn::IfThenElse(isInside,
-                                            evaluated<Piece>(v, levelsReached(v, table), table), v);
+                      return hn::IfThenElse(
+                          isInside, evaluated<Piece, Entries>(v, levelsReached(v, table), table),
+                          v);
                   });
     }
+}
+
+template <class Piece>
+void lookUpRows(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep,
+                Extent extent, const LookupTable& table) {
+#if HWY_TARGET <= HWY_AVX3
+    if (table.count < PermutedEntries::kMaxEntries) {
+        return lookUpRowsWith<Piece, PermutedEntries>(src, srcStep, dst, dstStep, extent, table);
+    }
+#endif
+    lookUpRowsWith<Piece, GatheredEntries>(src, srcStep, dst, dstStep, extent, table);
 }
 
 } // namespace
