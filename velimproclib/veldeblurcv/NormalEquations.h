@@ -29,8 +29,8 @@ struct NormalSums {
 /// Unknown number i * kernelHeight + j is the kernel's entry in row j and column i.
 class CNormalEquations {
 public:
-    /// Allocates about 1 MB, more for kernels beyond 37 by 37, where 64 pixels need it (768 bytes
-    /// for each unknown), and for each thread 16 bytes for each unknown.
+    /// Allocates at most 8 MB, or 768 bytes for each unknown when that is more (kernels beyond 103
+    /// by 103), and for each thread 4 bytes for each unknown.
     /// @param threads number of threads that will call `pack`
     /// @throws std::bad_alloc, std::length_error
     CNormalEquations(int kernelWidth, int kernelHeight, int threads);
@@ -64,12 +64,6 @@ private:
     struct alignas(64) Line {
         std::int32_t pairs[kLineColumns];
     };
-    /// What a thread needs to turn a patch into equations.
-    struct Workspace {
-        std::vector<std::int16_t> patch;
-        std::vector<std::int32_t> pairs;
-    };
-
     int m_kernelWidth;
     int m_kernelHeight;
     std::int64_t m_unknowns;
@@ -77,7 +71,7 @@ private:
     int m_batchPixels;
     std::int64_t m_blockCount;
     std::vector<Line> m_lines;
-    std::vector<Workspace> m_workspaces;
+    std::vector<std::vector<std::uint8_t>> m_workspaces; ///< one for each thread
 };
 
 } // namespace vel

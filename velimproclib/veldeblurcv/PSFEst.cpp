@@ -77,25 +77,20 @@ public:
     SelectedPixels(const cv::Mat& mask, Range walked, Range rows, Range columns, int batchPixels)
         : m_mask(mask), m_walkedEnd(walked.end), m_rows(rows), m_columns(columns),
           m_capacity(static_cast<std::size_t>(batchPixels)), m_row(walked.begin - 1),
-          m_column(columns.end) {
-        m_batch.reserve(m_capacity);
-    }
+          m_column(columns.end) {}
 
-    /// Fills the batch; it stays empty when all rows are walked. Calls `rowTaken` before it looks
-    /// for pixels in a row; when that throws, the batch is empty.
+    std::size_t capacity() const noexcept { return m_capacity; }
+
+    /// Replaces `batch`, which has room for `capacity` pixels; it stays empty when all rows are
+    /// walked. Calls `rowTaken` before it looks for pixels in a row.
     template <class RowTaken>
-    void next(RowTaken&& rowTaken) {
-        std::vector<PixelPosition> filling;
-        filling.swap(m_batch);
-        filling.clear();
-        while (filling.size() < m_capacity && reachPixel(rowTaken)) {
-            filling.push_back({static_cast<int>(m_row), static_cast<int>(m_column)});
+    void next(std::vector<PixelPosition>& batch, RowTaken&& rowTaken) {
+        batch.clear();
+        while (batch.size() < m_capacity && reachPixel(rowTaken)) {
+            batch.push_back({static_cast<int>(m_row), static_cast<int>(m_column)});
             ++m_column;
         }
-        m_batch.swap(filling);
     }
-
-    const std::vector<PixelPosition>& batch() const noexcept { return m_batch; }
 
 private:
     template <class RowTaken>
@@ -130,7 +125,6 @@ private:
     std::size_t m_capacity;
     std::int64_t m_row;
     std::int64_t m_column;
-    std::vector<PixelPosition> m_batch;
 };
 
 bool holdsBytes(const cv::Mat& image) {
@@ -183,35 +177,45 @@ void CPSFEst::computeLA8U(const cv::Mat& image, const cv::Mat& blur, const cv::M
     }
     RowProgress progress(m_progress, walked.end - walked.begin);
     const NormalSums sums{m_A.ptr<double>(), m_A.step1(), m_b.ptr<double>()};
-    const auto pack = [&](int slot) {
-        const PixelPosition pixel = pixels.batch()[static_cast<std::size_t>(slot)];
+    // Two batches take turns, so that the next is gathered while the threads still multiply.
+    std::array<std::vector<PixelPosition>, 2> batches;
+    for (std::vector<PixelPosition>& batch : batches) {
+        batch.reserve(pixels.capacity());
+    }
+    std::int64_t count = 0;
+    FailureRelay failures;
+    const auto gather = [&](std::vector<PixelPosition>& batch) {
+        bool complete = false;
+        failures.run([&] {
+            pixels.next(batch, [&] { progress.rowTaken(omp_get_num_threads()); });
+            complete = true;
+        });
+        if (!complete) {
+            batch.clear();
+        }
+        count += static_cast<std::int64_t>(batch.size());
+    };
+    const auto pack = [&](int slot, const PixelPosition& pixel) {
         equations.pack(omp_get_thread_num(), slot,
                        image.ptr(pixel.row - m_anchorX) + (pixel.column - m_anchorY),
                        static_cast<std::ptrdiff_t>(image.step[0]),
                        blur.ptr(pixel.row) + pixel.column,
                        static_cast<std::ptrdiff_t>(blur.step[0]));
     };
-
-    std::int64_t count = 0;
-    FailureRelay failures;
 #pragma omp parallel
     {
-        for (;;) {
 #pragma omp master
-            {
-                failures.run(
-                    [&] { pixels.next([&] { progress.rowTaken(omp_get_num_threads()); }); });
-                count += static_cast<std::int64_t>(pixels.batch().size());
-            }
+        gather(batches[0]);
 #pragma omp barrier
-            const int taken = static_cast<int>(pixels.batch().size());
-            if (taken == 0) {
-                break;
-            }
-#pragma omp for schedule(static)
+        for (std::size_t turn = 0; !batches[turn].empty(); turn = 1 - turn) {
+            const std::vector<PixelPosition>& batch = batches[turn];
+            const int taken = static_cast<int>(batch.size());
+#pragma omp for schedule(dynamic, 16)
             for (int slot = 0; slot < taken; ++slot) {
-                pack(slot);
+                pack(slot, batch[static_cast<std::size_t>(slot)]);
             }
+#pragma omp master
+            gather(batches[1 - turn]);
 #pragma omp for schedule(dynamic)
             for (std::int64_t block = 0; block < equations.blockCount(); ++block) {
                 equations.accumulate(block, taken, sums);

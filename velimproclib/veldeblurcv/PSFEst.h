@@ -21,7 +21,7 @@ class CProgressSpan;
 ///
 /// Memory grows with the fourth power of the kernel's side: the normal matrix takes 8 * n^2 bytes
 /// with n = rows * columns unknowns (7 MB for 31 by 31, 126 MB for 63 by 63), solving needs one
-/// such matrix more, or about three more when singular values are called for. Threads add 16 bytes
+/// such matrix more, or about three more when singular values are called for. Threads add 4 bytes
 /// for each unknown, not matrices. Memory that cannot be had is an exception on the calling thread
 /// (std::bad_alloc or cv::Exception).
 class CPSFEst {
