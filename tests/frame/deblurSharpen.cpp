@@ -1,0 +1,422 @@
+// ornDeblurSharpen as a host meets it: through the shared library.
+#include "LoadedLibrary.h"
+
+#include <cmath>
+#include <limits>
+#include <omp.h>
+#include <opencv2/imgproc.hpp>
+#include <random>
+#include <vector>
+
+namespace {
+
+using vel::test::LoadedLibrary;
+
+constexpr float kNoSharpening = 1.0f;
+
+struct Settings {
+    int32_t deconvolve = 0;
+    float deconvLambda = 20000.0f;
+    float deconvAlpha = 0.5f;
+    float limitStrength = 0.0f;
+    float edgeRadius = 0.85f;
+    float edgeSlope = 0.0f;
+    float edgeGain = kNoSharpening;
+    float edgeFloor = 0.005f;
+    float detailGain = 0.0f;
+    float detailGamma = 0.0f;
+};
+
+/// Keeps what the callback was told, and cancels at the call of a given number (counted from 1).
+struct Listener {
+    std::vector<int32_t> heard;
+    std::vector<int32_t> limits;
+    std::size_t cancelAt = 0;
+
+    static int32_t listen(int32_t current, int32_t limit, void* userData) {
+        auto& self = *static_cast<Listener*>(userData);
+        self.heard.push_back(current);
+        self.limits.push_back(limit);
+        return self.heard.size() == self.cancelAt ? 0 : 7;
+    }
+    ProgressRecord record(int32_t total, int32_t limit, int32_t current = 0) {
+        return {total, limit, &Listener::listen, this, current};
+    }
+};
+
+class DeblurSharpen : public ::testing::Test {
+protected:
+    int32_t run(const cv::Mat& source, cv::Mat& target, KernelRecord kernel,
+                const Settings& settings, ProgressRecord* progress = nullptr) const {
+        ProgressRecord silent{100, 100, nullptr, nullptr, 0};
+        ImageRecord image{source.depth() == CV_8U ? psC3U8 : psC3U16,
+                          source.data,
+                          static_cast<int32_t>(source.step),
+                          target.data,
+                          static_cast<int32_t>(target.step),
+                          source.cols,
+                          source.rows};
+        return call(progress != nullptr ? progress : &silent, &image, &kernel, settings);
+    }
+    int32_t call(ProgressRecord* progress, ImageRecord* image, KernelRecord* kernel,
+                 const Settings& s) const {
+        return deblurSharpen(progress, image, kernel, s.deconvolve, s.deconvLambda, s.deconvAlpha,
+                             s.limitStrength, s.edgeRadius, s.edgeSlope, s.edgeGain, s.edgeFloor,
+                             s.detailGain, s.detailGamma);
+    }
+    KernelRecord disc(float radius) {
+        kernelValues.assign(10000, 0.0f);
+        KernelRecord record{0, 0, 0, 0, kernelValues.data()};
+        EXPECT_EQ(createKernel(1, radius, 0.0f, &record), VELORN_OK);
+        return record;
+    }
+    static KernelRecord sides(int32_t width, int32_t height) {
+        return {width, height, 0, 0, nullptr};
+    }
+
+    LoadedLibrary library;
+    decltype(ornDeblurSharpen)* deblurSharpen = VELORN_FIND(library, ornDeblurSharpen);
+    decltype(ornCreateKernel)* createKernel = VELORN_FIND(library, ornCreateKernel);
+    decltype(getErrMsg)* errorMessage = VELORN_FIND(library, getErrMsg);
+    std::vector<float> kernelValues;
+};
+
+cv::Mat noise(cv::Size size, int type, int highest, unsigned seed = 7) {
+    cv::Mat image(size, type);
+    cv::RNG random(seed);
+    random.fill(image, cv::RNG::UNIFORM, 0, highest + 1);
+    return image;
+}
+
+/// Edges, texture and gradients, in colour.
+cv::Mat scene(cv::Size size) {
+    cv::Mat image(size, CV_8UC3, cv::Scalar(120, 130, 140));
+    cv::RNG random(11);
+    for (int i = 0; i < 60; ++i) {
+        const cv::Point centre(random.uniform(0, size.width), random.uniform(0, size.height));
+        const cv::Scalar colour(random.uniform(20, 235), random.uniform(20, 235),
+                                random.uniform(20, 235));
+        if (i % 2 == 0) {
+            cv::circle(image, centre, random.uniform(3, 40), colour, cv::FILLED, cv::LINE_AA);
+        } else {
+            cv::rectangle(image, centre, centre + cv::Point(random.uniform(2, 60), 25), colour,
+                          cv::FILLED);
+        }
+    }
+    return image;
+}
+
+cv::Mat blurred(const cv::Mat& sharp, const KernelRecord& kernel) {
+    const cv::Mat shape(kernel.height, kernel.width, CV_32FC1, kernel.data);
+    cv::Mat flipped;
+    cv::flip(shape, flipped, -1);
+    cv::Mat out;
+    cv::filter2D(sharp, out, -1, flipped, cv::Point(-1, -1), 0, cv::BORDER_REPLICATE);
+    return out;
+}
+
+int largestDifference(const cv::Mat& a, const cv::Mat& b) {
+    return static_cast<int>(cv::norm(a, b, cv::NORM_INF));
+}
+
+TEST_F(DeblurSharpen, ClosedGatesReturnAnEightBitImageAsItIs) {
+    for (const cv::Size size : {cv::Size(1, 1), cv::Size(2, 3), cv::Size(64, 48), cv::Size(257, 3),
+                                cv::Size(300, 280), cv::Size(1025, 10), cv::Size(1100, 600)}) {
+        const cv::Mat source = noise(size, CV_8UC3, 255);
+        cv::Mat target(size, CV_8UC3, cv::Scalar::all(77));
+        EXPECT_EQ(run(source, target, sides(5, 5), {}), VELORN_OK);
+        EXPECT_EQ(largestDifference(source, target), 0) << size;
+    }
+}
+
+TEST_F(DeblurSharpen, ClosedGatesReturnASixteenBitImageWithinTheTwistsRounding) {
+    for (const int highest : {32768, 65535}) {
+        const cv::Mat source = noise(cv::Size(600, 540), CV_16UC3, highest);
+        cv::Mat target(source.size(), CV_16UC3, cv::Scalar::all(77));
+        EXPECT_EQ(run(source, target, sides(9, 3), {}), VELORN_OK);
+        EXPECT_LE(largestDifference(source, target), highest == 32768 ? 2 : 4);
+    }
+}
+
+TEST_F(DeblurSharpen, EdgeSettingsOfExactlyOnePointZeroOneLeaveTheStageOut) {
+    const cv::Mat source = scene(cv::Size(200, 200));
+    cv::Mat target(source.size(), CV_8UC3);
+    Settings settings;
+    settings.edgeSlope = settings.edgeGain = 1.01f;
+    EXPECT_EQ(run(source, target, sides(1, 1), settings), VELORN_OK);
+    EXPECT_EQ(largestDifference(source, target), 0);
+    settings.edgeGain = 1.5f;
+    EXPECT_EQ(run(source, target, sides(1, 1), settings), VELORN_OK);
+    EXPECT_GT(largestDifference(source, target), 5);
+}
+
+TEST_F(DeblurSharpen, NegativeDetailSettingsAloneLeaveTheDetailStageOut) {
+    const cv::Mat source = scene(cv::Size(200, 200));
+    cv::Mat target(source.size(), CV_8UC3);
+    Settings settings;
+    settings.detailGain = -0.5f;
+    EXPECT_EQ(run(source, target, sides(1, 1), settings), VELORN_OK);
+    EXPECT_EQ(largestDifference(source, target), 0);
+}
+
+TEST_F(DeblurSharpen, RestoresABlurredPictureByFourDecibels) {
+    const cv::Mat sharp = scene(cv::Size(400, 300));
+    const KernelRecord kernel = disc(3.0f);
+    const cv::Mat soft = blurred(sharp, kernel);
+    for (const int depth : {CV_8U, CV_16U}) {
+        cv::Mat source;
+        soft.convertTo(source, depth, depth == CV_8U ? 1.0 : 128.0);
+        cv::Mat target(source.size(), source.type());
+        Settings settings;
+        settings.deconvolve = 1;
+        settings.deconvLambda = 30000.0f;
+        ASSERT_EQ(run(source, target, kernel, settings), VELORN_OK);
+        cv::Mat restored;
+        target.convertTo(restored, CV_8U, depth == CV_8U ? 1.0 : 1.0 / 128.0);
+        EXPECT_GT(cv::PSNR(sharp, restored), cv::PSNR(sharp, soft) + 4.0);
+    }
+}
+
+TEST_F(DeblurSharpen, ResultDoesNotDependOnTheNumberOfThreads) {
+    const cv::Mat source = blurred(scene(cv::Size(700, 560)), disc(2.0f));
+    Settings settings;
+    settings.deconvolve = 1;
+    settings.limitStrength = 0.6f;
+    settings.edgeSlope = 2.0f;
+    const int threads = omp_get_max_threads();
+    std::vector<cv::Mat> results;
+    for (const int count : {1, 2, 4}) {
+        omp_set_num_threads(count);
+        cv::Mat target(source.size(), CV_8UC3);
+        EXPECT_EQ(run(source, target, disc(2.0f), settings), VELORN_OK);
+        results.push_back(target);
+    }
+    omp_set_num_threads(threads);
+    EXPECT_EQ(largestDifference(results[0], results[1]), 0);
+    EXPECT_EQ(largestDifference(results[0], results[2]), 0);
+}
+
+TEST_F(DeblurSharpen, ProgressIsToldStepByStepAndEndsExactly) {
+    const cv::Mat source = noise(cv::Size(100, 80), CV_8UC3, 255);
+    cv::Mat target(source.size(), CV_8UC3);
+    Listener listener;
+    ProgressRecord progress = listener.record(200, 1000, 10);
+    EXPECT_EQ(run(source, target, sides(3, 3), {}, &progress), VELORN_OK);
+    // One tile: 10 + 1, base + 2, two steps of 200 / 1 / 2 + 1, then total + base.
+    EXPECT_EQ(listener.heard, (std::vector<int32_t>{11, 13, 114, 215, 211}));
+    EXPECT_EQ(listener.limits, std::vector<int32_t>(5, 1000));
+    EXPECT_EQ(progress.current, 211);
+}
+
+TEST_F(DeblurSharpen, ProgressNeverPassesItsLimit) {
+    const cv::Mat source = noise(cv::Size(1200, 700), CV_8UC3, 255);
+    cv::Mat target(source.size(), CV_8UC3);
+    Listener listener;
+    ProgressRecord progress = listener.record(100, 100);
+    EXPECT_EQ(run(source, target, sides(3, 3), {}, &progress), VELORN_OK);
+    ASSERT_GT(listener.heard.size(), 8u);
+    for (const int32_t current : listener.heard) {
+        EXPECT_LE(current, 100);
+    }
+    EXPECT_EQ(progress.current, 100);
+}
+
+TEST_F(DeblurSharpen, NullUserDataSilencesTheCallbackAndItsCancellation) {
+    const cv::Mat source = noise(cv::Size(100, 80), CV_8UC3, 255);
+    cv::Mat target(source.size(), CV_8UC3);
+    static int calls = 0;
+    ProgressRecord progress{100, 100,
+                            [](int32_t, int32_t, void*) -> int32_t {
+                                ++calls;
+                                return 0;
+                            },
+                            nullptr, 0};
+    EXPECT_EQ(run(source, target, sides(3, 3), {}, &progress), VELORN_OK);
+    EXPECT_EQ(calls, 0);
+    EXPECT_EQ(progress.current, 100);
+}
+
+TEST_F(DeblurSharpen, ResultsOfTheFirstTwoNotifiesAreIgnored) {
+    const cv::Mat source = noise(cv::Size(100, 80), CV_8UC3, 255);
+    for (const std::size_t cancelAt : {1u, 2u}) {
+        cv::Mat target(source.size(), CV_8UC3);
+        Listener listener;
+        listener.cancelAt = cancelAt;
+        ProgressRecord progress = listener.record(100, 100);
+        EXPECT_EQ(run(source, target, sides(3, 3), {}, &progress), VELORN_OK);
+        EXPECT_EQ(listener.heard.size(), 5u);
+    }
+}
+
+TEST_F(DeblurSharpen, CancellingInsideATileStoresNothingOfIt) {
+    const cv::Mat source = noise(cv::Size(100, 80), CV_8UC3, 255);
+    cv::Mat target(source.size(), CV_8UC3, cv::Scalar::all(77));
+    Listener listener;
+    listener.cancelAt = 3;
+    ProgressRecord progress = listener.record(100, 100);
+    EXPECT_EQ(run(source, target, sides(3, 3), {}, &progress), VELORN_CANCELLED);
+    EXPECT_EQ(listener.heard.size(), 3u);
+    EXPECT_EQ(largestDifference(target, cv::Mat(source.size(), CV_8UC3, cv::Scalar::all(77))), 0);
+    EXPECT_STREQ(errorMessage(), "");
+    // The library is idle again.
+    EXPECT_EQ(run(source, target, sides(3, 3), {}), VELORN_OK);
+    EXPECT_EQ(largestDifference(source, target), 0);
+}
+
+TEST_F(DeblurSharpen, CancellingLaterKeepsTheRowsThatWereMerged) {
+    const cv::Mat source = noise(cv::Size(600, 1200), CV_8UC3, 255);
+    cv::Mat target(source.size(), CV_8UC3, cv::Scalar::all(77));
+    Listener listener;
+    // Two tiles across: after the first row of tiles come calls 7 and on.
+    listener.cancelAt = 8;
+    ProgressRecord progress = listener.record(100, 100);
+    EXPECT_EQ(run(source, target, sides(3, 3), {}, &progress), VELORN_CANCELLED);
+    EXPECT_EQ(largestDifference(source.rowRange(0, 300), target.rowRange(0, 300)), 0);
+    EXPECT_NE(largestDifference(source.rowRange(900, 1200), target.rowRange(900, 1200)), 0);
+}
+
+TEST_F(DeblurSharpen, CancellingTheLastNotifyLeavesACompleteImage) {
+    const cv::Mat source = noise(cv::Size(100, 80), CV_8UC3, 255);
+    for (const std::size_t cancelAt : {4u, 5u}) {
+        cv::Mat target(source.size(), CV_8UC3);
+        Listener listener;
+        listener.cancelAt = cancelAt;
+        ProgressRecord progress = listener.record(100, 100);
+        EXPECT_EQ(run(source, target, sides(3, 3), {}, &progress), VELORN_CANCELLED);
+        EXPECT_EQ(largestDifference(source, target), 0);
+    }
+}
+
+TEST_F(DeblurSharpen, CallsFromInsideTheCallbackAreTurnedAwayAsSuccess) {
+    const cv::Mat source = noise(cv::Size(100, 80), CV_8UC3, 255);
+    cv::Mat target(source.size(), CV_8UC3);
+    struct Nested {
+        decltype(ornCreateKernel)* createKernel;
+        std::vector<int32_t> answers;
+        float data[9] = {};
+    } nested{createKernel, {}, {}};
+    ProgressRecord progress{100, 100,
+                            [](int32_t, int32_t, void* userData) -> int32_t {
+                                auto& self = *static_cast<Nested*>(userData);
+                                KernelRecord record{-1, -1, -1, -1, self.data};
+                                self.answers.push_back(self.createKernel(1, 1.0f, 0.0f, &record));
+                                EXPECT_EQ(record.width, -1);
+                                return 1;
+                            },
+                            &nested, 0};
+    EXPECT_EQ(run(source, target, sides(3, 3), {}, &progress), VELORN_OK);
+    EXPECT_EQ(nested.answers, std::vector<int32_t>(5, VELORN_OK));
+    EXPECT_EQ(largestDifference(source, target), 0);
+}
+
+TEST_F(DeblurSharpen, KernelThatLeavesNoUsefulTileEndsWithAGap) {
+    const cv::Mat source = noise(cv::Size(250, 200), CV_8UC3, 255);
+    for (const int32_t side : {52, 53, 56, 57, 60}) {
+        cv::Mat target(source.size(), CV_8UC3, cv::Scalar::all(77));
+        EXPECT_EQ(run(source, target, sides(side, 3), {}), VELORN_TILE_GAP) << side;
+        EXPECT_STREQ(errorMessage(), "");
+        EXPECT_EQ(largestDifference(target, cv::Mat(target.size(), CV_8UC3, cv::Scalar::all(77))),
+                  0);
+    }
+}
+
+TEST_F(DeblurSharpen, KernelWhoseMarginReachesPastTheTileFindsNoPixels) {
+    const cv::Mat source = noise(cv::Size(250, 200), CV_8UC3, 255);
+    for (const int32_t side : {300, 2000, std::numeric_limits<int32_t>::max()}) {
+        cv::Mat target(source.size(), CV_8UC3, cv::Scalar::all(77));
+        EXPECT_EQ(run(source, target, sides(side, 3), {}), VELORN_NO_PIXELS) << side;
+    }
+}
+
+TEST_F(DeblurSharpen, LargestKernelThatTheHeaderAllowsWorks) {
+    const cv::Mat source = noise(cv::Size(30, 24), CV_8UC3, 255);
+    cv::Mat target(source.size(), CV_8UC3, cv::Scalar::all(77));
+    EXPECT_EQ(run(source, target, sides(51, 51), {}), VELORN_OK);
+    EXPECT_EQ(largestDifference(source, target), 0);
+}
+
+TEST_F(DeblurSharpen, ImageWithoutPixelsEndsWithItsStatus) {
+    unsigned char pixel[6] = {};
+    ProgressRecord progress{100, 100, nullptr, nullptr, 0};
+    KernelRecord kernel = sides(3, 3);
+    for (const cv::Size size :
+         {cv::Size(0, 10), cv::Size(10, 0), cv::Size(0, 0), cv::Size(-3, 5), cv::Size(5, -3)}) {
+        ImageRecord image{psC3U8, pixel, 3, pixel, 3, size.width, size.height};
+        EXPECT_EQ(call(&progress, &image, &kernel, {}), VELORN_NO_PIXELS) << size;
+    }
+}
+
+TEST_F(DeblurSharpen, UnusableRecordsAreTextFailures) {
+    cv::Mat source = noise(cv::Size(20, 10), CV_8UC3, 255);
+    cv::Mat target(source.size(), CV_8UC3);
+    ProgressRecord progress{100, 100, nullptr, nullptr, 0};
+    KernelRecord kernel = disc(1.0f);
+    const ImageRecord good{psC3U8, source.data, 60, target.data, 60, 20, 10};
+    Settings deconvolve;
+    deconvolve.deconvolve = 1;
+
+    EXPECT_EQ(call(&progress, nullptr, &kernel, {}), VELORN_TEXT_FAILURE);
+    EXPECT_NE(errorMessage()[0], '\0');
+    ImageRecord image = good;
+    EXPECT_EQ(call(&progress, &image, nullptr, {}), VELORN_TEXT_FAILURE);
+    image.source = nullptr;
+    EXPECT_EQ(call(&progress, &image, &kernel, {}), VELORN_TEXT_FAILURE);
+    image = good;
+    image.target = nullptr;
+    EXPECT_EQ(call(&progress, &image, &kernel, {}), VELORN_TEXT_FAILURE);
+    image = good;
+    image.sourceStep = 59;
+    EXPECT_EQ(call(&progress, &image, &kernel, {}), VELORN_TEXT_FAILURE);
+    image = good;
+    image.targetStep = -60;
+    EXPECT_EQ(call(&progress, &image, &kernel, {}), VELORN_TEXT_FAILURE);
+    image = good;
+    KernelRecord bad = kernel;
+    bad.data = nullptr;
+    EXPECT_EQ(call(&progress, &image, &bad, deconvolve), VELORN_TEXT_FAILURE);
+    bad = kernel;
+    bad.width = 0;
+    EXPECT_EQ(call(&progress, &image, &bad, deconvolve), VELORN_TEXT_FAILURE);
+    bad.width = -1;
+    EXPECT_EQ(call(&progress, &image, &bad, {}), VELORN_TEXT_FAILURE);
+
+    EXPECT_EQ(call(&progress, &image, &kernel, {}), VELORN_OK);
+    EXPECT_STREQ(errorMessage(), "");
+}
+
+TEST_F(DeblurSharpen, NotANumberAndInfiniteSettingsAreSurvived) {
+    const cv::Mat source = blurred(scene(cv::Size(150, 120)), disc(2.0f));
+    const float infinity = std::numeric_limits<float>::infinity();
+    for (const float odd : {std::nanf(""), infinity, -infinity, 0.0f, -1.0f, 1e38f, 1e-38f}) {
+        cv::Mat target(source.size(), CV_8UC3);
+        Settings settings;
+        settings.deconvolve = 1;
+        settings.deconvLambda = settings.deconvAlpha = settings.limitStrength = odd;
+        settings.edgeRadius = settings.edgeSlope = settings.edgeFloor = odd;
+        settings.edgeGain = 2.0f;
+        EXPECT_EQ(run(source, target, disc(2.0f), settings), VELORN_OK) << odd;
+    }
+}
+
+TEST_F(DeblurSharpen, KernelOfNotANumberIsSurvived) {
+    const cv::Mat source = scene(cv::Size(150, 120));
+    cv::Mat target(source.size(), CV_8UC3);
+    std::vector<float> values(9, std::nanf(""));
+    Settings settings;
+    settings.deconvolve = 1;
+    settings.limitStrength = 0.5f;
+    settings.edgeGain = 2.0f;
+    EXPECT_EQ(run(source, target, {3, 3, 1, 1, values.data()}, settings), VELORN_OK);
+}
+
+TEST_F(DeblurSharpen, RowsOfTheTargetKeepTheirPadding) {
+    const cv::Mat source = noise(cv::Size(31, 20), CV_8UC3, 255);
+    cv::Mat buffer(20, 150, CV_8UC1, cv::Scalar(9));
+    cv::Mat target(20, 31, CV_8UC3, buffer.data + 3, buffer.step);
+    EXPECT_EQ(run(source, target, sides(3, 3), {}), VELORN_OK);
+    EXPECT_EQ(largestDifference(source, target), 0);
+    EXPECT_EQ(cv::countNonZero(buffer.colRange(0, 3) != 9), 0);
+    EXPECT_EQ(cv::countNonZero(buffer.colRange(96, 150) != 9), 0);
+}
+
+} // namespace
