@@ -4,16 +4,18 @@
 //   bench_transforms --benchmark_repetitions=15 --benchmark_enable_random_interleaving=true
 //                    --benchmark_report_aggregates_only=true
 
+#include "velimproclib/primitives/FftSpec.h"
 #include "velimproclib/primitives/RealFft2D.h"
 
 #include <algorithm>
 #include <benchmark/benchmark.h>
 #include <bit>
 #include <cstddef>
+#include <cstdint>
 #include <fftw3.h>
 #include <hwy/aligned_allocator.h>
-#include <memory>
 #include <random>
+#include <vector>
 
 namespace {
 
@@ -116,6 +118,45 @@ void halfSpectrumInverseRowsOnly(benchmark::State& state) {
     }
 }
 
+/// The catalogue's transforms, with a work buffer of the caller.
+struct Packed {
+    explicit Packed(int side)
+        : step(side * static_cast<int>(sizeof(float))),
+          image(floats(static_cast<std::size_t>(side) * static_cast<std::size_t>(side))),
+          packed(floats(static_cast<std::size_t>(side) * static_cast<std::size_t>(side))) {
+        vel::fftInitAlloc(&spec, orderOf(side), orderOf(side), vel::kFftDivideInverse,
+                          vel::kFftAccurate);
+        work.resize(vel::fftWorkBufferBytes(spec));
+    }
+    Packed(const Packed&) = delete;
+    Packed& operator=(const Packed&) = delete;
+    ~Packed() { vel::fftFree(spec); }
+
+    vel::FftSpec* spec = nullptr;
+    int step;
+    hwy::AlignedFreeUniquePtr<float[]> image;
+    hwy::AlignedFreeUniquePtr<float[]> packed;
+    std::vector<std::uint8_t> work;
+};
+
+void packedForward(benchmark::State& state) {
+    Packed our(static_cast<int>(state.range(0)));
+    for (auto _ : state) {
+        vel::fftFwdRealToPack(our.image.get(), our.step, our.packed.get(), our.step, our.spec,
+                              our.work.data());
+        benchmark::ClobberMemory();
+    }
+}
+
+void packedInverse(benchmark::State& state) {
+    Packed our(static_cast<int>(state.range(0)));
+    for (auto _ : state) {
+        vel::fftInvPackToReal(our.packed.get(), our.step, our.image.get(), our.step, our.spec,
+                              our.work.data());
+        benchmark::ClobberMemory();
+    }
+}
+
 /// Image, spectrum and plans of the reference.
 struct Reference {
     explicit Reference(int side)
@@ -167,6 +208,8 @@ BENCHMARK(halfSpectrumForward)->Apply(sides);
 BENCHMARK(fftwForward)->Apply(sides);
 BENCHMARK(halfSpectrumInverse)->Apply(sides);
 BENCHMARK(fftwInverse)->Apply(sides);
+BENCHMARK(packedForward)->Apply(sides);
+BENCHMARK(packedInverse)->Apply(sides);
 BENCHMARK(halfSpectrumForwardRowsOnly)->Apply(sides);
 BENCHMARK(halfSpectrumInverseRowsOnly)->Apply(sides);
 

@@ -9,7 +9,82 @@
 #include <hwy/aligned_allocator.h>
 #include <new>
 
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "velimproclib/primitives/FftSpec.cpp"
+#include <hwy/foreach_target.h>
+#include <hwy/highway.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace vel::HWY_NAMESPACE {
+namespace {
+
+namespace hn = hwy::HWY_NAMESPACE;
+using PairTag = HWY_CAPPED(float, RealFft2D::kLanes);
+
+constexpr int kBlockLanes = RealFft2D::kLanes;
+constexpr int kVectorLanes = static_cast<int>(hn::MaxLanes(PairTag()));
+
+#if HWY_TARGET == HWY_SCALAR
+// Its vector loads and stores ask for the alignment of a float, which a caller's step may break.
+void putPairs(const float* re, float* to) {
+    for (int lane = 0; lane < kBlockLanes; ++lane) {
+        unaligned(to)[2 * lane].value = re[lane];
+        unaligned(to)[2 * lane + 1].value = re[kBlockLanes + lane];
+    }
+}
+
+void takePairs(const float* from, float* re) {
+    for (int lane = 0; lane < kBlockLanes; ++lane) {
+        re[lane] = unaligned(from)[2 * lane].value;
+        re[kBlockLanes + lane] = unaligned(from)[2 * lane + 1].value;
+    }
+}
+#else
+HWY_INLINE void putPairs(const float* re, float* to) {
+    const PairTag d;
+    for (int lane = 0; lane < kBlockLanes; lane += kVectorLanes) {
+        hn::StoreInterleaved2(hn::Load(d, re + lane), hn::Load(d, re + kBlockLanes + lane), d,
+                              to + 2 * lane);
+    }
+}
+
+HWY_INLINE void takePairs(const float* from, float* re) {
+    const PairTag d;
+    for (int lane = 0; lane < kBlockLanes; lane += kVectorLanes) {
+        hn::Vec<PairTag> realPart;
+        hn::Vec<PairTag> imaginaryPart;
+        hn::LoadInterleaved2(d, from + 2 * lane, realPart, imaginaryPart);
+        hn::Store(realPart, d, re + lane);
+        hn::Store(imaginaryPart, d, re + kBlockLanes + lane);
+    }
+}
+#endif
+
+} // namespace
+
+/// All lanes of a block to the pairs from column `x` on.
+void packFullBlock(const RealFft2D& fft, const float* block, const FloatPlane& packed, int x) {
+    for (int row = 0; row < fft.height(); ++row) {
+        putPairs(block + std::ptrdiff_t{row} * RealFft2D::kRowFloats,
+                 packed.row(fft.frequencyOf(row)) + x);
+    }
+}
+
+void unpackFullBlock(const RealFft2D& fft, const FloatPlane& packed, int x, float* block) {
+    for (int row = 0; row < fft.height(); ++row) {
+        takePairs(packed.row(fft.frequencyOf(row)) + x,
+                  block + std::ptrdiff_t{row} * RealFft2D::kRowFloats);
+    }
+}
+
+} // namespace vel::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
 namespace vel {
+
+HWY_EXPORT(packFullBlock);
+HWY_EXPORT(unpackFullBlock);
 
 namespace {
 
@@ -69,6 +144,7 @@ struct PairLanes {
         : first(index == 0 ? 1 : 0), end(std::min(fft.width() / 2, kLanes)),
           packedColumn(2 * (index * kLanes + first) - 1) {}
 
+    bool full() const { return end - first == kLanes; }
     std::size_t bytes() const {
         return static_cast<std::size_t>(std::max(end - first, 0)) * 2 * sizeof(float);
     }
@@ -80,6 +156,10 @@ struct PairLanes {
 
 void packPairs(const RealFft2D& fft, int index, const float* block, const FloatPlane& packed) {
     const PairLanes lanes(fft, index);
+    if (lanes.full()) {
+        HWY_DYNAMIC_DISPATCH(packFullBlock)(fft, block, packed, lanes.packedColumn);
+        return;
+    }
     std::array<float, kRowFloats> pairs;
     for (int row = 0; row < fft.height() && lanes.bytes() > 0; ++row, block += kRowFloats) {
         for (std::size_t lane = 0; lane < kLanes; ++lane) {
@@ -93,6 +173,10 @@ void packPairs(const RealFft2D& fft, int index, const float* block, const FloatP
 
 void unpackPairs(const RealFft2D& fft, int index, const FloatPlane& packed, float* block) {
     const PairLanes lanes(fft, index);
+    if (lanes.full()) {
+        HWY_DYNAMIC_DISPATCH(unpackFullBlock)(fft, packed, lanes.packedColumn, block);
+        return;
+    }
     std::array<float, kRowFloats> pairs{};
     for (int row = 0; row < fft.height(); ++row, block += kRowFloats) {
         if (lanes.bytes() > 0) {
@@ -227,3 +311,4 @@ Status fftInvPackToReal(const float* src, int srcStep, float* dst, int dstStep, 
 }
 
 } // namespace vel
+#endif
