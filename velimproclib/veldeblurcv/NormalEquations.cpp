@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <limits>
+#include <new>
 
 // How the data moves. A batch of pixels is a matrix X of 16-bit integers with one column for each
 // unknown, one more column for the observations, and six rows for each pixel. Two rows at a time
@@ -197,8 +199,9 @@ inline void transpose8x8(const std::uint8_t* in, std::ptrdiff_t inStep,
 using Lanes32 = hn::CappedTag<std::int32_t, kPanelColumns>;
 using Lanes16 = hn::Repartition<std::int16_t, Lanes32>;
 constexpr int kVectorColumns = static_cast<int>(hn::MaxLanes(Lanes32()));
-// Twice as many sums as rows must fit the registers: 32 where vectors are 64 bytes, else 16.
-constexpr int kTileRows = kVectorColumns == kPanelColumns ? 8 : 4;
+// Twice as many sums as rows must fit the registers: 32 where vectors are 64 bytes, else 16, and 8
+// on 32-bit x86.
+constexpr int kTileRows = HWY_ARCH_X86_32 ? 2 : (kVectorColumns == kPanelColumns ? 8 : 4);
 
 /// The sums of `kRows` broadcast rows with `kVectors` vectors of columns over `pairs` row
 /// pairs, row by row into `tile`.
@@ -426,7 +429,12 @@ CNormalEquations::CNormalEquations(int kernelWidth, int kernelHeight, int thread
     static_assert(kLineColumns == kPanelColumns);
     const std::int64_t blockRows = roundUp(m_unknowns + 1, kBlock) / kBlock;
     m_blockCount = blockRows * (blockRows + 1) / 2;
-    m_lines.resize(static_cast<std::size_t>(m_panels * m_batchPixels * kPairsPerPixel));
+    const std::int64_t lines = m_panels * m_batchPixels * kPairsPerPixel;
+    if (lines > std::numeric_limits<std::ptrdiff_t>::max() / std::int64_t{sizeof(Line)}) {
+        throw std::bad_alloc();
+    }
+    // Packing a pixel fills all of its lines, so they start as they come.
+    m_lines = std::make_unique_for_overwrite<Line[]>(static_cast<std::size_t>(lines));
 
     const PatchShape shape{static_cast<std::size_t>(kernelWidth),
                            static_cast<std::size_t>(kernelHeight)};
@@ -450,7 +458,7 @@ void CNormalEquations::pack(int thread, int slot, const std::uint8_t* taps, std:
     const std::size_t panelStride =
         static_cast<std::size_t>(m_batchPixels) * kPairsPerPixel * kLineColumns;
     std::int32_t* lines =
-        m_lines.data()->pairs + static_cast<std::size_t>(slot) * kPairsPerPixel * kLineColumns;
+        m_lines[0].pairs + static_cast<std::size_t>(slot) * kPairsPerPixel * kLineColumns;
     HWY_DYNAMIC_DISPATCH(packPixel)
     (shape, m_workspaces[static_cast<std::size_t>(thread)].data(), taps, tapStep, observedPairs,
      lines, panelStride);
@@ -458,7 +466,7 @@ void CNormalEquations::pack(int thread, int slot, const std::uint8_t* taps, std:
 
 void CNormalEquations::accumulate(std::int64_t block, int pixels,
                                   const NormalSums& sums) const noexcept {
-    const PackedBatch batch{m_lines.data()->pairs,
+    const PackedBatch batch{m_lines[0].pairs,
                             static_cast<std::size_t>(m_batchPixels) * kPairsPerPixel * kLineColumns,
                             pixels};
     HWY_DYNAMIC_DISPATCH(accumulateBlock)(batch, areaOfBlock(block, m_unknowns), sums);

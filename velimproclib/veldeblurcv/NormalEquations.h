@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 namespace vel {
@@ -32,7 +33,7 @@ public:
     /// Allocates at most 8 MB, or 768 bytes for each unknown when that is more (kernels beyond 103
     /// by 103), and for each thread 4 bytes for each unknown.
     /// @param threads number of threads that will call `pack`
-    /// @throws std::bad_alloc, std::length_error
+    /// @throws std::bad_alloc
     CNormalEquations(int kernelWidth, int kernelHeight, int threads);
 
     /// Pixels that one batch can hold.
@@ -70,7 +71,7 @@ private:
     std::int64_t m_panels;
     int m_batchPixels;
     std::int64_t m_blockCount;
-    std::vector<Line> m_lines;
+    std::unique_ptr<Line[]> m_lines;
     std::vector<std::vector<std::uint8_t>> m_workspaces; ///< one for each thread
 };
 

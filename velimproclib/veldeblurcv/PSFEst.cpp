@@ -5,6 +5,9 @@
 #include "velimproclib/veldeblurcv/ProgressSpan.h"
 
 #include <algorithm>
+#include <array>
+#include <cstdint>
+#include <cstring>
 #include <limits>
 #include <new>
 #include <omp.h>
@@ -50,7 +53,7 @@ public:
             return;
         }
         const std::int64_t share = (m_rows + threads - 1) / threads;
-        while (m_told < m_taken * share / m_rows) {
+        while (m_told * m_rows < m_taken * share) {
             ++m_told;
             m_span->advance();
         }
@@ -62,6 +65,17 @@ private:
     std::int64_t m_taken = 0;
     std::int64_t m_told = 0;
 };
+
+/// The first byte that is not 0, else `end`. Masks are mostly empty: eight bytes at a time.
+const unsigned char* firstSelected(const unsigned char* at, const unsigned char* end) {
+    for (std::uint64_t eight = 0; end - at >= 8; at += 8) {
+        std::memcpy(&eight, at, 8);
+        if (eight != 0) {
+            break;
+        }
+    }
+    return std::find_if(at, end, [](unsigned char m) { return m != 0; });
+}
 
 struct PixelPosition {
     int row;
@@ -112,8 +126,7 @@ private:
         }
         const unsigned char* row = m_mask.ptr(static_cast<int>(m_row));
         const unsigned char* end = row + m_columns.end;
-        const unsigned char* found =
-            std::find_if(row + m_column, end, [](unsigned char m) { return m != 0; });
+        const unsigned char* found = firstSelected(row + m_column, end);
         m_column = found - row;
         return found != end;
     }
