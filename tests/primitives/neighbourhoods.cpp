@@ -1,0 +1,31 @@
+#include "velimproclib/primitives/neighbourhoods.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <limits>
+
+namespace vel {
+namespace {
+
+TEST(Neighbourhoods, AStepHoldsARowWithItsBorderOrIsRefused) {
+    EXPECT_EQ(kOk, checkBorderStep(24, 4, 2, sizeof(float)));
+    EXPECT_EQ(kBadBorderStep, checkBorderStep(23, 4, 2, sizeof(float)));
+    EXPECT_EQ(kOk, checkBorderStep(4, 4, 0, 1));
+    EXPECT_EQ(kBadBorderStep, checkBorderStep(3, 4, 0, 1));
+}
+
+TEST(Neighbourhoods, RowsBeyondTheIntegerRangeAreRefusedAndDoNotWrap) {
+    constexpr std::int32_t kMax = std::numeric_limits<std::int32_t>::max();
+    EXPECT_EQ(kBadBorderStep, checkBorderStep(kMax, kMax, 2, sizeof(float)));
+    EXPECT_EQ(kBadBorderStep, checkBorderStep(kMax, 4, kMax - 1, sizeof(float)));
+}
+
+TEST(Neighbourhoods, BytesAwayGoesBothWays) {
+    const float plane[6] = {};
+    EXPECT_EQ(&plane[5], bytesAway(&plane[2], 12));
+    EXPECT_EQ(&plane[0], bytesAway(&plane[2], -8));
+}
+
+} // namespace
+} // namespace vel
