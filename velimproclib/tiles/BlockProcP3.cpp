@@ -156,30 +156,30 @@ void CBlockProcP3::convertBlkDupBorder() {
             loadRows<std::uint16_t>(window, rows);
         }
     });
-#pragma omp parallel for schedule(static) if (worthATeam(m_blk[0].cols, m_blk[0].rows))
-    for (int p = 0; p < static_cast<int>(kChannels); ++p) {
-        imageExtendBorder(m_blk[static_cast<std::size_t>(p)], window.left, window.top, window.right,
-                          window.bottom);
-    }
     if (m_taper == 1) {
         m_tileTaper.taperBlock(m_blk, m_border);
     }
 }
 
-/// Rows are counted from the window's first. The scale is a power of two, so that pixels may be
-/// scaled before the margin is filled from them as well as after.
+/// Rows are counted from the window's first. A chunk fills the margin beside its rows, and the
+/// first and the last the one above and below: no chunk waits for another. The scale is a power of
+/// two, so that pixels may be scaled before the margin is filled from them as well as after.
 template <class T>
 void CBlockProcP3::loadRows(const TileWindow& window, cv::Range rows) {
     T* scratch = elementAt<T>(m_scratch, rows.start, 0);
+    const std::int32_t above = rows.start == 0 ? window.top : 0;
+    const std::int32_t below = rows.end == window.height ? window.bottom : 0;
     for (std::size_t c = 0; c < kChannels; ++c) {
         const T* source = elementAt<T>(m_in, window.y + rows.start, firstElement(window.x, c));
-        cv::Mat loaded =
-            m_blk[c](cv::Rect(window.left, window.top + rows.start, window.width, rows.size()));
+        cv::Mat part =
+            m_blk[c].rowRange(window.top + rows.start - above, window.top + rows.end + below);
+        cv::Mat loaded = part(cv::Rect(window.left, above, window.width, rows.size()));
         Depth<T>::kChannelToPlane(source, stepOf(m_in), scratch, stepOf(m_scratch), window.width,
                                   rows.size());
         Depth<T>::kToFloat(scratch, stepOf(m_scratch), loaded.ptr<float>(), stepOf(loaded),
                            window.width, rows.size());
         loaded.convertTo(loaded, CV_32F, 1.0 / Depth<T>::kFullScale);
+        imageExtendBorder(part, window.left, above, window.right, below);
     }
 }
 

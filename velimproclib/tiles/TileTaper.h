@@ -17,8 +17,8 @@ namespace vel {
 /// threads.
 class CTileTaper {
 public:
-    /// Tapers the outer `border` pixels of every edge of each plane (CV_32FC1, all of one size),
-    /// the rows of all planes first, then the columns on what the rows pass has left.
+    /// Tapers the outer `border` pixels of every edge of each plane (CV_32FC1, all of one size):
+    /// the rows first, then the columns on what the rows pass has left.
     ///
     /// A plane smaller than the strip taken from an edge, 1.5 `border` and a pixel, stays as it is.
     /// @throws cv::Exception or std::bad_alloc when memory is exhausted
