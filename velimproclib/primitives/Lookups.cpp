@@ -62,7 +62,7 @@ private:
 };
 
 #if HWY_TARGET <= HWY_AVX3
-/// Reads coefficients of 16 entries at most from two vectors: several times faster than gathering.
+/// Reads coefficients of 16 entries at most out of two vectors, which beats gathered loads here.
 class PermutedEntries {
 public:
     static constexpr std::int32_t kMaxEntries = 16;
@@ -184,8 +184,12 @@ HWY_EXPORT(lookUpCubicRows);
 
 /// Neighbours may be equal; with a NaN among them levels do not rise.
 bool areRising(const float* levels, std::int32_t n) {
-    return std::is_sorted(levels, levels + n,
-                          [](float level, float before) { return !(level >= before); });
+    for (std::int32_t k = 0; k + 1 < n; ++k) {
+        if (!(levels[k] <= levels[k + 1])) {
+            return false;
+        }
+    }
+    return true;
 }
 
 LookupTable emptyTable(const float* levels, std::int32_t n) {

@@ -46,12 +46,12 @@ double magnitude(double v) {
 
 template <class Operation, class T>
 void combine(const T* a, const T* b, T* dst, std::size_t count) {
-    const auto* from = unaligned(a);
-    const auto* and_ = unaligned(b);
+    const auto* left = unaligned(a);
+    const auto* right = unaligned(b);
     auto* to = unaligned(dst);
 #pragma omp simd
     for (std::size_t i = 0; i < count; ++i) {
-        to[i].value = Operation::template of<T>(from[i].value, and_[i].value);
+        to[i].value = Operation::template of<T>(left[i].value, right[i].value);
     }
 }
 
