@@ -1,0 +1,305 @@
+#include "Options.h"
+
+#include "Failure.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <CLI/CLI.hpp>
+#include <sstream>
+
+namespace velorn {
+namespace {
+
+/// One setting of the restoration: its option, what it is allowed to be and what it does.
+struct FloatSetting {
+    const char* option;
+    float RestorationSettings::*member;
+    float lowest;
+    float highest;
+    float standard;
+    const char* effect;
+};
+
+constexpr std::array<FloatSetting, 7> kSettings{{
+    {"--lambda", &RestorationSettings::lambda, 1.0f, 1e6f, 0.0f,
+     "Strength: how hard the result follows the blur kernel. Higher values bring out more\n"
+     "detail, and more noise with it; about 500 for noisy and 50000 for clean pictures.\n"
+     "Without it, the strength is chosen from the noise measured in the picture."},
+    {"--alpha", &RestorationSettings::alpha, 0.0f, 1.0f, 0.5f,
+     "How natural pictures are thought to be: low values favour few and sharp edges on smooth\n"
+     "areas, high values spare soft transitions and fine texture."},
+    {"--limit", &RestorationSettings::limit, 0.0f, 1.0f, 0.5f,
+     "Holds back bright and dark fringes along edges: 1 allows no more contrast than the\n"
+     "neighbourhood shows, 0 lets all of it through. Below 0.1 it is off."},
+    {"--edge-radius", &RestorationSettings::edgeRadius, 0.0f, 10.0f, 0.85f,
+     "Width in pixels of the details that edge sharpening lifts. 0.4 and below turn it off."},
+    {"--edge-slope", &RestorationSettings::edgeSlope, 0.0f, 10.0f, 0.0f,
+     "Extra sharpening next to edges. Edge sharpening runs when this or --edge-gain is above\n"
+     "1.01."},
+    {"--edge-gain", &RestorationSettings::edgeGain, 0.0f, 10.0f, 1.0f,
+     "Sharpening of the whole picture: 1 leaves details as they are, 2 doubles them."},
+    {"--edge-floor", &RestorationSettings::edgeFloor, 0.00001f, 1.0f, 0.005f,
+     "Keeps --edge-slope away from calm areas: higher values leave more of them alone."},
+}};
+
+constexpr const char* kExitCodes = "Exit status: 0 done, 1 failed, 2 wrong command line, 130 "
+                                   "interrupted by Ctrl-C.";
+
+/// The shortest digits that read back as `value`.
+std::string numberText(float value) {
+    char digits[32];
+    const auto end = std::to_chars(digits, digits + sizeof digits, value, std::chars_format::fixed);
+    return {digits, end.ptr};
+}
+
+/// Options with their descriptions below them, indented: the descriptions have several lines.
+class HelpFormatter : public CLI::Formatter {
+public:
+    std::string make_option(const CLI::Option* option, bool isPositional) const override {
+        std::string text =
+            "  " + make_option_name(option, isPositional) + make_option_opts(option) + "\n";
+        std::istringstream lines(make_option_desc(option));
+        for (std::string line; std::getline(lines, line);) {
+            text += "        " + line + "\n";
+        }
+        return text;
+    }
+    std::string make_option_opts(const CLI::Option* option) const override {
+        const bool isNamed = option->nonpositional();
+        return isNamed && !option->get_type_name().empty() ? " " + option->get_type_name() : "";
+    }
+};
+
+void checkRange(const FloatSetting& setting, float value) {
+    if (!(value >= setting.lowest && value <= setting.highest)) {
+        throw UsageFailure(std::string(setting.option) + " must be from " +
+                           numberText(setting.lowest) + " to " + numberText(setting.highest));
+    }
+}
+
+AnalyticBlur blurOf(AnalyticBlur::Shape shape, const std::vector<float>& numbers,
+                    const std::string& option) {
+    const AnalyticBlur blur{shape, numbers[0], numbers.size() > 1 ? numbers[1] : 0.0f};
+    const float least = shape == AnalyticBlur::Shape::Motion ? 1.0f : 0.1f;
+    if (!(blur.extent >= least && blur.extent <= 500.0f)) {
+        throw UsageFailure(option + " must be from " + numberText(least) + " to 500 pixels");
+    }
+    if (!(blur.angle >= -360.0f && blur.angle <= 360.0f)) {
+        throw UsageFailure(option + ": the angle must be from -360 to 360 degrees");
+    }
+    return blur;
+}
+
+/// The `deblur` command on the command line, and what was given for it.
+class DeblurParser {
+public:
+    explicit DeblurParser(CLI::App& app)
+        : m_command(*app.add_subcommand("deblur", "Restore the sharpness of a picture.")) {
+        m_command
+            .add_option("IN", m_options.input,
+                        "Picture to restore: 8 or 16 bits, grey or RGB. Floating-point\n"
+                        "pictures with samples in 0..1 are worked on at 16 bits.")
+            ->required();
+        m_command
+            .add_option("OUT", m_options.output,
+                        "Where to write it; may be IN itself. The extension names the format.\n"
+                        "Alpha is carried over untouched where the format has it, colour\n"
+                        "profile, EXIF and other metadata likewise.")
+            ->required();
+        addKernelOptions();
+        addSettings();
+        m_command.add_flag("-v,--verbose", m_options.isVerbose,
+                           "Tell the noise found and the strength chosen.");
+        m_command.footer(kExitCodes);
+    }
+
+    bool isChosen() const { return m_command.parsed(); }
+
+    DeblurOptions result() {
+        m_options.kernel = kernelSource();
+        for (std::size_t i = 0; i < kSettings.size(); ++i) {
+            const float value = m_options.settings.*kSettings[i].member;
+            if (m_settings[i]->count() > 0) {
+                checkRange(kSettings[i], value);
+            }
+        }
+        m_options.lambdaIsGiven = m_settings[0]->count() > 0;
+        return m_options;
+    }
+
+private:
+    void addKernelOptions() {
+        const auto addBlur = [this](const char* name, const char* type, const char* text) {
+            auto* option = m_command.add_option(name, m_numbers, text)->type_name(type);
+            option->group("How the picture is blurred (one of these)")->delimiter(',');
+            return option;
+        };
+        m_gaussian = addBlur("--gaussian", "SIGMA",
+                             "Soft blur of this standard deviation in pixels, 0.1..500.");
+        m_gaussian->expected(1);
+        m_disc = addBlur("--disc", "RADIUS",
+                         "Lens out of focus: disc of this radius in pixels, 0.1..500.");
+        m_disc->expected(1);
+        m_motion = addBlur("--motion", "LENGTH,ANGLE",
+                           "Straight motion over so many pixels (1..500), at an angle in degrees\n"
+                           "that rises to the right: 0 is level, 90 upright, 45 like a slash.");
+        m_motion->expected(2)->allow_extra_args(false);
+        m_kernel = m_command
+                       .add_option("--kernel", m_path.path,
+                                   "A kernel from a file: a matrix of numbers (.txt, .csv) "
+                                   "or a picture.")
+                       ->type_name("FILE")
+                       ->group(m_motion->get_group());
+        m_noDeconvolve = m_command
+                             .add_flag("--no-deconvolve", m_isSharpenOnly,
+                                       "Leave the blur as it is and only sharpen edges.")
+                             ->group(m_motion->get_group());
+        m_scale = m_command
+                      .add_option("--kernel-scale", m_scaleValue,
+                                  "Side in pixels of the square that stands for one weight in "
+                                  "a kernel picture.\nPictures written by 'velorn kernel' tell "
+                                  "it themselves.")
+                      ->type_name("N")
+                      ->check(CLI::Range(1, 1023))
+                      ->needs(m_kernel);
+    }
+
+    void addSettings() {
+        for (const FloatSetting& setting : kSettings) {
+            float& value = m_options.settings.*setting.member;
+            value = setting.standard;
+            const bool isMeasured = setting.member == &RestorationSettings::lambda;
+            const std::string range =
+                numberText(setting.lowest) + ".." + numberText(setting.highest) + ", default: " +
+                (isMeasured ? std::string("measured") : numberText(setting.standard)) + "\n";
+            m_settings.push_back(
+                m_command.add_option(setting.option, value, range + setting.effect)
+                    ->type_name("NUMBER")
+                    ->group("Settings"));
+        }
+    }
+
+    KernelSource kernelSource() {
+        const std::array<CLI::Option*, 5> choices{m_gaussian, m_disc, m_motion, m_kernel,
+                                                  m_noDeconvolve};
+        if (std::ranges::count_if(choices, [](auto* choice) { return choice->count() > 0; }) != 1) {
+            throw UsageFailure("deblur needs exactly one of --gaussian, --disc, --motion, "
+                               "--kernel and --no-deconvolve");
+        }
+        m_options.settings.deconvolve = !m_isSharpenOnly;
+        if (m_gaussian->count() > 0) {
+            return blurOf(AnalyticBlur::Shape::Gaussian, m_numbers, "--gaussian");
+        }
+        if (m_disc->count() > 0) {
+            return blurOf(AnalyticBlur::Shape::Disc, m_numbers, "--disc");
+        }
+        if (m_motion->count() > 0) {
+            return blurOf(AnalyticBlur::Shape::Motion, m_numbers, "--motion");
+        }
+        if (m_kernel->count() > 0) {
+            if (m_scale->count() > 0) {
+                m_path.scale = m_scaleValue;
+            }
+            return m_path;
+        }
+        return std::monostate{};
+    }
+
+    CLI::App& m_command;
+    DeblurOptions m_options;
+    std::vector<float> m_numbers;
+    KernelPath m_path;
+    int m_scaleValue = 1;
+    bool m_isSharpenOnly = false;
+    CLI::Option* m_gaussian = nullptr;
+    CLI::Option* m_disc = nullptr;
+    CLI::Option* m_motion = nullptr;
+    CLI::Option* m_kernel = nullptr;
+    CLI::Option* m_scale = nullptr;
+    CLI::Option* m_noDeconvolve = nullptr;
+    std::vector<CLI::Option*> m_settings;
+};
+
+/// The `kernel` command on the command line, and what was given for it.
+class KernelParser {
+public:
+    explicit KernelParser(CLI::App& app)
+        : m_command(*app.add_subcommand("kernel", "Write a blur kernel to a file.")) {
+        m_command.require_subcommand(1);
+        addShape("gaussian", "Soft blur.", {{"SIGMA", "Standard deviation in pixels, 0.1..500."}});
+        addShape("disc", "Lens out of focus.", {{"RADIUS", "Radius in pixels, 0.1..500."}});
+        addShape("motion", "Straight motion.",
+                 {{"LENGTH", "Length in pixels, 1..500."},
+                  {"ANGLE", "Degrees, rising to the right: 0 is level, 90 upright."}});
+    }
+
+    bool isChosen() const { return m_command.parsed(); }
+
+    KernelOptions result() const {
+        for (std::size_t i = 0; i < m_shapes.size(); ++i) {
+            if (m_shapes[i]->parsed()) {
+                return {
+                    blurOf(static_cast<AnalyticBlur::Shape>(i), m_numbers, m_shapes[i]->get_name()),
+                    m_output};
+            }
+        }
+        throw UsageFailure("kernel needs one of gaussian, disc and motion");
+    }
+
+private:
+    struct Number {
+        const char* name;
+        const char* text;
+    };
+
+    void addShape(const char* name, const char* text, const std::vector<Number>& numbers) {
+        auto* shape = m_command.add_subcommand(name, text);
+        for (const Number& number : numbers) {
+            shape
+                ->add_option_function<float>(
+                    number.name, [this](const float& value) { m_numbers.push_back(value); },
+                    number.text)
+                ->required()
+                ->type_name("NUMBER");
+        }
+        shape
+            ->add_option("-o,--output", m_output,
+                         "Where to write it: numbers that read back exactly (.txt, .csv), or a\n"
+                         "picture, enlarged, the largest weight white (.png, .tif ...).")
+            ->required()
+            ->type_name("FILE");
+        m_shapes.push_back(shape);
+    }
+
+    CLI::App& m_command;
+    std::vector<CLI::App*> m_shapes;
+    std::vector<float> m_numbers;
+    std::filesystem::path m_output;
+};
+
+} // namespace
+
+std::optional<Command> parseCommandLine(int argc, const char* const* argv, std::ostream& out) {
+    CLI::App app{"Restores the sharpness of blurred photographs.", "velorn"};
+    app.formatter(std::make_shared<HelpFormatter>());
+    app.set_version_flag("--version", "velorn " VELORN_VERSION, "Show the version and exit.");
+    app.require_subcommand(1);
+    app.footer("'velorn deblur --help' and 'velorn kernel --help' tell more.");
+    DeblurParser deblur(app);
+    KernelParser kernel(app);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::Success& request) {
+        app.exit(request, out, out);
+        return std::nullopt;
+    } catch (const CLI::Error& error) {
+        throw UsageFailure(onOneLine(error.what()));
+    }
+    if (deblur.isChosen()) {
+        return deblur.result();
+    }
+    return kernel.result();
+}
+
+} // namespace velorn

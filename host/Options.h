@@ -1,0 +1,45 @@
+#pragma once
+
+#include "BlurKernel.h"
+#include "Restoration.h"
+
+#include <filesystem>
+#include <optional>
+#include <ostream>
+#include <variant>
+
+namespace velorn {
+
+/// A kernel in a file, and the side of a weight's square when the user tells it.
+struct KernelPath {
+    std::filesystem::path path;
+    std::optional<int> scale;
+};
+
+/// Where a restoration's kernel comes from; nothing when the deconvolution is left out.
+using KernelSource = std::variant<std::monostate, AnalyticBlur, KernelPath>;
+
+/// `velorn deblur`
+struct DeblurOptions {
+    std::filesystem::path input;
+    std::filesystem::path output;
+    KernelSource kernel;
+    /// `lambda` in here counts only when `lambdaIsGiven`.
+    RestorationSettings settings;
+    bool lambdaIsGiven = false;
+    bool isVerbose = false;
+};
+
+/// `velorn kernel`
+struct KernelOptions {
+    AnalyticBlur blur;
+    std::filesystem::path output;
+};
+
+using Command = std::variant<DeblurOptions, KernelOptions>;
+
+/// Reads the command line. Help and version are written to `out`, and there is no command then.
+/// @throws UsageFailure with one line that says what does not fit.
+std::optional<Command> parseCommandLine(int argc, const char* const* argv, std::ostream& out);
+
+} // namespace velorn

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <variant>
+#include <vector>
+
+namespace velorn {
+
+/// Samples of a picture, interleaved, row after row without padding: 8 or 16 bits each.
+using Samples = std::variant<std::vector<std::uint8_t>, std::vector<std::uint16_t>>;
+
+/// A picture as the library takes it: red, green and blue interleaved, either 8 bits a channel
+/// or 16 bits on the scale 0..32768.
+struct RgbPixels {
+    int width = 0;
+    int height = 0;
+    Samples samples;
+
+    std::size_t pixelCount() const {
+        return static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
+    }
+    bool isEightBit() const { return std::holds_alternative<std::vector<std::uint8_t>>(samples); }
+};
+
+} // namespace velorn

@@ -1,0 +1,185 @@
+#include "Options.h"
+
+#include "Failure.h"
+
+#include <gtest/gtest.h>
+#include <sstream>
+
+namespace {
+
+using velorn::AnalyticBlur;
+using velorn::Command;
+using velorn::DeblurOptions;
+using velorn::KernelOptions;
+using velorn::KernelPath;
+using velorn::UsageFailure;
+using Shape = velorn::AnalyticBlur::Shape;
+
+std::optional<Command> parse(std::vector<const char*> words, std::string* printed = nullptr) {
+    words.insert(words.begin(), "velorn");
+    std::ostringstream out;
+    auto command = velorn::parseCommandLine(static_cast<int>(words.size()), words.data(), out);
+    if (printed != nullptr) {
+        *printed = out.str();
+    }
+    return command;
+}
+
+DeblurOptions deblur(std::vector<const char*> words) {
+    words.insert(words.begin(), {"deblur", "in.png", "out.tif"});
+    return std::get<DeblurOptions>(parse(std::move(words)).value());
+}
+
+std::string complaint(std::vector<const char*> words) {
+    try {
+        parse(std::move(words));
+    } catch (const UsageFailure& failure) {
+        return failure.what();
+    }
+    return "";
+}
+
+std::string deblurComplaint(std::vector<const char*> words) {
+    words.insert(words.begin(), {"deblur", "in.png", "out.tif"});
+    return complaint(std::move(words));
+}
+
+TEST(Options, DeblurTakesInputOutputAndABlur) {
+    const DeblurOptions options = deblur({"--gaussian", "1.5"});
+    EXPECT_EQ(options.input, "in.png");
+    EXPECT_EQ(options.output, "out.tif");
+    const auto blur = std::get<AnalyticBlur>(options.kernel);
+    EXPECT_EQ(blur.shape, Shape::Gaussian);
+    EXPECT_EQ(blur.extent, 1.5f);
+    EXPECT_TRUE(options.settings.deconvolve);
+    EXPECT_FALSE(options.lambdaIsGiven);
+}
+
+TEST(Options, EachBlurHasItsOption) {
+    const auto disc = std::get<AnalyticBlur>(deblur({"--disc", "4"}).kernel);
+    EXPECT_EQ(disc.shape, Shape::Disc);
+    EXPECT_EQ(disc.extent, 4.0f);
+    const auto motion = std::get<AnalyticBlur>(deblur({"--motion", "12,-30.5"}).kernel);
+    EXPECT_EQ(motion.shape, Shape::Motion);
+    EXPECT_EQ(motion.extent, 12.0f);
+    EXPECT_EQ(motion.angle, -30.5f);
+    EXPECT_EQ(std::get<KernelPath>(deblur({"--kernel", "k.txt"}).kernel).path, "k.txt");
+    EXPECT_FALSE(std::get<KernelPath>(deblur({"--kernel", "k.txt"}).kernel).scale.has_value());
+    EXPECT_EQ(
+        std::get<KernelPath>(deblur({"--kernel", "k.png", "--kernel-scale", "9"}).kernel).scale, 9);
+}
+
+TEST(Options, BlurMayStandBeforeTheFiles) {
+    const auto command = parse({"deblur", "--motion", "12,30", "in.png", "out.png"});
+    EXPECT_EQ(std::get<DeblurOptions>(*command).input, "in.png");
+    EXPECT_EQ(std::get<DeblurOptions>(*command).output, "out.png");
+}
+
+TEST(Options, SharpeningAloneNeedsNoBlur) {
+    const DeblurOptions options = deblur({"--no-deconvolve", "--edge-gain", "2"});
+    EXPECT_FALSE(options.settings.deconvolve);
+    EXPECT_TRUE(std::holds_alternative<std::monostate>(options.kernel));
+    EXPECT_EQ(options.settings.edgeGain, 2.0f);
+}
+
+TEST(Options, SettingsHaveDefaultsAndOptions) {
+    const auto standard = deblur({"--disc", "2"}).settings;
+    EXPECT_EQ(standard.alpha, 0.5f);
+    EXPECT_EQ(standard.edgeGain, 1.0f);
+    EXPECT_EQ(standard.edgeSlope, 0.0f);
+    const auto options = deblur({"--disc", "2", "--lambda", "2000", "--alpha", "0.7", "--limit",
+                                 "0.3", "--edge-radius", "1.5", "--edge-slope", "2", "--edge-gain",
+                                 "3", "--edge-floor", "0.02"});
+    EXPECT_TRUE(options.lambdaIsGiven);
+    EXPECT_EQ(options.settings.lambda, 2000.0f);
+    EXPECT_EQ(options.settings.alpha, 0.7f);
+    EXPECT_EQ(options.settings.limit, 0.3f);
+    EXPECT_EQ(options.settings.edgeRadius, 1.5f);
+    EXPECT_EQ(options.settings.edgeSlope, 2.0f);
+    EXPECT_EQ(options.settings.edgeGain, 3.0f);
+    EXPECT_EQ(options.settings.edgeFloor, 0.02f);
+}
+
+TEST(Options, ExactlyOneBlurIsAsked) {
+    EXPECT_NE(deblurComplaint({}).find("exactly one of"), std::string::npos);
+    EXPECT_NE(deblurComplaint({"--disc", "2", "--gaussian", "1"}).find("exactly one of"),
+              std::string::npos);
+    EXPECT_NE(deblurComplaint({"--disc", "2", "--no-deconvolve"}).find("exactly one of"),
+              std::string::npos);
+}
+
+TEST(Options, NumbersOutOfRangeAreRefusedWithTheRange) {
+    EXPECT_EQ(deblurComplaint({"--disc", "2", "--alpha", "1.5"}), "--alpha must be from 0 to 1");
+    EXPECT_EQ(deblurComplaint({"--disc", "2", "--lambda", "0"}),
+              "--lambda must be from 1 to 1000000");
+    EXPECT_EQ(deblurComplaint({"--disc", "2", "--limit", "nan"}), "--limit must be from 0 to 1");
+    EXPECT_EQ(deblurComplaint({"--disc", "0"}), "--disc must be from 0.1 to 500 pixels");
+    EXPECT_EQ(deblurComplaint({"--gaussian", "-1"}), "--gaussian must be from 0.1 to 500 pixels");
+    EXPECT_EQ(deblurComplaint({"--motion", "0.5,0"}), "--motion must be from 1 to 500 pixels");
+    EXPECT_NE(deblurComplaint({"--motion", "5,nan"}).find("angle"), std::string::npos);
+}
+
+TEST(Options, WrongUsageIsToldInOneLine) {
+    for (const auto& words : std::vector<std::vector<const char*>>{
+             {},
+             {"polish"},
+             {"deblur"},
+             {"deblur", "in.png"},
+             {"deblur", "in.png", "out.png", "--disc"},
+             {"deblur", "in.png", "out.png", "--disc", "wide"},
+             {"deblur", "in.png", "out.png", "--motion", "5"},
+             {"deblur", "in.png", "out.png", "--disc", "2", "--lamda", "7"},
+             {"deblur", "in.png", "out.png", "--disc", "2", "--kernel-scale", "7"},
+             {"deblur", "in.png", "out.png", "third.png", "--disc", "2"},
+             {"kernel"},
+             {"kernel", "square", "3", "-o", "k.png"},
+             {"kernel", "disc", "3"},
+             {"kernel", "disc", "-o", "k.png"},
+             {"kernel", "motion", "3", "-o", "k.png"},
+             {"kernel", "disc", "900", "-o", "k.png"}}) {
+        const std::string text = complaint(words);
+        EXPECT_NE(text, "");
+        EXPECT_EQ(text.find('\n'), std::string::npos) << text;
+    }
+}
+
+TEST(Options, KernelTakesAShapeItsNumbersAndATarget) {
+    const auto motion =
+        std::get<KernelOptions>(parse({"kernel", "motion", "12", "-30", "-o", "k.png"}).value());
+    EXPECT_EQ(motion.blur.shape, Shape::Motion);
+    EXPECT_EQ(motion.blur.extent, 12.0f);
+    EXPECT_EQ(motion.blur.angle, -30.0f);
+    EXPECT_EQ(motion.output, "k.png");
+    const auto disc =
+        std::get<KernelOptions>(parse({"kernel", "disc", "3", "--output", "k.txt"}).value());
+    EXPECT_EQ(disc.blur.shape, Shape::Disc);
+    const auto gaussian =
+        std::get<KernelOptions>(parse({"kernel", "gaussian", "-o", "k.txt", "1.25"}).value());
+    EXPECT_EQ(gaussian.blur.shape, Shape::Gaussian);
+    EXPECT_EQ(gaussian.blur.extent, 1.25f);
+}
+
+TEST(Options, VersionAndHelpArePrinted) {
+    std::string printed;
+    EXPECT_FALSE(parse({"--version"}, &printed).has_value());
+    EXPECT_EQ(printed.substr(0, 8), "velorn 1");
+    EXPECT_FALSE(parse({"--help"}, &printed).has_value());
+    EXPECT_NE(printed.find("deblur"), std::string::npos);
+    EXPECT_NE(printed.find("kernel"), std::string::npos);
+}
+
+TEST(Options, HelpShowsEverySettingWithRangeAndDefault) {
+    std::string printed;
+    EXPECT_FALSE(parse({"deblur", "--help"}, &printed).has_value());
+    for (const char* text :
+         {"--gaussian SIGMA", "--disc RADIUS", "--motion LENGTH,ANGLE", "--kernel FILE",
+          "--no-deconvolve", "--lambda NUMBER\n        1..1000000, default: measured",
+          "--alpha NUMBER\n        0..1, default: 0.5", "--limit NUMBER\n        0..1",
+          "--edge-radius NUMBER\n        0..10, default: 0.85",
+          "--edge-slope NUMBER\n        0..10", "--edge-gain NUMBER\n        0..10",
+          "--edge-floor NUMBER\n        0.00001..1"}) {
+        EXPECT_NE(printed.find(text), std::string::npos) << text << "\n" << printed;
+    }
+}
+
+} // namespace
