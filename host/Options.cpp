@@ -161,14 +161,12 @@ private:
                                   "a kernel picture.\nPictures written by 'velorn kernel' tell "
                                   "it themselves.")
                       ->type_name("N")
-                      ->check(CLI::Range(1, 1023))
                       ->needs(m_kernel);
     }
 
     void addSettings() {
         for (const FloatSetting& setting : kSettings) {
             float& value = m_options.settings.*setting.member;
-            value = setting.standard;
             const bool isMeasured = setting.member == &RestorationSettings::lambda;
             const std::string range =
                 numberText(setting.lowest) + ".." + numberText(setting.highest) + ", default: " +
@@ -199,6 +197,10 @@ private:
         }
         if (m_kernel->count() > 0) {
             if (m_scale->count() > 0) {
+                if (m_scaleValue < 1 || m_scaleValue > kLargestKernelSide) {
+                    throw UsageFailure("--kernel-scale must be from 1 to " +
+                                       std::to_string(kLargestKernelSide));
+                }
                 m_path.scale = m_scaleValue;
             }
             return m_path;
@@ -279,6 +281,14 @@ private:
 };
 
 } // namespace
+
+RestorationSettings standardSettings() {
+    RestorationSettings settings;
+    for (const FloatSetting& setting : kSettings) {
+        settings.*setting.member = setting.standard;
+    }
+    return settings;
+}
 
 std::optional<Command> parseCommandLine(int argc, const char* const* argv, std::ostream& out) {
     CLI::App app{"Restores the sharpness of blurred photographs.", "velorn"};

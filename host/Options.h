@@ -10,6 +10,9 @@
 
 namespace velorn {
 
+/// The settings of a restoration when the command line says nothing about them.
+RestorationSettings standardSettings();
+
 /// A kernel in a file, and the side of a weight's square when the user tells it.
 struct KernelPath {
     std::filesystem::path path;
@@ -25,7 +28,7 @@ struct DeblurOptions {
     std::filesystem::path output;
     KernelSource kernel;
     /// `lambda` in here counts only when `lambdaIsGiven`.
-    RestorationSettings settings;
+    RestorationSettings settings = standardSettings();
     bool lambdaIsGiven = false;
     bool isVerbose = false;
 };

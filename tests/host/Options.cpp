@@ -130,6 +130,7 @@ TEST(Options, WrongUsageIsToldInOneLine) {
              {"deblur", "in.png", "out.png", "--motion", "5"},
              {"deblur", "in.png", "out.png", "--disc", "2", "--lamda", "7"},
              {"deblur", "in.png", "out.png", "--disc", "2", "--kernel-scale", "7"},
+             {"deblur", "in.png", "out.png", "--kernel", "k.png", "--kernel-scale", "0"},
              {"deblur", "in.png", "out.png", "third.png", "--disc", "2"},
              {"kernel"},
              {"kernel", "square", "3", "-o", "k.png"},

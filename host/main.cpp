@@ -1,0 +1,75 @@
+// velorn: restores photographs from the command line.
+#include "DeblurCommand.h"
+#include "Failure.h"
+#include "KernelCommand.h"
+#include "Options.h"
+
+#include <csignal>
+#include <iostream>
+#include <new>
+#include <unistd.h>
+
+namespace {
+
+using namespace velorn;
+
+constexpr int kFailed = 1;
+constexpr int kWrongUsage = 2;
+constexpr int kSignalBase = 128;
+
+/// The file that a failure without a text of its own is told with.
+std::filesystem::path subjectOf(const Command& command) {
+    const auto* deblur = std::get_if<DeblurOptions>(&command);
+    return deblur != nullptr ? deblur->input : std::get<KernelOptions>(command).output;
+}
+
+void run(const Command& command, const Interrupt& interrupt) {
+    if (const auto* deblur = std::get_if<DeblurOptions>(&command)) {
+        runDeblur(*deblur, interrupt, std::cerr, isatty(STDERR_FILENO) != 0);
+    } else {
+        runKernel(std::get<KernelOptions>(command), interrupt);
+    }
+}
+
+int tell(const std::string& text, int exitCode) {
+    std::cerr << "velorn: " + onOneLine(text) + "\n";
+    return exitCode;
+}
+
+int runTold(const Command& command) {
+    const Interrupt interrupt;
+    // A file size limit is then an error of the write, like a full disc, and not the program's end.
+    std::signal(SIGXFSZ, SIG_IGN);
+    try {
+        run(command, interrupt);
+        return 0;
+    } catch (const Interrupted& signal) {
+        return kSignalBase + signal.signal();
+    } catch (const Failure& failure) {
+        return tell(failure.what(), kFailed);
+    } catch (const std::bad_alloc&) {
+        return tell(quoted(subjectOf(command)) + ": out of memory", kFailed);
+    } catch (const std::exception& failure) {
+        return tell(quoted(subjectOf(command)) + ": " + failure.what(), kFailed);
+    } catch (...) {
+        return tell(quoted(subjectOf(command)) + ": failed for an unknown reason", kFailed);
+    }
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    try {
+        const auto command = parseCommandLine(argc, argv, std::cout);
+        if (command) {
+            return runTold(*command);
+        }
+        return std::cout.flush() ? 0 : tell("cannot write to the standard output", kFailed);
+    } catch (const UsageFailure& failure) {
+        return tell(failure.what(), kWrongUsage);
+    } catch (const std::exception& failure) {
+        return tell(failure.what(), kFailed);
+    } catch (...) {
+        return tell("failed for an unknown reason", kFailed);
+    }
+}

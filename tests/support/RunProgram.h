@@ -1,0 +1,118 @@
+#pragma once
+
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <functional>
+#include <pty.h>
+#include <string>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+
+namespace vel::test {
+
+/// How a program ended and what it printed.
+struct ProgramResult {
+    /// The exit status, or -1 when a signal ended it.
+    int exitStatus = -1;
+    std::string output;
+    std::string errors;
+};
+
+namespace detail {
+
+inline std::string drain(int descriptor, const std::function<void()>& onFirst = {}) {
+    std::string text;
+    char buffer[4096];
+    for (;;) {
+        const ssize_t count = read(descriptor, buffer, sizeof buffer);
+        if (count < 0 && errno == EINTR) {
+            continue;
+        }
+        if (count <= 0) { // a terminal whose other end is closed reads as an error
+            return text;
+        }
+        if (text.empty() && onFirst) {
+            onFirst();
+        }
+        text.append(buffer, static_cast<std::size_t>(count));
+    }
+}
+
+[[noreturn]] inline void become(const std::vector<std::string>& words) {
+    // Whoever started the tests may have had these ignored, which a program would inherit.
+    std::signal(SIGINT, SIG_DFL);
+    std::signal(SIGTERM, SIG_DFL);
+    std::vector<char*> arguments;
+    for (const std::string& word : words) {
+        arguments.push_back(const_cast<char*>(word.c_str()));
+    }
+    arguments.push_back(nullptr);
+    execv(arguments[0], arguments.data());
+    _exit(127);
+}
+
+inline int exitStatusOf(pid_t child) {
+    int status = 0;
+    while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+    }
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+} // namespace detail
+
+/// Runs a program with its outputs in pipes. `inChild` is called in the new process before.
+inline ProgramResult runProgram(const std::vector<std::string>& words,
+                                const std::function<void()>& inChild = {}) {
+    int out[2];
+    int err[2];
+    if (pipe(out) != 0 || pipe(err) != 0) {
+        std::abort();
+    }
+    const pid_t child = fork();
+    if (child == 0) {
+        dup2(out[1], STDOUT_FILENO);
+        dup2(err[1], STDERR_FILENO);
+        for (const int descriptor : {out[0], out[1], err[0], err[1]}) {
+            close(descriptor);
+        }
+        if (inChild) {
+            inChild();
+        }
+        detail::become(words);
+    }
+    close(out[1]);
+    close(err[1]);
+    // The programs print little: neither pipe fills up while the other is read.
+    ProgramResult result;
+    result.output = detail::drain(out[0]);
+    result.errors = detail::drain(err[0]);
+    close(out[0]);
+    close(err[0]);
+    result.exitStatus = detail::exitStatusOf(child);
+    return result;
+}
+
+/// Runs a program on a terminal of its own, and sends `signal` (unless 0) as soon as it prints.
+/// What it prints to either output is in `output`.
+inline ProgramResult runOnTerminal(const std::vector<std::string>& words, int signal) {
+    int terminal = -1;
+    const pid_t child = forkpty(&terminal, nullptr, nullptr, nullptr);
+    if (child == 0) {
+        detail::become(words);
+    }
+    ProgramResult result;
+    result.output = detail::drain(terminal, [&] {
+        if (signal != 0) {
+            kill(child, signal);
+        }
+    });
+    close(terminal);
+    result.exitStatus = detail::exitStatusOf(child);
+    return result;
+}
+
+} // namespace vel::test
