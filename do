@@ -54,6 +54,15 @@ command_sanitize() {
     done
 }
 
+command_bench() {
+    build release
+    local program
+    for program in build/release/bin/bench_*; do
+        say "${program##*/bench_}"
+        "$program" --benchmark_counters_tabular=true "$@" 2>/dev/null
+    done
+}
+
 command_format() {
     install_packages clang-format
     git ls-files '*.cpp' '*.h' '*.c' | xargs clang-format -i
@@ -63,6 +72,7 @@ command_help() {
     cat <<'TEXT'
 ./do test       install what is missing, build, run all tests
 ./do build      build only (./do build debug|asan|ubsan for the other presets)
+./do bench      build and run the benchmarks; each prints its ratio to a reference of the same run
 ./do sanitize   run all tests under the address and the undefined-behaviour sanitizer
 ./do format     lay out the code with clang-format
 TEXT

@@ -27,8 +27,8 @@ std::vector<unsigned char> texturedPicture(int width, int height) {
 
 struct Call {
     Call(int width, int height)
-        : source(texturedPicture(width, height)), target(source.size()), kernelValues(121),
-          kernel{0, 0, 0, 0, kernelValues.data()},
+        : source(texturedPicture(width, height)), target(source.size()),
+          kernelValues(121), kernel{0, 0, 0, 0, kernelValues.data()},
           image{psC3U8, source.data(), 3 * width, target.data(), 3 * width, width, height} {
         ornCreateKernel(1, kDiscRadius, 0.0f, &kernel);
     }

@@ -2,7 +2,7 @@
 // same run (column `copies`):
 //   bench_filters --benchmark_min_time=1
 
-#include "bench/againstCopy.h"
+#include "bench/alternate.h"
 #include "velimproclib/primitives/AbsoluteDifference.h"
 #include "velimproclib/primitives/Histogram.h"
 #include "velimproclib/primitives/LinearFilters.h"

@@ -2,7 +2,7 @@
 // run (column `copies`). OMP_NUM_THREADS sets the threads:
 //   bench_stages --benchmark_min_time=1
 
-#include "bench/againstCopy.h"
+#include "bench/alternate.h"
 #include "velimproclib/veldeblurcv/SharpenEdge.h"
 #include "velimproclib/veldeblurcv/SharpLimit.h"
 

@@ -4,6 +4,7 @@
 //   bench_transforms --benchmark_repetitions=15 --benchmark_enable_random_interleaving=true
 //                    --benchmark_report_aggregates_only=true
 
+#include "alternate.h"
 #include "velimproclib/primitives/FftSpec.h"
 #include "velimproclib/primitives/RealFft2D.h"
 
@@ -200,10 +201,38 @@ void fftwInverse(benchmark::State& state) {
     }
 }
 
+/// `of_fftw`: our time divided by FFTW's, the two run in turns.
+void forwardAgainstFftw(benchmark::State& state) {
+    const Ours our(static_cast<int>(state.range(0)));
+    const Reference reference(static_cast<int>(state.range(0)));
+    vel::bench::runAgainst(
+        state, "of_fftw",
+        [&] {
+            forwardRows(our);
+            forwardColumns(our);
+        },
+        [&] { fftwf_execute(reference.forward); });
+}
+
+void inverseAgainstFftw(benchmark::State& state) {
+    const Ours our(static_cast<int>(state.range(0)));
+    clear(our);
+    const Reference reference(static_cast<int>(state.range(0)));
+    vel::bench::runAgainst(
+        state, "of_fftw",
+        [&] {
+            inverseColumns(our);
+            inverseRows(our);
+        },
+        [&] { fftwf_execute(reference.inverse); });
+}
+
 void sides(benchmark::internal::Benchmark* family) {
     family->Arg(256)->Arg(512)->Arg(1024)->Unit(benchmark::kMicrosecond);
 }
 
+BENCHMARK(forwardAgainstFftw)->Apply(sides)->UseManualTime();
+BENCHMARK(inverseAgainstFftw)->Apply(sides)->UseManualTime();
 BENCHMARK(halfSpectrumForward)->Apply(sides);
 BENCHMARK(fftwForward)->Apply(sides);
 BENCHMARK(halfSpectrumInverse)->Apply(sides);
