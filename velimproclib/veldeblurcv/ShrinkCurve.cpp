@@ -6,6 +6,8 @@
 #include "velimproclib/veldeblurcv/ShrinkCurve-inl.h"
 #include "velimproclib/veldeblurcv/ShrinkCurve.h"
 
+#include <algorithm>
+
 HWY_BEFORE_NAMESPACE();
 namespace vel::HWY_NAMESPACE {
 
@@ -49,29 +51,23 @@ HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
 namespace vel {
-namespace {
-
-/// The segment between the knots `near` and `far`, anchored at `near`.
-void setSegment(ShrinkCurve::Side& side, std::size_t k, const StoredShrink& stored, int near,
-                int far) noexcept {
-    const double rise = static_cast<double>(stored.values[far]) - stored.values[near];
-    const double run = static_cast<double>(stored.levels[far]) - stored.levels[near];
-    side.anchor[k] = stored.levels[near];
-    side.slope[k] = static_cast<float>(rise / run);
-    side.value[k] = stored.values[near];
-}
-
-} // namespace
 
 ShrinkCurve::ShrinkCurve(const StoredShrink& stored) noexcept
-    : segments(static_cast<std::size_t>(stored.knots / 2 - 1)), first(stored.levels[0]),
-      last(stored.levels[stored.knots - 1]), negative{}, positive{} {
-    const int right = stored.knots / 2; // the dead zone lies between the two middle knots
-    const int left = right - 1;
-    for (std::size_t k = 0; k < segments; ++k) {
-        const int step = static_cast<int>(k);
-        setSegment(positive, k, stored, right + step, right + step + 1);
-        setSegment(negative, k, stored, left - step, left - step - 1);
+    : first(stored.levels[0]), last(stored.levels[stored.knots - 1]),
+      sideKnots(static_cast<std::size_t>(stored.knots / 2 - 1)), negativeKnots{},
+      positiveKnots{}, anchor{}, slope{}, value{} {
+    const std::size_t right = sideKnots + 1; // the dead zone lies between the two middle knots
+    deadFrom = stored.levels[right - 1];
+    deadTo = stored.levels[right];
+    std::copy_n(stored.levels + 1, sideKnots, negativeKnots.begin());
+    std::copy_n(stored.levels + right, sideKnots, positiveKnots.begin());
+    for (std::size_t k = 0; k < 2 * sideKnots + 1; ++k) {
+        const std::size_t nearer = k < right ? k + 1 : k;
+        const double rise = static_cast<double>(stored.values[k + 1]) - stored.values[k];
+        const double run = static_cast<double>(stored.levels[k + 1]) - stored.levels[k];
+        anchor[k] = stored.levels[nearer];
+        slope[k] = static_cast<float>(rise / run);
+        value[k] = stored.values[nearer];
     }
 }
 

@@ -7,25 +7,24 @@
 
 namespace vel {
 
-/// A stored polyline prepared for `shrinkRow`: the segments of each side in the order in which they
-/// lie from the dead zone outwards, each anchored at its end nearer to zero. Between the first
-/// anchors of the two sides the function is 0.
+/// A stored polyline prepared for `shrinkRow`. Segments are numbered from -10 upwards, the dead
+/// zone in the middle, in which the function is 0. Each is anchored at its end nearer to zero.
 struct ShrinkCurve {
-    static constexpr std::size_t kMaxSegments = 10;
-
-    struct Side {
-        std::array<float, kMaxSegments> anchor;
-        std::array<float, kMaxSegments> slope;
-        std::array<float, kMaxSegments> value;
-    };
-
     explicit ShrinkCurve(const StoredShrink& stored) noexcept;
 
-    std::size_t segments; ///< of each side
-    float first;          ///< smaller gradients are taken as this one
-    float last;           ///< this gradient and larger ones give `last`
-    Side negative;
-    Side positive;
+    static constexpr std::size_t kMaxSideKnots = 10;
+    static constexpr std::size_t kMaxSegments = 32; ///< 21, filled up to whole registers
+
+    float deadFrom; ///< the dead zone, both ends included
+    float deadTo;
+    float first;           ///< smaller gradients are taken as this one
+    float last;            ///< this gradient and larger ones give `last`
+    std::size_t sideKnots; ///< of each side, the end apart
+    std::array<float, kMaxSideKnots> negativeKnots;
+    std::array<float, kMaxSideKnots> positiveKnots;
+    alignas(64) std::array<float, kMaxSegments> anchor;
+    alignas(64) std::array<float, kMaxSegments> slope;
+    alignas(64) std::array<float, kMaxSegments> value;
 };
 
 /// w[i] = shrink(v[i]) for i < count; `w` may be `v`, otherwise they lie apart. The same as the two
