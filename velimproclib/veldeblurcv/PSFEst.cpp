@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <limits>
@@ -149,7 +150,10 @@ bool holdsBytes(const cv::Mat& image) {
 void CPSFEst::setup(cv::Size kernelSize, cv::Size imageSize, cv::Point anchor, float lambda,
                     float w0, float w1, float w2, float w3, float w4, float w5) {
     const std::int64_t unknowns = std::int64_t{kernelSize.width} * kernelSize.height;
-    if (unknowns > std::numeric_limits<int>::max()) {
+    // cv::Mat multiplies its sides without a check in 64 bits.
+    constexpr std::int64_t kMostBytes = std::numeric_limits<std::ptrdiff_t>::max();
+    if (unknowns > std::numeric_limits<int>::max() ||
+        unknowns * unknowns > kMostBytes / std::int64_t{sizeof(double)}) {
         throw std::bad_alloc();
     }
     m_anchorX = anchor.x;
