@@ -3,19 +3,10 @@
 #include "velimproclib/tiles/planBlocks.h"
 
 #include <cstdint>
-#include <limits>
 
 /// The arithmetic that the planners share. Intermediate values are 64 bits wide, so that any
 /// 32-bit input is safe; only results are narrowed.
 namespace vel {
-
-/// Narrows to 32 bits; a value beyond their range becomes its nearest end.
-constexpr std::int32_t narrowToInt32(std::int64_t value) noexcept {
-    constexpr std::int64_t kLowest = std::numeric_limits<std::int32_t>::min();
-    constexpr std::int64_t kHighest = std::numeric_limits<std::int32_t>::max();
-    return static_cast<std::int32_t>(value < kLowest ? kLowest
-                                                     : (value > kHighest ? kHighest : value));
-}
 
 /// How a length becomes a multiple of 16.
 using Round16 = std::int64_t (*)(std::int64_t);

@@ -3,11 +3,11 @@
 #include "velimproclib/primitives/ChannelMoves.h"
 #include "velimproclib/primitives/Conversions.h"
 #include "velimproclib/primitives/FailureRelay.h"
-#include "velimproclib/tiles/AxisPlan.h"
 #include "velimproclib/tiles/fillRamp.h"
 #include "velimproclib/tiles/imageExtendBorder.h"
-#include "velimproclib/tiles/ParallelGrain.h"
+#include "velimproclib/tiles/narrowToInt32.h"
 #include "velimproclib/tiles/stripBlends.h"
+#include "velimproclib/tiles/worthATeam.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,8 +1,8 @@
 #include "velimproclib/tiles/ColorTwistTile.h"
 
 #include "velimproclib/primitives/ColorTwist.h"
-#include "velimproclib/tiles/AxisPlan.h"
-#include "velimproclib/tiles/ParallelGrain.h"
+#include "velimproclib/tiles/narrowToInt32.h"
+#include "velimproclib/tiles/worthATeam.h"
 
 #include <algorithm>
 

@@ -2,7 +2,7 @@
 
 #include "velimproclib/primitives/FailureRelay.h"
 #include "velimproclib/tiles/blend.h"
-#include "velimproclib/tiles/ParallelGrain.h"
+#include "velimproclib/tiles/worthATeam.h"
 
 #include <algorithm>
 #include <cstring>

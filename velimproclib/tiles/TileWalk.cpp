@@ -1,6 +1,6 @@
 #include "velimproclib/tiles/TileWalk.h"
 
-#include "velimproclib/tiles/AxisPlan.h"
+#include "velimproclib/tiles/narrowToInt32.h"
 
 #include <algorithm>
 

@@ -2,6 +2,7 @@
 
 #include "velimproclib/primitives/truncate.h"
 #include "velimproclib/tiles/AxisPlan.h"
+#include "velimproclib/tiles/narrowToInt32.h"
 
 #include <algorithm>
 
