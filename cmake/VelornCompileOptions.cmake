@@ -3,7 +3,7 @@ add_library(velorn_options INTERFACE)
 target_compile_features(velorn_options INTERFACE cxx_std_20 c_std_99)
 target_compile_options(velorn_options INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror
-    # Results are defined to the last bit: no fused operations the text does not ask for.
+    # Results are defined to the last bit: no fused operations that the source does not write.
     -ffp-contract=off
     $<$<CONFIG:Release,RelWithDebInfo>:-O3>)
 if(CMAKE_SIZEOF_VOID_P EQUAL 4)

@@ -1,27 +1,27 @@
-/*
- * velorncore10: restores sharpness in photographs.
+/* velorncore10: restores sharpness in photographs.
  *
  * Three things for a host application:
- *   - it deblurs and sharpens an image with a known blur kernel       (ornDeblurSharpen)
- *   - it makes blur kernels, or estimates one from the image itself   (ornCreateKernel,
- * ornBlurEstimate)
- *   - it turns host pixels into display pixels and between scales     (PSImage2QImage, ...)
+ *
+ *   ornDeblurSharpen                    deblurs and sharpens an image with a known blur kernel
+ *   ornCreateKernel, ornBlurEstimate    make a blur kernel, or estimate one from an image
+ *   PSImage2QImage and the other ps...  turn host pixels into display pixels and between scales
  *
  * The host owns all memory. The library keeps no pointer after a call returns, frees nothing of the
  * host's and never writes through a source pointer. Records are plain data; integers are 32-bit
- * signed, floats are IEEE single precision.
+ * signed, floats are IEEE single precision. Sixteen-bit images hold a 15-bit scale: black is 0,
+ * white is 32768.
  *
  * What the host must see to, because no call can check it:
- *   - Pointers are valid for the sizes and steps given, and buffers of source and target do not
- *     overlap. KernelRecord.data is large enough for what is written into it.
- *   - Guarded calls (ornDeblurSharpen, ornBlurEstimate, ornCreateKernel) come from one thread at a
- *     time. The guard is a plain byte: it turns away a call made while another runs (from inside
- * the progress callback, say), not two threads that enter in the same instant.
- *   - ornDeblurSharpen needs a ProgressRecord (a null pointer is a crash); its callback may be
- * null.
  *
- * Sixteen-bit images hold a 15-bit scale: black is 0, white is 32768.
- */
+ *   Pointers are valid for the sizes and steps given, and source and target do not overlap.
+ *   KernelRecord.data is large enough for what is written into it.
+ *
+ *   Guarded calls (ornDeblurSharpen, ornBlurEstimate, ornCreateKernel) come from one thread at a
+ *   time. The guard is a plain byte: it turns away a call made while another runs, from inside the
+ *   progress callback for instance, but not two threads that enter in the same instant.
+ *
+ *   ornDeblurSharpen needs a ProgressRecord: a null pointer there is a crash. Its callback may be
+ *   null. */
 #ifndef VELORNCORE10_H
 #define VELORNCORE10_H
 
@@ -50,15 +50,17 @@ enum {
     VELORN_OK = 1,
     /* Cancelled by the progress callback. Target rows already written stay in the target. */
     VELORN_CANCELLED = 0,
-    /* ornCreateKernel: no data pointer, or an unknown type.  Display: not a colour format. */
+    /* ornCreateKernel: no record, no data pointer, or an unknown type. Display: not a colour format,
+     * or a null pointer. */
     VELORN_BAD_ARGUMENT = -3,
     /* A failure with a text: see getErrMsg. */
     VELORN_TEXT_FAILURE = -5,
-    /* Out of memory, or a failure inside a dependency. */
+    /* Out of memory, a shape that no memory holds, and every failure that has no status of its own. */
     VELORN_FAILURE = -1000,
-    /* A kernel too large for the tiles: the walk over the image could not move on. */
+    /* A kernel too large for the tiles: its margin leaves no room to walk on. */
     VELORN_TILE_GAP = -899,
-    /* An image without pixels, or scratch memory that could not be had. */
+    /* An image without pixels, a kernel so large that its margin alone fills a tile, or scratch
+     * memory that could not be had. */
     VELORN_NO_PIXELS = -898,
     /* Scratch memory was found overwritten. */
     VELORN_GUARD_DAMAGED = -897,
@@ -99,16 +101,17 @@ typedef struct ProgressRecord {
     int32_t current;           /* running counter: the library adds to it and leaves it there */
 } ProgressRecord;
 
-/* Source and target of ornDeblurSharpen: separate buffers of equal size, three interleaved
- * channels. */
+/* Source and target of ornDeblurSharpen: separate buffers of equal size, three interleaved channels
+ * (red, green, blue). Steps are positive and at least a row long; odd steps are served, too. The
+ * target is read again where tiles overlap: nobody else may touch it during the call. */
 typedef struct ImageRecord {
     int32_t format;     /* 1: 8 bits a channel; every other value: 16 bits a channel */
     const void* source; /* first pixel of the source */
     int32_t sourceStep; /* bytes from one source row to the next */
-    void* target;       /* first pixel of the target */
+    void* target;       /* first pixel of the target, of the same type */
     int32_t targetStep; /* bytes from one target row to the next */
-    int32_t width;      /* pixels per row of both images */
-    int32_t height;     /* rows of both images */
+    int32_t width;      /* pixels per row of both images, at least 1 */
+    int32_t height;     /* rows of both images, at least 1 */
 } ImageRecord;
 
 /* One image that is only read. */
@@ -144,27 +147,36 @@ typedef struct PSProfilesRecord {
 /* Deblurs and sharpens image->source into image->target.
  *
  * kernel          the blur. Keep its larger side below (tile - 48) / 4, where the tile is 256 for
- *                 images of up to 256 pixels on the larger side, 1024 for 513 to 1024, 512 for all
- *                 others: a kernel that leaves no room in the tile ends with VELORN_TILE_GAP.
- * deconvolve      0 leaves the deconvolution out (the kernel then only sets a margin and its data
- *                 may be null)
- * deconvLambda    strength: how hard the result follows the kernel; noise rises with it. Sensible:
- *                 500 (noisy) to 50000 (clean)
- * deconvAlpha     0..1 (cut to it), exponent of the gradient prior; 0.5 suits photographs
- * limitStrength   0 lets overshoot at edges through, 1 holds it to what the neighbourhood shows;
- *                 below 0.1 the limiter is off
- * edgeRadius      pixels, base radius of edge sharpening; 0.4 and below leave the picture as it is
+ *                 images of up to 256 pixels on the larger side, 1024 for 513 to 1024 and 512 for
+ *                 all others. Larger kernels end with VELORN_TILE_GAP or VELORN_NO_PIXELS, and just
+ *                 below the bound tiles are small and many. A kernel whose sum is not 1 scales the
+ *                 picture.
+ * deconvolve      0 leaves the deconvolution out; the kernel then only sets a margin: its data may
+ *                 be null, its sides may be 0
+ * deconvLambda    strength: how hard the result follows the kernel; detail and noise rise with it.
+ *                 It suits the noise of the picture: docs/default-strength.md has a measured rule
+ * deconvAlpha     0..1 (cut to it), exponent of the gradient prior: low values favour few and sharp
+ *                 edges, high values spare soft transitions
+ * limitStrength   0..1: 0 lets overshoot at edges through, 1 holds it to what the neighbourhood
+ *                 shows; below 0.1 the limiter is off
+ * edgeRadius      pixels, base radius of edge sharpening; below 0.4 it leaves the picture as it is,
+ *                 and a radius of exactly 0 is none: it makes the picture black
  * edgeSlope, edgeGain
- *                 edge sharpening runs when either is above 1.01; gain is the strength everywhere,
- *                 slope what is added beside edges
- * edgeFloor       0.00001 and up: higher values calm the slope's part in flat regions
+ *                 edge sharpening runs when either is above 1.01. The gain multiplies detail
+ *                 everywhere, 1 leaves it as it is; the slope adds to the gain beside edges
+ * edgeFloor       at least 0.00001 (raised to it), on the scale where 1 is white: higher values
+ *                 keep the slope's part away from calm areas
  * detailGain, detailGamma
- *                 detail enhancement runs when either is above 0.01. gain -1..1 and more; gamma
- *                 above 0 lifts fine detail and holds strong detail back
+ *                 detail enhancement runs when either is above 0.01. The gain strengthens (above 0)
+ *                 or weakens (-1..0) detail; the gamma lifts fine detail and holds strong detail
+ *                 back (above 0), or the reverse
  *
- * NaN and infinite settings are legal and never crash. Returns VELORN_OK, VELORN_CANCELLED or a
- * negative status. Thread-safety: see the head of this file; the call itself uses several threads.
- */
+ * NaN and infinite settings are legal and never crash. The call uses several threads.
+ *
+ * Returns VELORN_OK; VELORN_CANCELLED; VELORN_TEXT_FAILURE for a null image or kernel, null pixels,
+ * a step shorter than a row, a negative kernel side or, when deconvolving, a kernel without elements
+ * or data; VELORN_NO_PIXELS; VELORN_TILE_GAP; VELORN_SMOOTHER_MEMORY; VELORN_GUARD_DAMAGED;
+ * VELORN_FAILURE. After cancellation or failure, target rows already written stay in the target. */
 VELORN_API int32_t VELORN_CALL ornDeblurSharpen(ProgressRecord* progress, ImageRecord* image,
                                                 KernelRecord* kernel, int32_t deconvolve,
                                                 float deconvLambda, float deconvAlpha,
@@ -188,24 +200,30 @@ VELORN_API int32_t VELORN_CALL ornDeblurSharpen(ProgressRecord* progress, ImageR
 VELORN_API int32_t VELORN_CALL ornBlurEstimate(ProgressRecord* progress, PlaneRecord* image,
                                                KernelRecord* kernel, float strength);
 
-/* Makes an analytic kernel and fills the whole record. data must hold as many floats as given here.
+/* Makes an analytic kernel and fills the whole record. data must hold as many floats as given here;
+ * sizes and lengths are in pixels.
  *
- * type 0   Gaussian, paramA = standard deviation; n by n with n = 2 * trunc(3 * paramA + 0.5) + 1
- * type 1   disc (lens out of focus), paramA = radius; n = 2 * trunc(paramA + 0.5) + 1
- * type 2   straight motion, paramA = length, paramB = angle in degrees, rising to the right;
- *          at most n by n with n = 2 * trunc((max(1, paramA) + 1) / 2) + 1
+ * type 0   Gaussian, paramA = standard deviation; n by n with n = 2 * trunc(3 * paramA + 0.5) + 1.
+ *          A deviation of 0 gives a single NaN element
+ * type 1   disc (lens out of focus), paramA = radius; n by n with n = 2 * trunc(paramA + 0.5) + 1.
+ *          A radius of 0 gives a single NaN element
+ * type 2   straight motion, paramA = length, paramB = angle in degrees, rising to the right; at most
+ *          n by n with n = 2 * trunc((max(1, paramA) + 1) / 2) + 1. Lengths below 1 count as 1; an
+ *          angle that is not finite gives a single NaN element
  *
- * Returns VELORN_OK, or VELORN_BAD_ARGUMENT for a null data pointer or another type. */
+ * Returns VELORN_OK; VELORN_BAD_ARGUMENT, with the record untouched, for a null record, null data or
+ * another type; VELORN_FAILURE for a shape that no memory holds, negative sizes included. */
 VELORN_API int32_t VELORN_CALL ornCreateKernel(int32_t type, float paramA, float paramB,
                                                KernelRecord* kernel);
 
-/* The text of the last guarded call that returned VELORN_TEXT_FAILURE; empty otherwise. Valid until
- * the next guarded call. The text may carry one stale character at its end. */
+/* The text of the last guarded call, when that call returned VELORN_TEXT_FAILURE; otherwise empty.
+ * Never null. Valid until the next guarded call, which clears it even when it is turned away. The
+ * text may carry one stale character at its end. */
 VELORN_API const char* VELORN_CALL getErrMsg(void);
 
 /* Kept for hosts that call them: without effect, always 0. setDebugTrace reads no argument. */
 VELORN_API int32_t VELORN_CALL velSetupLib(int32_t first, int32_t second);
-#ifdef __cplusplus
+#if defined(__cplusplus) || (defined(__STDC_VERSION__) && __STDC_VERSION__ >= 202311L)
 VELORN_API int32_t VELORN_CALL setDebugTrace(...);
 #else
 VELORN_API int32_t VELORN_CALL setDebugTrace();

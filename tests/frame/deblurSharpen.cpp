@@ -287,26 +287,128 @@ TEST_F(DeblurSharpen, CancellingTheLastNotifyLeavesACompleteImage) {
     }
 }
 
-TEST_F(DeblurSharpen, CallsFromInsideTheCallbackAreTurnedAwayAsSuccess) {
+TEST_F(DeblurSharpen, CallsFromInsideTheCallbackAreTurnedAwayBeforeAnyOtherTest) {
     const cv::Mat source = noise(cv::Size(100, 80), CV_8UC3, 255);
     cv::Mat target(source.size(), CV_8UC3);
     struct Nested {
         decltype(ornCreateKernel)* createKernel;
+        decltype(ornDeblurSharpen)* deblurSharpen;
         std::vector<int32_t> answers;
-        float data[9] = {};
-    } nested{createKernel, {}, {}};
+        float data[9];
+    } nested{createKernel, deblurSharpen, {}, {}};
     ProgressRecord progress{100, 100,
                             [](int32_t, int32_t, void* userData) -> int32_t {
                                 auto& self = *static_cast<Nested*>(userData);
                                 KernelRecord record{-1, -1, -1, -1, self.data};
                                 self.answers.push_back(self.createKernel(1, 1.0f, 0.0f, &record));
                                 EXPECT_EQ(record.width, -1);
+                                record.data = nullptr;
+                                self.answers.push_back(self.createKernel(9, 1.0f, 0.0f, &record));
+                                self.answers.push_back(self.createKernel(0, 1.0f, 0.0f, nullptr));
+                                self.answers.push_back(self.deblurSharpen(
+                                    nullptr, nullptr, nullptr, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0));
                                 return 1;
                             },
                             &nested, 0};
     EXPECT_EQ(run(source, target, sides(3, 3), {}, &progress), VELORN_OK);
-    EXPECT_EQ(nested.answers, std::vector<int32_t>(5, VELORN_OK));
+    EXPECT_EQ(nested.answers, std::vector<int32_t>(20, VELORN_OK));
     EXPECT_EQ(largestDifference(source, target), 0);
+}
+
+TEST_F(DeblurSharpen, RefusedCallClearsTheTextOfTheRunningOne) {
+    // A failed call leaves its text; the next call that runs has cleared it before its callback.
+    KernelRecord kernel = sides(3, 3);
+    ProgressRecord silent{100, 100, nullptr, nullptr, 0};
+    EXPECT_EQ(call(&silent, nullptr, &kernel, {}), VELORN_TEXT_FAILURE);
+    EXPECT_STRNE(errorMessage(), "");
+    const cv::Mat source = noise(cv::Size(20, 20), CV_8UC3, 255);
+    cv::Mat target(source.size(), CV_8UC3);
+    EXPECT_EQ(run(source, target, kernel, {}), VELORN_OK);
+    EXPECT_STREQ(errorMessage(), "");
+}
+
+TEST_F(DeblurSharpen, ProgressAccountsForEveryTileWalked) {
+    // 700 columns on 1024-pixel tiles with a margin of 338: the plan says 2 tiles across and down,
+    // the walk visits 0, 332 and 352.
+    const cv::Mat source = noise(cv::Size(700, 20), CV_8UC3, 255);
+    cv::Mat target(source.size(), CV_8UC3);
+    Listener listener;
+    ProgressRecord progress = listener.record(1001, 100000);
+    EXPECT_EQ(run(source, target, sides(161, 3), {}, &progress), VELORN_OK);
+    // 1001 / 2 planned tiles = 500, a step of 251; three tiles, two steps each.
+    EXPECT_EQ(listener.heard, (std::vector<int32_t>{1, 3, 254, 505, 756, 1007, 1258, 1509, 1002}));
+}
+
+TEST_F(DeblurSharpen, ProgressNearTheEndOfItsRangeStaysInside) {
+    const cv::Mat source = noise(cv::Size(20, 20), CV_8UC3, 255);
+    cv::Mat target(source.size(), CV_8UC3);
+    constexpr int32_t kHighest = std::numeric_limits<int32_t>::max();
+    constexpr int32_t kLowest = std::numeric_limits<int32_t>::min();
+    Listener listener;
+    ProgressRecord progress = listener.record(kHighest, kHighest, kHighest - 1);
+    EXPECT_EQ(run(source, target, sides(3, 3), {}, &progress), VELORN_OK);
+    EXPECT_EQ(progress.current, kHighest);
+    progress = listener.record(kLowest, 100, -5);
+    EXPECT_EQ(run(source, target, sides(3, 3), {}, &progress), VELORN_OK);
+    for (const int32_t current : listener.heard) {
+        EXPECT_TRUE(current <= 100 || current >= kHighest - 1) << current;
+    }
+    EXPECT_EQ(progress.current, kLowest);
+}
+
+TEST_F(DeblurSharpen, OversizedKernelIsToldAfterItsFirstTile) {
+    const cv::Mat source = noise(cv::Size(250, 200), CV_8UC3, 255);
+    cv::Mat target(source.size(), CV_8UC3, cv::Scalar::all(77));
+    Listener listener;
+    ProgressRecord progress = listener.record(100, 1000);
+    EXPECT_EQ(run(source, target, sides(60, 3), {}, &progress), VELORN_TILE_GAP);
+    EXPECT_EQ(listener.heard.size(), 3u);
+}
+
+TEST_F(DeblurSharpen, OversizedKernelsAreRefusedWhenDeconvolvingToo) {
+    const cv::Mat source = noise(cv::Size(250, 200), CV_8UC3, 255);
+    std::vector<float> values(300 * 301, 1.0f / (300 * 301));
+    Settings settings;
+    settings.deconvolve = 1;
+    for (const auto& [size, status] : {std::pair{cv::Size(52, 3), VELORN_TILE_GAP},
+                                       std::pair{cv::Size(129, 3), VELORN_NO_PIXELS},
+                                       std::pair{cv::Size(300, 301), VELORN_NO_PIXELS}}) {
+        cv::Mat target(source.size(), CV_8UC3);
+        const KernelRecord kernel{size.width, size.height, 0, 0, values.data()};
+        EXPECT_EQ(run(source, target, kernel, settings), status) << size;
+    }
+}
+
+TEST_F(DeblurSharpen, OddStepsAndAddressesOfSixteenBitImagesAreServed) {
+    const cv::Size size(10, 8);
+    const cv::Mat source = noise(size, CV_16UC3, 32768);
+    const int32_t step = 61;
+    std::vector<unsigned char> in(1 + 61 * 8);
+    std::vector<unsigned char> out(1 + 61 * 8);
+    for (int y = 0; y < size.height; ++y) {
+        std::copy_n(source.ptr(y), 60, in.data() + 1 + step * y);
+    }
+    ImageRecord image{psC3U16, in.data() + 1, step, out.data() + 1, step, size.width, size.height};
+    KernelRecord kernel = sides(3, 3);
+    ProgressRecord progress{100, 100, nullptr, nullptr, 0};
+    EXPECT_EQ(call(&progress, &image, &kernel, {}), VELORN_OK);
+    cv::Mat target(size, CV_16UC3);
+    for (int y = 0; y < size.height; ++y) {
+        std::copy_n(out.data() + 1 + step * y, 60, target.ptr(y));
+    }
+    EXPECT_LE(largestDifference(source, target), 2);
+}
+
+TEST_F(DeblurSharpen, LimiterHoldsBackWhatDeconvolutionOvershoots) {
+    const cv::Mat source = blurred(scene(cv::Size(200, 200)), disc(3.0f));
+    Settings settings;
+    settings.deconvolve = 1;
+    cv::Mat loose(source.size(), CV_8UC3);
+    cv::Mat tight(source.size(), CV_8UC3);
+    EXPECT_EQ(run(source, loose, disc(3.0f), settings), VELORN_OK);
+    settings.limitStrength = 1.0f;
+    EXPECT_EQ(run(source, tight, disc(3.0f), settings), VELORN_OK);
+    EXPECT_GT(largestDifference(loose, tight), 3);
 }
 
 TEST_F(DeblurSharpen, KernelThatLeavesNoUsefulTileEndsWithAGap) {

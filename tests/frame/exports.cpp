@@ -1,5 +1,6 @@
 // Frame, kernel and export-list behaviour, as a host sees it through the shared library.
 #include "LoadedLibrary.h"
+#include "tests/support/NullWhenOutOfMemory.h"
 
 #include <cmath>
 #include <cstdio>
@@ -8,6 +9,8 @@
 #include <string>
 #include <vector>
 #include <xmmintrin.h>
+
+extern "C" int callFromC(decltype(ornCreateKernel)* createKernel, float* values);
 
 namespace {
 
@@ -125,6 +128,12 @@ TEST_F(Exports, NotANumberArgumentsAreSurvived) {
         EXPECT_EQ(kernel.record.width, 1);
         EXPECT_EQ(kernel.record.height, 1);
     }
+}
+
+TEST_F(Exports, HeaderServesAHostWrittenInC) {
+    std::vector<float> values(5);
+    EXPECT_TRUE(callFromC(createKernel, values.data()));
+    EXPECT_FLOAT_EQ(values[2], 0.2f);
 }
 
 TEST(Attach, LeavesTheAttachingThreadFlushingDenormals) {

@@ -2,8 +2,6 @@
 
 #include "velorncore10.h"
 
-#include <exception>
-
 namespace vel {
 
 /// The busy byte: non-zero while a guarded call runs. A plain byte, tested and then set: it turns

@@ -31,7 +31,7 @@ public:
     /// @throws whatever the stages throw
     void process(TilePlanes& planes, bool runDeconv, bool runEdge);
 
-    std::int32_t m_w = 1024;
+    std::int32_t m_w = 1024; ///< tile width in pixels, its margin included
     std::int32_t m_h = 1024;
     CDeconvHL m_deconv;
     CChromaDeconv m_chroma;
@@ -41,8 +41,8 @@ public:
     float m_edgeGain = 1.0f;
     float m_edgeFloor = 0.005f;
     cv::Mat m_deblurred; ///< deconvolved luminance; also what the edge sharpener writes
-    cv::Mat m_chromaTmp;
-    cv::Mat m_luma; ///< luminance as it was before stage 1
+    cv::Mat m_chromaTmp; ///< a deconvolved chroma plane
+    cv::Mat m_luma;      ///< luminance as it was before stage 1
 
 private:
     void restoreLuminance(cv::Mat& luminance);

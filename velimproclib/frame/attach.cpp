@@ -15,7 +15,7 @@ constexpr unsigned kFlushToZero = 1u << 15;
 #endif
 
 /// Denormals cost hundreds of cycles each and carry nothing that a picture shows. The setting stays
-/// with the attaching thread, and with the threads that it starts.
+/// with the attaching thread, and with the threads that it starts from now on.
 void flushDenormals() noexcept {
 #if defined(__SSE__)
     _mm_setcsr(_mm_getcsr() | kDenormalsAreZero | kUnderflowMasked | kFlushToZero);

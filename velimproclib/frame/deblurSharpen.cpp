@@ -60,21 +60,28 @@ void checkRecords(const ImageRecord* image, const KernelRecord* kernel, bool run
     }
 }
 
+/// Header over the host's pixels. The step is set afterwards: rows of 16-bit elements may stand at
+/// odd addresses, which the header's constructor would refuse.
 cv::Mat wrapPixels(const ImageRecord& image, const void* pixels, std::int32_t step) {
     const int type = image.format == psC3U8 ? CV_8UC3 : CV_16UC3;
-    const std::size_t rowStep =
-        image.height > 1 ? static_cast<std::size_t>(step) : std::size_t{cv::Mat::AUTO_STEP};
-    return cv::Mat(image.height, image.width, type, const_cast<void*>(pixels), rowStep);
+    cv::Mat wrapped(image.height, image.width, type, const_cast<void*>(pixels));
+    if (image.height > 1) {
+        wrapped.step[0] = static_cast<std::size_t>(step);
+        wrapped.updateContinuityFlag();
+    }
+    return wrapped;
 }
 
 int largerSide(const KernelRecord& kernel) {
     return std::max(kernel.width, kernel.height);
 }
 
-/// Twice the kernel keeps the seams' ringing out of the useful part.
+/// Twice the kernel, and room for the taper, keep what rings at the seams out of the useful part.
 int borderFor(const KernelRecord& kernel) {
-    const std::int64_t border = 2 * std::int64_t{largerSide(kernel)} + 16;
+    constexpr int kTaperRoom = 16;
+    // Far beyond every tile, and small enough that twice the border fits an int.
     constexpr std::int64_t kLargest = std::numeric_limits<int>::max() / 4;
+    const std::int64_t border = 2 * std::int64_t{largerSide(kernel)} + kTaperRoom;
     return static_cast<int>(std::min(border, kLargest));
 }
 
@@ -124,25 +131,28 @@ int32_t deblurSharpen(ProgressRecord* progress, const ImageRecord* image,
     const std::int64_t step = share / 2 + 1;
     const std::int32_t base = progress->current;
     notifyProgress(*progress, std::int64_t{base} + 2);
-    const auto cancelled = [&] {
-        return progress != nullptr &&
-               !notifyProgress(*progress, std::int64_t{progress->current} + step);
+    const auto stepIsCancelled = [&] {
+        return !notifyProgress(*progress, std::int64_t{progress->current} + step);
     };
-
-    while (planes != nullptr) {
-        rgbToLumaChroma(*planes, kStandardTwist);
-        tile.process(*planes, gates.deconv, gates.edge);
-        if (cancelled()) {
-            busyByte().clear();
-            return VELORN_CANCELLED;
+    const auto walkIsCancelled = [&] {
+        while (planes != nullptr) {
+            rgbToLumaChroma(*planes, kStandardTwist);
+            tile.process(*planes, gates.deconv, gates.edge);
+            if (stepIsCancelled()) {
+                return true;
+            }
+            lumaChromaToRgb(*planes, kStandardTwist);
+            blocks.doneABlock();
+            planes = blocks.nextBlock();
+            if (stepIsCancelled()) {
+                return true;
+            }
         }
-        lumaChromaToRgb(*planes, kStandardTwist);
-        blocks.doneABlock();
-        planes = blocks.nextBlock();
-        if (cancelled()) {
-            busyByte().clear();
-            return VELORN_CANCELLED;
-        }
+        return false;
+    };
+    if (walkIsCancelled()) {
+        busyByte().clear();
+        return VELORN_CANCELLED;
     }
     // The end is told exactly, whatever the rounding of the steps; the image is complete even when
     // the host cancels here.

@@ -1,7 +1,9 @@
 #pragma once
 
+#include "velimproclib/tiles/narrowToInt32.h"
 #include "velorncore10.h"
 
+#include <algorithm>
 #include <cstdint>
 
 namespace vel {
@@ -10,7 +12,7 @@ namespace vel {
 /// are there.
 /// @return false when a callback was made and asks for cancellation
 inline bool notifyProgress(ProgressRecord& progress, std::int64_t value) {
-    progress.current = value > progress.limit ? progress.limit : static_cast<std::int32_t>(value);
+    progress.current = std::min(narrowToInt32(value), progress.limit);
     if (progress.callback == nullptr || progress.userData == nullptr) {
         return true;
     }

@@ -6,8 +6,9 @@
 
 namespace vel {
 
-/// Carries the first failure of a parallel region's threads or tasks out to the calling thread: no
-/// exception may cross the edge of a region. `run` inside, `rethrow` behind the region.
+/// Carries the failure of a parallel region's threads or tasks out to the calling thread: no
+/// exception may cross the edge of a region. Of several failures the first in time is carried, the
+/// others are lost. `run` inside, `rethrow` behind the region.
 class FailureRelay {
 public:
     template <class Work>

@@ -124,7 +124,7 @@ void CBlockProcP3::createPlanes() {
     }
     m_scratch.create(height, width, m_in.depth());
     m_strip.create(std::max(m_walk.m_roiH, 0), m_walk.m_imW, m_in.type());
-    m_ramp.assign(static_cast<std::size_t>(std::max(width, height)) + 1, 0.0F);
+    m_ramp.assign(static_cast<std::size_t>(std::max(width, height)) + 1, 0.0f);
 }
 
 TilePlanes* CBlockProcP3::nextBlock() {

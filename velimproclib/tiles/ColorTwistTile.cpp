@@ -13,28 +13,28 @@ namespace {
 using TwistMatrix = float[3][4];
 
 constexpr TwistMatrix kToLumaChroma = {
-    {0.299F, 0.587F, 0.114F, 0.0F},
-    {-0.13062F, -0.25644F, 0.38706F, 0.61176002F},
-    {0.37288F, -0.31224F, -0.060639F, 0.53724998F},
+    {0.299f, 0.587f, 0.114f, 0.0f},
+    {-0.13062f, -0.25644f, 0.38706f, 0.61176002f},
+    {0.37288f, -0.31224f, -0.060639f, 0.53724998f},
 };
 
 // The first constant is one float short of the nearest to -1.01003; images depend on it.
 constexpr TwistMatrix kToRgb = {
-    {1.0F, 0.0F, 1.88F, -1.01002991F},
-    {1.0F, -0.4446F, -0.9576F, 0.78642851F},
-    {1.0F, 2.289F, 0.0F, -1.40031874F},
+    {1.0f, 0.0f, 1.88f, -1.01002991f},
+    {1.0f, -0.4446f, -0.9576f, 0.78642851f},
+    {1.0f, 2.289f, 0.0f, -1.40031874f},
 };
 
 constexpr TwistMatrix kToLumaChromaRounded = {
-    {0.299F, 0.587F, 0.114F, 0.0F},
-    {-0.1306F, -0.2564F, 0.3871F, 0.0F},
-    {0.3729F, -0.3122F, -0.0606F, 0.0F},
+    {0.299f, 0.587f, 0.114f, 0.0f},
+    {-0.1306f, -0.2564f, 0.3871f, 0.0f},
+    {0.3729f, -0.3122f, -0.0606f, 0.0f},
 };
 
 constexpr TwistMatrix kToRgbRounded = {
-    {1.0F, 0.0F, 1.88F, 0.0F},
-    {1.0F, -0.4446F, -0.9576F, 0.0F},
-    {1.0F, 2.289F, 0.0F, 0.0F},
+    {1.0f, 0.0f, 1.88f, 0.0f},
+    {1.0f, -0.4446f, -0.9576f, 0.0f},
+    {1.0f, 2.289f, 0.0f, 0.0f},
 };
 
 /// Rows that a thread takes at a time.

@@ -23,7 +23,7 @@ void TBMerge(const cv::Mat& top, const cv::Mat& bottom, cv::Mat& plane) {
     }
     bottom.copyTo(plane.rowRange(start, plane.rows));
     top.rowRange(0, first + 1).copyTo(plane.rowRange(0, first + 1));
-    const float delta = 1.0F / static_cast<float>(last - first);
+    const float delta = 1.0f / static_cast<float>(last - first);
     float weight = delta;
     for (int r = first; r < last; ++r) {
         const cv::Mat below = bottom.row(r - start);

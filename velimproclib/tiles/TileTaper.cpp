@@ -30,7 +30,7 @@ cv::Range partOf(int length, int part) {
 /// pure seam, then the plane comes in evenly, and is not quite all at the margin's inner end.
 void fillFade(std::vector<float>& fade, int border) {
     const int replaced = border / 4;
-    const float delta = 1.0F / static_cast<float>(border - replaced);
+    const float delta = 1.0f / static_cast<float>(border - replaced);
     float alpha = 0;
     fade.resize(static_cast<std::size_t>(border));
     for (int i = 0; i < border; ++i) {
