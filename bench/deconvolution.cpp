@@ -79,7 +79,7 @@ public:
         fftwf_free(m_spectrum);
     }
 
-    /// One forward transform and `pairs` times a forward and an inverse one.
+    /// The numerator's transform, then one forward and one inverse for each of six passes.
     void luminance() const {
         fftwf_execute(m_forward);
         constexpr int kPasses = 6;

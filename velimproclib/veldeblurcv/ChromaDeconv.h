@@ -36,6 +36,8 @@ public:
     void setup(const cv::Mat& kernel, cv::Point anchor, cv::Size size, float weight);
 
     /// Restores `in` into `out`; `in` is only read. Both have the set-up size and are distinct.
+    /// Nothing is allocated unless the team has become larger than it could be at `setup`.
+    /// @throws std::bad_alloc then
     void Proc(cv::Mat& in, cv::Mat& out);
 
     int order() const noexcept { return m_order; }

@@ -21,8 +21,8 @@ namespace vel {
 ///
 /// Half-quadratic splitting puts planes wx, wy in the place of the gradients, tied to them by
 /// (beta / 2)(|gx - wx|^2 + |gy - wy|^2). Six passes with beta = (2 sqrt 2)^0 .. (2 sqrt 2)^5 solve
-/// in turn for w, a table lookup per pixel, and for x, a division per frequency. Nothing stops the
-/// passes early: the time does not hang on the image. The method is that of D. Krishnan and
+/// in turn for w, a table lookup per pixel, and for x, a division per frequency. There is no other
+/// stopping rule, so the time hardly depends on the image. The method is that of D. Krishnan and
 /// R. Fergus, Fast image deconvolution using hyper-Laplacian priors, 2009.
 ///
 /// The data term is circular, but the prior does not see the step across the plane's seam: the
@@ -57,12 +57,13 @@ public:
                bool useStored);
 
     /// Restores `in` into `out`; `in` is only read. Both have the set-up size and are distinct.
+    /// Nothing is allocated unless the team has become larger than it could be at `setup`.
+    /// @throws std::bad_alloc then
     void Proc(cv::Mat& in, cv::Mat& out);
 
     /// w = shrink(v) at the current beta for whole planes of the set-up size. With the stored table
-    /// `v` is clamped in place to the range of the table. `Proc` does not come here: it looks up
-    /// row by row
-    /// (`shrinkRow`), to 2 units in the last place the same.
+    /// `v` is clamped in place to the range of the table. `Proc` looks up line by line instead
+    /// (`shrinkDifferenceRow`), which is the same to 2 units in the last place.
     void applyShrink(cv::Mat& w, cv::Mat& v) const;
 
     /// Fills the built table for the current settings; `setup` does it when it is to be used.
