@@ -1,6 +1,7 @@
 #include "velimproclib/veldeblurcv/PSFEst.h"
 
 #include "tests/support/EachTarget.h"
+#include "tests/support/NullWhenOutOfMemory.h"
 #include "velimproclib/veldeblurcv/ProgressSpan.h"
 
 #include <algorithm>
