@@ -167,9 +167,10 @@ typedef struct PSProfilesRecord {
  * edgeFloor       at least 0.00001 (raised to it), on the scale where 1 is white: higher values
  *                 keep the slope's part away from calm areas
  * detailGain, detailGamma
- *                 detail enhancement runs when either is above 0.01. The gain strengthens (above 0)
- *                 or weakens (-1..0) detail; the gamma lifts fine detail and holds strong detail
- *                 back (above 0), or the reverse
+ *                 detail enhancement runs when either is above 0.01; it works on brightness and
+ *                 leaves edges alone. A gain above 0 multiplies detail by 1 + 3*gain, one below 0
+ *                 by 1 + gain; the gamma lifts fine detail and holds strong detail back (above 0),
+ *                 or the reverse
  *
  * NaN and infinite settings are legal and never crash. The call uses several threads.
  *

@@ -159,6 +159,77 @@ TEST_F(DeblurSharpen, NegativeDetailSettingsAloneLeaveTheDetailStageOut) {
     EXPECT_EQ(largestDifference(source, target), 0);
 }
 
+TEST_F(DeblurSharpen, DetailSettingsOfExactlyOneHundredthLeaveTheDetailStageOut) {
+    const cv::Mat source = scene(cv::Size(200, 200));
+    cv::Mat target(source.size(), CV_8UC3);
+    Settings settings;
+    settings.detailGain = settings.detailGamma = 0.01f;
+    EXPECT_EQ(run(source, target, sides(1, 1), settings), VELORN_OK);
+    EXPECT_EQ(largestDifference(source, target), 0);
+}
+
+/// Grey with texture on it, in which the detail stage has nothing but detail to find.
+cv::Mat texture(cv::Size size) {
+    cv::Mat grey = noise(size, CV_16UC1, 1600);
+    grey += 15000;
+    cv::Mat image;
+    cv::cvtColor(grey, image, cv::COLOR_GRAY2RGB);
+    return image;
+}
+
+double spread(const cv::Mat& image) {
+    cv::Scalar mean;
+    cv::Scalar deviation;
+    cv::meanStdDev(image, mean, deviation);
+    return deviation[0];
+}
+
+TEST_F(DeblurSharpen, DetailGainAndGammaEachStrengthenTexture) {
+    const cv::Mat source = texture(cv::Size(300, 270));
+    const auto strengthened = [&](float gain, float gamma) {
+        cv::Mat target(source.size(), CV_16UC3);
+        Settings settings;
+        settings.detailGain = gain;
+        settings.detailGamma = gamma;
+        EXPECT_EQ(run(source, target, sides(1, 1), settings), VELORN_OK);
+        return spread(target) / spread(source);
+    };
+    EXPECT_GT(strengthened(0.02f, 0.0f), 1.03);
+    EXPECT_LT(strengthened(0.02f, 0.0f), 1.08);
+    EXPECT_GT(strengthened(0.5f, 0.0f), 2.0);
+    EXPECT_LT(strengthened(0.5f, 0.0f), 2.6);
+    EXPECT_GT(strengthened(0.0f, 0.5f), 1.2);
+    // Gamma opens the gate for negative gains too; close to -1 the base layer is left.
+    EXPECT_LT(strengthened(-0.5f, 0.02f), 0.7);
+    EXPECT_LT(strengthened(-0.995f, 0.02f), 0.3);
+}
+
+TEST_F(DeblurSharpen, DetailStageLeavesColourAlone) {
+    const cv::Mat source = scene(cv::Size(220, 200));
+    cv::Mat target(source.size(), CV_8UC3);
+    Settings settings;
+    settings.detailGain = 0.3f;
+    ASSERT_EQ(run(source, target, sides(1, 1), settings), VELORN_OK);
+    EXPECT_GT(largestDifference(source, target), 3);
+    // Luminance moves the three channels alike, where none of them is cut.
+    cv::Mat change;
+    cv::subtract(target, source, change, cv::noArray(), CV_16S);
+    int compared = 0;
+    for (int y = 0; y < source.rows; ++y) {
+        for (int x = 0; x < source.cols; ++x) {
+            const auto pixel = target.at<cv::Vec3b>(y, x);
+            const auto moved = change.at<cv::Vec3s>(y, x);
+            const auto inside = [](int value) { return value > 0 && value < 255; };
+            if (inside(pixel[0]) && inside(pixel[1]) && inside(pixel[2])) {
+                ++compared;
+                ASSERT_LE(std::abs(moved[0] - moved[1]), 1);
+                ASSERT_LE(std::abs(moved[1] - moved[2]), 1);
+            }
+        }
+    }
+    EXPECT_GT(compared, 10000);
+}
+
 TEST_F(DeblurSharpen, RestoresABlurredPictureByFourDecibels) {
     const cv::Mat sharp = scene(cv::Size(400, 300));
     const KernelRecord kernel = disc(3.0f);
@@ -183,6 +254,8 @@ TEST_F(DeblurSharpen, ResultDoesNotDependOnTheNumberOfThreads) {
     settings.deconvolve = 1;
     settings.limitStrength = 0.6f;
     settings.edgeSlope = 2.0f;
+    settings.detailGain = 0.4f;
+    settings.detailGamma = 0.2f;
     const int threads = omp_get_max_threads();
     std::vector<cv::Mat> results;
     for (const int count : {1, 2, 4}) {
@@ -496,6 +569,11 @@ TEST_F(DeblurSharpen, NotANumberAndInfiniteSettingsAreSurvived) {
         settings.deconvLambda = settings.deconvAlpha = settings.limitStrength = odd;
         settings.edgeRadius = settings.edgeSlope = settings.edgeFloor = odd;
         settings.edgeGain = 2.0f;
+        settings.detailGain = odd;
+        settings.detailGamma = 0.5f;
+        EXPECT_EQ(run(source, target, disc(2.0f), settings), VELORN_OK) << odd;
+        settings.detailGain = 0.5f;
+        settings.detailGamma = odd;
         EXPECT_EQ(run(source, target, disc(2.0f), settings), VELORN_OK) << odd;
     }
 }
@@ -508,6 +586,7 @@ TEST_F(DeblurSharpen, KernelOfNotANumberIsSurvived) {
     settings.deconvolve = 1;
     settings.limitStrength = 0.5f;
     settings.edgeGain = 2.0f;
+    settings.detailGain = 0.5f;
     EXPECT_EQ(run(source, target, {3, 3, 1, 1, values.data()}, settings), VELORN_OK);
 }
 

@@ -2,6 +2,7 @@
 
 #include "velimproclib/frame/CallFrame.h"
 #include "velimproclib/frame/DeblurTile.h"
+#include "velimproclib/frame/DetailStage.h"
 #include "velimproclib/frame/notifyProgress.h"
 #include "velimproclib/tiles/BlockProcP3.h"
 #include "velimproclib/tiles/ColorTwistTile.h"
@@ -23,11 +24,15 @@ constexpr float kChromaWeight = 0.01f;
 struct Gates {
     bool deconv;
     bool edge;
+    bool detail;
 };
 
-/// The comparisons are of doubles: the float 1.01 lies below the double and stays closed.
+/// The comparisons are of doubles: the floats 1.01 and 0.01 lie below the doubles and stay closed.
+/// Negative detail settings alone do not open the last gate, although the stage has a meaning for
+/// them.
 Gates gatesOf(const DeblurSettings& settings) {
-    return {settings.deconvolve, settings.edgeGain > 1.01 || settings.edgeSlope > 1.01};
+    return {settings.deconvolve, settings.edgeGain > 1.01 || settings.edgeSlope > 1.01,
+            settings.detailGamma > 0.01 || settings.detailGain > 0.01};
 }
 
 bool stepIsTooShort(std::int32_t step, const ImageRecord& image) {
@@ -118,6 +123,7 @@ int32_t deblurSharpen(ProgressRecord* progress, const ImageRecord* image,
         setUpDeconvolution(tile, *kernel, settings);
     }
     setUpEdges(tile, settings);
+    CDetailStage detailStage(tile.m_w, tile.m_h);
 
     CBlockProcP3 blocks;
     blocks.init(wrapPixels(*image, image->source, image->sourceStep),
@@ -140,6 +146,9 @@ int32_t deblurSharpen(ProgressRecord* progress, const ImageRecord* image,
             tile.process(*planes, gates.deconv, gates.edge);
             if (stepIsCancelled()) {
                 return true;
+            }
+            if (gates.detail) {
+                detailStage.Proc((*planes)[0], settings.detailGain, settings.detailGamma);
             }
             lumaChromaToRgb(*planes, kStandardTwist);
             blocks.doneABlock();

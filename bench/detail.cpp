@@ -1,0 +1,127 @@
+// The detail stage and the solver that it spends its time in. `threads` is the size of the regions.
+//
+// smoother: a 1024 by 536 half, all 20 steps, set-up and conversions included. `ofBound` is its
+// time over the time of moving the bytes that the steps cannot avoid, 13 planes of doubles a step
+// (4 for the product with the matrix, 4 for the residual, 5 for the solution and the direction), as
+// a memcpy by the same number of threads in a working set of the same seven planes.
+//
+// stage: a square tile; `copies` is against a memcpy of its plane.
+//
+//   bench_detail --benchmark_min_time=2
+
+#include "bench/alternate.h"
+#include "velimproclib/frame/DetailStage.h"
+
+#include <algorithm>
+#include <benchmark/benchmark.h>
+#include <cmath>
+#include <cstddef>
+#include <cstring>
+#include <omp.h>
+#include <opencv2/core.hpp>
+#include <random>
+#include <vector>
+
+namespace {
+
+constexpr int kSteps = 20;
+
+/// Waves, a step and noise: far from converged after all steps.
+cv::Mat picture(int width, int height) {
+    std::mt19937 random(1);
+    std::uniform_real_distribution<float> noise(-0.05f, 0.05f);
+    cv::Mat plane(height, width, CV_32FC1);
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x) {
+            const auto wave = std::sin(0.05f * static_cast<float>(x + y));
+            plane.at<float>(y, x) = 0.5f + (x < width / 2 ? 0.2f : -0.2f) * wave + noise(random);
+        }
+    }
+    return plane;
+}
+
+vel::GIMG<float> over(cv::Mat& plane) {
+    return {plane.cols, plane.rows, plane.data, static_cast<int>(plane.step)};
+}
+
+/// Copies by as many threads as regions have.
+class Copier {
+public:
+    explicit Copier(std::size_t bytes) : m_from(bytes, 1), m_to(bytes, 2) {}
+
+    void copy() {
+        const int parts = omp_get_max_threads();
+#pragma omp parallel for
+        for (int part = 0; part < parts; ++part) {
+            const std::size_t begin = offset(part, parts);
+            std::memcpy(m_to.data() + begin, m_from.data() + begin,
+                        offset(part + 1, parts) - begin);
+        }
+    }
+
+private:
+    std::size_t offset(int part, int parts) const {
+        return m_from.size() * static_cast<std::size_t>(part) / static_cast<std::size_t>(parts);
+    }
+
+    std::vector<unsigned char> m_from;
+    std::vector<unsigned char> m_to;
+};
+
+void smoother(benchmark::State& state) {
+    omp_set_num_threads(static_cast<int>(state.range(0)));
+    const cv::Mat source = picture(1024, 536);
+    cv::Mat rhs;
+    cv::Mat io;
+    cv::Mat guide;
+    vel::CEdgeSmoother workspace;
+    // A copy reads and writes: 7 planes of which half is copied to the other, and 13 planes moved
+    // a step are 6.5 planes copied.
+    const std::size_t planeBytes = source.total() * sizeof(double);
+    Copier copier(planeBytes * 7 / 2);
+    constexpr int kCopies = kSteps * 13 / 7;
+    vel::bench::runAgainst(
+        state, "ofBound",
+        [&] {
+            source.copyTo(rhs);
+            source.copyTo(io);
+            source.copyTo(guide);
+            auto b = over(rhs);
+            auto u = over(io);
+            auto g = over(guide);
+            workspace.smooth(b, u, g, 0.05f, 1.2f, true, kSteps);
+        },
+        [&] {
+            for (int i = 0; i < kCopies; ++i) {
+                copier.copy();
+            }
+        });
+    state.counters["pixels"] = static_cast<double>(source.total());
+}
+BENCHMARK(smoother)
+    ->ArgName("threads")
+    ->Arg(1)
+    ->Arg(2)
+    ->Unit(benchmark::kMillisecond)
+    ->UseManualTime();
+
+void stage(benchmark::State& state) {
+    const int side = static_cast<int>(state.range(0));
+    omp_set_num_threads(static_cast<int>(state.range(1)));
+    const cv::Mat source = picture(side, side);
+    cv::Mat luminance;
+    vel::CDetailStage detailStage(side, side);
+    vel::bench::runAgainstCopy(state, source.total() * sizeof(float), [&] {
+        source.copyTo(luminance);
+        detailStage.Proc(luminance, 0.5f, 0.3f);
+    });
+}
+BENCHMARK(stage)
+    ->ArgNames({"side", "threads"})
+    ->ArgsProduct({{512, 1024}, {1, 2}})
+    ->Unit(benchmark::kMillisecond)
+    ->UseManualTime();
+
+} // namespace
+
+BENCHMARK_MAIN();
