@@ -2,6 +2,8 @@
 
 #include "tests/support/GuardedPlane.h"
 #include "tests/support/NullWhenOutOfMemory.h"
+#include "tests/support/PlainTiles.h"
+#include "tests/support/textOf.h"
 #include "tests/support/Threads.h"
 #include "velimproclib/tiles/ColorTwistTile.h"
 
@@ -10,14 +12,17 @@
 #include <gtest/gtest.h>
 #include <limits>
 #include <random>
-#include <string>
 #include <vector>
 
 namespace {
 
 using vel::CBlockProcP3;
 using vel::TilePlanes;
+using vel::test::fadeWeights;
 using vel::test::GuardedPlane;
+using vel::test::mixed;
+using vel::test::nearestPixel;
+using vel::test::tileStarts;
 
 struct Layout {
     int tile;
@@ -118,10 +123,10 @@ public:
           m_useful(layout.tile - 2 * layout.border), m_strip(m_useful, source.cols, kType<T>) {}
 
     int run() {
-        const std::vector<int> columns = starts(m_source.cols);
+        const std::vector<int> columns = tileStarts(m_source.cols, m_useful, m_layout.overlap);
         int doneY = 0;
         int tile = 0;
-        for (const int y : starts(m_source.rows)) {
+        for (const int y : tileStarts(m_source.rows, m_useful, m_layout.overlap)) {
             int doneX = 0;
             for (const int x : columns) {
                 TilePlanes planes = load(x, y);
@@ -136,15 +141,6 @@ public:
     }
 
 private:
-    std::vector<int> starts(int total) const {
-        const vel::TileGeometry plan = vel::planBlocks(0, total, m_useful, m_layout.overlap);
-        std::vector<int> all{0};
-        while (all.back() + m_useful < total) {
-            all.push_back(std::max(std::min(all.back() + plan.step, total - m_useful), 0));
-        }
-        return all;
-    }
-
     TilePlanes load(int tileX, int tileY) const {
         TilePlanes planes;
         for (int c = 0; c < 3; ++c) {
@@ -162,30 +158,9 @@ private:
         return planes;
     }
 
-    static T narrowed(float value) {
-        const double nearest = std::nearbyint(static_cast<double>(value));
-        return static_cast<T>(
-            std::clamp(nearest, 0.0, static_cast<double>(std::numeric_limits<T>::max())));
-    }
-
-    static std::vector<float> ramp(int n) {
-        std::vector<float> weights;
-        const auto inverse = static_cast<double>(1.0F / static_cast<float>(n + 1));
-        for (int i = 0; i < n; ++i) {
-            weights.push_back(static_cast<float>((i + 1) * inverse));
-        }
-        weights.push_back(1.0F);
-        return weights;
-    }
-
-    static float mixed(double old, double fresh, float weight) {
-        const auto a = static_cast<double>(weight);
-        return static_cast<float>(old * (1 - a) + fresh * a);
-    }
-
     void store(const TilePlanes& planes, int tileX, int tileY, int doneX) {
         const int overlap = doneX - tileX;
-        const std::vector<float> weights = ramp(overlap);
+        const std::vector<float> weights = fadeWeights(overlap);
         for (int c = 0; c < 3; ++c) {
             const cv::Mat& plane = planes[static_cast<std::size_t>(c)];
             for (int y = 0; y < std::min(m_useful, m_source.rows - tileY); ++y) {
@@ -197,7 +172,7 @@ private:
                         value = mixed(strip[3 * x], static_cast<double>(value),
                                       weights[static_cast<std::size_t>(x)]);
                     }
-                    strip[3 * x] = narrowed(value);
+                    strip[3 * x] = nearestPixel<T>(value);
                 }
             }
         }
@@ -205,7 +180,7 @@ private:
 
     void merge(int tileY, int doneY) {
         const int overlap = doneY - tileY;
-        const std::vector<float> weights = ramp(std::max(overlap, 0));
+        const std::vector<float> weights = fadeWeights(std::max(overlap, 0));
         for (int y = 0; y < std::min(m_useful, m_source.rows - tileY); ++y) {
             for (int i = 0; i < 3 * m_source.cols; ++i) {
                 T& target = m_target.ptr<T>(tileY + y)[i];
@@ -526,12 +501,7 @@ TEST(BlockProcP3Failures, EveryMarginEitherGivesTheImageBackOrIsRefused) {
 
 TEST(BlockProcP3Failures, ImagesThatDoNotFitEachOtherAreRefusedByText) {
     const auto textOf = [](const cv::Mat& source, const cv::Mat& target, int border) {
-        try {
-            walkUntouched(source, target, Layout{64, border});
-        } catch (const char* text) {
-            return std::string(text);
-        }
-        return std::string();
+        return vel::test::textOf([&] { walkUntouched(source, target, Layout{64, border}); });
     };
     const cv::Mat image = noise<std::uint8_t>(5, 5);
     EXPECT_EQ(textOf(image, noise<std::uint8_t>(5, 6), 8),

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <gtest/gtest.h>
+#include <limits>
 #include <utility>
 #include <vector>
 
@@ -184,6 +185,27 @@ TEST(TileWalk, NoSourceUnderTheTileIsTold) {
     EXPECT_FALSE(plainWalk(10, 10, -8, 16).windowOf(8, window));
     EXPECT_TRUE(plainWalk(10, 10, -7, 16).windowOf(8, window));
     EXPECT_FALSE(plainWalk(10, 10, -2147483647, 16).windowOf(2147483647, window));
+}
+
+TEST(TileWalk, LayoutTakesTheMarginsOffTheTileAndPutsThemOnAgain) {
+    const TileWalk walk(1000, 300, {256, 356, 0, 8, 16});
+    EXPECT_EQ(walk.m_roiW, 224);
+    EXPECT_EQ(walk.m_roiH, 324);
+    EXPECT_EQ(walk.m_nBlkX, 5);
+    EXPECT_EQ(walk.m_nBlkY, 1);
+    EXPECT_EQ(walk.widthWith(16), 256);
+    EXPECT_EQ(walk.heightWith(16), 356);
+    EXPECT_EQ(visit(TileWalk(1000, 1, {256, 256, 0, 8, 16})).positions,
+              row({0, 195, 390, 585, 776}));
+}
+
+TEST(TileWalk, MarginsBeyondTheRangeOfLengthsAreCutToIt) {
+    constexpr int kMost = std::numeric_limits<int>::max();
+    const TileWalk walk(10, 10, {64, 64, 0, 8, kMost});
+    EXPECT_EQ(walk.m_roiW, std::numeric_limits<int>::min());
+    TileWindow window;
+    EXPECT_FALSE(walk.windowOf(kMost, window));
+    EXPECT_EQ(TileWalk(10, 10, {kMost, kMost, 0, 8, 0}).widthWith(kMost), kMost);
 }
 
 } // namespace

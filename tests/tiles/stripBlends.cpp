@@ -45,4 +45,22 @@ TEST(FadeInColumns, ReadsOneChannelAndKeepsFractions) {
     EXPECT_EQ(values, (std::vector<float>{12.625F, -10.0F, 0x1.8p99F, 7.0F}));
 }
 
+TEST(MergeStrip, RowsAreFadedInOverFinishedOnesCopiedBelowAndNothingElseIsTouched) {
+    // The second row of tiles, pulled back: rows 4 to 9 of 10, of which 4 to 6 are finished.
+    vel::TileWalk walk(2, 10, {2, 6, 0}, {2, 6, 5});
+    walk.m_curY = 4;
+    walk.m_doneY = 7;
+    cv::Mat strip(6, 2, CV_8UC3, cv::Scalar(100, 40, 0));
+    cv::Mat target(10, 2, CV_8UC3, cv::Scalar(0, 40, 200));
+    std::vector<float> ramp(4);
+    vel::mergeStrip<std::uint8_t>(strip, target, walk, ramp);
+    const std::vector<int> reds{0, 0, 0, 0, 25, 50, 75, 100, 100, 100};
+    for (int y = 0; y < 10; ++y) {
+        const auto pixel = target.at<cv::Vec3b>(y, 1);
+        EXPECT_EQ(pixel[0], reds[static_cast<std::size_t>(y)]) << y;
+        EXPECT_EQ(pixel[1], 40) << y;
+        EXPECT_EQ(pixel[2], 200 - 2 * pixel[0]) << y;
+    }
+}
+
 } // namespace

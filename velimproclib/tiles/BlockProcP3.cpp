@@ -5,12 +5,11 @@
 #include "velimproclib/primitives/FailureRelay.h"
 #include "velimproclib/tiles/fillRamp.h"
 #include "velimproclib/tiles/imageExtendBorder.h"
-#include "velimproclib/tiles/narrowToInt32.h"
+#include "velimproclib/tiles/stepOf.h"
 #include "velimproclib/tiles/stripBlends.h"
 #include "velimproclib/tiles/worthATeam.h"
 
 #include <algorithm>
-#include <cstring>
 
 namespace vel {
 
@@ -50,10 +49,6 @@ struct Depth<std::uint16_t> {
 
 bool isEightBits(const cv::Mat& image) {
     return image.depth() == CV_8U;
-}
-
-std::int32_t stepOf(const cv::Mat& image) {
-    return narrowToInt32(static_cast<std::int64_t>(image.step[0]));
 }
 
 /// The element `x` of row `y`, counted in elements and not in pixels.
@@ -99,12 +94,7 @@ void CBlockProcP3::init(const cv::Mat& source, const cv::Mat& target, std::int32
     m_out = target;
     m_border = border;
     m_taper = taper;
-    const auto usefulLength = [&](std::int32_t side) {
-        return narrowToInt32(std::int64_t{side} - 2 * std::int64_t{border});
-    };
-    m_walk = TileWalk(m_in.cols, m_in.rows,
-                      planBlocks(mode, m_in.cols, usefulLength(tileWidth), overlap),
-                      planBlocks(mode, m_in.rows, usefulLength(tileHeight), overlap));
+    m_walk = TileWalk(m_in.cols, m_in.rows, {tileWidth, tileHeight, mode, overlap, border});
     createPlanes();
 }
 
@@ -114,11 +104,8 @@ void CBlockProcP3::createPlanes() {
         // No tile can be loaded: the first one fails, and its size means nothing.
         return;
     }
-    const auto withMargin = [this](std::int32_t length) {
-        return narrowToInt32(std::int64_t{length} + 2 * std::int64_t{m_border});
-    };
-    const std::int32_t width = withMargin(m_walk.m_roiW);
-    const std::int32_t height = withMargin(m_walk.m_roiH);
+    const std::int32_t width = m_walk.widthWith(m_border);
+    const std::int32_t height = m_walk.heightWith(m_border);
     for (cv::Mat& plane : m_blk) {
         plane.create(height, width, CV_32FC1);
     }
@@ -189,7 +176,7 @@ void CBlockProcP3::doneABlock() {
     }
     storeTile();
     if (m_walk.endsARow()) {
-        mergeStrip();
+        mergeRowOfTiles();
     }
     m_walk.noteStored();
 }
@@ -231,32 +218,14 @@ void CBlockProcP3::storeRows(std::int32_t overlapX, std::int32_t width, cv::Rang
     }
 }
 
-void CBlockProcP3::mergeStrip() {
+void CBlockProcP3::mergeRowOfTiles() {
     if (m_walk.overlapY() < 0) {
         throw kBadRowOverlap;
     }
-    const std::int32_t height = m_walk.storedHeight();
-    const auto overlapY = static_cast<std::int32_t>(m_walk.overlapY());
-    fillRamp(m_ramp, overlapY);
-#pragma omp parallel for schedule(static) if (worthATeam(m_walk.m_imW, height))
-    for (std::int32_t y = 0; y < height; ++y) {
-        if (isEightBits(m_in)) {
-            mergeRow<std::uint8_t>(overlapY, y);
-        } else {
-            mergeRow<std::uint16_t>(overlapY, y);
-        }
-    }
-}
-
-template <class T>
-void CBlockProcP3::mergeRow(std::int32_t overlapY, std::int32_t row) {
-    const std::size_t count = static_cast<std::size_t>(m_walk.m_imW) * kChannels;
-    const T* strip = elementAt<T>(m_strip, row, 0);
-    T* target = elementAt<T>(m_out, m_walk.m_curY + row, 0);
-    if (row >= overlapY) {
-        std::memcpy(target, strip, count * sizeof(T));
+    if (isEightBits(m_in)) {
+        mergeStrip<std::uint8_t>(m_strip, m_out, m_walk, m_ramp);
     } else {
-        fadeInRow(strip, target, m_ramp[static_cast<std::size_t>(row)], count);
+        mergeStrip<std::uint16_t>(m_strip, m_out, m_walk, m_ramp);
     }
 }
 

@@ -61,14 +61,12 @@ private:
     void convertBlkDupBorder();
     void createPlanes();
     void storeTile();
-    void mergeStrip();
+    void mergeRowOfTiles();
 
     template <class T>
     void loadRows(const TileWindow& window, cv::Range rows);
     template <class T>
     void storeRows(std::int32_t overlapX, std::int32_t width, cv::Range rows);
-    template <class T>
-    void mergeRow(std::int32_t overlapY, std::int32_t row);
 
     std::int32_t m_border = 0;
     std::int32_t m_taper = 0;

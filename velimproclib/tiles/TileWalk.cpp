@@ -20,6 +20,10 @@ std::int32_t nextStart(std::int32_t current, std::int32_t step, std::int32_t len
     return narrowToInt32(std::max<std::int64_t>(std::min(stepped, lastStart), 0));
 }
 
+std::int32_t withMargins(std::int32_t length, std::int64_t border) {
+    return narrowToInt32(length + 2 * border);
+}
+
 /// One axis of a window.
 struct Span {
     std::int64_t start;
@@ -43,6 +47,16 @@ TileWalk::TileWalk(std::int32_t imageWidth, std::int32_t imageHeight, const Tile
                    const TileGeometry& down) noexcept
     : m_imW(imageWidth), m_imH(imageHeight), m_roiW(across.length), m_roiH(down.length),
       m_stepX(across.step), m_stepY(down.step), m_nBlkX(across.count), m_nBlkY(down.count) {}
+
+TileWalk::TileWalk(std::int32_t imageWidth, std::int32_t imageHeight,
+                   const TileLayout& layout) noexcept
+    : TileWalk(imageWidth, imageHeight,
+               planBlocks(layout.mode, imageWidth,
+                          withMargins(layout.tileWidth, -std::int64_t{layout.border}),
+                          layout.overlap),
+               planBlocks(layout.mode, imageHeight,
+                          withMargins(layout.tileHeight, -std::int64_t{layout.border}),
+                          layout.overlap)) {}
 
 bool TileWalk::atFirstTile() const noexcept {
     // Tiles without a useful column finish nothing; only the flag tells that one was stored.
@@ -94,6 +108,14 @@ std::int32_t TileWalk::storedWidth() const noexcept {
 
 std::int32_t TileWalk::storedHeight() const noexcept {
     return std::min(m_roiH, m_imH - m_curY);
+}
+
+std::int32_t TileWalk::widthWith(std::int32_t border) const noexcept {
+    return withMargins(m_roiW, border);
+}
+
+std::int32_t TileWalk::heightWith(std::int32_t border) const noexcept {
+    return withMargins(m_roiH, border);
 }
 
 bool TileWalk::endsARow() const noexcept {

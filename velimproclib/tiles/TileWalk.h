@@ -19,6 +19,15 @@ struct TileWindow {
     std::int32_t bottom;
 };
 
+/// How an image is cut into tiles. All in pixels.
+struct TileLayout {
+    std::int32_t tileWidth; ///< full sizes of a tile, its margin included
+    std::int32_t tileHeight;
+    std::uint8_t mode;    ///< of `planBlocks`
+    std::int32_t overlap; ///< wanted overlap of neighbouring tiles' useful parts
+    std::int32_t border;  ///< margin on each side of the useful part, 0 or more
+};
+
 /// What `TileWalk::advance` found.
 enum class WalkState {
     kTileAhead, ///< the position is that of the next tile
@@ -50,6 +59,9 @@ struct TileWalk {
     TileWalk() = default;
     TileWalk(std::int32_t imageWidth, std::int32_t imageHeight, const TileGeometry& across,
              const TileGeometry& down) noexcept;
+    /// The walk that `layout` plans for an image. A layout without useful tiles gives a walk that
+    /// finds no window or cannot be moved.
+    TileWalk(std::int32_t imageWidth, std::int32_t imageHeight, const TileLayout& layout) noexcept;
 
     /// True until the first tile is stored: that tile is due without a step.
     bool atFirstTile() const noexcept;
@@ -63,6 +75,10 @@ struct TileWalk {
     /// The image under the current tile with `border` pixels of margin around it. False when there
     /// is none, `window` is untouched then.
     bool windowOf(std::int32_t border, TileWindow& window) const noexcept;
+
+    /// Full sizes of a tile with `border` pixels of margin around its useful part.
+    std::int32_t widthWith(std::int32_t border) const noexcept;
+    std::int32_t heightWith(std::int32_t border) const noexcept;
 
     /// Columns of the tile that the row of tiles has finished already; negative at a gap.
     std::int64_t overlapX() const noexcept { return std::int64_t{m_doneX} - m_curX; }

@@ -2,8 +2,15 @@
 
 #include "velimproclib/primitives/rows.h"
 #include "velimproclib/tiles/blend.h"
+#include "velimproclib/tiles/fillRamp.h"
+#include "velimproclib/tiles/TileWalk.h"
+#include "velimproclib/tiles/worthATeam.h"
 
 #include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <opencv2/core.hpp>
+#include <span>
 
 /// The blends by which overlapping tiles become one image. `T` is the image's element type, 8 or 16
 /// bits wide. Plain loops: overlaps are a few columns or rows of a tile.
@@ -27,6 +34,30 @@ void fadeInRow(const T* strip, T* target, float weight, std::size_t count) noexc
     for (std::size_t i = 0; i < count; ++i) {
         // Between two values of T, so no conversion can leave its range.
         row[i].value = static_cast<T>(static_cast<int>(blend(row[i].value, strip[i], weight)));
+    }
+}
+
+/// Merges the finished strip of the row of tiles that `walk` stands in into the rows of `target`
+/// that it covers: faded in over the rows that are finished already, copied from there on.
+/// @param strip,target elements `T`, of one type and width, that of the walk's image
+/// @param ramp room for the weights of the overlap, which must not be negative, and one more
+template <class T>
+void mergeStrip(const cv::Mat& strip, cv::Mat& target, const TileWalk& walk,
+                std::span<float> ramp) {
+    const std::int32_t height = walk.storedHeight();
+    const auto overlap = static_cast<std::int32_t>(walk.overlapY());
+    const std::size_t count =
+        static_cast<std::size_t>(strip.cols) * static_cast<std::size_t>(strip.channels());
+    fillRamp(ramp, overlap);
+#pragma omp parallel for schedule(static) if (worthATeam(strip.cols, height))
+    for (std::int32_t y = 0; y < height; ++y) {
+        const T* const fresh = reinterpret_cast<const T*>(strip.ptr(y));
+        T* const row = reinterpret_cast<T*>(target.ptr(walk.m_curY + y));
+        if (y >= overlap) {
+            std::memcpy(row, fresh, count * sizeof(T));
+        } else {
+            fadeInRow(fresh, row, ramp[static_cast<std::size_t>(y)], count);
+        }
     }
 }
 
