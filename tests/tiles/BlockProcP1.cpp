@@ -1,0 +1,504 @@
+#include "velimproclib/tiles/BlockProcP1.h"
+
+#include "tests/support/GuardedPlane.h"
+#include "tests/support/NullWhenOutOfMemory.h"
+#include "tests/support/PlainTiles.h"
+#include "tests/support/textOf.h"
+#include "tests/support/Threads.h"
+
+#include <algorithm>
+#include <cmath>
+#include <gtest/gtest.h>
+#include <limits>
+#include <random>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace {
+
+using vel::CBlockProcP1;
+using vel::test::fadeWeights;
+using vel::test::GuardedPlane;
+using vel::test::mixed;
+using vel::test::nearestPixel;
+using vel::test::textOf;
+using vel::test::tileStarts;
+
+struct Layout {
+    int width;
+    int height;
+    int border;
+    int overlap = 8;
+    int taper = 0;
+    bool align16 = false;
+};
+
+template <class T>
+constexpr int kType = sizeof(T) == 1 ? CV_8UC1 : CV_16SC1;
+template <class T>
+constexpr float kToUnit = sizeof(T) == 1 ? 0.003921569f : 3.051851e-05f;
+template <class T>
+constexpr float kFullScale = sizeof(T) == 1 ? 255.0f : 32767.0f;
+
+/// Noise over the whole range of the element type.
+template <class T>
+cv::Mat noise(int width, int height, unsigned seed = 1) {
+    std::mt19937 random(seed);
+    cv::Mat image(height, width, kType<T>);
+    std::generate(image.begin<T>(), image.end<T>(), [&] { return static_cast<T>(random() >> 5); });
+    return image;
+}
+
+bool sameImage(const cv::Mat& a, const cv::Mat& b) {
+    return a.size() == b.size() && cv::countNonZero(a != b) == 0;
+}
+
+void start(CBlockProcP1& walk, const cv::Mat& in, const cv::Mat& out, const Layout& layout) {
+    EXPECT_EQ(walk.init(in, out, layout.width, layout.height, layout.align16, layout.overlap,
+                        layout.border, layout.taper),
+              1);
+}
+
+/// Walks the image, running `work(block, number of the block)` on each block.
+/// @return the number of blocks
+template <class Work>
+int walkThrough(const cv::Mat& in, const cv::Mat& out, const Layout& layout, Work&& work) {
+    CBlockProcP1 walk;
+    start(walk, in, out, layout);
+    int blocks = 0;
+    for (cv::Mat* block = walk.nextBlock(); block != nullptr; block = walk.nextBlock()) {
+        work(*block, blocks++);
+        walk.doneABlock();
+    }
+    return blocks;
+}
+
+int walkUntouched(const cv::Mat& in, const cv::Mat& out, const Layout& layout) {
+    return walkThrough(in, out, layout, [](cv::Mat&, int) {});
+}
+
+/// Changes a block so that neighbours disagree where they overlap, and beyond the pixels' range.
+void disturb(cv::Mat& block, int number) {
+    for (int y = 0; y < block.rows; ++y) {
+        for (int x = 0; x < block.cols; ++x) {
+            float& value = block.at<float>(y, x);
+            value = value * (0.8f + 0.07f * static_cast<float>(number % 5)) +
+                    0.001f * static_cast<float>((x * 7 + y * 3) % 11);
+        }
+    }
+}
+
+/// The useful part of a block as the walk is told to load it, then disturbed.
+template <class T>
+cv::Mat plainBlock(const cv::Mat& in, const Layout& layout, cv::Point at, int number) {
+    cv::Mat block(layout.height, layout.width, CV_32FC1);
+    for (int y = 0; y < layout.height; ++y) {
+        const T* row = in.ptr<T>(std::clamp(at.y - layout.border + y, 0, in.rows - 1));
+        for (int x = 0; x < layout.width; ++x) {
+            const T pixel = row[std::clamp(at.x - layout.border + x, 0, in.cols - 1)];
+            block.at<float>(y, x) = static_cast<float>(pixel) * kToUnit<T>;
+        }
+    }
+    disturb(block, number);
+    return block(cv::Rect(layout.border, layout.border, layout.width - 2 * layout.border,
+                          layout.height - 2 * layout.border));
+}
+
+/// Fades the block's pixels into the strip, from `at` on, over what is finished up to `doneX`.
+template <class T>
+void plainStore(const cv::Mat& useful, cv::Mat& strip, int at, int doneX) {
+    const std::vector<float> weights = fadeWeights(doneX - at);
+    for (int y = 0; y < useful.rows; ++y) {
+        for (int x = 0; x < std::min(useful.cols, strip.cols - at); ++x) {
+            T& pixel = strip.at<T>(y, at + x);
+            float value = kFullScale<T> * useful.at<float>(y, x);
+            if (at + x < doneX) {
+                value =
+                    mixed(pixel, static_cast<double>(value), weights[static_cast<std::size_t>(x)]);
+            }
+            pixel = nearestPixel<T>(value);
+        }
+    }
+}
+
+template <class T>
+void plainMerge(const cv::Mat& strip, cv::Mat& out, int at, int doneY) {
+    const std::vector<float> weights = fadeWeights(doneY - at);
+    for (int y = 0; y < std::min(strip.rows, out.rows - at); ++y) {
+        for (int x = 0; x < out.cols; ++x) {
+            T& pixel = out.at<T>(at + y, x);
+            const T fresh = strip.at<T>(y, x);
+            pixel = at + y >= doneY
+                        ? fresh
+                        : static_cast<T>(mixed(pixel, fresh, weights[static_cast<std::size_t>(y)]));
+        }
+    }
+}
+
+/// The walk with disturbed blocks, as it is told, in plain loops.
+/// @return the number of blocks
+template <class T>
+int plainWalk(const cv::Mat& in, cv::Mat& out, const Layout& layout) {
+    const int usefulW = layout.width - 2 * layout.border;
+    const int usefulH = layout.height - 2 * layout.border;
+    cv::Mat strip(usefulH, in.cols, kType<T>);
+    int number = 0;
+    int doneY = 0;
+    for (const int y : tileStarts(in.rows, usefulH, layout.overlap)) {
+        int doneX = 0;
+        for (const int x : tileStarts(in.cols, usefulW, layout.overlap)) {
+            plainStore<T>(plainBlock<T>(in, layout, {x, y}, number++), strip, x, doneX);
+            doneX = std::min(x + usefulW, in.cols);
+        }
+        plainMerge<T>(strip, out, y, doneY);
+        doneY = std::min(y + usefulH, in.rows);
+    }
+    return number;
+}
+
+template <class T>
+class BlockProcP1 : public testing::Test {};
+
+using ElementTypes = testing::Types<std::uint8_t, std::int16_t>;
+TYPED_TEST_SUITE(BlockProcP1, ElementTypes);
+
+TYPED_TEST(BlockProcP1, StitchesAsThePlainWalkDoes) {
+    for (const Layout& layout :
+         {Layout{40, 40, 4}, Layout{40, 40, 11}, Layout{70, 50, 2}, Layout{33, 64, 5, 5}}) {
+        for (const auto& [width, height] :
+             {std::pair{1, 1}, {17, 90}, {33, 31}, {101, 60}, {200, 130}, {67, 67}}) {
+            const cv::Mat in = noise<TypeParam>(width, height);
+            cv::Mat out(in.size(), in.type(), cv::Scalar::all(77));
+            cv::Mat expected = out.clone();
+            EXPECT_EQ(walkThrough(in, out, layout, disturb),
+                      plainWalk<TypeParam>(in, expected, layout));
+            EXPECT_TRUE(sameImage(out, expected)) << width << " by " << height;
+        }
+    }
+}
+
+TYPED_TEST(BlockProcP1, UntouchedBlocksGiveTheImageBack) {
+    std::mt19937 random(3);
+    for (int width = 1; width < 80; ++width) {
+        const int height = 1 + static_cast<int>(random() % 80);
+        const cv::Mat in = noise<TypeParam>(width, height, static_cast<unsigned>(width));
+        for (const Layout& layout : {Layout{29, 31, 3}, Layout{40, 40, 4, 8, 1},
+                                     Layout{64, 61, 20, 7, 1}, Layout{36, 28, 0, 16}}) {
+            cv::Mat out(in.size(), in.type(), cv::Scalar::all(1));
+            walkUntouched(in, out, layout);
+            ASSERT_TRUE(sameImage(out, in)) << width << " by " << height;
+        }
+    }
+}
+
+TYPED_TEST(BlockProcP1, UntouchedBlocksOfTheEstimatorsSidesGiveTheImageBack) {
+    for (const auto& [side, width, height] :
+         {std::array{256, 1, 1}, {256, 256, 200}, {512, 257, 300}, {512, 1030, 30}}) {
+        const cv::Mat in = noise<TypeParam>(width, height);
+        cv::Mat out(in.size(), in.type(), cv::Scalar::all(1));
+        walkUntouched(in, out, Layout{side, side, 16, 8, 1});
+        EXPECT_TRUE(sameImage(out, in)) << width << " by " << height;
+    }
+}
+
+TYPED_TEST(BlockProcP1, AlignedLayoutGivesTheImageBackToo) {
+    for (const int size : {5, 50, 100, 333}) {
+        const cv::Mat in = noise<TypeParam>(size, size / 2 + 1);
+        cv::Mat out(in.size(), in.type());
+        walkUntouched(in, out, Layout{64, 64, 6, 8, 1, true});
+        EXPECT_TRUE(sameImage(out, in)) << size;
+    }
+}
+
+TYPED_TEST(BlockProcP1, AlignedLayoutMayHandOutLargerBlocks) {
+    const cv::Mat in = noise<TypeParam>(60, 50);
+    CBlockProcP1 walk;
+    start(walk, in, cv::Mat(), Layout{64, 64, 6, 8, 1, true});
+    // One block of the next multiple of 16 above the image's length, and its margins.
+    EXPECT_EQ(walk.nextBlock()->size(), cv::Size(64 + 12, 64 + 12));
+}
+
+TYPED_TEST(BlockProcP1, WithEmptyOutputTheWalkHandsOutTheSameBlocksAndWritesNothing) {
+    const cv::Mat in = noise<TypeParam>(130, 75);
+    const Layout layout{40, 40, 5, 8, 1};
+    std::vector<cv::Mat> blocks;
+    cv::Mat out(in.size(), in.type());
+    walkThrough(in, out, layout, [&](cv::Mat& block, int) { blocks.push_back(block.clone()); });
+    const cv::Mat before = in.clone();
+    const int count = walkThrough(in, cv::Mat(), layout, [&](cv::Mat& block, int number) {
+        EXPECT_TRUE(sameImage(block, blocks[static_cast<std::size_t>(number)]));
+        block.setTo(7);
+    });
+    EXPECT_EQ(static_cast<std::size_t>(count), blocks.size());
+    EXPECT_TRUE(sameImage(in, before));
+}
+
+TYPED_TEST(BlockProcP1, ViewsInsideLargerImagesAreServedAndNothingElseIsWritten) {
+    constexpr int kElement = sizeof(TypeParam);
+    for (const int extra : {0, 1, 5, 13}) {
+        GuardedPlane<TypeParam> in(83, 71, extra * kElement, kElement);
+        GuardedPlane<TypeParam> out(83, 71, (extra + 2) * kElement, 3 * kElement);
+        std::mt19937 random(5);
+        in.fill([&] { return random() >> 7; });
+        const auto matrixOver = [](GuardedPlane<TypeParam>& plane) {
+            return cv::Mat(plane.height(), plane.width(), kType<TypeParam>, plane.data(),
+                           static_cast<std::size_t>(plane.step()));
+        };
+        walkUntouched(matrixOver(in), matrixOver(out), Layout{40, 40, 5, 8, 1});
+        EXPECT_TRUE(in.sameBits(out));
+        EXPECT_TRUE(in.intact());
+        EXPECT_TRUE(out.intact());
+    }
+}
+
+TYPED_TEST(BlockProcP1, ResultDoesNotDependOnTheNumberOfThreads) {
+    // Overlaps large enough for a team.
+    const cv::Mat in = noise<TypeParam>(401, 390);
+    const Layout layout{300, 300, 20, 90, 1};
+    cv::Mat expected(in.size(), in.type(), cv::Scalar::all(9));
+    walkThrough(in, expected, layout, disturb);
+    vel::test::forThreadCounts([&] {
+        cv::Mat out(in.size(), in.type(), cv::Scalar::all(9));
+        walkThrough(in, out, layout, disturb);
+        EXPECT_TRUE(sameImage(out, expected));
+    });
+}
+
+/// Holds the first block against `in` with edges replicated around it.
+template <class T>
+void expectFirstBlockOf(const cv::Mat& in, const Layout& layout) {
+    CBlockProcP1 walk;
+    start(walk, in, cv::Mat(), layout);
+    const cv::Mat& block = *walk.nextBlock();
+    ASSERT_EQ(block.size(), cv::Size(layout.width, layout.height));
+    ASSERT_EQ(block.type(), CV_32FC1);
+    for (int y = 0; y < layout.height; ++y) {
+        const T* row = in.ptr<T>(std::clamp(y - layout.border, 0, in.rows - 1));
+        for (int x = 0; x < layout.width; ++x) {
+            const T pixel = row[std::clamp(x - layout.border, 0, in.cols - 1)];
+            ASSERT_EQ(block.at<float>(y, x), static_cast<float>(pixel) * kToUnit<T>);
+        }
+    }
+    EXPECT_EQ(walk.blocksAcross(), 1);
+    EXPECT_EQ(walk.blocksDown(), 1);
+}
+
+TYPED_TEST(BlockProcP1, ImageSmallerThanABlockIsReplicatedUpToItsFullSize) {
+    expectFirstBlockOf<TypeParam>(noise<TypeParam>(23, 9), {64, 60, 8});
+    expectFirstBlockOf<TypeParam>(noise<TypeParam>(1, 1), {64, 60, 8});
+}
+
+TYPED_TEST(BlockProcP1, ImageOfExactlyTheUsefulSizeIsOneBlockWithReplicatedMargins) {
+    expectFirstBlockOf<TypeParam>(noise<TypeParam>(64 - 16, 60 - 16), {64, 60, 8});
+}
+
+TYPED_TEST(BlockProcP1, MarginInsideTheImageIsTheNeighbouringPixels) {
+    const cv::Mat in = noise<TypeParam>(100, 20);
+    std::vector<cv::Mat> blocks;
+    walkThrough(in, cv::Mat(), Layout{40, 40, 6},
+                [&](cv::Mat& block, int) { blocks.push_back(block.clone()); });
+    // Useful parts start at 0, 19, 38, 57 and, pulled back, at 72.
+    ASSERT_EQ(blocks.size(), 5u);
+    EXPECT_EQ(blocks[1].at<float>(6, 0),
+              static_cast<float>(in.at<TypeParam>(0, 19 - 6)) * kToUnit<TypeParam>);
+    EXPECT_EQ(blocks[4].at<float>(6, 6),
+              static_cast<float>(in.at<TypeParam>(0, 72)) * kToUnit<TypeParam>);
+    EXPECT_EQ(blocks[4].at<float>(6, 39),
+              static_cast<float>(in.at<TypeParam>(0, 99)) * kToUnit<TypeParam>);
+}
+
+TYPED_TEST(BlockProcP1, TaperLeavesTheUsefulPartOfALoadedBlockAsItIs) {
+    const cv::Mat in = noise<TypeParam>(150, 150);
+    CBlockProcP1 plain;
+    CBlockProcP1 periodic;
+    start(plain, in, cv::Mat(), Layout{96, 96, 16, 8, 0});
+    start(periodic, in, cv::Mat(), Layout{96, 96, 16, 8, 1});
+    const cv::Mat& loaded = *plain.nextBlock();
+    const cv::Mat& tapered = *periodic.nextBlock();
+    const cv::Rect useful(16, 16, 64, 64);
+    EXPECT_TRUE(sameImage(loaded(useful), tapered(useful)));
+    EXPECT_GT(cv::countNonZero(loaded != tapered), 3000);
+}
+
+TYPED_TEST(BlockProcP1, StoringSaturatesAndSurvivesWhatNoPixelHolds) {
+    using Limits = std::numeric_limits<TypeParam>;
+    const float infinity = std::numeric_limits<float>::infinity();
+    for (const auto& [value, expected] :
+         {std::pair<float, TypeParam>{infinity, Limits::max()},
+          {-infinity, Limits::min()},
+          {1e30f, Limits::max()},
+          {-1e30f, Limits::min()},
+          {std::numeric_limits<float>::quiet_NaN(), TypeParam{0}}}) {
+        const cv::Mat in = noise<TypeParam>(20, 20);
+        cv::Mat out(in.size(), in.type(), cv::Scalar::all(3));
+        walkThrough(in, out, Layout{64, 64, 8}, [value = value](cv::Mat& block, int) {
+            block.setTo(cv::Scalar(static_cast<double>(value)));
+        });
+        EXPECT_EQ(out.at<TypeParam>(7, 19), expected) << value;
+    }
+}
+
+TEST(BlockProcP1Blends, LastBlockIsPulledBackAndFadesInOverAllThatItShares) {
+    // 1000 columns, useful blocks of 224, step 195: a fifth block at 780 would end at 1004, so it
+    // starts at 776. Its neighbour ends at 585 + 224 = 809.
+    const cv::Mat in(3, 1000, CV_8UC1, cv::Scalar(0));
+    cv::Mat out(in.size(), in.type());
+    CBlockProcP1 walk;
+    start(walk, in, out, Layout{256, 256, 16, 8, 1});
+    EXPECT_EQ(walk.blocksAcross(), 5);
+    EXPECT_EQ(walk.blocksDown(), 1);
+    int blocks = 0;
+    for (cv::Mat* block = walk.nextBlock(); block != nullptr; block = walk.nextBlock()) {
+        block->setTo(++blocks < 5 ? 0.0 : 200.0 / 255.0);
+        walk.doneABlock();
+    }
+    EXPECT_EQ(blocks, 5);
+    EXPECT_EQ(out.at<std::uint8_t>(1, 775), 0);
+    for (int x = 776; x < 809; ++x) {
+        EXPECT_EQ(out.at<std::uint8_t>(1, x), std::lround(200.0 * (x - 775) / 34.0)) << x;
+    }
+    EXPECT_EQ(out.at<std::uint8_t>(1, 809), 200);
+    EXPECT_EQ(out.at<std::uint8_t>(1, 999), 200);
+}
+
+TEST(BlockProcP1Blends, ColumnsAreRoundedAfterTheFadeAndRowsTruncated) {
+    // Two blocks of 30 on 44 pixels share 16: black first, then 100.
+    const Layout layout{30, 30, 0, 16};
+    const auto paint = [](cv::Mat& block, int number) {
+        block.setTo(number == 0 ? 0.0 : 100.0 / 255.0);
+    };
+    cv::Mat across(4, 44, CV_8UC1);
+    ASSERT_EQ(walkThrough(across, across, layout, paint), 2);
+    cv::Mat down(44, 4, CV_8UC1);
+    ASSERT_EQ(walkThrough(down, down, layout, paint), 2);
+    for (int i = 0; i < 44; ++i) {
+        const float share = static_cast<float>(std::clamp((i - 13) / 17.0, 0.0, 1.0));
+        EXPECT_EQ(across.at<std::uint8_t>(2, i), std::lround(100 * share)) << i;
+        EXPECT_EQ(down.at<std::uint8_t>(i, 2),
+                  static_cast<int>(static_cast<float>(100 * static_cast<double>(share))))
+            << i;
+    }
+}
+
+TEST(BlockProcP1Blends, RowsOfBlocksThatOnlyTouchAreCopied) {
+    // Without an overlap the walk's step is the block: 30 and 30 on 60.
+    cv::Mat image(60, 4, CV_16SC1);
+    const auto paint = [](cv::Mat& block, int number) { block.setTo(number == 0 ? 0.25 : -0.5); };
+    ASSERT_EQ(walkThrough(image, image, Layout{30, 30, 0, 0}, paint), 2);
+    EXPECT_EQ(image.at<std::int16_t>(29, 0), 8192);
+    EXPECT_EQ(image.at<std::int16_t>(30, 0), -16384);
+}
+
+TEST(BlockProcP1Failures, OtherImageTypesAreRefused) {
+    for (const int type : {CV_8UC3, CV_16UC1, CV_32FC1, CV_8SC1}) {
+        const cv::Mat image(5, 5, type);
+        EXPECT_EQ(textOf([&] {
+                      walkUntouched(image, image, Layout{64, 64, 8});
+                  }),
+                  "CBlockProcP1::init - m_in.type() != CV_8UC1 && m_in.type() != CV_16SC1");
+    }
+}
+
+TEST(BlockProcP1Failures, OutputOfAnotherSizeOrTypeIsRefused) {
+    const cv::Mat in = noise<std::uint8_t>(5, 5);
+    EXPECT_EQ(textOf([&] {
+                  walkUntouched(in, noise<std::uint8_t>(5, 6), Layout{64, 64, 8});
+              }),
+              "CBlockProcP1::init - in and out is not the same size and out is not empty");
+    EXPECT_EQ(textOf([&] {
+                  walkUntouched(in, noise<std::int16_t>(5, 5), Layout{64, 64, 8});
+              }),
+              "CBlockProcP1::init - in and out are not of the same type");
+    EXPECT_EQ(textOf([&] {
+                  walkUntouched(in, in, Layout{64, 64, -1});
+              }),
+              "CBlockProcP1::init - border < 0");
+}
+
+TEST(BlockProcP1Failures, BlockWithoutImagePixelsIsRefused) {
+    constexpr auto kText = "CBlockProcP1::convertBlkDupBorder - roiSize < 1";
+    for (const cv::Size size : {cv::Size(0, 5), {5, 0}, {0, 0}}) {
+        const cv::Mat image(size, CV_8UC1);
+        EXPECT_EQ(textOf([&] { walkUntouched(image, image, Layout{64, 64, 8, 8, 1}); }), kText);
+    }
+    const cv::Mat in = noise<std::uint8_t>(50, 50);
+    for (const int border : {64, 65, 1000, 1000000000, std::numeric_limits<int>::max()}) {
+        EXPECT_EQ(textOf([&] {
+                      walkUntouched(in, cv::Mat(), Layout{64, 64, border, 8, 1});
+                  }),
+                  kText);
+    }
+}
+
+TEST(BlockProcP1Failures, MarginsOfAnotherImageTypeAreRefused) {
+    for (const int type : {CV_8UC1, CV_32FC3, CV_64FC1}) {
+        cv::Mat image(5, 5, type);
+        EXPECT_EQ(textOf([&] { CBlockProcP1::imageExtendBorder(image, 1, 1, 1, 1); }),
+                  "CBlockProcP1::imageExtendBorder - inOut.type()!=CV_32FC1");
+    }
+    cv::Mat image = (cv::Mat_<float>(3, 3) << 0, 0, 0, 0, 5, 0, 0, 0, 0);
+    EXPECT_EQ(CBlockProcP1::imageExtendBorder(image, 1, 1, 1, 1), 1);
+    EXPECT_EQ(cv::countNonZero(image != 5.0), 0);
+}
+
+TEST(BlockProcP1Failures, GapsBetweenBlocksAreRefused) {
+    const cv::Mat wide = noise<std::uint8_t>(100, 10);
+    const cv::Mat high = noise<std::uint8_t>(10, 100);
+    const Layout gaps{20, 20, 0, -8};
+    EXPECT_EQ(textOf([&] { walkUntouched(wide, wide.clone(), gaps); }),
+              "CBlockProcP1::doneABlock - ovlpX < 0");
+    EXPECT_EQ(textOf([&] { walkUntouched(wide, cv::Mat(), gaps); }),
+              "CBlockProcP1::doneABlock - ovlpX < 0");
+    EXPECT_EQ(textOf([&] { walkUntouched(high, high.clone(), gaps); }),
+              "CBlockProcP1::doneABlock - ovlpY < 0");
+}
+
+TEST(BlockProcP1Failures, EveryMarginEitherGivesTheImageBackOrIsRefused) {
+    for (int border = 0; border < 80; ++border) {
+        for (const auto& [width, height] : {std::pair{1, 1}, {9, 3}, {20, 64}, {70, 41}}) {
+            const cv::Mat in = noise<std::uint8_t>(width, height);
+            cv::Mat out(in.size(), in.type());
+            const std::string text = textOf([&] {
+                walkUntouched(in, out, Layout{64, 64, border, 8, 1});
+            });
+            if (border < 28) {
+                ASSERT_EQ(text, "") << border;
+            }
+            if (text.empty()) {
+                ASSERT_TRUE(sameImage(in, out)) << border;
+            } else {
+                ASSERT_EQ(text, border < 64 ? "CBlockProcP1::advance - step < 1"
+                                            : "CBlockProcP1::convertBlkDupBorder - roiSize < 1");
+            }
+        }
+    }
+}
+
+TEST(BlockProcP1Failures, BlockBeyondMemoryIsAnExceptionOfTheMatrixLibrary) {
+    const cv::Mat image = noise<std::uint8_t>(5, 5);
+    EXPECT_THROW(walkUntouched(image, image, Layout{1 << 29, 1 << 29, 8}), cv::Exception);
+}
+
+TEST(BlockProcP1, ObjectCanBeSetUpAgain) {
+    CBlockProcP1 walk;
+    for (const int size : {90, 30, 61}) {
+        const cv::Mat in = noise<std::uint8_t>(size, size);
+        cv::Mat out(in.size(), in.type());
+        start(walk, in, out, Layout{40, 40, 4, 8, 1});
+        while (walk.nextBlock() != nullptr) {
+            walk.doneABlock();
+        }
+        EXPECT_TRUE(sameImage(out, in));
+    }
+}
+
+TEST(BlockProcP1, UnstoredFirstBlockIsHandedOutAgain) {
+    const cv::Mat in = noise<std::uint8_t>(90, 20);
+    CBlockProcP1 walk;
+    start(walk, in, cv::Mat(), Layout{40, 40, 4});
+    const cv::Mat first = walk.nextBlock()->clone();
+    EXPECT_TRUE(sameImage(*walk.nextBlock(), first));
+}
+
+} // namespace
