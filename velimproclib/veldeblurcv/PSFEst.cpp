@@ -262,7 +262,10 @@ const cv::Mat& CPSFEst::computePSF() {
     // The normal matrix has no eigenvalue below the Tikhonov term and none above the trace. Where
     // the two are not too far apart, Cholesky gives the same kernel much faster.
     const bool wellConditioned = tikhonov > 0.0 && tikhonov >= kLeastTikhonovShare * trace;
-    if (!wellConditioned || !cv::solve(m_A, m_b, x, cv::DECOMP_CHOLESKY)) {
+    // Without equations the solution of least norm is zero; singular values would take as long as
+    // ever to say so.
+    const bool hasEquations = trace != 0.0;
+    if (hasEquations && (!wellConditioned || !cv::solve(m_A, m_b, x, cv::DECOMP_CHOLESKY))) {
         cv::solve(m_A, m_b, x, cv::DECOMP_SVD);
     }
     for (int i = 0; i < m_kW; ++i) {
