@@ -1,5 +1,6 @@
 // ornDeblurSharpen as a host meets it: through the shared library.
 #include "LoadedLibrary.h"
+#include "ProgressListener.h"
 
 #include <cmath>
 #include <limits>
@@ -10,6 +11,7 @@
 
 namespace {
 
+using vel::test::Listener;
 using vel::test::LoadedLibrary;
 
 constexpr float kNoSharpening = 1.0f;
@@ -25,23 +27,6 @@ struct Settings {
     float edgeFloor = 0.005f;
     float detailGain = 0.0f;
     float detailGamma = 0.0f;
-};
-
-/// Keeps what the callback was told, and cancels at the call of a given number (counted from 1).
-struct Listener {
-    std::vector<int32_t> heard;
-    std::vector<int32_t> limits;
-    std::size_t cancelAt = 0;
-
-    static int32_t listen(int32_t current, int32_t limit, void* userData) {
-        auto& self = *static_cast<Listener*>(userData);
-        self.heard.push_back(current);
-        self.limits.push_back(limit);
-        return self.heard.size() == self.cancelAt ? 0 : 7;
-    }
-    ProgressRecord record(int32_t total, int32_t limit, int32_t current = 0) {
-        return {total, limit, &Listener::listen, this, current};
-    }
 };
 
 class DeblurSharpen : public ::testing::Test {

@@ -1,4 +1,5 @@
 // The exported functions: a thin layer that opens the call frame and hands on.
+#include "velimproclib/frame/blurEstimate.h"
 #include "velimproclib/frame/CallFrame.h"
 #include "velimproclib/frame/createKernel.h"
 #include "velimproclib/frame/deblurSharpen.h"
@@ -12,6 +13,11 @@ int32_t ornDeblurSharpen(ProgressRecord* progress, ImageRecord* image, KernelRec
                                        edgeRadius,      edgeSlope,    edgeGain,    edgeFloor,
                                        detailGain,      detailGamma};
     return vel::runGuarded([&] { return vel::deblurSharpen(progress, image, kernel, settings); });
+}
+
+int32_t ornBlurEstimate(ProgressRecord* progress, PlaneRecord* image, KernelRecord* kernel,
+                        float strength) {
+    return vel::runGuarded([&] { return vel::blurEstimate(progress, image, kernel, strength); });
 }
 
 int32_t ornCreateKernel(int32_t type, float paramA, float paramB, KernelRecord* kernel) {
