@@ -21,10 +21,11 @@ TEST(Neighbourhoods, RowsBeyondTheIntegerRangeAreRefusedAndDoNotWrap) {
     EXPECT_EQ(kBadBorderStep, checkBorderStep(kMax, 4, kMax - 1, sizeof(float)));
 }
 
-TEST(Neighbourhoods, BytesAwayGoesBothWays) {
-    const float plane[6] = {};
-    EXPECT_EQ(&plane[5], bytesAway(&plane[2], 12));
-    EXPECT_EQ(&plane[0], bytesAway(&plane[2], -8));
+TEST(Neighbourhoods, AStepThatHoldsNoRowIsABadStepWhereNoBorderIsRead) {
+    EXPECT_EQ(kOk, checkRowStep(16, 4, sizeof(float)));
+    EXPECT_EQ(kBadStep, checkRowStep(15, 4, sizeof(float)));
+    constexpr std::int32_t kMax = std::numeric_limits<std::int32_t>::max();
+    EXPECT_EQ(kBadStep, checkRowStep(kMax, kMax, sizeof(float)));
 }
 
 } // namespace

@@ -14,6 +14,12 @@ TEST(Rows, RowIsStepBytesFurtherOnEachTime) {
     EXPECT_EQ(reinterpret_cast<std::uintptr_t>(rowAt(&plane[0], 7, 3)), start + 21);
 }
 
+TEST(Rows, BytesAwayGoesBothWays) {
+    const float plane[6] = {};
+    EXPECT_EQ(&plane[5], bytesAway(&plane[2], 12));
+    EXPECT_EQ(&plane[0], bytesAway(&plane[2], -8));
+}
+
 TEST(Rows, OffsetsBeyondTwoGigabytesDoNotWrap) {
     if constexpr (sizeof(void*) == 8) {
         const auto row = reinterpret_cast<std::uintptr_t>(

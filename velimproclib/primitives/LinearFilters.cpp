@@ -1,5 +1,6 @@
 #include "velimproclib/primitives/LinearFilters.h"
 
+#include "velimproclib/primitives/argumentChecks.h"
 #include "velimproclib/primitives/neighbourhoods.h"
 #include "velimproclib/primitives/rows.h"
 

@@ -1,5 +1,6 @@
 #include "velimproclib/primitives/MeanFilter.h"
 
+#include "velimproclib/primitives/argumentChecks.h"
 #include "velimproclib/primitives/neighbourhoods.h"
 #include "velimproclib/primitives/rows.h"
 
@@ -38,15 +39,16 @@ constexpr std::ptrdiff_t kBlock = 256;
 
 // The sums down the columns first, and then of these sums along the row.
 template <class Mean>
-void meanBlock(const std::uint8_t* src, std::ptrdiff_t step, std::uint8_t* HWY_RESTRICT dst,
+void meanBlock(const std::uint8_t* src, std::int64_t step, std::uint8_t* HWY_RESTRICT dst,
                std::ptrdiff_t w) {
     constexpr std::ptrdiff_t kRadius = Mean::kSide / 2;
     std::uint16_t columnSums[kBlock + Mean::kSide - 1];
-    const std::uint8_t* top = src - kRadius * step - kRadius;
+    const std::uint8_t* top = bytesAway(src, -kRadius * step - kRadius);
     for (std::ptrdiff_t x = 0; x < w + 2 * kRadius; ++x) {
         std::uint16_t sum = 0;
         for (std::ptrdiff_t y = 0; y < Mean::kSide; ++y) {
-            sum = static_cast<std::uint16_t>(sum + top[x + y * step]);
+            sum =
+                static_cast<std::uint16_t>(sum + rowAt(top, step, static_cast<std::size_t>(y))[x]);
         }
         columnSums[x] = sum;
     }
@@ -60,7 +62,7 @@ void meanBlock(const std::uint8_t* src, std::ptrdiff_t step, std::uint8_t* HWY_R
 }
 
 template <class Mean>
-void meanRow(const std::uint8_t* src, std::ptrdiff_t step, std::uint8_t* dst, std::ptrdiff_t w) {
+void meanRow(const std::uint8_t* src, std::int64_t step, std::uint8_t* dst, std::ptrdiff_t w) {
     for (std::ptrdiff_t x = 0; x < w; x += kBlock) {
         meanBlock<Mean>(src + x, step, dst + x, std::min(kBlock, w - x));
     }

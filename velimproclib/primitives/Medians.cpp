@@ -1,9 +1,9 @@
 #include "velimproclib/primitives/Medians.h"
 
+#include "velimproclib/primitives/argumentChecks.h"
 #include "velimproclib/primitives/neighbourhoods.h"
 #include "velimproclib/primitives/rows.h"
 
-#include <algorithm>
 #include <cstddef>
 
 #undef HWY_TARGET_INCLUDE
@@ -57,41 +57,39 @@ inline Pixel medianOf9(Sorted a, Sorted b, Sorted c) {
 }
 
 // `apart` is the distance between neighbours: 1 along a row, the step down a column.
-void medianRowOf3(const Pixel* src, std::ptrdiff_t apart, Pixel* HWY_RESTRICT dst,
-                  std::ptrdiff_t w) {
-    const Pixel* before = src - apart;
-    const Pixel* after = src + apart;
+void medianRowOf3(const Pixel* src, std::int64_t apart, Pixel* HWY_RESTRICT dst, std::ptrdiff_t w) {
+    const Pixel* before = bytesAway(src, -apart);
+    const Pixel* after = bytesAway(src, apart);
     for (std::ptrdiff_t x = 0; x < w; ++x) {
         dst[x] = medianOf3(before[x], src[x], after[x]);
     }
 }
 
-void medianRowOf5(const Pixel* src, std::ptrdiff_t apart, Pixel* HWY_RESTRICT dst,
-                  std::ptrdiff_t w) {
-    const Pixel* twoBefore = src - 2 * apart;
-    const Pixel* before = src - apart;
-    const Pixel* after = src + apart;
-    const Pixel* twoAfter = src + 2 * apart;
+void medianRowOf5(const Pixel* src, std::int64_t apart, Pixel* HWY_RESTRICT dst, std::ptrdiff_t w) {
+    const Pixel* twoBefore = bytesAway(src, -2 * apart);
+    const Pixel* before = bytesAway(src, -apart);
+    const Pixel* after = bytesAway(src, apart);
+    const Pixel* twoAfter = bytesAway(src, 2 * apart);
     for (std::ptrdiff_t x = 0; x < w; ++x) {
         dst[x] = medianOf5(twoBefore[x], before[x], src[x], after[x], twoAfter[x]);
     }
 }
 
-void medianRowOfSmallCross(const Pixel* src, std::ptrdiff_t step, Pixel* HWY_RESTRICT dst,
+void medianRowOfSmallCross(const Pixel* src, std::int64_t step, Pixel* HWY_RESTRICT dst,
                            std::ptrdiff_t w) {
-    const Pixel* above = src - step;
-    const Pixel* below = src + step;
+    const Pixel* above = bytesAway(src, -step);
+    const Pixel* below = bytesAway(src, step);
     for (std::ptrdiff_t x = 0; x < w; ++x) {
         dst[x] = medianOf5(above[x], src[x - 1], src[x], src[x + 1], below[x]);
     }
 }
 
-void medianRowOfLargeCross(const Pixel* src, std::ptrdiff_t step, Pixel* HWY_RESTRICT dst,
+void medianRowOfLargeCross(const Pixel* src, std::int64_t step, Pixel* HWY_RESTRICT dst,
                            std::ptrdiff_t w) {
-    const Pixel* twoAbove = src - 2 * step;
-    const Pixel* above = src - step;
-    const Pixel* below = src + step;
-    const Pixel* twoBelow = src + 2 * step;
+    const Pixel* twoAbove = bytesAway(src, -2 * step);
+    const Pixel* above = bytesAway(src, -step);
+    const Pixel* below = bytesAway(src, step);
+    const Pixel* twoBelow = bytesAway(src, 2 * step);
     for (std::ptrdiff_t x = 0; x < w; ++x) {
         const Sorted row = sorted(src[x - 1], src[x], src[x + 1]);
         const Sorted column = sorted(above[x], below[x], twoBelow[x]);
@@ -102,7 +100,7 @@ void medianRowOfLargeCross(const Pixel* src, std::ptrdiff_t step, Pixel* HWY_RES
 
 template <class MedianRow>
 void forEachRow(const Pixel* src, std::int32_t srcStep, Pixel* dst, std::int32_t dstStep,
-                std::int32_t w, std::int32_t h, std::ptrdiff_t apart, MedianRow medianRow) {
+                std::int32_t w, std::int32_t h, std::int64_t apart, MedianRow medianRow) {
     for (std::size_t y = 0; y < static_cast<std::size_t>(h); ++y) {
         medianRow(rowAt(src, srcStep, y), apart, rowAt(dst, dstStep, y), w);
     }
@@ -111,7 +109,7 @@ void forEachRow(const Pixel* src, std::int32_t srcStep, Pixel* dst, std::int32_t
 } // namespace
 
 void medianLine(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst,
-                std::int32_t dstStep, std::int32_t w, std::int32_t h, std::ptrdiff_t apart,
+                std::int32_t dstStep, std::int32_t w, std::int32_t h, std::int64_t apart,
                 std::int32_t length) {
     forEachRow(src, srcStep, dst, dstStep, w, h, apart, length == 3 ? medianRowOf3 : medianRowOf5);
 }
@@ -132,25 +130,20 @@ namespace {
 HWY_EXPORT(medianLine);
 HWY_EXPORT(medianCross);
 
-struct MaskWidths {
-    std::int32_t smallMask;
-    std::int32_t smallBorder;
-    std::int32_t largeMask;
-    std::int32_t largeBorder;
+struct Masks {
+    std::int32_t small;
+    std::int32_t large;
 };
 
-Status checkMedian(const std::uint8_t* src, std::int32_t srcStep, const std::uint8_t* dst,
-                   std::int32_t dstStep, std::int32_t w, std::int32_t h, std::int32_t mask,
-                   const MaskWidths& known) noexcept {
-    const Status status = checkArguments({src, dst}, {w, h}, {srcStep, dstStep});
-    if (status != kOk) {
-        return status;
-    }
-    if (mask != known.smallMask && mask != known.largeMask) {
-        return kBadMask;
-    }
-    const std::int32_t border = mask == known.smallMask ? known.smallBorder : known.largeBorder;
-    return checkBorderStep(srcStep, w, border, 1);
+Status checkMask(std::int32_t mask, const Masks& known) noexcept {
+    return mask == known.small || mask == known.large ? kOk : kBadMask;
+}
+
+/// For the masks that read 1 (the small one) or 2 pixels on either side of a row.
+Status checkWideMask(std::int32_t mask, const Masks& known, std::int32_t srcStep,
+                     std::int32_t w) noexcept {
+    const Status status = checkMask(mask, known);
+    return status != kOk ? status : checkBorderStep(srcStep, w, mask == known.small ? 2 : 4, 1);
 }
 
 } // namespace
@@ -158,9 +151,10 @@ Status checkMedian(const std::uint8_t* src, std::int32_t srcStep, const std::uin
 Status medianHorizU8(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst,
                      std::int32_t dstStep, std::int32_t w, std::int32_t h,
                      std::int32_t mask) noexcept {
-    const Status status =
-        checkMedian(src, srcStep, dst, dstStep, w, h, mask, {kMask31, 2, kMask51, 4});
-    if (status != kOk) {
+    if (const Status status = checkArguments({src, dst}, {w, h}, {srcStep, dstStep})) {
+        return status;
+    }
+    if (const Status status = checkWideMask(mask, {kMask31, kMask51}, srcStep, w)) {
         return status;
     }
     HWY_DYNAMIC_DISPATCH(medianLine)
@@ -171,9 +165,13 @@ Status medianHorizU8(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t
 Status medianVertU8(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst,
                     std::int32_t dstStep, std::int32_t w, std::int32_t h,
                     std::int32_t mask) noexcept {
-    const Status status =
-        checkMedian(src, srcStep, dst, dstStep, w, h, mask, {kMask13, 0, kMask15, 0});
-    if (status != kOk) {
+    if (const Status status = checkArguments({src, dst}, {w, h}, {srcStep, dstStep})) {
+        return status;
+    }
+    if (const Status status = checkRowStep(srcStep, w, 1)) {
+        return status;
+    }
+    if (const Status status = checkMask(mask, {kMask13, kMask15})) {
         return status;
     }
     HWY_DYNAMIC_DISPATCH(medianLine)
@@ -184,9 +182,10 @@ Status medianVertU8(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t*
 Status medianCrossU8(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst,
                      std::int32_t dstStep, std::int32_t w, std::int32_t h,
                      std::int32_t mask) noexcept {
-    const Status status =
-        checkMedian(src, srcStep, dst, dstStep, w, h, mask, {kMask33, 2, kMask55, 4});
-    if (status != kOk) {
+    if (const Status status = checkArguments({src, dst}, {w, h}, {srcStep, dstStep})) {
+        return status;
+    }
+    if (const Status status = checkWideMask(mask, {kMask33, kMask55}, srcStep, w)) {
         return status;
     }
     HWY_DYNAMIC_DISPATCH(medianCross)(src, srcStep, dst, dstStep, w, h, mask);

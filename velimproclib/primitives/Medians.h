@@ -8,9 +8,10 @@
 ///
 /// `src` points at the first pixel of the region, `w` by `h` pixels; the neighbours around the
 /// region are read and must exist. Source and target do not overlap; steps are bytes between rows.
-/// Result: `kOk`, `kNullPointer`, `kBadSize`, `kBadStep`, `kBadMask`, and `kBadBorderStep` when
-/// `srcStep` is shorter than a row with its border, complained of in that order; after a complaint
-/// nothing has been written. All are re-entrant and allocate nothing.
+/// Result: `kOk`, `kNullPointer`, `kBadSize`, `kBadStep` (of `medianVertU8`, which reads no pixels
+/// at the sides, also when `srcStep` is shorter than a row), `kBadMask`, and `kBadBorderStep` when
+/// `srcStep` of the others is shorter than a row with its border, complained of in that order;
+/// after a complaint nothing has been written. All are re-entrant and allocate nothing.
 namespace vel {
 
 /// Over 3 (`kMask31`) or 5 (`kMask51`) pixels of the row, the pixel in their middle.

@@ -1,10 +1,12 @@
 #include "velimproclib/primitives/Morphology.h"
 
+#include "velimproclib/primitives/argumentChecks.h"
 #include "velimproclib/primitives/neighbourhoods.h"
 #include "velimproclib/primitives/rows.h"
 
 #include <array>
 #include <cstddef>
+#include <initializer_list>
 #include <memory>
 #include <new>
 #include <utility>

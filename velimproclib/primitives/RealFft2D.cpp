@@ -1,6 +1,10 @@
 #include "velimproclib/primitives/RealFft2D.h"
 
+#include "velimproclib/primitives/rows.h"
+
 #include <algorithm>
+#include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <limits>
 #include <new>
@@ -60,7 +64,8 @@ void transposeSmallTile(SmallTile tile, RowAt rowAt, char* to, std::ptrdiff_t to
             float value;
             std::memcpy(&value, rowAt(r) + c * kFloatBytes, sizeof value);
             value *= factor;
-            std::memcpy(to + c * toStepBytes + r * kFloatBytes, &value, sizeof value);
+            std::memcpy(bytesAway(to, std::int64_t{toStepBytes} * c) + r * kFloatBytes, &value,
+                        sizeof value);
         }
     }
 }
@@ -169,7 +174,8 @@ inline void loadImageTile(const RowGroup& group, const float* firstRow, std::ptr
                           std::ptrdiff_t left) {
     const char* from = bytes(firstRow + left);
     char* to = bytes(group.memory.elements + left * kFftLanes);
-    const auto rowAt = [=](int row) HWY_ATTR { return from + row * stepBytes; };
+    const auto rowAt = [=](int row)
+                           HWY_ATTR { return bytesAway(from, std::int64_t{stepBytes} * row); };
     if (group.fillsTiles()) {
         transposeTile(rowAt, to, kLaneBytes, Unchanged());
         return;

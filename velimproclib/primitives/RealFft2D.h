@@ -1,6 +1,7 @@
 #pragma once
 
 #include "velimproclib/primitives/LaneFftPlan.h"
+#include "velimproclib/primitives/rows.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -77,7 +78,7 @@ public:
     /// same numbers in all blocks. `imageStepBytes` may be negative.
     void forwardRows(const float* image, std::ptrdiff_t imageStepBytes, int group, float* spectrum,
                      float* scratch) const {
-        forwardRowGroup(rowAt(image, imageStepBytes, group), imageStepBytes, group, spectrum,
+        forwardRowGroup(firstRowOf(image, imageStepBytes, group), imageStepBytes, group, spectrum,
                         scratch);
     }
 
@@ -95,7 +96,8 @@ public:
     /// image.
     void inverseRows(const float* spectrum, int group, float* image, std::ptrdiff_t imageStepBytes,
                      float* scratch) const {
-        inverseRowGroup(spectrum, group, const_cast<float*>(rowAt(image, imageStepBytes, group)),
+        inverseRowGroup(spectrum, group,
+                        const_cast<float*>(firstRowOf(image, imageStepBytes, group)),
                         imageStepBytes, scratch);
     }
 
@@ -118,10 +120,9 @@ public:
     };
 
 private:
-    static const float* rowAt(const float* image, std::ptrdiff_t stepBytes, int group) noexcept {
-        return reinterpret_cast<const float*>(reinterpret_cast<const char*>(image) +
-                                              stepBytes *
-                                                  (static_cast<std::ptrdiff_t>(group) * kLanes));
+    static const float* firstRowOf(const float* image, std::ptrdiff_t stepBytes,
+                                   int group) noexcept {
+        return bytesAway(image, std::int64_t{stepBytes} * group * kLanes);
     }
 
     int m_width;

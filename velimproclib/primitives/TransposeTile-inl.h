@@ -1,13 +1,16 @@
 // Included once for each processor variant.
 
-#if defined(VEL_PRIMITIVES_TRANSPOSE_TILE_INL_H) == defined(HWY_TARGET_TOGGLE)
-#ifdef VEL_PRIMITIVES_TRANSPOSE_TILE_INL_H
-#undef VEL_PRIMITIVES_TRANSPOSE_TILE_INL_H
+#if defined(VELORN_PRIMITIVES_TRANSPOSE_TILE_INL_H) == defined(HWY_TARGET_TOGGLE)
+#ifdef VELORN_PRIMITIVES_TRANSPOSE_TILE_INL_H
+#undef VELORN_PRIMITIVES_TRANSPOSE_TILE_INL_H
 #else
-#define VEL_PRIMITIVES_TRANSPOSE_TILE_INL_H
+#define VELORN_PRIMITIVES_TRANSPOSE_TILE_INL_H
 #endif
 
+#include "velimproclib/primitives/rows.h"
+
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <hwy/highway.h>
 
@@ -52,7 +55,8 @@ HWY_INLINE void transposeTile(RowAt rowAt, char* to, std::ptrdiff_t toStepBytes,
             float value;
             std::memcpy(&value, rowAt(row) + column * 4, sizeof value);
             value = hn::GetLane(change(hn::Set(d, value)));
-            std::memcpy(to + column * toStepBytes + row * 4, &value, sizeof value);
+            std::memcpy(bytesAway(to, std::int64_t{toStepBytes} * column) + row * 4, &value,
+                        sizeof value);
         }
     }
 #else
@@ -68,10 +72,11 @@ HWY_INLINE void transposeTile(RowAt rowAt, char* to, std::ptrdiff_t toStepBytes,
             const auto high01 = hn::BitCast(pairs, hn::InterleaveUpper(d, v0, v1));
             const auto low23 = hn::BitCast(pairs, hn::InterleaveLower(d, v2, v3));
             const auto high23 = hn::BitCast(pairs, hn::InterleaveUpper(d, v2, v3));
-            char* target = to + left * toStepBytes + top * 4;
+            char* target = bytesAway(to, std::int64_t{toStepBytes} * left) + top * 4;
             const auto put = [&](int column, auto columnPairs) HWY_ATTR {
                 hn::StoreU(change(hn::BitCast(d, columnPairs)), d,
-                           reinterpret_cast<float*>(target + column * toStepBytes));
+                           reinterpret_cast<float*>(
+                               bytesAway(target, std::int64_t{toStepBytes} * column)));
             };
             put(0, hn::InterleaveLower(pairs, low01, low23));
             put(1, hn::InterleaveUpper(pairs, low01, low23));

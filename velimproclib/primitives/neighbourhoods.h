@@ -1,6 +1,6 @@
 #pragma once
 
-#include "velimproclib/primitives/argumentChecks.h"
+#include "velimproclib/primitives/Status.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -19,11 +19,11 @@ namespace vel {
     return srcStep < rowBytes ? kBadBorderStep : kOk;
 }
 
-/// The pixel that stands `bytes` behind another one, in front of it when negative.
-template <class T>
-T* bytesAway(T* pixel, std::int64_t bytes) noexcept {
-    return reinterpret_cast<T*>(reinterpret_cast<std::uintptr_t>(pixel) +
-                                static_cast<std::uintptr_t>(bytes));
+/// `kBadStep` when a step cannot hold a row of the region, else `kOk`: for those that read no
+/// pixels at the sides.
+[[nodiscard]] inline Status checkRowStep(std::int32_t srcStep, std::int32_t w,
+                                         std::size_t pixelBytes) noexcept {
+    return checkBorderStep(srcStep, w, 0, pixelBytes) == kOk ? kOk : kBadStep;
 }
 
 } // namespace vel

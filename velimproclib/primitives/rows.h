@@ -15,15 +15,20 @@ struct [[gnu::packed]] Unaligned {
     T value;
 };
 
-/// Row `y` of the plane that starts at `base`; the product of step and row is taken in 64 bits.
-/// The pointer is only as aligned as the step leaves it: read and write through `Unaligned`, the
-/// unaligned vector loads, or bytes.
+/// The element that stands `bytes` behind another one, in front of it when negative. The pointer is
+/// only as aligned as the distance leaves it: read and write through `Unaligned`, the unaligned
+/// vector loads, or bytes.
 template <class T>
-T* rowAt(T* base, std::int32_t step, std::size_t y) noexcept {
-    const auto offset =
-        static_cast<std::ptrdiff_t>(static_cast<std::int64_t>(step) * static_cast<std::int64_t>(y));
-    return reinterpret_cast<T*>(reinterpret_cast<std::uintptr_t>(base) +
-                                static_cast<std::uintptr_t>(offset));
+T* bytesAway(T* element, std::int64_t bytes) noexcept {
+    return reinterpret_cast<T*>(reinterpret_cast<std::uintptr_t>(element) +
+                                static_cast<std::uintptr_t>(bytes));
+}
+
+/// Row `y` of the plane that starts at `base`, as `bytesAway` from it; the product of step and row
+/// is taken in 64 bits.
+template <class T>
+T* rowAt(T* base, std::int64_t step, std::size_t y) noexcept {
+    return bytesAway(base, step * static_cast<std::int64_t>(y));
 }
 
 template <class T>
