@@ -122,6 +122,29 @@ TEST(LinearFilters, FloatSumsAreCarriedInDouble) {
     EXPECT_EQ(1.0f, dst.at(0, 0));
 }
 
+TEST(LinearFilters, SumsBeyondTheRangeOfFloatsAreInfiniteOnEveryVariant) {
+    constexpr float kInfinity = std::numeric_limits<float>::infinity();
+    const float kernel[] = {2.0f};
+    for (const int w : {3, 64}) {
+        for (const float value : {3e38f, -3e38f}) {
+            BorderedPlane<float> src(w, 2, 1);
+            src.fill([&] { return value; });
+            forEachTarget([&] {
+                GuardedPlane<float> rows(w, 2);
+                GuardedPlane<float> columns(w, 2);
+                ASSERT_EQ(kOk, filterRowF32(src.data(), src.step(), rows.data(), rows.step(), w, 2,
+                                            kernel, 1, 0));
+                ASSERT_EQ(kOk, filterColumnF32(src.data(), src.step(), columns.data(),
+                                               columns.step(), w, 2, kernel, 1, 0));
+                for (int x = 0; x < w; ++x) {
+                    EXPECT_EQ(value > 0 ? kInfinity : -kInfinity, rows.at(x, 1));
+                    EXPECT_EQ(value > 0 ? kInfinity : -kInfinity, columns.at(x, 1));
+                }
+            });
+        }
+    }
+}
+
 TEST(LinearFilters, NotANumberSpreadsOverTheKernelOnly) {
     BorderedPlane<float> src(40, 3, kBorder);
     src.fill([] { return 1.0f; });
@@ -211,7 +234,7 @@ TEST(LinearFilters, RefusalsComeInOrderAndWriteNothing) {
     EXPECT_EQ(kBadStep, row(src.data(), 0, 4, 4, kernel, 7));
     EXPECT_EQ(kBadBorderStep, row(src.data(), 4 * 10 - 1, 4, 4, kernel, 7));
     EXPECT_EQ(kBadStep, filterRowF32(src.data(), 1, dst.data(), 0, 4, 4, kernel, 7, 3));
-    EXPECT_EQ(kBadBorderStep, filterColumnF32(src.data(), 15, dst.data(), 16, 4, 4, kernel, 7, 3));
+    EXPECT_EQ(kBadStep, filterColumnF32(src.data(), 15, dst.data(), 16, 4, 4, kernel, 7, 3));
     for (int y = 0; y < 4; ++y) {
         for (int x = 0; x < 4; ++x) {
             EXPECT_EQ(7.0f, dst.at(x, y));
@@ -225,6 +248,7 @@ TEST(LinearFilters, RefusalsComeInOrderAndWriteNothing) {
     EXPECT_EQ(kDivisorZero,
               filterColumnU8(bytes.data(), bytes.step(), byteDst.data(), 4, 4, 4, taps, 3, 1, 0));
     EXPECT_EQ(kBadBorderStep, filterRowU8(bytes.data(), 5, byteDst.data(), 4, 4, 4, taps, 3, 1, 0));
+    EXPECT_EQ(kBadStep, filterColumnU8(bytes.data(), 3, byteDst.data(), 4, 4, 4, taps, 3, 1, 0));
     EXPECT_EQ(kNullPointer, filterColumnU8(bytes.data(), 5, nullptr, 4, 4, 4, taps, 3, 1, 0));
 }
 

@@ -1,10 +1,10 @@
 // Included once for each processor variant; see LaneFftPlan.h for the plan.
 
-#if defined(VEL_PRIMITIVES_LANE_FFT_INL_H) == defined(HWY_TARGET_TOGGLE)
-#ifdef VEL_PRIMITIVES_LANE_FFT_INL_H
-#undef VEL_PRIMITIVES_LANE_FFT_INL_H
+#if defined(VELORN_PRIMITIVES_LANE_FFT_INL_H) == defined(HWY_TARGET_TOGGLE)
+#ifdef VELORN_PRIMITIVES_LANE_FFT_INL_H
+#undef VELORN_PRIMITIVES_LANE_FFT_INL_H
 #else
-#define VEL_PRIMITIVES_LANE_FFT_INL_H
+#define VELORN_PRIMITIVES_LANE_FFT_INL_H
 #endif
 
 #include "velimproclib/primitives/LaneFftPlan.h"

@@ -15,8 +15,10 @@
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
-#ifndef VELORN_LINEAR_FILTERS_COMMON
-#define VELORN_LINEAR_FILTERS_COMMON
+#include "velimproclib/primitives/floatRows-inl.h"
+
+#ifndef VELORN_PRIMITIVES_LINEAR_FILTERS_COMMON
+#define VELORN_PRIMITIVES_LINEAR_FILTERS_COMMON
 
 namespace vel {
 namespace {
@@ -42,8 +44,6 @@ const T* firstTap(const T* src, const Window& window) noexcept {
 HWY_BEFORE_NAMESPACE();
 namespace vel::HWY_NAMESPACE {
 namespace {
-
-namespace hn = hwy::HWY_NAMESPACE;
 
 // Where a pixel's window begins and how far apart its pixels are, and the taps that meet them.
 struct RowFilter {
@@ -89,10 +89,10 @@ void convolveBlock(const RowFilter& filter, std::size_t x, float* dst) {
         sum3 = hn::Add(sum3, hn::Mul(tap, pixel(3)));
         pixels = bytesAway(pixels, filter.tapStep);
     }
-    hn::StoreU(hn::DemoteTo(narrow, sum0), narrow, dst + x);
-    hn::StoreU(hn::DemoteTo(narrow, sum1), narrow, dst + x + lanes);
-    hn::StoreU(hn::DemoteTo(narrow, sum2), narrow, dst + x + 2 * lanes);
-    hn::StoreU(hn::DemoteTo(narrow, sum3), narrow, dst + x + 3 * lanes);
+    hn::StoreU(roundedToFloats(narrow, sum0), narrow, dst + x);
+    hn::StoreU(roundedToFloats(narrow, sum1), narrow, dst + x + lanes);
+    hn::StoreU(roundedToFloats(narrow, sum2), narrow, dst + x + 2 * lanes);
+    hn::StoreU(roundedToFloats(narrow, sum3), narrow, dst + x + 3 * lanes);
 }
 
 // The last block of a row is moved back to its end: it makes some pixels a second time.
@@ -205,9 +205,9 @@ Status checkFilter(Direction direction, const T* src, std::int32_t srcStep, cons
     if (status != kOk) {
         return status;
     }
-    const std::int64_t border =
-        direction == Direction::kRow ? static_cast<std::int64_t>(len) - 1 : 0;
-    return checkBorderStep(srcStep, w, border, sizeof(T));
+    return direction == Direction::kRow
+               ? checkBorderStep(srcStep, w, static_cast<std::int64_t>(len) - 1, sizeof(T))
+               : checkRowStep(srcStep, w, sizeof(T));
 }
 
 Status filterF32(Direction direction, const float* src, std::int32_t srcStep, float* dst,

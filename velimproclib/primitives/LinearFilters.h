@@ -10,15 +10,19 @@
 /// `kernel[len-1-k] * src[x - first + k]`, and the same with y down a column: the kernel is turned
 /// round, as a convolution demands, and its tap `anchor` meets the pixel itself. `src` points at
 /// the first pixel of the region; the `first` pixels before each row (column) and the `anchor`
-/// pixels behind it are read and must exist. The region is `w` by `h` pixels; source and target do
-/// not overlap. Steps are bytes between rows, of any alignment.
+/// pixels behind it are read and must exist. That `0 <= anchor < len` is the caller's duty and not
+/// checked: any other anchor moves the window off the pixel, by as much as it says. The region is
+/// `w` by `h` pixels; source and target do not overlap. Steps are bytes between rows, of any
+/// alignment.
 ///
-/// Result: `kOk`, `kNullPointer`, `kBadSize` (also for `len`), `kBadStep`, `kBadBorderStep` when
-/// `srcStep` is shorter than a row with its border, and `kDivisorZero`, complained of in that
-/// order; after a complaint nothing has been written. All are re-entrant and allocate nothing.
+/// Result: `kOk`, `kNullPointer`, `kBadSize` (also for `len`), `kBadStep` (of a column filter also
+/// when `srcStep` is shorter than a row), `kBadBorderStep` when `srcStep` of a row filter is
+/// shorter than a row with its border, and `kDivisorZero`, complained of in that order; after a
+/// complaint nothing has been written. All are re-entrant and allocate nothing.
 namespace vel {
 
-/// Accumulated in double in the order of k and rounded to float once.
+/// Accumulated in double in the order of k and rounded to float once; a sum beyond the range of
+/// floats gives infinity.
 Status filterRowF32(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep,
                     std::int32_t w, std::int32_t h, const float* kernel, std::int32_t len,
                     std::int32_t anchor) noexcept;

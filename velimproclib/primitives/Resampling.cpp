@@ -13,8 +13,8 @@
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
-#ifndef VELORN_RESAMPLING_COMMON
-#define VELORN_RESAMPLING_COMMON
+#ifndef VELORN_PRIMITIVES_RESAMPLING_COMMON
+#define VELORN_PRIMITIVES_RESAMPLING_COMMON
 
 namespace vel {
 namespace {

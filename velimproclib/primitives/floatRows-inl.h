@@ -1,10 +1,10 @@
 // Rows of floats through a function on vectors, for the kernels that are written with explicit
 // vectors. Included once for each processor variant.
-#if defined(VEL_PRIMITIVES_FLOAT_ROWS_INL_H) == defined(HWY_TARGET_TOGGLE)
-#ifdef VEL_PRIMITIVES_FLOAT_ROWS_INL_H
-#undef VEL_PRIMITIVES_FLOAT_ROWS_INL_H
+#if defined(VELORN_PRIMITIVES_FLOAT_ROWS_INL_H) == defined(HWY_TARGET_TOGGLE)
+#ifdef VELORN_PRIMITIVES_FLOAT_ROWS_INL_H
+#undef VELORN_PRIMITIVES_FLOAT_ROWS_INL_H
 #else
-#define VEL_PRIMITIVES_FLOAT_ROWS_INL_H
+#define VELORN_PRIMITIVES_FLOAT_ROWS_INL_H
 #endif
 
 #include <cstddef>
@@ -17,11 +17,17 @@ namespace vel::HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
 
 /// Rounds doubles to floats; those beyond the range of floats give infinity. `DemoteTo` would keep
-/// them finite where vectors are single numbers.
+/// them finite on the variants without vectors.
 template <class DF, class VD>
 HWY_INLINE hn::Vec<DF> roundedToFloats(DF d, VD v) {
-#if HWY_TARGET == HWY_SCALAR
-    return hn::Set(d, static_cast<float>(hn::GetLane(v)));
+#if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
+    HWY_ALIGN double wide[hn::MaxLanes(d)];
+    HWY_ALIGN float narrow[hn::MaxLanes(d)];
+    hn::Store(v, hn::Rebind<double, DF>(), wide);
+    for (std::size_t lane = 0; lane < hn::MaxLanes(d); ++lane) {
+        narrow[lane] = static_cast<float>(wide[lane]);
+    }
+    return hn::Load(d, narrow);
 #else
     return hn::DemoteTo(d, v);
 #endif
