@@ -1,5 +1,6 @@
 #include "velimproclib/images/FormatCodes.h"
 
+#include <cstdint>
 #include <gtest/gtest.h>
 #include <limits>
 
@@ -65,6 +66,11 @@ TEST(FormatCodes, RoundUpKeepsMultiplesOfSixteen) {
     EXPECT_EQ(roundUp16(1), 16);
     EXPECT_EQ(roundUp16(17), 32);
     EXPECT_EQ(roundUp16(31), 32);
+}
+
+TEST(FormatCodes, RoundUpHoldsUpToTheLargestMultipleOfSixteen) {
+    EXPECT_EQ(roundUp16(2147483617), 2147483632);
+    EXPECT_EQ(roundUp16(2147483632), 2147483632);
 }
 
 TEST(FormatCodes, RoundUpOfNegativeNumbersGoesOneMultipleTooFar) {

@@ -4,6 +4,7 @@
 
 #include "velimproclib/primitives/Memory.h"
 
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <gtest/gtest.h>
@@ -174,6 +175,14 @@ TEST(Image, ZeroWidthFallsBackToTheHeapWithSixteenByteRowsAndNoGuard) {
                   std::memset(image.m_base, 0x33, 11 * 16);
               }),
               0);
+}
+
+TEST(Image, StrideOnTheHeapIsAFullSixteenBytesMoreThanAMultipleOfSixteen) {
+    EXPECT_EQ(heapStride(0), 16);
+    EXPECT_EQ(heapStride(32), 48);
+    EXPECT_EQ(heapStride(128), 144);
+    EXPECT_EQ(heapStride(33), 48);
+    EXPECT_EQ(heapStride(std::numeric_limits<std::int32_t>::max()), 2147483648);
 }
 
 TEST(Image, NegativeWidthIsAnImageWithoutPixelsToo) {

@@ -91,15 +91,57 @@ TEST(ImagePlanes, ColourBytesWidenToFloats) {
     }
 }
 
-TEST(ImagePlanes, RefusalOfThePrimitiveIsRecordedInTheTarget) {
-    GIMG<unsigned char> plane(4, 4);
-    IMG3<unsigned char> colour(4, 4);
-    colour.shiftOrigin(4, 0);
-    imgPlaneToChannelU8(1, plane, colour);
-    EXPECT_EQ(colour.m_status, -6);
-    colour.resetRoi();
-    imgPlaneToChannelU8(1, plane, colour);
-    EXPECT_EQ(colour.m_status, 0);
+TEST(ImagePlanes, ColourBytesWidenOverTheTargetsRegionOnly) {
+    IMG3<unsigned char> src(kWidth, kHeight);
+    IMG<float, 3> dst(kWidth, kHeight);
+    IMG<float, 3> before(kWidth, kHeight);
+    fillWithNoise(src, 6);
+    fillWithNoise(dst, 7);
+    fillWithNoise(before, 7);
+    src.shiftOrigin(1, 0);
+    dst.shiftOrigin(4, 2);
+    imgConvertC3U8toF32(src, dst);
+    EXPECT_EQ(dst.m_status, 0);
+    EXPECT_EQ(src.m_status, 1);
+    src.resetRoi();
+    dst.resetRoi();
+    for (int y = 0; y < kHeight; ++y) {
+        for (int x = 0; x < 3 * kWidth; ++x) {
+            const bool written = y >= 2 && x >= 12;
+            EXPECT_EQ(dst.row(y)[x],
+                      written ? static_cast<float>(src.row(y - 2)[x - 9]) : before.row(y)[x]);
+        }
+    }
+}
+
+/// An empty region of the target is refused, the next success takes the refusal's place.
+template <class Source, class Target, class Helper>
+void expectStatusRecorded(Helper helper) {
+    Source src(4, 4);
+    Target dst(4, 4);
+    dst.shiftOrigin(4, 0);
+    helper(src, dst);
+    EXPECT_EQ(dst.m_status, -6);
+    EXPECT_EQ(src.m_status, 1);
+    dst.resetRoi();
+    helper(src, dst);
+    EXPECT_EQ(dst.m_status, 0);
+    EXPECT_EQ(src.m_status, 1);
+}
+
+TEST(ImagePlanes, StatusOfThePrimitiveIsRecordedInTheTargetByEveryHelper) {
+    using Grey = GIMG<unsigned char>;
+    using Colour = IMG3<unsigned char>;
+    expectStatusRecorded<Grey, Colour>(
+        [](const auto& src, auto& dst) { imgPlaneToChannelU8(1, src, dst); });
+    expectStatusRecorded<GIMG<short>, IMG3<short>>(
+        [](const auto& src, auto& dst) { imgPlaneToChannelS16(1, src, dst); });
+    expectStatusRecorded<Colour, Grey>(
+        [](const auto& src, auto& dst) { imgChannelToPlaneU8(1, src, dst); });
+    expectStatusRecorded<IMG3<short>, GIMG<short>>(
+        [](const auto& src, auto& dst) { imgChannelToPlaneS16(1, src, dst); });
+    expectStatusRecorded<Colour, IMG<float, 3>>(
+        [](const auto& src, auto& dst) { imgConvertC3U8toF32(src, dst); });
 }
 
 } // namespace

@@ -25,8 +25,10 @@ std::int32_t psBytesPerChannel(std::int32_t format) noexcept;
 /// Bytes of a pixel of the colour formats; 0 for grey and for invalid formats.
 std::int32_t psBytesPerPixelColor(std::int32_t format) noexcept;
 
-/// `n` when it is a multiple of 16, else `(n / 16 + 1) * 16` with the division truncating, which
-/// for positive `n` is the next multiple above.
+/// `n` when it is a multiple of 16, else `(n / 16 + 1) * 16` with the division truncating: the next
+/// multiple above for positive `n`, and for a negative one the second next, as -5 gives 16 and -20
+/// gives 0. `n` is at most 2147483632, the largest multiple of 16 that the result can hold; beyond
+/// it the result wraps to the lowest integer.
 std::int32_t roundUp16(std::int32_t n) noexcept;
 
 } // namespace vel

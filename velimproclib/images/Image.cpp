@@ -2,6 +2,7 @@
 
 #include "velimproclib/primitives/Memory.h"
 
+#include <cstddef>
 #include <cstdlib>
 #include <cstring>
 #include <exception>
@@ -54,8 +55,7 @@ void IMG<T, N>::allocate() {
 
 template <class T, int N>
 void IMG<T, N>::allocateFromHeap() {
-    // A full 16 bytes more even where the stride is a multiple of 16.
-    const std::int64_t step = (std::int64_t{m_step} / 16 + 1) * 16;
+    const std::int64_t step = heapStride(m_step);
     const std::uint64_t bytes =
         static_cast<std::uint64_t>(step) * (static_cast<std::uint64_t>(m_height) + 1);
     if (step <= kInt32Max && bytes <= std::numeric_limits<std::ptrdiff_t>::max()) {

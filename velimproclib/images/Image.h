@@ -38,6 +38,13 @@ struct GuardElement<short> {
     static constexpr Type kPattern = 0x6D6E;
 };
 
+/// The stride of an image on the general heap, from the one that the aligned allocator was asked
+/// for or, after it refused a size, from 0: `(step / 16 + 1) * 16` with the division truncating, a
+/// full 16 bytes more even where `step` is a multiple of 16.
+constexpr std::int64_t heapStride(std::int64_t step) noexcept {
+    return (step / 16 + 1) * 16;
+}
+
 /// An image of `N` interleaved elements `T` a pixel, owned or laid over somebody else's memory.
 ///
 /// An owned image has one row more than its height: the guard row. Row starts of an owned image are
@@ -65,9 +72,9 @@ struct IMG {
     std::int32_t m_status; ///< of the last primitive applied through the image; 1 before the first
 
     /// With `data` null, an image of its own: a stride that is a multiple of 32 from the aligned
-    /// allocator, or, when that refuses, the general heap with a stride of
-    /// `(stride / 16 + 1) * 16`. A size below 1 is such a refusal, with stride 0 before the step.
-    /// Otherwise `data` is wrapped with `step` as it stands, and must outlive the image.
+    /// allocator, or, when that refuses, the general heap with the `heapStride` of it. A size below
+    /// 1 is such a refusal, with stride 0. Otherwise `data` is wrapped with `step` as it stands,
+    /// and must outlive the image.
     /// @throws int 102 when there is no memory, or the sizes fit neither a 32-bit stride nor a
     /// guard row inside the block.
     IMG(std::int32_t width, std::int32_t height, void* data = nullptr, std::int32_t step = 0);
