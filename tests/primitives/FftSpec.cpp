@@ -2,22 +2,26 @@
 
 #include "tests/support/EachTarget.h"
 #include "tests/support/GuardedPlane.h"
+#include "tests/support/NothrowNewFails.h"
 #include "velimproclib/primitives/PackedSpectrum.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cmath>
 #include <complex>
+#include <cstdint>
 #include <gtest/gtest.h>
 #include <memory>
 #include <random>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace {
 
 using namespace vel;
-using vel::test::forEachTarget;
-using vel::test::GuardedPlane;
+using test::forEachTarget;
+using test::GuardedPlane;
 
 using Plane = GuardedPlane<float>;
 
@@ -266,6 +270,26 @@ TEST(FftSpec, LegalOrdersThatNoMemoryHoldsAreOutOfMemory) {
     FftSpec* spec = nullptr;
     EXPECT_EQ(fftInitAlloc(&spec, 30, 30, 2, 2), kOutOfMemory);
     EXPECT_EQ(spec, nullptr);
+}
+
+TEST(FftSpec, NoMemoryForAWorkBufferOfItsOwnIsAStatusAndNothingIsWritten) {
+    const SpecPtr spec = makeSpec(4, 3);
+    const Plane image = randomImage(16, 8);
+    Plane result(16, 8);
+    result.fill([] { return 7.0f; });
+    const Plane before = result;
+    std::vector<std::uint8_t> work(fftWorkBufferBytes(spec.get()));
+    const test::NothrowNewFails noMemory;
+    for (const auto transform : {fftFwdRealToPack, fftInvPackToReal}) {
+        EXPECT_EQ(transform(image.data(), image.step(), result.data(), result.step(), spec.get(),
+                            nullptr),
+                  kOutOfMemory);
+        EXPECT_TRUE(result.sameBits(before));
+        Plane withBuffer(16, 8);
+        EXPECT_EQ(transform(image.data(), image.step(), withBuffer.data(), withBuffer.step(),
+                            spec.get(), work.data()),
+                  kOk);
+    }
 }
 
 TEST(FftSpec, NullPointersComeBeforeEverythingElse) {

@@ -1,10 +1,14 @@
 #include "velimproclib/primitives/PackedSpectrum.h"
 
+#include "tests/support/CheckOrder.h"
 #include "tests/support/EachTarget.h"
 #include "tests/support/GuardedPlane.h"
+#include "tests/support/PlaneShapes.h"
 
 #include <cmath>
 #include <complex>
+#include <cstddef>
+#include <cstdint>
 #include <gtest/gtest.h>
 #include <limits>
 #include <random>
@@ -14,8 +18,8 @@
 namespace {
 
 using namespace vel;
-using vel::test::forEachTarget;
-using vel::test::GuardedPlane;
+using test::forEachTarget;
+using test::GuardedPlane;
 
 using Plane = GuardedPlane<float>;
 using Complex = std::complex<float>;
@@ -191,6 +195,19 @@ TEST(PackedSpectrum, MulPackConjMayWriteOverEitherOperand) {
     });
 }
 
+Plane magnitudesByDefinition(const Plane& packed) {
+    Plane result(packed.width(), packed.height());
+    return test::mapped(result, [&](float, int u, int v) {
+        const Slots slots = slotsOf(v, u, packed.width(), packed.height());
+        const float re = packed.at(slots.reX, slots.reY);
+        if (slots.imX < 0) {
+            return std::fabs(re);
+        }
+        const float im = packed.at(slots.imX, slots.imY);
+        return std::sqrt(re * re + im * im);
+    });
+}
+
 TEST(PackedSpectrum, MagnitudePackGivesOneValueForEveryFrequency) {
     forEachTarget([] {
         for (const auto& [w, h] : kSizes) {
@@ -200,18 +217,7 @@ TEST(PackedSpectrum, MagnitudePackGivesOneValueForEveryFrequency) {
             ASSERT_EQ(
                 magnitudePack(packed.data(), packed.step(), result.data(), result.step(), w, h),
                 kOk);
-            for (int v = 0; v < h; ++v) {
-                for (int u = 0; u < w; ++u) {
-                    const Slots slots = slotsOf(v, u, w, h);
-                    const float re = packed.at(slots.reX, slots.reY);
-                    float expected = std::fabs(re);
-                    if (slots.imX >= 0) {
-                        const float im = packed.at(slots.imX, slots.imY);
-                        expected = std::sqrt(re * re + im * im);
-                    }
-                    ASSERT_EQ(result.at(u, v), expected) << v << ", " << u;
-                }
-            }
+            EXPECT_TRUE(result.sameBits(magnitudesByDefinition(packed)));
             EXPECT_TRUE(result.intact());
         }
     });
@@ -315,6 +321,9 @@ TEST(PackedSpectrum, AddComplexAddsPartByPart) {
             const Plane expected = pairwise(a, b, sum);
             EXPECT_TRUE(result.sameBits(expected)) << w << " by " << h;
             EXPECT_TRUE(result.intact());
+            Plane overA = a;
+            addComplex(overA.data(), a.step(), b.data(), b.step(), overA.data(), a.step(), w, h);
+            EXPECT_TRUE(overA.sameBits(expected)) << w << " by " << h;
             Plane overB = b;
             addComplex(a.data(), a.step(), overB.data(), b.step(), overB.data(), b.step(), w, h);
             EXPECT_TRUE(overB.sameBits(expected)) << w << " by " << h;
@@ -344,60 +353,84 @@ TEST(PackedSpectrum, MulConstComplexMultipliesByOneComplexNumber) {
     });
 }
 
-/// Calls `operation(pointers valid?, w, h, step)` in ways that must be refused, pointers first,
-/// then sizes, then steps.
-template <class Operation>
-void expectChecksInOrder(int pointers, int steps, Operation operation) {
-    std::vector<bool> valid(3, true);
-    std::vector<int> step(3, 64);
-    for (int p = 0; p < pointers; ++p) {
-        valid.assign(3, true);
-        valid[static_cast<std::size_t>(p)] = false;
-        step.assign(3, 0);
-        EXPECT_EQ(operation(valid, 0, 4, step), kNullPointer);
-    }
-    valid.assign(3, true);
-    step.assign(3, 0);
-    EXPECT_EQ(operation(valid, 0, 4, step), kBadSize);
-    EXPECT_EQ(operation(valid, 4, -1, step), kBadSize);
-    for (int s = 0; s < steps; ++s) {
-        step.assign(3, 64);
-        step[static_cast<std::size_t>(s)] = s == 0 ? 0 : -64;
-        EXPECT_EQ(operation(valid, 4, 4, step), kBadStep);
-    }
+/// A third of the values are NaN or infinities of both signs.
+Plane oddPlane(int width, int height, unsigned seed) {
+    constexpr float kInfinity = std::numeric_limits<float>::infinity();
+    Plane plane = randomPlane(width, height, seed);
+    std::mt19937 random(seed);
+    return test::mapped(plane, [&](float v, int, int) {
+        switch (random() % 9) {
+        case 0:
+            return std::numeric_limits<float>::quiet_NaN();
+        case 1:
+            return kInfinity;
+        case 2:
+            return -kInfinity;
+        default:
+            return v;
+        }
+    });
 }
 
-TEST(PackedSpectrum, ChecksPointersThenSizesThenStepsAndWritesNothing) {
-    Plane a(16, 4);
-    Plane b(16, 4);
-    Plane dst(16, 4);
-    dst.fill([] { return 3.0f; });
-    const Plane before = dst;
-    const auto orNull = [](Plane& plane, bool valid) { return valid ? plane.data() : nullptr; };
-    const auto unary = [&](auto operation) {
-        return [&, operation](const std::vector<bool>& ok, int w, int h,
-                              const std::vector<int>& step) {
-            return operation(orNull(a, ok[0]), step[0], orNull(dst, ok[1]), step[1], w, h);
-        };
-    };
-    const auto binary = [&](auto operation) {
-        return [&, operation](const std::vector<bool>& ok, int w, int h,
-                              const std::vector<int>& step) {
-            return operation(orNull(a, ok[0]), step[0], orNull(b, ok[1]), step[1],
-                             orNull(dst, ok[2]), step[2], w, h);
-        };
-    };
-    expectChecksInOrder(2, 2, unary(packToComplex));
-    expectChecksInOrder(2, 2, unary(complexToPack));
-    expectChecksInOrder(2, 2, unary(magnitudePack));
-    expectChecksInOrder(3, 3, binary(mulPackConj));
-    expectChecksInOrder(3, 3, binary(divComplex));
-    expectChecksInOrder(3, 3, binary(addComplex));
-    expectChecksInOrder(
-        2, 2, unary([](const float* src, int srcStep, float* to, int toStep, int w, int h) {
-            return mulConstComplex(src, srcStep, 1.0f, 0.0f, to, toStep, w, h);
-        }));
-    EXPECT_TRUE(dst.sameBits(before));
+TEST(PackedSpectrum, NaNAndInfinitiesSpreadToTheirOwnFrequencyOnly) {
+    forEachTarget([] {
+        for (const auto& [w, h] : kSizes) {
+            SCOPED_TRACE(testing::Message() << w << " by " << h);
+            const Plane a = oddPlane(w, h, 15);
+            const Plane b = oddPlane(w, h, 16);
+            Plane product(w, h);
+            EXPECT_EQ(mulPackConj(a.data(), a.step(), b.data(), b.step(), product.data(),
+                                  product.step(), w, h),
+                      kOk);
+            EXPECT_TRUE(test::sameFloats(product, productByDefinition(a, b)));
+            Plane magnitudes(w, h);
+            EXPECT_EQ(magnitudePack(a.data(), a.step(), magnitudes.data(), magnitudes.step(), w, h),
+                      kOk);
+            EXPECT_TRUE(test::sameFloats(magnitudes, magnitudesByDefinition(a)));
+        }
+    });
+}
+
+TEST(PackedSpectrum, QuotientsOfNaNAndInfinitiesAreWhatTheFormulaGivesAndNoWarning) {
+    forEachTarget([] {
+        for (const auto& [w, h] : kSizes) {
+            SCOPED_TRACE(testing::Message() << w << " by " << h);
+            const Plane a = oddPlane(2 * w, h, 17);
+            const Plane b = oddPlane(2 * w, h, 18);
+            Plane result(2 * w, h);
+            EXPECT_EQ(divComplex(a.data(), a.step(), b.data(), b.step(), result.data(),
+                                 result.step(), w, h),
+                      kOk);
+            EXPECT_TRUE(test::sameFloats(result, pairwise(a, b, quotient)));
+        }
+    });
+}
+
+using Unary = Status (*)(const float*, std::int32_t, float*, std::int32_t, std::int32_t,
+                         std::int32_t) noexcept;
+using Binary = Status (*)(const float*, std::int32_t, const float*, std::int32_t, float*,
+                          std::int32_t, std::int32_t, std::int32_t) noexcept;
+
+TEST(PackedSpectrum, EveryRoutineChecksPointersThenSizesThenStepsAndWritesNothing) {
+    using Arguments = test::CheckedArguments;
+    for (const Unary routine : {packToComplex, complexToPack, magnitudePack}) {
+        test::expectChecksInOrder({"of one", 2, 2, 2, [routine](const Arguments& g) {
+                                       return routine(g.at<float>(0), g.steps[0], g.at<float>(1),
+                                                      g.steps[1], g.sizes[0], g.sizes[1]);
+                                   }});
+    }
+    for (const Binary routine : {mulPackConj, divComplex, addComplex}) {
+        test::expectChecksInOrder({"of two", 3, 2, 3, [routine](const Arguments& g) {
+                                       return routine(g.at<float>(0), g.steps[0], g.at<float>(1),
+                                                      g.steps[1], g.at<float>(2), g.steps[2],
+                                                      g.sizes[0], g.sizes[1]);
+                                   }});
+    }
+    test::expectChecksInOrder({"mulConstComplex", 2, 2, 2, [](const Arguments& g) {
+                                   return mulConstComplex(g.at<float>(0), g.steps[0], 1.0f, 0.0f,
+                                                          g.at<float>(1), g.steps[1], g.sizes[0],
+                                                          g.sizes[1]);
+                               }});
 }
 
 } // namespace

@@ -7,6 +7,8 @@
 #include <atomic>
 #include <cmath>
 #include <complex>
+#include <cstddef>
+#include <cstring>
 #include <fftw3.h>
 #include <gtest/gtest.h>
 #include <hwy/aligned_allocator.h>
@@ -14,13 +16,14 @@
 #include <new>
 #include <random>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace {
 
-using vel::RealFft2D;
-using vel::test::forEachTarget;
-using vel::test::GuardedPlane;
+using namespace vel;
+using test::forEachTarget;
+using test::GuardedPlane;
 
 using Plane = GuardedPlane<float>;
 using Spectrum = std::vector<std::complex<double>>; // rows of w/2 + 1 (1 for w = 1)

@@ -4,9 +4,11 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <exception>
-#include <hwy/aligned_allocator.h>
+#include <memory>
 #include <new>
 
 #undef HWY_TARGET_INCLUDE
@@ -21,44 +23,26 @@ namespace {
 namespace hn = hwy::HWY_NAMESPACE;
 using PairTag = HWY_CAPPED(float, RealFft2D::kLanes);
 
-constexpr int kBlockLanes = RealFft2D::kLanes;
 constexpr int kVectorLanes = static_cast<int>(hn::MaxLanes(PairTag()));
 
-#if HWY_TARGET == HWY_SCALAR
-// Its vector loads and stores ask for the alignment of a float, which a caller's step may break.
-void putPairs(const float* re, float* to) {
-    for (int lane = 0; lane < kBlockLanes; ++lane) {
-        unaligned(to)[2 * lane].value = re[lane];
-        unaligned(to)[2 * lane + 1].value = re[kBlockLanes + lane];
-    }
-}
-
-void takePairs(const float* from, float* re) {
-    for (int lane = 0; lane < kBlockLanes; ++lane) {
-        re[lane] = unaligned(from)[2 * lane].value;
-        re[kBlockLanes + lane] = unaligned(from)[2 * lane + 1].value;
-    }
-}
-#else
 HWY_INLINE void putPairs(const float* re, float* to) {
     const PairTag d;
-    for (int lane = 0; lane < kBlockLanes; lane += kVectorLanes) {
-        hn::StoreInterleaved2(hn::Load(d, re + lane), hn::Load(d, re + kBlockLanes + lane), d,
+    for (int lane = 0; lane < RealFft2D::kLanes; lane += kVectorLanes) {
+        hn::StoreInterleaved2(hn::Load(d, re + lane), hn::Load(d, re + RealFft2D::kLanes + lane), d,
                               to + 2 * lane);
     }
 }
 
 HWY_INLINE void takePairs(const float* from, float* re) {
     const PairTag d;
-    for (int lane = 0; lane < kBlockLanes; lane += kVectorLanes) {
+    for (int lane = 0; lane < RealFft2D::kLanes; lane += kVectorLanes) {
         hn::Vec<PairTag> realPart;
         hn::Vec<PairTag> imaginaryPart;
         hn::LoadInterleaved2(d, from + 2 * lane, realPart, imaginaryPart);
         hn::Store(realPart, d, re + lane);
-        hn::Store(imaginaryPart, d, re + kBlockLanes + lane);
+        hn::Store(imaginaryPart, d, re + RealFft2D::kLanes + lane);
     }
 }
-#endif
 
 } // namespace
 
@@ -89,14 +73,13 @@ HWY_EXPORT(unpackFullBlock);
 namespace {
 
 constexpr std::size_t kAlignment = 64;
-constexpr int kLanes = RealFft2D::kLanes;
-constexpr int kRowFloats = RealFft2D::kRowFloats;
 
-bool isSpec(const FftSpec* spec) {
+bool isSpec(const FftSpec* spec) noexcept {
     return spec->magic == FftSpec::kMagic;
 }
 
-Status check(const float* src, int srcStep, const float* dst, int dstStep, const FftSpec* spec) {
+Status check(const float* src, std::int32_t srcStep, const float* dst, std::int32_t dstStep,
+             const FftSpec* spec) noexcept {
     if (src == nullptr || dst == nullptr || spec == nullptr) {
         return kNullPointer;
     }
@@ -114,7 +97,7 @@ class WorkSpace {
 public:
     WorkSpace(const FftSpec& spec, std::uint8_t* given) {
         if (given == nullptr) {
-            m_own = hwy::AllocateAligned<std::uint8_t>(fftWorkBufferBytes(&spec));
+            m_own.reset(new (std::nothrow) std::uint8_t[fftWorkBufferBytes(&spec)]);
             given = m_own.get();
         }
         if (given != nullptr) {
@@ -133,7 +116,7 @@ public:
     }
 
 private:
-    hwy::AlignedFreeUniquePtr<std::uint8_t[]> m_own;
+    std::unique_ptr<std::uint8_t[]> m_own;
     float* m_spectrum = nullptr;
     float* m_scratch = nullptr;
 };
@@ -141,10 +124,10 @@ private:
 /// Lanes of block `index` that hold complex columns stored as pairs along the rows: first and end.
 struct PairLanes {
     PairLanes(const RealFft2D& fft, int index)
-        : first(index == 0 ? 1 : 0), end(std::min(fft.width() / 2, kLanes)),
-          packedColumn(2 * (index * kLanes + first) - 1) {}
+        : first(index == 0 ? 1 : 0), end(std::min(fft.width() / 2, RealFft2D::kLanes)),
+          packedColumn(2 * (index * RealFft2D::kLanes + first) - 1) {}
 
-    bool full() const { return end - first == kLanes; }
+    bool full() const { return end - first == RealFft2D::kLanes; }
     std::size_t bytes() const {
         return static_cast<std::size_t>(std::max(end - first, 0)) * 2 * sizeof(float);
     }
@@ -160,11 +143,12 @@ void packPairs(const RealFft2D& fft, int index, const float* block, const FloatP
         HWY_DYNAMIC_DISPATCH(packFullBlock)(fft, block, packed, lanes.packedColumn);
         return;
     }
-    std::array<float, kRowFloats> pairs;
-    for (int row = 0; row < fft.height() && lanes.bytes() > 0; ++row, block += kRowFloats) {
-        for (std::size_t lane = 0; lane < kLanes; ++lane) {
+    std::array<float, RealFft2D::kRowFloats> pairs;
+    for (int row = 0; row < fft.height() && lanes.bytes() > 0;
+         ++row, block += RealFft2D::kRowFloats) {
+        for (std::size_t lane = 0; lane < RealFft2D::kLanes; ++lane) {
             pairs[2 * lane] = block[lane];
-            pairs[2 * lane + 1] = block[kLanes + lane];
+            pairs[2 * lane + 1] = block[RealFft2D::kLanes + lane];
         }
         std::memcpy(packed.at(lanes.packedColumn, fft.frequencyOf(row)),
                     pairs.data() + 2 * lanes.first, lanes.bytes());
@@ -177,15 +161,15 @@ void unpackPairs(const RealFft2D& fft, int index, const FloatPlane& packed, floa
         HWY_DYNAMIC_DISPATCH(unpackFullBlock)(fft, packed, lanes.packedColumn, block);
         return;
     }
-    std::array<float, kRowFloats> pairs{};
-    for (int row = 0; row < fft.height(); ++row, block += kRowFloats) {
+    std::array<float, RealFft2D::kRowFloats> pairs{};
+    for (int row = 0; row < fft.height(); ++row, block += RealFft2D::kRowFloats) {
         if (lanes.bytes() > 0) {
             std::memcpy(pairs.data() + 2 * lanes.first,
                         packed.at(lanes.packedColumn, fft.frequencyOf(row)), lanes.bytes());
         }
-        for (std::size_t lane = 0; lane < kLanes; ++lane) {
+        for (std::size_t lane = 0; lane < RealFft2D::kLanes; ++lane) {
             block[lane] = pairs[2 * lane];
-            block[kLanes + lane] = pairs[2 * lane + 1];
+            block[RealFft2D::kLanes + lane] = pairs[2 * lane + 1];
         }
     }
 }
@@ -197,7 +181,8 @@ void forEachRealColumnSlot(const RealFft2D& fft, Visit visit) {
     const int h = fft.height();
     const int columns = std::min(fft.width(), 2);
     const auto indexOf = [&](int v, int part) {
-        return fft.rowOf(v) * kRowFloats + static_cast<std::size_t>(part * kLanes);
+        return fft.rowOf(v) * RealFft2D::kRowFloats +
+               static_cast<std::size_t>(part * RealFft2D::kLanes);
     };
     for (int second = 0; second < columns; ++second) {
         const int x = second * (fft.width() - 1);
@@ -225,7 +210,8 @@ void unpackRealColumns(const RealFft2D& fft, const FloatPlane& packed, float* bl
 
 } // namespace
 
-Status fftInitAlloc(FftSpec** spec, int orderX, int orderY, int /*flag*/, int /*hint*/) {
+Status fftInitAlloc(FftSpec** spec, std::int32_t orderX, std::int32_t orderY, std::int32_t /*flag*/,
+                    std::int32_t /*hint*/) noexcept {
     if (spec == nullptr) {
         return kNullPointer;
     }
@@ -240,19 +226,20 @@ Status fftInitAlloc(FftSpec** spec, int orderX, int orderY, int /*flag*/, int /*
     return kOk;
 }
 
-Status fftFree(FftSpec* spec) {
+Status fftFree(FftSpec* spec) noexcept {
     if (spec == nullptr) {
         return kNullPointer;
     }
     if (!isSpec(spec)) {
         return kBadFftSpec;
     }
-    spec->magic = 0;
+    // A plain store to memory that is freed next would be dropped.
+    static_cast<volatile std::uint32_t&>(spec->magic) = 0;
     delete spec;
     return kOk;
 }
 
-std::size_t fftWorkBufferBytes(const FftSpec* spec) {
+std::size_t fftWorkBufferBytes(const FftSpec* spec) noexcept {
     if (spec == nullptr || !isSpec(spec)) {
         return 0;
     }
@@ -260,8 +247,8 @@ std::size_t fftWorkBufferBytes(const FftSpec* spec) {
            1;
 }
 
-Status fftFwdRealToPack(const float* src, int srcStep, float* dst, int dstStep, const FftSpec* spec,
-                        std::uint8_t* workBuf) {
+Status fftFwdRealToPack(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep,
+                        const FftSpec* spec, std::uint8_t* workBuf) noexcept {
     if (const Status status = check(src, srcStep, dst, dstStep, spec); status != kOk) {
         return status;
     }
@@ -285,8 +272,8 @@ Status fftFwdRealToPack(const float* src, int srcStep, float* dst, int dstStep, 
     return kOk;
 }
 
-Status fftInvPackToReal(const float* src, int srcStep, float* dst, int dstStep, const FftSpec* spec,
-                        std::uint8_t* workBuf) {
+Status fftInvPackToReal(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep,
+                        const FftSpec* spec, std::uint8_t* workBuf) noexcept {
     if (const Status status = check(src, srcStep, dst, dstStep, spec); status != kOk) {
         return status;
     }

@@ -1,6 +1,7 @@
 #include "velimproclib/primitives/LaneFftPlan.h"
 
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
 #include <numbers>
 #include <utility>

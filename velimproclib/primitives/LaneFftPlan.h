@@ -34,7 +34,8 @@ private:
 /// by exp(-2 pi i j k / n). The inverse takes the passes in the opposite order, with the conjugate
 /// factors on the operands.
 struct LaneFftPlan {
-    /// @throws std::bad_alloc when the tables do not fit in memory.
+    /// @throws std::bad_alloc when the tables do not fit in memory, std::length_error when one is
+    /// longer than a vector can be: both are std::exception.
     explicit LaneFftPlan(int log2Length);
 
     std::size_t length;

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <limits>
 
@@ -57,7 +58,8 @@ HWY_INLINE void combineRow(const char* a, const char* b, char* dst, std::ptrdiff
     HWY_ALIGN float left[2 * kPiece];
     HWY_ALIGN float right[2 * kPiece];
     HWY_ALIGN float result[2 * kPiece];
-    // What stands beyond a short piece is computed and thrown away; ones are harmless there.
+    // What stands beyond a short piece is computed and thrown away. Ones are harmless there, and so
+    // are values of the piece before: divPairsRow has already counted the zeros among them.
     std::fill_n(left, 2 * kPiece, 1.0f);
     std::fill_n(right, 2 * kPiece, 1.0f);
     for (std::ptrdiff_t first = 0; first < count; first += kPiece) {
@@ -186,7 +188,8 @@ void putPair(const FloatPlane& plane, std::ptrdiff_t u, int v, float re, float i
 
 } // namespace
 
-Status packToComplex(const float* src, int srcStep, float* dst, int dstStep, int w, int h) {
+Status packToComplex(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep,
+                     std::int32_t w, std::int32_t h) noexcept {
     if (const Status status = checkArguments({src, dst}, {w, h}, {srcStep, dstStep});
         status != kOk) {
         return status;
@@ -215,7 +218,8 @@ Status packToComplex(const float* src, int srcStep, float* dst, int dstStep, int
     return kOk;
 }
 
-Status complexToPack(const float* src, int srcStep, float* dst, int dstStep, int w, int h) {
+Status complexToPack(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep,
+                     std::int32_t w, std::int32_t h) noexcept {
     if (const Status status = checkArguments({src, dst}, {w, h}, {srcStep, dstStep});
         status != kOk) {
         return status;
@@ -237,8 +241,8 @@ Status complexToPack(const float* src, int srcStep, float* dst, int dstStep, int
     return kOk;
 }
 
-Status mulPackConj(const float* a, int aStep, const float* b, int bStep, float* dst, int dstStep,
-                   int w, int h) {
+Status mulPackConj(const float* a, std::int32_t aStep, const float* b, std::int32_t bStep,
+                   float* dst, std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept {
     if (const Status status = checkArguments({a, b, dst}, {w, h}, {aStep, bStep, dstStep});
         status != kOk) {
         return status;
@@ -265,7 +269,8 @@ Status mulPackConj(const float* a, int aStep, const float* b, int bStep, float* 
     return kOk;
 }
 
-Status magnitudePack(const float* src, int srcStep, float* dst, int dstStep, int w, int h) {
+Status magnitudePack(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep,
+                     std::int32_t w, std::int32_t h) noexcept {
     if (const Status status = checkArguments({src, dst}, {w, h}, {srcStep, dstStep});
         status != kOk) {
         return status;
@@ -290,8 +295,8 @@ Status magnitudePack(const float* src, int srcStep, float* dst, int dstStep, int
     return kOk;
 }
 
-Status divComplex(const float* a, int aStep, const float* b, int bStep, float* dst, int dstStep,
-                  int w, int h) {
+Status divComplex(const float* a, std::int32_t aStep, const float* b, std::int32_t bStep,
+                  float* dst, std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept {
     if (const Status status = checkArguments({a, b, dst}, {w, h}, {aStep, bStep, dstStep});
         status != kOk) {
         return status;
@@ -307,8 +312,8 @@ Status divComplex(const float* a, int aStep, const float* b, int bStep, float* d
     return zero ? kDivisionByZero : kOk;
 }
 
-Status addComplex(const float* a, int aStep, const float* b, int bStep, float* dst, int dstStep,
-                  int w, int h) {
+Status addComplex(const float* a, std::int32_t aStep, const float* b, std::int32_t bStep,
+                  float* dst, std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept {
     if (const Status status = checkArguments({a, b, dst}, {w, h}, {aStep, bStep, dstStep});
         status != kOk) {
         return status;
@@ -322,8 +327,8 @@ Status addComplex(const float* a, int aStep, const float* b, int bStep, float* d
     return kOk;
 }
 
-Status mulConstComplex(const float* src, int srcStep, float constRe, float constIm, float* dst,
-                       int dstStep, int w, int h) {
+Status mulConstComplex(const float* src, std::int32_t srcStep, float constRe, float constIm,
+                       float* dst, std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept {
     if (const Status status = checkArguments({src, dst}, {w, h}, {srcStep, dstStep});
         status != kOk) {
         return status;

@@ -2,6 +2,8 @@
 
 #include "velimproclib/primitives/Status.h"
 
+#include <cstdint>
+
 /// Arithmetic on the spectra of real images.
 ///
 /// Packed spectrum of a w by h image, a float plane of the same size; F(v, u) is the spectrum, v
@@ -23,34 +25,37 @@
 namespace vel {
 
 /// Expands a packed spectrum into all w by h complex frequencies. Not in place.
-Status packToComplex(const float* src, int srcStep, float* dst, int dstStep, int w, int h);
+Status packToComplex(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep,
+                     std::int32_t w, std::int32_t h) noexcept;
 
 /// Packs a complex plane. Frequencies that follow from others by symmetry and the imaginary parts
 /// of the real frequencies are not read. Not in place.
-Status complexToPack(const float* src, int srcStep, float* dst, int dstStep, int w, int h);
+Status complexToPack(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep,
+                     std::int32_t w, std::int32_t h) noexcept;
 
 /// dst = a conj(b) of packed spectra: (a.re b.re + a.im b.im, a.im b.re - a.re b.im), and the plain
 /// product for real frequencies. `dst` may be `a` or `b`.
-Status mulPackConj(const float* a, int aStep, const float* b, int bStep, float* dst, int dstStep,
-                   int w, int h);
+Status mulPackConj(const float* a, std::int32_t aStep, const float* b, std::int32_t bStep,
+                   float* dst, std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept;
 
 /// Magnitudes sqrt(re re + im im) of all w by h frequencies of a packed spectrum, as a real plane;
 /// the absolute value for real frequencies. Not in place.
-Status magnitudePack(const float* src, int srcStep, float* dst, int dstStep, int w, int h);
+Status magnitudePack(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep,
+                     std::int32_t w, std::int32_t h) noexcept;
 
 /// dst = b / a of complex planes, with d = a.re a.re + a.im a.im:
 /// ((a.re b.re + a.im b.im) / d, (a.re b.im - a.im b.re) / d). Where d is 0 both parts are NaN, and
 /// the result is kDivisionByZero. `dst` may be `a` or `b`.
-Status divComplex(const float* a, int aStep, const float* b, int bStep, float* dst, int dstStep,
-                  int w, int h);
+Status divComplex(const float* a, std::int32_t aStep, const float* b, std::int32_t bStep,
+                  float* dst, std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept;
 
 /// dst = a + b of complex planes. `dst` may be `a` or `b`.
-Status addComplex(const float* a, int aStep, const float* b, int bStep, float* dst, int dstStep,
-                  int w, int h);
+Status addComplex(const float* a, std::int32_t aStep, const float* b, std::int32_t bStep,
+                  float* dst, std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept;
 
 /// dst = src (constRe, constIm) of a complex plane:
 /// (re constRe - im constIm, re constIm + im constRe). `dst` may be `src`.
-Status mulConstComplex(const float* src, int srcStep, float constRe, float constIm, float* dst,
-                       int dstStep, int w, int h);
+Status mulConstComplex(const float* src, std::int32_t srcStep, float constRe, float constIm,
+                       float* dst, std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept;
 
 } // namespace vel

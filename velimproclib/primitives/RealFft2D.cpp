@@ -29,6 +29,9 @@ HWY_BEFORE_NAMESPACE();
 namespace vel::HWY_NAMESPACE {
 namespace {
 
+static_assert(kFftLanes == RealFft2D::kLanes && kTileSide == kFftLanes,
+              "a tile of the image turns rows into the lanes of one transform");
+
 constexpr std::ptrdiff_t kFloatBytes = sizeof(float);
 constexpr std::ptrdiff_t kLaneBytes = kFftLanes * kFloatBytes;
 constexpr std::ptrdiff_t kElementBytes = kElementFloats * kFloatBytes;

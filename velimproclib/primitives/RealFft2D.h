@@ -52,7 +52,8 @@ public:
 
     /// For images 2^orderX wide and 2^orderY high; both orders from 0 to 30.
     /// @throws std::bad_alloc when the tables do not fit in memory or the spectrum could not be
-    /// addressed.
+    /// addressed, std::length_error when a table is longer than a vector can be: both are
+    /// std::exception.
     RealFft2D(int orderX, int orderY);
 
     int width() const noexcept { return m_width; }
