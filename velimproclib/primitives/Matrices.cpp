@@ -3,6 +3,8 @@
 #include "velimproclib/primitives/argumentChecks.h"
 #include "velimproclib/primitives/rows.h"
 
+#include <cstddef>
+#include <functional>
 #include <initializer_list>
 
 namespace vel {
@@ -86,6 +88,20 @@ Status addVec(const T* a, std::int32_t aStride, const T* b, std::int32_t bStride
     return status;
 }
 
+template <class Combine>
+Status combineWithConst(const float* src, std::int32_t stride, float value, float* dst,
+                        std::int32_t dstStride, std::int32_t len, Combine combine) {
+    const Status status = checkMatrixArguments({src, dst}, {len}, true, {stride, dstStride});
+    if (status == kOk) {
+        const Strided from(src, stride);
+        const Strided to(dst, dstStride);
+        for (std::int32_t i = 0; i < len; ++i) {
+            to.set(i, 0, combine(from.get(i), value));
+        }
+    }
+    return status;
+}
+
 template <class T>
 Status addMat(const T* a, std::int32_t aS1, std::int32_t aS2, const T* b, std::int32_t bS1,
               std::int32_t bS2, T* dst, std::int32_t dS1, std::int32_t dS2, std::int32_t width,
@@ -130,28 +146,12 @@ Status matTransMulMat(const T* a, std::int32_t aS1, std::int32_t aS2, std::int32
 
 Status addVecConstF32(const float* src, std::int32_t stride, float value, float* dst,
                       std::int32_t dstStride, std::int32_t len) noexcept {
-    const Status status = checkMatrixArguments({src, dst}, {len}, true, {stride, dstStride});
-    if (status == kOk) {
-        const Strided from(src, stride);
-        const Strided to(dst, dstStride);
-        for (std::int32_t i = 0; i < len; ++i) {
-            to.set(i, 0, from.get(i) + value);
-        }
-    }
-    return status;
+    return combineWithConst(src, stride, value, dst, dstStride, len, std::plus());
 }
 
 Status mulVecConstF32(const float* src, std::int32_t stride, float value, float* dst,
                       std::int32_t dstStride, std::int32_t len) noexcept {
-    const Status status = checkMatrixArguments({src, dst}, {len}, true, {stride, dstStride});
-    if (status == kOk) {
-        const Strided from(src, stride);
-        const Strided to(dst, dstStride);
-        for (std::int32_t i = 0; i < len; ++i) {
-            to.set(i, 0, from.get(i) * value);
-        }
-    }
-    return status;
+    return combineWithConst(src, stride, value, dst, dstStride, len, std::multiplies());
 }
 
 Status addVecF32(const float* a, std::int32_t aStride, const float* b, std::int32_t bStride,

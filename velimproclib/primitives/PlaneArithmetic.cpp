@@ -4,6 +4,8 @@
 #include "velimproclib/primitives/repeatedPixel.h"
 #include "velimproclib/primitives/rows.h"
 
+#include <cstddef>
+
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "velimproclib/primitives/PlaneArithmetic.cpp"
 #include <hwy/foreach_target.h>
@@ -11,6 +13,7 @@
 
 #include "velimproclib/primitives/elementary-inl.h"
 #include "velimproclib/primitives/floatRows-inl.h"
+#include "velimproclib/primitives/operations-inl.h"
 
 // The loops below carry `omp simd`: a target may be one of the sources, but then it is the same
 // plane, so that the elements are independent of each other. Without it the compiler's overlap
@@ -20,15 +23,6 @@ HWY_BEFORE_NAMESPACE();
 namespace vel::HWY_NAMESPACE {
 namespace {
 
-struct Sum {
-    static float of(float a, float b) { return a + b; }
-};
-struct Difference {
-    static float of(float a, float b) { return a - b; }
-};
-struct Product {
-    static float of(float a, float b) { return a * b; }
-};
 struct AtMost {
     static float of(float v, float level) { return v > level ? level : v; }
 };
@@ -157,12 +151,14 @@ void mulConstRows(const float* src, std::int32_t srcStep, float c, float* dst, s
     combineRowsWithConst<Product>(src, srcStep, c, dst, dstStep, extent);
 }
 
-void clampAboveRows(float* srcDst, std::int32_t step, float level, Extent extent) {
-    combineRowsWithConst<AtMost>(srcDst, step, level, srcDst, step, extent);
+void clampAboveRows(const float* src, std::int32_t srcStep, float level, float* dst,
+                    std::int32_t dstStep, Extent extent) {
+    combineRowsWithConst<AtMost>(src, srcStep, level, dst, dstStep, extent);
 }
 
-void clampBelowRows(float* srcDst, std::int32_t step, float level, Extent extent) {
-    combineRowsWithConst<AtLeast>(srcDst, step, level, srcDst, step, extent);
+void clampBelowRows(const float* src, std::int32_t srcStep, float level, float* dst,
+                    std::int32_t dstStep, Extent extent) {
+    combineRowsWithConst<AtLeast>(src, srcStep, level, dst, dstStep, extent);
 }
 
 void addPixelRows(const RepeatedPixel<float>& pixel, float* srcDst, std::int32_t step,
@@ -241,47 +237,66 @@ Extent joined(std::int32_t w, std::int32_t h, std::int32_t step, std::int32_t ot
     return joinAdjacentRows(w, h, {{step, kF32}, {otherStep, kF32}});
 }
 
-Extent joined(std::int32_t w, std::int32_t h, std::int32_t aStep, std::int32_t bStep,
-              std::int32_t dstStep) {
-    return joinAdjacentRows(w, h, {{aStep, kF32}, {bStep, kF32}, {dstStep, kF32}});
-}
-
 /// The extent in elements of a region of three-element pixels.
 Extent joinedC3(std::int32_t w, std::int32_t h, std::int32_t step) {
     const Extent pixels = joinAdjacentRows(w, h, {{step, kC3F32}});
     return {3 * pixels.columns, pixels.rows};
 }
 
+using CombineRows = void (*)(const float*, std::int32_t, const float*, std::int32_t, float*,
+                             std::int32_t, Extent);
+using CombineRowsWithConst = void (*)(const float*, std::int32_t, float, float*, std::int32_t,
+                                      Extent);
+using CombineRowsWithPixel = void (*)(const RepeatedPixel<float>&, float*, std::int32_t, Extent);
+
+Status combinePlanes(CombineRows combine, const float* a, std::int32_t aStep, const float* b,
+                     std::int32_t bStep, float* dst, std::int32_t dstStep, std::int32_t w,
+                     std::int32_t h) noexcept {
+    if (const Status status = checkArguments({a, b, dst}, {w, h}, {aStep, bStep, dstStep})) {
+        return status;
+    }
+    combine(a, aStep, b, bStep, dst, dstStep,
+            joinAdjacentRows(w, h, {{aStep, kF32}, {bStep, kF32}, {dstStep, kF32}}));
+    return kOk;
+}
+
+Status combineWithConst(CombineRowsWithConst combine, const float* src, std::int32_t srcStep,
+                        float c, float* dst, std::int32_t dstStep, std::int32_t w,
+                        std::int32_t h) noexcept {
+    if (const Status status = checkArguments({src, dst}, {w, h}, {srcStep, dstStep})) {
+        return status;
+    }
+    combine(src, srcStep, c, dst, dstStep, joined(w, h, srcStep, dstStep));
+    return kOk;
+}
+
+Status combineWithPixel(CombineRowsWithPixel combine, const float c[3], float* srcDst,
+                        std::int32_t step, std::int32_t w, std::int32_t h) noexcept {
+    if (const Status status = checkArguments({c, srcDst}, {w, h}, {step})) {
+        return status;
+    }
+    combine(RepeatedPixel<float>(c, 3), srcDst, step, joinedC3(w, h, step));
+    return kOk;
+}
+
 } // namespace
 
 Status addPlaneF32(const float* src, std::int32_t srcStep, float* srcDst, std::int32_t srcDstStep,
                    std::int32_t w, std::int32_t h) noexcept {
-    if (const Status status = checkArguments({src, srcDst}, {w, h}, {srcStep, srcDstStep})) {
-        return status;
-    }
-    HWY_DYNAMIC_DISPATCH(addRows)
-    (srcDst, srcDstStep, src, srcStep, srcDst, srcDstStep, joined(w, h, srcStep, srcDstStep));
-    return kOk;
+    return combinePlanes(HWY_DYNAMIC_DISPATCH(addRows), srcDst, srcDstStep, src, srcStep, srcDst,
+                         srcDstStep, w, h);
 }
 
 Status subPlaneF32(const float* src, std::int32_t srcStep, float* srcDst, std::int32_t srcDstStep,
                    std::int32_t w, std::int32_t h) noexcept {
-    if (const Status status = checkArguments({src, srcDst}, {w, h}, {srcStep, srcDstStep})) {
-        return status;
-    }
-    HWY_DYNAMIC_DISPATCH(subtractRows)
-    (srcDst, srcDstStep, src, srcStep, srcDst, srcDstStep, joined(w, h, srcStep, srcDstStep));
-    return kOk;
+    return combinePlanes(HWY_DYNAMIC_DISPATCH(subtractRows), srcDst, srcDstStep, src, srcStep,
+                         srcDst, srcDstStep, w, h);
 }
 
 Status mulPlaneF32(const float* src, std::int32_t srcStep, float* srcDst, std::int32_t srcDstStep,
                    std::int32_t w, std::int32_t h) noexcept {
-    if (const Status status = checkArguments({src, srcDst}, {w, h}, {srcStep, srcDstStep})) {
-        return status;
-    }
-    HWY_DYNAMIC_DISPATCH(multiplyRows)
-    (srcDst, srcDstStep, src, srcStep, srcDst, srcDstStep, joined(w, h, srcStep, srcDstStep));
-    return kOk;
+    return combinePlanes(HWY_DYNAMIC_DISPATCH(multiplyRows), srcDst, srcDstStep, src, srcStep,
+                         srcDst, srcDstStep, w, h);
 }
 
 Status divPlaneInPlaceF32(const float* src, std::int32_t srcStep, float* srcDst,
@@ -296,98 +311,59 @@ Status divPlaneInPlaceF32(const float* src, std::int32_t srcStep, float* srcDst,
 
 Status addPlanesF32(const float* a, std::int32_t aStep, const float* b, std::int32_t bStep,
                     float* dst, std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept {
-    if (const Status status = checkArguments({a, b, dst}, {w, h}, {aStep, bStep, dstStep})) {
-        return status;
-    }
-    HWY_DYNAMIC_DISPATCH(addRows)
-    (a, aStep, b, bStep, dst, dstStep, joined(w, h, aStep, bStep, dstStep));
-    return kOk;
+    return combinePlanes(HWY_DYNAMIC_DISPATCH(addRows), a, aStep, b, bStep, dst, dstStep, w, h);
 }
 
 Status subPlanesF32(const float* a, std::int32_t aStep, const float* b, std::int32_t bStep,
                     float* dst, std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept {
-    if (const Status status = checkArguments({a, b, dst}, {w, h}, {aStep, bStep, dstStep})) {
-        return status;
-    }
-    HWY_DYNAMIC_DISPATCH(subtractRows)
-    (b, bStep, a, aStep, dst, dstStep, joined(w, h, aStep, bStep, dstStep));
-    return kOk;
+    return combinePlanes(HWY_DYNAMIC_DISPATCH(subtractRows), b, bStep, a, aStep, dst, dstStep, w,
+                         h);
 }
 
 Status mulPlanesF32(const float* a, std::int32_t aStep, const float* b, std::int32_t bStep,
                     float* dst, std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept {
-    if (const Status status = checkArguments({a, b, dst}, {w, h}, {aStep, bStep, dstStep})) {
-        return status;
-    }
-    HWY_DYNAMIC_DISPATCH(multiplyRows)
-    (a, aStep, b, bStep, dst, dstStep, joined(w, h, aStep, bStep, dstStep));
-    return kOk;
+    return combinePlanes(HWY_DYNAMIC_DISPATCH(multiplyRows), a, aStep, b, bStep, dst, dstStep, w,
+                         h);
 }
 
 Status mulConstF32(const float* src, std::int32_t srcStep, float c, float* dst,
                    std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept {
-    if (const Status status = checkArguments({src, dst}, {w, h}, {srcStep, dstStep})) {
-        return status;
-    }
-    HWY_DYNAMIC_DISPATCH(mulConstRows)
-    (src, srcStep, c, dst, dstStep, joined(w, h, srcStep, dstStep));
-    return kOk;
+    return combineWithConst(HWY_DYNAMIC_DISPATCH(mulConstRows), src, srcStep, c, dst, dstStep, w,
+                            h);
 }
 
 Status addConstInPlaceF32(float c, float* srcDst, std::int32_t step, std::int32_t w,
                           std::int32_t h) noexcept {
-    if (const Status status = checkArguments({srcDst}, {w, h}, {step})) {
-        return status;
-    }
-    HWY_DYNAMIC_DISPATCH(addConstRows)(srcDst, step, c, srcDst, step, joined(w, h, step));
-    return kOk;
+    return combineWithConst(HWY_DYNAMIC_DISPATCH(addConstRows), srcDst, step, c, srcDst, step, w,
+                            h);
 }
 
 Status mulConstInPlaceF32(float c, float* srcDst, std::int32_t step, std::int32_t w,
                           std::int32_t h) noexcept {
-    if (const Status status = checkArguments({srcDst}, {w, h}, {step})) {
-        return status;
-    }
-    HWY_DYNAMIC_DISPATCH(mulConstRows)(srcDst, step, c, srcDst, step, joined(w, h, step));
-    return kOk;
+    return combineWithConst(HWY_DYNAMIC_DISPATCH(mulConstRows), srcDst, step, c, srcDst, step, w,
+                            h);
 }
 
 Status addConstInPlaceC3F32(const float c[3], float* srcDst, std::int32_t step, std::int32_t w,
                             std::int32_t h) noexcept {
-    if (const Status status = checkArguments({c, srcDst}, {w, h}, {step})) {
-        return status;
-    }
-    HWY_DYNAMIC_DISPATCH(addPixelRows)
-    (RepeatedPixel<float>(c, 3), srcDst, step, joinedC3(w, h, step));
-    return kOk;
+    return combineWithPixel(HWY_DYNAMIC_DISPATCH(addPixelRows), c, srcDst, step, w, h);
 }
 
 Status mulConstInPlaceC3F32(const float c[3], float* srcDst, std::int32_t step, std::int32_t w,
                             std::int32_t h) noexcept {
-    if (const Status status = checkArguments({c, srcDst}, {w, h}, {step})) {
-        return status;
-    }
-    HWY_DYNAMIC_DISPATCH(mulPixelRows)
-    (RepeatedPixel<float>(c, 3), srcDst, step, joinedC3(w, h, step));
-    return kOk;
+    return combineWithPixel(HWY_DYNAMIC_DISPATCH(mulPixelRows), c, srcDst, step, w, h);
 }
 
 Status clampAboveInPlaceF32(float* srcDst, std::int32_t step, std::int32_t w, std::int32_t h,
                             float level) noexcept {
-    if (const Status status = checkArguments({srcDst}, {w, h}, {step})) {
-        return status;
-    }
-    HWY_DYNAMIC_DISPATCH(clampAboveRows)(srcDst, step, level, joined(w, h, step));
-    return kOk;
+    return combineWithConst(HWY_DYNAMIC_DISPATCH(clampAboveRows), srcDst, step, level, srcDst, step,
+                            w, h);
 }
 
 Status clampBelowInPlaceF32(float* srcDst, std::int32_t step, std::int32_t w, std::int32_t h,
                             float level) noexcept {
-    if (const Status status = checkArguments({srcDst}, {w, h}, {step})) {
-        return status;
-    }
-    HWY_DYNAMIC_DISPATCH(clampBelowRows)(srcDst, step, level, joined(w, h, step));
-    return kOk;
+    return combineWithConst(HWY_DYNAMIC_DISPATCH(clampBelowRows), srcDst, step, level, srcDst, step,
+                            w, h);
 }
 
 Status logInPlaceF32(float* srcDst, std::int32_t step, std::int32_t w, std::int32_t h) noexcept {

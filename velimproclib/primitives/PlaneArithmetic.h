@@ -8,7 +8,8 @@
 ///
 /// A plane is the pointer to its first pixel, the bytes between its rows, and its size in pixels.
 /// Every result is that of one single-precision operation per element (the logarithm and the
-/// comparison apart), so it is the same on every processor. Where a routine takes several planes,
+/// comparison apart), so it is the same on every processor, apart from which NaN comes out of an
+/// operation on two. Where a routine takes several planes,
 /// each may be the same plane as another, or lie apart from it; planes that overlap otherwise are
 /// not allowed.
 ///
@@ -76,7 +77,7 @@ Status clampBelowInPlaceF32(float* srcDst, std::int32_t step, std::int32_t w, st
 /// Natural logarithm, within 0.501 units in the last place and the same on every processor. Zero
 /// gives minus infinity, a negative number NaN; when a row holds either, the warning
 /// `kDivisionByZero` (the result holds NaN or infinities) is returned and the plane is done all the
-/// same. NaN and plus infinity stay and raise no warning.
+/// same. NaN gives NaN, plus infinity stays, and neither raises a warning.
 Status logInPlaceF32(float* srcDst, std::int32_t step, std::int32_t w, std::int32_t h) noexcept;
 
 /// dst = 255 where `a op b`, else 0; comparisons with NaN are false. `dst` is a byte plane and may

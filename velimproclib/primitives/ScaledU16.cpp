@@ -5,11 +5,14 @@
 #include "velimproclib/primitives/rows.h"
 
 #include <algorithm>
+#include <cstddef>
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "velimproclib/primitives/ScaledU16.cpp"
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
+
+#include "velimproclib/primitives/operations-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace vel::HWY_NAMESPACE {
@@ -25,9 +28,6 @@ std::uint16_t lesser(std::uint16_t v, std::uint16_t level) {
     return v > level ? level : v;
 }
 
-struct Sum {
-    static std::uint32_t of(std::uint32_t v, std::uint32_t value) { return v + value; }
-};
 struct DifferenceOrZero {
     static std::uint32_t of(std::uint32_t v, std::uint32_t value) {
         return v > value ? v - value : 0;
@@ -42,7 +42,7 @@ void multipliedRows(const std::uint16_t* src, std::int32_t srcStep, std::uint32_
         auto* dstRow = unaligned(rowAt(dst, dstStep, y));
 #pragma omp simd
         for (std::size_t x = 0; x < extent.columns; ++x) {
-            const std::uint32_t v = saturated(Operation::of(srcRow[x].value, value));
+            const std::uint32_t v = saturated(Operation::of(std::uint32_t{srcRow[x].value}, value));
             dstRow[x].value = static_cast<std::uint16_t>(saturated(v << shift));
         }
     }
@@ -57,7 +57,7 @@ void dividedRows(const std::uint16_t* src, std::int32_t srcStep, std::uint32_t v
         auto* dstRow = unaligned(rowAt(dst, dstStep, y));
 #pragma omp simd
         for (std::size_t x = 0; x < extent.columns; ++x) {
-            const std::uint32_t v = Operation::of(srcRow[x].value, value);
+            const std::uint32_t v = Operation::of(std::uint32_t{srcRow[x].value}, value);
             const std::uint32_t odd = (v >> shift) & 1;
             dstRow[x].value = static_cast<std::uint16_t>(saturated((v + belowHalf + odd) >> shift));
         }

@@ -5,6 +5,7 @@
 
 #include <bit>
 #include <cmath>
+#include <cstddef>
 #include <cstring>
 #include <limits>
 
@@ -15,6 +16,7 @@
 
 #include "velimproclib/primitives/elementary-inl.h"
 #include "velimproclib/primitives/floatRows-inl.h"
+#include "velimproclib/primitives/operations-inl.h"
 
 // The loops below carry `omp simd`: a target may be one of the sources, but then it is the same
 // vector, so that the elements are independent of each other.
@@ -22,19 +24,6 @@
 HWY_BEFORE_NAMESPACE();
 namespace vel::HWY_NAMESPACE {
 namespace {
-
-struct Sum {
-    template <class T>
-    static T of(T a, T b) {
-        return a + b;
-    }
-};
-struct Difference {
-    template <class T>
-    static T of(T a, T b) {
-        return a - b;
-    }
-};
 
 float magnitude(float v) {
     return std::bit_cast<float>(std::bit_cast<std::uint32_t>(v) << 1 >> 1);
@@ -51,7 +40,7 @@ void combine(const T* a, const T* b, T* dst, std::size_t count) {
     auto* to = unaligned(dst);
 #pragma omp simd
     for (std::size_t i = 0; i < count; ++i) {
-        to[i].value = Operation::template of<T>(left[i].value, right[i].value);
+        to[i].value = Operation::of(left[i].value, right[i].value);
     }
 }
 

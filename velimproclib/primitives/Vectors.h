@@ -9,7 +9,7 @@
 /// A target may be one of the sources of the same element type, or lie apart from them; vectors
 /// that overlap otherwise are not allowed. All return `kNullPointer` or `kBadSize` (a length below
 /// 1), looked for in this order, and then have written nothing. The results are the same on every
-/// processor.
+/// processor, apart from which NaN comes out of an operation on two.
 namespace vel {
 
 /// dst = src
