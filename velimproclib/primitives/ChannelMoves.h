@@ -7,9 +7,9 @@
 /// Moves between planes and one channel of interleaved images, one element per pixel.
 ///
 /// The pointer of the interleaved side already points at the channel: the pixel's address plus the
-/// element's offset. Elements before the first and after the last of the channel in a row are
-/// neither read nor written, so a region may end with the memory it lies in. Regions are `w` by `h`
-/// pixels and do not overlap; steps are bytes between rows, above 0 and of any alignment. The
+/// element's offset. Elements before the first of the region and after the last are neither
+/// read nor written, so a region may start and end with the memory it lies in. Regions are `w` by
+/// `h` pixels and do not overlap; steps are bytes between rows, above 0 and of any alignment. The
 /// result is `kOk`, `kNullPointer`, `kBadSize` or `kBadStep`, complained of in that order; after a
 /// complaint nothing has been written.
 ///

@@ -4,6 +4,7 @@
 #include "velimproclib/primitives/rows.h"
 
 #include <bit>
+#include <cstddef>
 #include <limits>
 #include <type_traits>
 

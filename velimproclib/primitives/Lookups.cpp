@@ -5,6 +5,7 @@
 #include "velimproclib/primitives/rows.h"
 
 #include <algorithm>
+#include <cstddef>
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "velimproclib/primitives/Lookups.cpp"

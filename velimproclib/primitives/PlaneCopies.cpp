@@ -3,6 +3,7 @@
 #include "velimproclib/primitives/argumentChecks.h"
 #include "velimproclib/primitives/rows.h"
 
+#include <cstddef>
 #include <cstring>
 
 #undef HWY_TARGET_INCLUDE

@@ -12,13 +12,16 @@
 /// re-entrant.
 namespace vel {
 
+/// `dst = src`.
 Status copyPlaneF32(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep,
                     std::int32_t w, std::int32_t h) noexcept;
 
+/// `dst = value`.
 Status setPlaneF32(float value, float* dst, std::int32_t dstStep, std::int32_t w,
                    std::int32_t h) noexcept;
 
-/// `dst = src` where the mask's byte is not 0; the other pixels keep their value.
+/// `dst = src` where the mask's byte is not 0. The other pixels of the region keep their value, but
+/// are written with it again: no other thread may write to any pixel of the region meanwhile.
 Status copyMaskedF32(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep,
                      std::int32_t w, std::int32_t h, const std::uint8_t* mask,
                      std::int32_t maskStep) noexcept;

@@ -12,7 +12,8 @@ namespace vel {
 /// 1 `kBadStep`; the first complaint wins.
 ///
 /// A step is not held against the length of a row: callers pass pointers that are moved to a
-/// channel or into a region, and the step of a single row is never used.
+/// channel or into a region, and the step of a single row is never used. Operations on
+/// neighbourhoods check more, see neighbourhoods.h.
 [[nodiscard]] inline Status checkArguments(std::initializer_list<const void*> pointers,
                                            std::initializer_list<std::int32_t> sizes,
                                            std::initializer_list<std::int32_t> steps) noexcept {

@@ -1,6 +1,6 @@
-// Logarithm and exponential for single-precision work, computed in double from sums and products
-// only. Unlike the system's library, whose routines differ with the processor and the platform,
-// they give the same bits everywhere. Included once for each processor variant.
+// Logarithm and exponential for single-precision work, computed in double from sums, products
+// and one quotient. Unlike the system's library, whose routines differ with the processor and the
+// platform, they give the same bits everywhere. Included once for each processor variant.
 #if defined(VELORN_PRIMITIVES_ELEMENTARY_INL_H) == defined(HWY_TARGET_TOGGLE)
 #ifdef VELORN_PRIMITIVES_ELEMENTARY_INL_H
 #undef VELORN_PRIMITIVES_ELEMENTARY_INL_H

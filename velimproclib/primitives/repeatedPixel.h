@@ -5,7 +5,7 @@
 
 namespace vel {
 
-/// One pixel of two, three or four elements, written out over a run whose length is a multiple of
+/// One pixel of one, three or four elements, written out over a run whose length is a multiple of
 /// both the pixel and every vector: with it an operation with one constant per channel is a plain
 /// operation between two runs of elements.
 template <class T>
