@@ -1,20 +1,21 @@
 #include "velimproclib/primitives/AbsoluteDifference.h"
 
+#include "tests/support/CheckOrder.h"
 #include "tests/support/EachTarget.h"
 #include "tests/support/GuardedPlane.h"
-
-#include <gtest/gtest.h>
+#include "tests/support/PlaneShapes.h"
 
 #include <cstdint>
 #include <cstdlib>
+#include <gtest/gtest.h>
 #include <random>
 
-namespace vel {
 namespace {
 
+using namespace vel;
 using test::forEachTarget;
-using test::GuardedPlane;
-using Plane = GuardedPlane<std::uint8_t>;
+using test::PlaneShape;
+using Plane = test::GuardedPlane<std::uint8_t>;
 
 void expectDifference(const Plane& a, const Plane& b, const Plane& dst) {
     EXPECT_TRUE(dst.intact());
@@ -28,37 +29,36 @@ void expectDifference(const Plane& a, const Plane& b, const Plane& dst) {
 TEST(AbsoluteDifference, EqualsTheDefinitionOnEveryVariantAlsoInPlace) {
     std::mt19937 random(71);
     std::uniform_int_distribution<int> pixel(0, 255);
-    std::uniform_int_distribution<int> side(1, 67);
-    for (int i = 0; i < 20; ++i) {
-        const int w = i == 0 ? 1 : i == 1 ? 1013 : side(random);
-        const int h = i == 0 ? 1 : i == 1 ? 3 : side(random);
-        const int extra = i % 2 == 0 ? 0 : 5;
-        Plane a(w, h, extra, i % 5);
-        Plane b(w, h, extra, i % 3);
+    for (PlaneShape shape : test::planeShapes(random)) {
+        auto a = shape.plane<std::uint8_t>();
+        shape.misalign /= 2;
+        auto b = shape.plane<std::uint8_t>();
         a.fill([&] { return pixel(random); });
         b.fill([&] { return pixel(random); });
+        const auto difference = [&](const Plane& left, const Plane& right, Plane& dst) {
+            return absDiffU8(left.data(), left.step(), right.data(), right.step(), dst.data(),
+                             dst.step(), shape.width, shape.height);
+        };
         forEachTarget([&] {
-            Plane dst(w, h, extra, 1);
-            ASSERT_EQ(kOk, absDiffU8(a.data(), a.step(), b.data(), b.step(), dst.data(), dst.step(),
-                                     w, h));
-            expectDifference(a, b, dst);
-            Plane inPlace = b;
-            ASSERT_EQ(kOk, absDiffU8(a.data(), a.step(), inPlace.data(), inPlace.step(),
-                                     inPlace.data(), inPlace.step(), w, h));
-            expectDifference(a, b, inPlace);
+            auto apart = shape.plane<std::uint8_t>();
+            ASSERT_EQ(kOk, difference(a, b, apart));
+            expectDifference(a, b, apart);
+            Plane overA = a;
+            ASSERT_EQ(kOk, difference(overA, b, overA));
+            expectDifference(a, b, overA);
+            Plane overB = b;
+            ASSERT_EQ(kOk, difference(a, overB, overB));
+            expectDifference(a, b, overB);
         });
     }
 }
 
-TEST(AbsoluteDifference, RefusalsComeInOrderAndWriteNothing) {
-    Plane a(4, 4);
-    Plane dst(4, 4);
-    dst.fill([] { return 7; });
-    EXPECT_EQ(kNullPointer, absDiffU8(a.data(), 0, nullptr, 4, dst.data(), 4, 0, 4));
-    EXPECT_EQ(kBadSize, absDiffU8(a.data(), 0, a.data(), 4, dst.data(), 4, 0, 4));
-    EXPECT_EQ(kBadStep, absDiffU8(a.data(), 4, a.data(), 0, dst.data(), 4, 4, 4));
-    EXPECT_EQ(7, dst.at(0, 0));
+TEST(AbsoluteDifference, ChecksPointersThenSizesThenStepsAndWritesNothing) {
+    test::expectChecksInOrder(
+        {"absDiffU8", 3, 2, 3, [](const test::CheckedArguments& g) {
+             return absDiffU8(g.at<std::uint8_t>(0), g.steps[0], g.at<std::uint8_t>(1), g.steps[1],
+                              g.at<std::uint8_t>(2), g.steps[2], g.sizes[0], g.sizes[1]);
+         }});
 }
 
 } // namespace
-} // namespace vel

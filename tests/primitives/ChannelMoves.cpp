@@ -1,10 +1,14 @@
 #include "velimproclib/primitives/ChannelMoves.h"
 
+#include "tests/support/CheckOrder.h"
 #include "tests/support/EachTarget.h"
 #include "tests/support/GuardedPlane.h"
+#include "tests/support/PlaneShapes.h"
 
-#include <cstring>
+#include <cstddef>
+#include <cstdint>
 #include <gtest/gtest.h>
+#include <initializer_list>
 #include <random>
 #include <vector>
 
@@ -12,35 +16,18 @@ namespace {
 
 using namespace vel;
 using test::GuardedPlane;
+using test::PlaneShape;
 
 template <class T>
 using Move = Status (*)(const T*, std::int32_t, T*, std::int32_t, std::int32_t,
                         std::int32_t) noexcept;
-
-struct Shape {
-    int width;
-    int height;
-    int extraStep;
-    int misalign;
-};
-
-/// Sizes 1 to 67 with odd steps and starts, a large one, and some whose rows are adjacent.
-std::vector<Shape> shapes(std::mt19937& random) {
-    std::vector<Shape> all{{1, 1, 0, 0},  {2, 3, 0, 0},  {3, 2, 1, 1},
-                           {64, 4, 0, 0}, {61, 5, 0, 3}, {1031, 9, 3, 5}};
-    for (int i = 0; i < 80; ++i) {
-        all.push_back({static_cast<int>(random() % 67) + 1, static_cast<int>(random() % 5) + 1,
-                       static_cast<int>(random() % 9), static_cast<int>(random() % 16)});
-    }
-    return all;
-}
 
 /// Every channel of images with `channels` elements a pixel. The image's last element is the last
 /// of its row, so that a read or write behind the region meets the canaries.
 template <class T>
 void expectFillsOneChannelOnly(Move<T> planeToChannel, int channels) {
     std::mt19937 random(11);
-    for (const Shape& shape : shapes(random)) {
+    for (const PlaneShape& shape : test::planeShapes(random)) {
         GuardedPlane<T> plane(shape.width, shape.height, shape.extraStep / 2, shape.misalign / 3);
         GuardedPlane<T> image(shape.width * channels, shape.height, shape.extraStep,
                               shape.misalign);
@@ -69,7 +56,7 @@ void expectFillsOneChannelOnly(Move<T> planeToChannel, int channels) {
 template <class T>
 void expectTakesOneChannel(Move<T> channelToPlane, int channels) {
     std::mt19937 random(12);
-    for (const Shape& shape : shapes(random)) {
+    for (const PlaneShape& shape : test::planeShapes(random)) {
         GuardedPlane<T> image(shape.width * channels, shape.height, shape.extraStep,
                               shape.misalign);
         image.fill([&] { return random(); });
@@ -117,7 +104,7 @@ TEST(ChannelMoves, OneOfFourChannelsComesOutAsAPlane) {
 
 TEST(ChannelMoves, SetFillsOneOfFourChannelsWithAValue) {
     std::mt19937 random(13);
-    for (const Shape& shape : shapes(random)) {
+    for (const PlaneShape& shape : test::planeShapes(random)) {
         GuardedPlane<std::uint8_t> image(shape.width * 4, shape.height, shape.extraStep,
                                          shape.misalign);
         image.fill([&] { return random(); });
@@ -177,45 +164,24 @@ TEST(ChannelMoves, RegionMayEndWithItsMemory) {
 }
 
 template <class T>
-void expectArgumentsCheckedInOrder(Move<T> move) {
-    const T source[16] = {};
-    const T untouched[16] = {1, 2, 3, 4, 5, 6, 7, 8};
-    T target[16] = {1, 2, 3, 4, 5, 6, 7, 8};
-    struct Case {
-        const T* src;
-        std::int32_t srcStep;
-        T* dst;
-        std::int32_t dstStep, w, h;
-        Status expected;
-    };
-    const Case cases[] = {
-        {nullptr, 0, target, 0, 0, 0, kNullPointer}, {source, 0, nullptr, 0, 0, 0, kNullPointer},
-        {source, 0, target, 8, 0, 1, kBadSize},      {source, 8, target, 0, 1, 0, kBadSize},
-        {source, 8, target, 8, -1, 1, kBadSize},     {source, 8, target, 8, 1, -1, kBadSize},
-        {source, 0, target, 8, 1, 1, kBadStep},      {source, 8, target, 0, 1, 1, kBadStep},
-        {source, -8, target, 8, 1, 1, kBadStep},     {source, 8, target, -8, 1, 1, kBadStep}};
-    for (const Case& c : cases) {
-        EXPECT_EQ(move(c.src, c.srcStep, c.dst, c.dstStep, c.w, c.h), c.expected);
-        EXPECT_EQ(std::memcmp(target, untouched, sizeof target), 0);
+void expectChecksInOrder(std::initializer_list<Move<T>> moves) {
+    for (const Move<T> move : moves) {
+        test::expectChecksInOrder({"move", 2, 2, 2, [move](const test::CheckedArguments& g) {
+                                       return move(g.at<T>(0), g.steps[0], g.at<T>(1), g.steps[1],
+                                                   g.sizes[0], g.sizes[1]);
+                                   }});
     }
 }
 
 TEST(ChannelMoves, EveryRoutineChecksPointersThenSizesThenStepsAndWritesNothing) {
-    for (const Move<std::uint8_t> move :
-         {planeToChannelC3U8, channelToPlaneC3U8, planeToChannelC4U8, channelToPlaneC4U8}) {
-        expectArgumentsCheckedInOrder<std::uint8_t>(move);
-    }
-    for (const Move<std::uint16_t> move :
-         {planeToChannelC3U16, channelToPlaneC3U16, planeToChannelC4U16, channelToPlaneC4U16}) {
-        expectArgumentsCheckedInOrder<std::uint16_t>(move);
-    }
-    std::uint8_t target[4] = {};
-    EXPECT_EQ(setChannelC4U8(1, nullptr, 0, 0, 0), kNullPointer);
-    EXPECT_EQ(setChannelC4U8(1, target, 0, 0, 1), kBadSize);
-    EXPECT_EQ(setChannelC4U8(1, target, 0, 1, -1), kBadSize);
-    EXPECT_EQ(setChannelC4U8(1, target, 0, 1, 1), kBadStep);
-    EXPECT_EQ(setChannelC4U8(1, target, -4, 1, 1), kBadStep);
-    EXPECT_EQ(target[0], 0);
+    expectChecksInOrder<std::uint8_t>(
+        {planeToChannelC3U8, channelToPlaneC3U8, planeToChannelC4U8, channelToPlaneC4U8});
+    expectChecksInOrder<std::uint16_t>(
+        {planeToChannelC3U16, channelToPlaneC3U16, planeToChannelC4U16, channelToPlaneC4U16});
+    test::expectChecksInOrder({"setChannelC4U8", 1, 2, 1, [](const test::CheckedArguments& g) {
+                                   return setChannelC4U8(1, g.at<std::uint8_t>(0), g.steps[0],
+                                                         g.sizes[0], g.sizes[1]);
+                               }});
 }
 
 } // namespace

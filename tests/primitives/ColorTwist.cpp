@@ -2,11 +2,14 @@
 
 #include "tests/support/CheckOrder.h"
 #include "tests/support/EachTarget.h"
+#include "tests/support/GuardedPlane.h"
 #include "tests/support/PixelValues.h"
 #include "tests/support/PlaneShapes.h"
 
+#include <cstddef>
 #include <gtest/gtest.h>
 #include <random>
+#include <vector>
 
 namespace {
 

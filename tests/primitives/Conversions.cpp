@@ -1,20 +1,25 @@
 #include "velimproclib/primitives/Conversions.h"
 
+#include "tests/support/CheckOrder.h"
 #include "tests/support/EachTarget.h"
 #include "tests/support/GuardedPlane.h"
 #include "tests/support/PixelValues.h"
+#include "tests/support/PlaneShapes.h"
 
 #include <cmath>
-#include <cstring>
+#include <cstddef>
+#include <cstdint>
 #include <gtest/gtest.h>
+#include <limits>
 #include <random>
-#include <utility>
+#include <type_traits>
 #include <vector>
 
 namespace {
 
 using namespace vel;
 using test::GuardedPlane;
+using test::PlaneShape;
 
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
@@ -43,28 +48,10 @@ template <class From, class To, class... Round>
 using Conversion = Status (*)(const From*, std::int32_t, To*, std::int32_t, std::int32_t,
                               std::int32_t, Round...) noexcept;
 
-struct Shape {
-    int width;
-    int height;
-    int extraStep;
-    int misalign;
-};
-
-/// Sizes 1 to 67 with odd steps and starts, and a large one; the first is adjacent.
-std::vector<Shape> shapes(std::mt19937& random) {
-    std::vector<Shape> all{
-        {1, 1, 0, 0}, {2, 3, 0, 0}, {3, 2, 1, 1}, {64, 4, 0, 0}, {1031, 9, 3, 5}};
-    for (int i = 0; i < 60; ++i) {
-        all.push_back({static_cast<int>(random() % 67) + 1, static_cast<int>(random() % 5) + 1,
-                       static_cast<int>(random() % 9), static_cast<int>(random() % 16)});
-    }
-    return all;
-}
-
 template <class From, class To, class... Round>
 void expectMatchesDefinition(Conversion<From, To, Round...> convert, int channels, Round... round) {
     std::mt19937 random(4711);
-    for (const Shape& shape : shapes(random)) {
+    for (const PlaneShape& shape : test::planeShapes(random)) {
         const int elements = shape.width * channels;
         GuardedPlane<From> src(elements, shape.height, shape.extraStep, shape.misalign);
         GuardedPlane<To> expected(elements, shape.height, shape.extraStep / 2, shape.misalign / 3);
@@ -168,6 +155,15 @@ TEST(Conversions, RoundingCodeZeroCutsTowardZero) {
     EXPECT_EQ(convertedOne<std::int16_t>(convertF32toS16, -1.999f, kTowardZero), -1);
 }
 
+TEST(Conversions, UnknownRoundingCodesCutTowardZero) {
+    for (const std::int32_t round : {-1, 2, 3, INT32_MIN, INT32_MAX}) {
+        EXPECT_EQ(convertedOne<std::uint8_t>(convertF32toU8, 1.75f, round), 1);
+        EXPECT_EQ(convertedOne<std::uint8_t>(convertF32toU8, 255.9f, round), 255);
+        EXPECT_EQ(convertedOne<std::uint16_t>(convertF32toU16, 65534.99f, round), 65534);
+        EXPECT_EQ(convertedOne<std::int16_t>(convertF32toS16, -1.75f, round), -1);
+    }
+}
+
 TEST(Conversions, InfinitiesGiveTheEndsOfTheRangeAndNaNGivesZero) {
     for (const std::int32_t round : {kToNearestEven, kTowardZero}) {
         EXPECT_EQ(convertedOne<std::uint8_t>(convertF32toU8, kInfinity, round), 255);
@@ -182,33 +178,12 @@ TEST(Conversions, InfinitiesGiveTheEndsOfTheRangeAndNaNGivesZero) {
     }
 }
 
-/// Two broken arguments at a time: the earlier kind is what the status names, and the target keeps
-/// its bytes.
 template <class From, class To, class... Round>
 void expectArgumentsCheckedInOrder(Conversion<From, To, Round...> convert, Round... round) {
-    From source[12] = {};
-    To target[12];
-    std::memset(target, 0x5A, sizeof target);
-    struct Case {
-        bool withSrc, withDst;
-        std::int32_t srcStep, dstStep, w, h;
-        Status expected;
-    };
-    const Case cases[] = {
-        {false, true, 0, 0, 0, 0, kNullPointer}, {true, false, 0, 0, 0, 0, kNullPointer},
-        {true, true, 0, 4, 0, 1, kBadSize},      {true, true, 4, 0, 1, 0, kBadSize},
-        {true, true, 4, 4, -1, 1, kBadSize},     {true, true, 4, 4, 1, -1, kBadSize},
-        {true, true, 0, 4, 1, 1, kBadStep},      {true, true, 4, 0, 1, 1, kBadStep},
-        {true, true, -4, 4, 1, 1, kBadStep},     {true, true, 4, -4, 1, 1, kBadStep}};
-    for (const Case& c : cases) {
-        EXPECT_EQ(convert(c.withSrc ? source : nullptr, c.srcStep, c.withDst ? target : nullptr,
-                          c.dstStep, c.w, c.h, round...),
-                  c.expected);
-        for (const unsigned char byte :
-             std::as_const(reinterpret_cast<const unsigned char(&)[sizeof target]>(target))) {
-            ASSERT_EQ(byte, 0x5A);
-        }
-    }
+    test::expectChecksInOrder({"conversion", 2, 2, 2, [=](const test::CheckedArguments& g) {
+                                   return convert(g.at<From>(0), g.steps[0], g.at<To>(1),
+                                                  g.steps[1], g.sizes[0], g.sizes[1], round...);
+                               }});
 }
 
 TEST(Conversions, EveryRoutineChecksPointersThenSizesThenStepsAndWritesNothing) {

@@ -6,10 +6,13 @@
 
 namespace {
 
+using namespace vel;
+using test::GuardedPlane;
+
 TEST(FloatPlane, ReadsAndWritesElementsAtAnyAlignmentAndStep) {
-    vel::test::GuardedPlane<float> memory(5, 4, 3, 1);
+    GuardedPlane<float> memory(5, 4, 3, 1);
     memory.fill([value = 0.0f]() mutable { return value += 1.0f; });
-    const vel::FloatPlane plane(memory.data(), memory.step());
+    const FloatPlane plane(memory.data(), memory.step());
     EXPECT_EQ(plane.get(0, 0), 1.0f);
     EXPECT_EQ(plane.get(4, 3), 20.0f);
     plane.put(2, 3, -7.0f);

@@ -1,17 +1,18 @@
 #include "velimproclib/primitives/Histogram.h"
 
+#include "tests/support/CheckOrder.h"
 #include "tests/support/GuardedPlane.h"
 
-#include <gtest/gtest.h>
-
+#include <cstddef>
 #include <cstdint>
+#include <gtest/gtest.h>
 #include <limits>
 #include <random>
 #include <vector>
 
-namespace vel {
 namespace {
 
+using namespace vel;
 using test::GuardedPlane;
 using Plane = GuardedPlane<std::uint8_t>;
 using Integers = std::vector<std::int32_t>;
@@ -85,19 +86,25 @@ TEST(Histogram, LevelsOfTheWholeIntegerRangeDoNotOverflow) {
     EXPECT_EQ((Integers{0, 0}), down.hist);
 }
 
-TEST(Histogram, RefusalsComeInOrderAndWriteNothing) {
+TEST(Histogram, ChecksPointersThenSizesThenTheStepAndWritesNothing) {
+    test::expectChecksInOrder({"histogramEvenU8", 3, 2, 1, [](const test::CheckedArguments& g) {
+                                   return histogramEvenU8(
+                                       g.at<std::uint8_t>(0), g.steps[0], g.sizes[0], g.sizes[1],
+                                       g.at<std::int32_t>(1), g.at<std::int32_t>(2), 3, 0, 4);
+                               }});
+}
+
+TEST(Histogram, FewerThanTwoLevelsAreRefusedLastAndNothingIsWritten) {
     Plane src(4, 4);
     std::int32_t hist[2] = {7, 7};
     std::int32_t levels[2] = {7, 7};
-    EXPECT_EQ(kNullPointer, histogramEvenU8(nullptr, 0, 0, 4, hist, levels, 1, 0, 4));
-    EXPECT_EQ(kNullPointer, histogramEvenU8(src.data(), 4, 4, 4, nullptr, levels, 2, 0, 4));
-    EXPECT_EQ(kNullPointer, histogramEvenU8(src.data(), 4, 4, 4, hist, nullptr, 2, 0, 4));
-    EXPECT_EQ(kBadSize, histogramEvenU8(src.data(), 0, 4, 0, hist, levels, 1, 0, 4));
-    EXPECT_EQ(kBadStep, histogramEvenU8(src.data(), 0, 4, 4, hist, levels, 1, 0, 4));
-    EXPECT_EQ(kTooFewHistogramLevels, histogramEvenU8(src.data(), 4, 4, 4, hist, levels, 1, 0, 4));
+    for (const std::int32_t n : {1, 0, -1}) {
+        EXPECT_EQ(kTooFewHistogramLevels,
+                  histogramEvenU8(src.data(), 4, 4, 4, hist, levels, n, 0, 4));
+        EXPECT_EQ(kBadStep, histogramEvenU8(src.data(), 0, 4, 4, hist, levels, n, 0, 4));
+    }
     EXPECT_EQ(7, hist[0]);
     EXPECT_EQ(7, levels[0]);
 }
 
 } // namespace
-} // namespace vel

@@ -1,23 +1,27 @@
 #include "velimproclib/primitives/LinearFilters.h"
 
 #include "tests/support/BorderedPlane.h"
+#include "tests/support/CheckOrder.h"
 #include "tests/support/EachTarget.h"
-
-#include <gtest/gtest.h>
+#include "tests/support/GuardedPlane.h"
+#include "tests/support/PlaneShapes.h"
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
+#include <gtest/gtest.h>
 #include <limits>
 #include <random>
 #include <vector>
 
-namespace vel {
 namespace {
 
+using namespace vel;
 using test::BorderedPlane;
 using test::forEachTarget;
 using test::GuardedPlane;
+using test::PlaneShape;
 
 constexpr int kBorder = 24;
 
@@ -53,40 +57,28 @@ std::uint8_t convolved(const BorderedPlane<std::uint8_t>& src, int x, int y, int
     return static_cast<std::uint8_t>(quotient > 255 ? 255 : static_cast<int>(quotient));
 }
 
-struct Shape {
-    int w;
-    int h;
-};
-
-std::vector<Shape> shapes(std::mt19937& random) {
-    std::vector<Shape> all{{1, 1}, {2, 3}, {3, 2}, {517, 5}};
-    std::uniform_int_distribution<int> side(1, 67);
-    for (int i = 0; i < 20; ++i) {
-        all.push_back({side(random), side(random)});
-    }
-    return all;
-}
-
 TEST(LinearFilters, FloatFiltersEqualTheDefinitionBitForBitOnEveryVariant) {
     std::mt19937 random(31);
     std::uniform_real_distribution<float> value(-2.0f, 2.0f);
-    for (const Shape& shape : shapes(random)) {
-        const int len = std::uniform_int_distribution<int>(1, shape.w % 4 == 0 ? 23 : 9)(random);
+    for (const PlaneShape& shape : test::planeShapes(random)) {
+        const int len =
+            std::uniform_int_distribution<int>(1, shape.width % 4 == 0 ? 23 : 9)(random);
         const int anchor = std::uniform_int_distribution<int>(0, len - 1)(random);
         std::vector<float> kernel(static_cast<std::size_t>(len));
         std::generate(kernel.begin(), kernel.end(), [&] { return value(random); });
-        BorderedPlane<float> src(shape.w, shape.h, kBorder, len % 7, len % 5);
+        BorderedPlane<float> src(shape.width, shape.height, kBorder, shape.extraStep,
+                                 shape.misalign);
         src.fill([&] { return value(random); });
         forEachTarget([&] {
-            GuardedPlane<float> rows(shape.w, shape.h, 3, 1);
-            GuardedPlane<float> columns(shape.w, shape.h, 8, 4);
-            ASSERT_EQ(kOk, filterRowF32(src.data(), src.step(), rows.data(), rows.step(), shape.w,
-                                        shape.h, kernel.data(), len, anchor));
+            GuardedPlane<float> rows(shape.width, shape.height, 3, 1);
+            GuardedPlane<float> columns(shape.width, shape.height, 8, 4);
+            ASSERT_EQ(kOk, filterRowF32(src.data(), src.step(), rows.data(), rows.step(),
+                                        shape.width, shape.height, kernel.data(), len, anchor));
             ASSERT_EQ(kOk, filterColumnF32(src.data(), src.step(), columns.data(), columns.step(),
-                                           shape.w, shape.h, kernel.data(), len, anchor));
+                                           shape.width, shape.height, kernel.data(), len, anchor));
             EXPECT_TRUE(rows.intact() && columns.intact() && src.intact());
-            for (int y = 0; y < shape.h; ++y) {
-                for (int x = 0; x < shape.w; ++x) {
+            for (int y = 0; y < shape.height; ++y) {
+                for (int x = 0; x < shape.width; ++x) {
                     ASSERT_EQ(convolved(src, x, y, 1, 0, kernel, anchor), rows.at(x, y))
                         << x << ',' << y;
                     ASSERT_EQ(convolved(src, x, y, 0, 1, kernel, anchor), columns.at(x, y))
@@ -162,29 +154,33 @@ TEST(LinearFilters, NotANumberSpreadsOverTheKernelOnly) {
 TEST(LinearFilters, ByteFiltersEqualTheDefinitionOnEveryVariant) {
     std::mt19937 random(32);
     std::uniform_int_distribution<int> pixel(0, 255);
-    for (const Shape& shape : shapes(random)) {
-        const int len = std::uniform_int_distribution<int>(1, shape.w % 4 == 0 ? 23 : 9)(random);
+    for (const PlaneShape& shape : test::planeShapes(random)) {
+        const int len =
+            std::uniform_int_distribution<int>(1, shape.width % 4 == 0 ? 23 : 9)(random);
         const int anchor = std::uniform_int_distribution<int>(0, len - 1)(random);
-        const int span = shape.w % 3 == 0 ? std::numeric_limits<int>::max() : 4096;
+        const int span = shape.width % 3 == 0 ? std::numeric_limits<int>::max() : 4096;
         std::uniform_int_distribution<int> tap(-span / 8, span);
         std::vector<std::int32_t> kernel(static_cast<std::size_t>(len));
         std::generate(kernel.begin(), kernel.end(), [&] { return tap(random); });
-        const std::int64_t sum = span / 2 * (shape.h % 4 + std::int64_t{1});
+        const std::int64_t sum = span / 2 * (shape.height % 4 + std::int64_t{1});
         const int magnitude =
             static_cast<int>(std::min<std::int64_t>(sum, std::numeric_limits<std::int32_t>::max()));
-        const int divisor = shape.h % 5 == 0 ? -magnitude : magnitude;
-        BorderedPlane<std::uint8_t> src(shape.w, shape.h, kBorder, len % 7, len % 5);
+        const int divisor = shape.height % 5 == 0 ? -magnitude : magnitude;
+        BorderedPlane<std::uint8_t> src(shape.width, shape.height, kBorder, shape.extraStep,
+                                        shape.misalign);
         src.fill([&] { return pixel(random); });
         forEachTarget([&] {
-            GuardedPlane<std::uint8_t> rows(shape.w, shape.h, 3, 1);
-            GuardedPlane<std::uint8_t> columns(shape.w, shape.h, 8, 4);
-            ASSERT_EQ(kOk, filterRowU8(src.data(), src.step(), rows.data(), rows.step(), shape.w,
-                                       shape.h, kernel.data(), len, anchor, divisor));
+            GuardedPlane<std::uint8_t> rows(shape.width, shape.height, 3, 1);
+            GuardedPlane<std::uint8_t> columns(shape.width, shape.height, 8, 4);
+            ASSERT_EQ(kOk,
+                      filterRowU8(src.data(), src.step(), rows.data(), rows.step(), shape.width,
+                                  shape.height, kernel.data(), len, anchor, divisor));
             ASSERT_EQ(kOk, filterColumnU8(src.data(), src.step(), columns.data(), columns.step(),
-                                          shape.w, shape.h, kernel.data(), len, anchor, divisor));
+                                          shape.width, shape.height, kernel.data(), len, anchor,
+                                          divisor));
             EXPECT_TRUE(rows.intact() && columns.intact() && src.intact());
-            for (int y = 0; y < shape.h; ++y) {
-                for (int x = 0; x < shape.w; ++x) {
+            for (int y = 0; y < shape.height; ++y) {
+                for (int x = 0; x < shape.width; ++x) {
                     ASSERT_EQ(convolved(src, x, y, 1, 0, kernel, anchor, divisor), rows.at(x, y));
                     ASSERT_EQ(convolved(src, x, y, 0, 1, kernel, anchor, divisor),
                               columns.at(x, y));
@@ -217,39 +213,52 @@ TEST(LinearFilters, ByteFiltersRoundHalvesUpForEverySumAndDivisor) {
     });
 }
 
-TEST(LinearFilters, RefusalsComeInOrderAndWriteNothing) {
+TEST(LinearFilters, EveryFilterChecksPointersThenSizesThenStepsAndWritesNothing) {
+    using Arguments = test::CheckedArguments;
+    for (const auto filter : {filterRowF32, filterColumnF32}) {
+        test::expectChecksInOrder({"of floats", 3, 3, 2, [filter](const Arguments& g) {
+                                       return filter(g.inside<float>(0), g.steps[0], g.at<float>(1),
+                                                     g.steps[1], g.sizes[0], g.sizes[1],
+                                                     g.at<float>(2), g.sizes[2], 1);
+                                   }});
+    }
+    for (const auto filter : {filterRowU8, filterColumnU8}) {
+        test::expectChecksInOrder({"of bytes", 3, 3, 2, [filter](const Arguments& g) {
+                                       return filter(g.inside<std::uint8_t>(0), g.steps[0],
+                                                     g.at<std::uint8_t>(1), g.steps[1], g.sizes[0],
+                                                     g.sizes[1], g.at<std::int32_t>(2), g.sizes[2],
+                                                     1, 16);
+                                   }});
+    }
+}
+
+TEST(LinearFilters, StepsThatHoldNoRowAndADivisorOfZeroAreRefusedInThisOrder) {
     BorderedPlane<float> src(4, 4, kBorder);
     src.fill([] { return 1.0f; });
     GuardedPlane<float> dst(4, 4);
     dst.fill([] { return 7.0f; });
+    const GuardedPlane<float> before = dst;
     const float kernel[7] = {};
-    const auto row = [&](const float* s, int srcStep, int w, int h, const float* k, int len) {
-        return filterRowF32(s, srcStep, dst.data(), dst.step(), w, h, k, len, len / 2);
+    const auto refusal = [&](auto filter, int srcStep) {
+        return filter(src.data(), srcStep, dst.data(), dst.step(), 4, 4, kernel, 7, 3);
     };
-    EXPECT_EQ(kNullPointer, row(nullptr, 0, 0, 4, kernel, 7));
-    EXPECT_EQ(kNullPointer, row(src.data(), 0, 0, 4, nullptr, 7));
-    EXPECT_EQ(kBadSize, row(src.data(), 0, 0, 4, kernel, 7));
-    EXPECT_EQ(kBadSize, row(src.data(), 0, 4, -2, kernel, 7));
-    EXPECT_EQ(kBadSize, row(src.data(), 0, 4, 4, kernel, 0));
-    EXPECT_EQ(kBadStep, row(src.data(), 0, 4, 4, kernel, 7));
-    EXPECT_EQ(kBadBorderStep, row(src.data(), 4 * 10 - 1, 4, 4, kernel, 7));
-    EXPECT_EQ(kBadStep, filterRowF32(src.data(), 1, dst.data(), 0, 4, 4, kernel, 7, 3));
-    EXPECT_EQ(kBadStep, filterColumnF32(src.data(), 15, dst.data(), 16, 4, 4, kernel, 7, 3));
-    for (int y = 0; y < 4; ++y) {
-        for (int x = 0; x < 4; ++x) {
-            EXPECT_EQ(7.0f, dst.at(x, y));
-        }
-    }
+    EXPECT_EQ(kBadBorderStep, refusal(filterRowF32, 4 * 10 - 1));
+    EXPECT_EQ(kBadStep, refusal(filterColumnF32, 4 * 4 - 1));
+    EXPECT_TRUE(dst.sameBits(before));
+
     BorderedPlane<std::uint8_t> bytes(4, 4, kBorder);
     GuardedPlane<std::uint8_t> byteDst(4, 4);
+    byteDst.fill([] { return 7; });
+    const GuardedPlane<std::uint8_t> bytesBefore = byteDst;
     const std::int32_t taps[3] = {1, 2, 1};
-    EXPECT_EQ(kDivisorZero,
-              filterRowU8(bytes.data(), bytes.step(), byteDst.data(), 4, 4, 4, taps, 3, 1, 0));
-    EXPECT_EQ(kDivisorZero,
-              filterColumnU8(bytes.data(), bytes.step(), byteDst.data(), 4, 4, 4, taps, 3, 1, 0));
-    EXPECT_EQ(kBadBorderStep, filterRowU8(bytes.data(), 5, byteDst.data(), 4, 4, 4, taps, 3, 1, 0));
-    EXPECT_EQ(kBadStep, filterColumnU8(bytes.data(), 3, byteDst.data(), 4, 4, 4, taps, 3, 1, 0));
-    EXPECT_EQ(kNullPointer, filterColumnU8(bytes.data(), 5, nullptr, 4, 4, 4, taps, 3, 1, 0));
+    const auto byteRefusal = [&](auto filter, int srcStep) {
+        return filter(bytes.data(), srcStep, byteDst.data(), 4, 4, 4, taps, 3, 1, 0);
+    };
+    EXPECT_EQ(kBadBorderStep, byteRefusal(filterRowU8, 5));
+    EXPECT_EQ(kBadStep, byteRefusal(filterColumnU8, 3));
+    EXPECT_EQ(kDivisorZero, byteRefusal(filterRowU8, bytes.step()));
+    EXPECT_EQ(kDivisorZero, byteRefusal(filterColumnU8, bytes.step()));
+    EXPECT_TRUE(byteDst.sameBits(bytesBefore));
 }
 
 TEST(LinearFilters, ColumnsNeedNoBorderAtTheSides) {
@@ -263,4 +272,3 @@ TEST(LinearFilters, ColumnsNeedNoBorderAtTheSides) {
 }
 
 } // namespace
-} // namespace vel

@@ -2,11 +2,15 @@
 
 #include "tests/support/CheckOrder.h"
 #include "tests/support/EachTarget.h"
+#include "tests/support/FloatComparison.h"
+#include "tests/support/GuardedPlane.h"
 #include "tests/support/PixelValues.h"
 #include "tests/support/PlaneShapes.h"
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
+#include <cstdint>
 #include <gtest/gtest.h>
 #include <limits>
 #include <random>

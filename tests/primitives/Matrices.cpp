@@ -2,6 +2,7 @@
 
 #include "tests/support/CheckOrder.h"
 
+#include <cstddef>
 #include <cstring>
 #include <gtest/gtest.h>
 #include <random>

@@ -1,22 +1,27 @@
 #include "velimproclib/primitives/Morphology.h"
 
 #include "tests/support/BorderedPlane.h"
+#include "tests/support/CheckOrder.h"
 #include "tests/support/EachTarget.h"
-
-#include <gtest/gtest.h>
+#include "tests/support/GuardedPlane.h"
+#include "tests/support/NothrowNewFails.h"
+#include "tests/support/PlaneShapes.h"
 
 #include <bit>
+#include <cstddef>
 #include <cstdint>
+#include <gtest/gtest.h>
 #include <limits>
 #include <random>
 #include <vector>
 
-namespace vel {
 namespace {
 
+using namespace vel;
 using test::BorderedPlane;
 using test::forEachTarget;
 using test::GuardedPlane;
+using test::PlaneShape;
 
 // Rows from top to bottom, in each row from left to right; of equal values the first stays.
 template <class T, class Beats>
@@ -43,20 +48,6 @@ T extreme(const BorderedPlane<T>& src, int x, int y, Beats beats) {
 constexpr auto kGreater = [](auto a, auto b) { return a > b; };
 constexpr auto kLess = [](auto a, auto b) { return a < b; };
 
-struct Shape {
-    int w;
-    int h;
-};
-
-std::vector<Shape> shapes(std::mt19937& random) {
-    std::vector<Shape> all{{1, 1}, {1, 5}, {2, 3}, {3, 2}, {1031, 4}};
-    std::uniform_int_distribution<int> side(1, 67);
-    for (int i = 0; i < 20; ++i) {
-        all.push_back({side(random), side(random)});
-    }
-    return all;
-}
-
 void expectFloatFormsEqualTheDefinition(const BorderedPlane<float>& src) {
     forEachTarget([&] {
         GuardedPlane<float> dilated(src.width(), src.height(), 3, 1);
@@ -80,8 +71,8 @@ void expectFloatFormsEqualTheDefinition(const BorderedPlane<float>& src) {
 TEST(Morphology, FloatFormsEqualTheDefinitionBitForBitOnEveryVariant) {
     std::mt19937 random(41);
     std::uniform_real_distribution<float> value(-1.0f, 1.0f);
-    for (const Shape& shape : shapes(random)) {
-        BorderedPlane<float> src(shape.w, shape.h, 1, shape.w % 9, shape.h % 6);
+    for (const PlaneShape& shape : test::planeShapes(random)) {
+        BorderedPlane<float> src(shape.width, shape.height, 1, shape.extraStep, shape.misalign);
         src.fill([&] { return value(random); });
         expectFloatFormsEqualTheDefinition(src);
     }
@@ -106,57 +97,83 @@ TEST(Morphology, SignedZerosInfinitiesAndNotANumberGiveTheSameBitsOnEveryVariant
 TEST(Morphology, InPlaceFormsEqualTheDefinitionOnACopyAndLeaveTheFrame) {
     std::mt19937 random(43);
     std::uniform_int_distribution<int> pixel(0, 255);
-    auto all = shapes(random);
-    all.push_back({4096, 3});
-    all.push_back({4097, 3}); // beyond the buffer on the stack
-    for (const Shape& shape : all) {
-        BorderedPlane<std::uint8_t> original(shape.w, shape.h, 1, shape.w % 9, shape.h % 6);
+    auto all = test::planeShapes(random);
+    all.push_back({4096, 3, 0, 0});
+    all.push_back({4097, 3, 0, 0}); // beyond the buffer on the stack
+    for (const PlaneShape& shape : all) {
+        BorderedPlane<std::uint8_t> original(shape.width, shape.height, 1, shape.extraStep,
+                                             shape.misalign);
         original.fill([&] { return pixel(random); });
         BorderedPlane<std::uint8_t> largest = original;
         BorderedPlane<std::uint8_t> smallest = original;
-        for (int y = 0; y < shape.h; ++y) {
-            for (int x = 0; x < shape.w; ++x) {
+        for (int y = 0; y < shape.height; ++y) {
+            for (int x = 0; x < shape.width; ++x) {
                 largest.set(x, y, extreme(original, x, y, kGreater));
                 smallest.set(x, y, extreme(original, x, y, kLess));
             }
         }
         forEachTarget([&] {
             BorderedPlane<std::uint8_t> dilated = original;
-            ASSERT_EQ(kOk, dilate3x3InPlaceU8(dilated.data(), dilated.step(), shape.w, shape.h));
-            EXPECT_TRUE(dilated.intact() && dilated.sameBits(largest)) << shape.w << 'x' << shape.h;
+            ASSERT_EQ(
+                kOk, dilate3x3InPlaceU8(dilated.data(), dilated.step(), shape.width, shape.height));
+            EXPECT_TRUE(dilated.intact() && dilated.sameBits(largest))
+                << shape.width << 'x' << shape.height;
             BorderedPlane<std::uint8_t> eroded = original;
-            ASSERT_EQ(kOk, erode3x3InPlaceU8(eroded.data(), eroded.step(), shape.w, shape.h));
-            EXPECT_TRUE(eroded.intact() && eroded.sameBits(smallest)) << shape.w << 'x' << shape.h;
+            ASSERT_EQ(kOk,
+                      erode3x3InPlaceU8(eroded.data(), eroded.step(), shape.width, shape.height));
+            EXPECT_TRUE(eroded.intact() && eroded.sameBits(smallest))
+                << shape.width << 'x' << shape.height;
         });
     }
 }
 
-TEST(Morphology, RefusalsComeInOrderAndWriteNothing) {
+TEST(Morphology, EveryFormChecksPointersThenSizesThenStepsAndWritesNothing) {
+    using Arguments = test::CheckedArguments;
+    for (const auto morph : {dilate3x3F32, erode3x3F32}) {
+        test::expectChecksInOrder({"of floats", 2, 2, 2, [morph](const Arguments& g) {
+                                       return morph(g.inside<float>(0), g.steps[0], g.at<float>(1),
+                                                    g.steps[1], g.sizes[0], g.sizes[1]);
+                                   }});
+    }
+    for (const auto morph : {dilate3x3InPlaceU8, erode3x3InPlaceU8}) {
+        test::expectChecksInOrder({"in place", 1, 2, 1, [morph](const Arguments& g) {
+                                       return morph(g.inside<std::uint8_t>(0), g.steps[0],
+                                                    g.sizes[0], g.sizes[1]);
+                                   }});
+    }
+}
+
+TEST(Morphology, StepsWithoutRoomForTheFrameAreRefusedAndNothingIsWritten) {
     BorderedPlane<float> src(4, 4, 1);
     src.fill([] { return 1.0f; });
     GuardedPlane<float> dst(4, 4);
     dst.fill([] { return 7.0f; });
+    const GuardedPlane<float> before = dst;
     for (const auto morph : {dilate3x3F32, erode3x3F32}) {
-        EXPECT_EQ(kNullPointer, morph(nullptr, 0, dst.data(), 16, 0, 4));
-        EXPECT_EQ(kNullPointer, morph(src.data(), 24, nullptr, 16, 4, 4));
-        EXPECT_EQ(kBadSize, morph(src.data(), 0, dst.data(), 16, 4, 0));
-        EXPECT_EQ(kBadStep, morph(src.data(), 0, dst.data(), 16, 4, 4));
-        EXPECT_EQ(kBadStep, morph(src.data(), 23, dst.data(), -1, 4, 4));
         EXPECT_EQ(kBadBorderStep, morph(src.data(), 23, dst.data(), 16, 4, 4));
     }
-    EXPECT_EQ(7.0f, dst.at(0, 0));
+    EXPECT_TRUE(dst.sameBits(before));
 
     BorderedPlane<std::uint8_t> bytes(4, 4, 1);
     bytes.fill([n = 0]() mutable { return n += 5; });
-    const BorderedPlane<std::uint8_t> before = bytes;
+    const BorderedPlane<std::uint8_t> bytesBefore = bytes;
     for (const auto morph : {dilate3x3InPlaceU8, erode3x3InPlaceU8}) {
-        EXPECT_EQ(kNullPointer, morph(nullptr, 0, 0, 4));
-        EXPECT_EQ(kBadSize, morph(bytes.data(), 0, -1, 4));
-        EXPECT_EQ(kBadStep, morph(bytes.data(), -6, 4, 4));
         EXPECT_EQ(kBadBorderStep, morph(bytes.data(), 5, 4, 4));
     }
-    EXPECT_TRUE(bytes.sameBits(before));
+    EXPECT_TRUE(bytes.sameBits(bytesBefore));
+}
+
+TEST(Morphology, InPlaceFormsWithoutMemoryForTheirRowsWriteNothing) {
+    BorderedPlane<std::uint8_t> bytes(4097, 2, 1);
+    bytes.fill([n = 0]() mutable { return n += 5; });
+    const BorderedPlane<std::uint8_t> before = bytes;
+    const test::NothrowNewFails noMemory;
+    for (const auto morph : {dilate3x3InPlaceU8, erode3x3InPlaceU8}) {
+        EXPECT_EQ(kOutOfMemory, morph(bytes.data(), bytes.step(), 4097, 2));
+        EXPECT_TRUE(bytes.sameBits(before));
+        EXPECT_EQ(kOk, morph(bytes.data(), bytes.step(), 1, 1)) << "needs no heap";
+        bytes = before;
+    }
 }
 
 } // namespace
-} // namespace vel

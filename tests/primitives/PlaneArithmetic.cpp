@@ -2,11 +2,16 @@
 
 #include "tests/support/CheckOrder.h"
 #include "tests/support/EachTarget.h"
+#include "tests/support/FloatComparison.h"
+#include "tests/support/GuardedPlane.h"
 #include "tests/support/PixelValues.h"
 #include "tests/support/PlaneShapes.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
+#include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <gtest/gtest.h>
 #include <limits>
@@ -256,14 +261,6 @@ TEST(PlaneArithmetic, ClampsLetNaNStay) {
     });
 }
 
-/// Distance of `value` from `exact` in units of the last place of a float next to `exact`.
-double unitsOff(float value, double exact) {
-    const auto nearest = static_cast<float>(exact);
-    const float next = std::nextafter(std::fabs(nearest), kInfinity);
-    return std::fabs(static_cast<double>(value) - exact) /
-           (static_cast<double>(next) - std::fabs(static_cast<double>(nearest)));
-}
-
 TEST(PlaneArithmetic, LogarithmIsRoundedFromItsExactValueOnEveryTarget) {
     std::mt19937 random(7);
     std::vector<float> values{1.0f,
@@ -291,7 +288,7 @@ TEST(PlaneArithmetic, LogarithmIsRoundedFromItsExactValueOnEveryTarget) {
         EXPECT_EQ(logInPlaceF32(logs.data(), 4 * count, count, 1), kOk);
         for (std::size_t i = 0; i < logs.size(); ++i) {
             const double exact = std::log(static_cast<double>(values[i]));
-            ASSERT_LE(unitsOff(logs[i], exact), 0.501) << values[i];
+            ASSERT_LE(test::unitsOff(logs[i], exact), 0.501) << values[i];
         }
         if (first.empty()) {
             first = logs;

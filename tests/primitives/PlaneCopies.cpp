@@ -1,9 +1,12 @@
 #include "velimproclib/primitives/PlaneCopies.h"
 
+#include "tests/support/CheckOrder.h"
 #include "tests/support/EachTarget.h"
 #include "tests/support/GuardedPlane.h"
+#include "tests/support/PlaneShapes.h"
 
 #include <bit>
+#include <cstdint>
 #include <gtest/gtest.h>
 #include <random>
 
@@ -11,6 +14,7 @@ namespace {
 
 using namespace vel;
 using test::GuardedPlane;
+using test::PlaneShape;
 
 struct Case {
     int width;
@@ -20,17 +24,16 @@ struct Case {
     GuardedPlane<std::uint8_t> mask;
 };
 
-/// Planes of any bit patterns, NaN included, with odd steps and starts; half the mask is 0.
+/// Planes of any bit patterns, NaN included; half the mask is 0.
 template <class Check>
 void forEachCase(Check&& check) {
     std::mt19937 random(21);
-    for (int i = 0; i < 80; ++i) {
-        const int width = i == 0 ? 1031 : static_cast<int>(random() % 67) + 1;
-        const int height = static_cast<int>(random() % 5) + 1;
-        const int padding = i % 4 == 0 ? 0 : static_cast<int>(random() % 9);
-        Case c{width, height, GuardedPlane<float>(width, height, padding, i % 7),
-               GuardedPlane<float>(width, height, padding / 2, i % 5),
-               GuardedPlane<std::uint8_t>(width, height, padding / 3, i % 3)};
+    for (PlaneShape shape : test::planeShapes(random)) {
+        const auto src = shape.plane<float>();
+        shape.extraStep /= 2;
+        const auto dst = shape.plane<float>();
+        shape.extraStep /= 2;
+        Case c{shape.width, shape.height, src, dst, shape.plane<std::uint8_t>()};
         const auto anyFloat = [&] {
             return std::bit_cast<float>(static_cast<std::uint32_t>(random()));
         };
@@ -87,28 +90,20 @@ TEST(PlaneCopies, MaskedCopyKeepsThePixelsWhoseMaskIsZero) {
 }
 
 TEST(PlaneCopies, EveryRoutineChecksPointersThenSizesThenStepsAndWritesNothing) {
-    const float a[4] = {1, 2, 3, 4};
-    float b[4] = {5, 6, 7, 8};
-    const std::uint8_t m[4] = {1, 1, 1, 1};
-    EXPECT_EQ(copyPlaneF32(nullptr, 0, b, 0, 0, 0), kNullPointer);
-    EXPECT_EQ(copyPlaneF32(a, 0, nullptr, 0, 0, 0), kNullPointer);
-    EXPECT_EQ(copyPlaneF32(a, 0, b, 0, 0, 1), kBadSize);
-    EXPECT_EQ(copyPlaneF32(a, 0, b, 0, 1, -1), kBadSize);
-    EXPECT_EQ(copyPlaneF32(a, 0, b, 16, 1, 1), kBadStep);
-    EXPECT_EQ(copyPlaneF32(a, 16, b, -16, 1, 1), kBadStep);
-    EXPECT_EQ(setPlaneF32(1, nullptr, 0, 0, 0), kNullPointer);
-    EXPECT_EQ(setPlaneF32(1, b, 0, 0, 1), kBadSize);
-    EXPECT_EQ(setPlaneF32(1, b, 0, 1, 0), kBadSize);
-    EXPECT_EQ(setPlaneF32(1, b, 0, 1, 1), kBadStep);
-    EXPECT_EQ(copyMaskedF32(nullptr, 0, b, 0, 0, 0, m, 0), kNullPointer);
-    EXPECT_EQ(copyMaskedF32(a, 0, nullptr, 0, 0, 0, m, 0), kNullPointer);
-    EXPECT_EQ(copyMaskedF32(a, 0, b, 0, 0, 0, nullptr, 0), kNullPointer);
-    EXPECT_EQ(copyMaskedF32(a, 0, b, 0, 0, 1, m, 0), kBadSize);
-    EXPECT_EQ(copyMaskedF32(a, 0, b, 0, 1, 0, m, 0), kBadSize);
-    EXPECT_EQ(copyMaskedF32(a, 0, b, 16, 1, 1, m, 4), kBadStep);
-    EXPECT_EQ(copyMaskedF32(a, 16, b, 0, 1, 1, m, 4), kBadStep);
-    EXPECT_EQ(copyMaskedF32(a, 16, b, 16, 1, 1, m, 0), kBadStep);
-    EXPECT_EQ(b[0], 5.0f);
+    using Arguments = test::CheckedArguments;
+    test::expectChecksInOrder({"copyPlaneF32", 2, 2, 2, [](const Arguments& g) {
+                                   return copyPlaneF32(g.at<float>(0), g.steps[0], g.at<float>(1),
+                                                       g.steps[1], g.sizes[0], g.sizes[1]);
+                               }});
+    test::expectChecksInOrder({"setPlaneF32", 1, 2, 1, [](const Arguments& g) {
+                                   return setPlaneF32(1.0f, g.at<float>(0), g.steps[0], g.sizes[0],
+                                                      g.sizes[1]);
+                               }});
+    test::expectChecksInOrder({"copyMaskedF32", 3, 2, 3, [](const Arguments& g) {
+                                   return copyMaskedF32(g.at<float>(0), g.steps[0], g.at<float>(1),
+                                                        g.steps[1], g.sizes[0], g.sizes[1],
+                                                        g.at<std::uint8_t>(2), g.steps[2]);
+                               }});
 }
 
 } // namespace

@@ -1,21 +1,22 @@
 #include "velimproclib/primitives/Resampling.h"
 
+#include "tests/support/CheckOrder.h"
 #include "tests/support/EachTarget.h"
 #include "tests/support/GuardedPlane.h"
 
-#include <gtest/gtest.h>
-#include <opencv2/imgproc.hpp>
-
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <gtest/gtest.h>
 #include <limits>
+#include <opencv2/imgproc.hpp>
 #include <random>
 
-namespace vel {
 namespace {
 
+using namespace vel;
 using test::forEachTarget;
 using test::GuardedPlane;
 using Plane = GuardedPlane<std::uint8_t>;
@@ -179,31 +180,37 @@ TEST(Resampling, TheRectangleIsCutToTheImage) {
     EXPECT_EQ(kBadSize, resize(src, {std::numeric_limits<int>::max(), 0, 5, 5}, cut, 1.0, 1.0));
 }
 
-TEST(Resampling, RefusalsComeInOrderAndWriteNothing) {
+TEST(Resampling, ChecksPointersThenSizesThenStepsAndWritesNothing) {
+    test::expectChecksInOrder({"resizeU8", 2, 4, 2, [](const test::CheckedArguments& g) {
+                                   return resizeU8(g.at<std::uint8_t>(0), g.sizes[0], g.sizes[1],
+                                                   g.steps[0], {0, 0, 2, 2}, g.at<std::uint8_t>(1),
+                                                   g.steps[1], g.sizes[2], g.sizes[3], 1.0, 1.0,
+                                                   kLinear);
+                               }});
+}
+
+TEST(Resampling, EmptyRectanglesAndFactorsNotAboveZeroAreBadSizesAndOtherCodesBadMasks) {
     const Plane src = noise(4, 4, 10);
     Plane dst(4, 4);
     dst.fill([] { return 77; });
+    const Plane before = dst;
     const PixelRect all{0, 0, 4, 4};
-    const auto call = [&](const std::uint8_t* s, int srcW, int srcStep, const PixelRect& rect,
-                          int dstStep, int dstW, double factor, int interpolation) {
-        return resizeU8(s, srcW, 4, srcStep, rect, dst.data(), dstStep, dstW, 4, factor, 1.0,
+    const auto call = [&](const PixelRect& rect, int srcStep, double factor, int interpolation) {
+        return resizeU8(src.data(), 4, 4, srcStep, rect, dst.data(), dst.step(), 4, 4, factor, 1.0,
                         interpolation);
     };
-    EXPECT_EQ(kNullPointer, call(nullptr, 0, 0, all, 0, 0, 0.0, 9));
-    EXPECT_EQ(kBadSize, call(src.data(), 0, 0, all, 4, 4, 1.0, 2));
-    EXPECT_EQ(kBadSize, call(src.data(), 4, 0, {0, 0, 0, 4}, 4, 4, 1.0, 2));
-    EXPECT_EQ(kBadSize, call(src.data(), 4, 0, {0, 0, -4, 4}, 4, 4, 1.0, 2));
-    EXPECT_EQ(kBadSize, call(src.data(), 4, 0, all, 4, 0, 1.0, 2));
+    EXPECT_EQ(kBadSize, call({0, 0, 0, 4}, 0, 1.0, kLinear));
+    EXPECT_EQ(kBadSize, call({0, 0, 4, -4}, 0, 1.0, kLinear));
     for (const double factor : {0.0, -0.0, -1.0, -std::numeric_limits<double>::infinity(),
                                 std::numeric_limits<double>::quiet_NaN()}) {
-        EXPECT_EQ(kBadSize, call(src.data(), 4, 8, all, 4, 4, factor, 2));
+        EXPECT_EQ(kBadSize, call(all, 0, factor, kLinear));
         EXPECT_EQ(kBadSize, resize(src, dst, 1.0, factor));
     }
-    EXPECT_EQ(kBadStep, call(src.data(), 4, 0, all, 4, 4, 1.0, 2));
-    EXPECT_EQ(kBadStep, call(src.data(), 4, 8, all, 0, 4, 1.0, 2));
-    EXPECT_EQ(kBadMask, call(src.data(), 4, 8, all, 4, 4, 1.0, 1));
-    EXPECT_EQ(77, dst.at(0, 0));
+    EXPECT_EQ(kBadStep, call(all, 0, 1.0, 1));
+    for (const int interpolation : {-1, 0, 1, 3}) {
+        EXPECT_EQ(kBadMask, call(all, src.step(), 1.0, interpolation));
+    }
+    EXPECT_TRUE(dst.sameBits(before));
 }
 
 } // namespace
-} // namespace vel

@@ -2,10 +2,12 @@
 
 #include "tests/support/CheckOrder.h"
 #include "tests/support/EachTarget.h"
+#include "tests/support/GuardedPlane.h"
 #include "tests/support/PixelValues.h"
 #include "tests/support/PlaneShapes.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <gtest/gtest.h>
 #include <initializer_list>

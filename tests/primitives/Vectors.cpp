@@ -2,10 +2,14 @@
 
 #include "tests/support/CheckOrder.h"
 #include "tests/support/EachTarget.h"
+#include "tests/support/FloatComparison.h"
+#include "tests/support/GuardedPlane.h"
 #include "tests/support/PixelValues.h"
-#include "tests/support/PlaneShapes.h"
 
+#include <bit>
 #include <cmath>
+#include <cstddef>
+#include <cstdint>
 #include <gtest/gtest.h>
 #include <limits>
 #include <random>
@@ -28,11 +32,6 @@ T randomValue(std::mt19937& random) {
         return test::randomPixel<float>(random);
     }
     return std::uniform_real_distribution<T>(T(-5), T(5))(random);
-}
-
-template <class T>
-bool sameValue(T a, T b) {
-    return (std::isnan(a) && std::isnan(b)) || (a == b && std::signbit(a) == std::signbit(b));
 }
 
 struct Length {
@@ -70,10 +69,10 @@ void expectElementwise(Routine routine, Reference reference) {
             routine(a.data(), intoB.data(), intoB.data(), length.count);
             for (int x = 0; x < length.count; ++x) {
                 const To expected = reference(a.at(x, 0), b.at(x, 0));
-                EXPECT_TRUE(sameValue(apart.at(x, 0), expected))
+                EXPECT_TRUE(test::sameFloat(apart.at(x, 0), expected))
                     << x << " of " << length.count << ": " << apart.at(x, 0) << ", not "
                     << expected;
-                EXPECT_TRUE(sameValue(intoB.at(x, 0), expected));
+                EXPECT_TRUE(test::sameFloat(intoB.at(x, 0), expected));
             }
             EXPECT_TRUE(apart.intact());
             EXPECT_TRUE(intoB.intact());
@@ -111,7 +110,8 @@ void expectInPlaceF64(Routine routine, Reference reference) {
             auto result = srcDst;
             EXPECT_GE(routine(src.data(), result.data(), length.count), kOk);
             for (int x = 0; x < length.count; ++x) {
-                EXPECT_TRUE(sameValue(result.at(x, 0), reference(srcDst.at(x, 0), src.at(x, 0))));
+                EXPECT_TRUE(
+                    test::sameFloat(result.at(x, 0), reference(srcDst.at(x, 0), src.at(x, 0))));
             }
             EXPECT_TRUE(result.intact());
         });
@@ -187,7 +187,7 @@ TEST(Vectors, NarrowingRoundsAndSaturatesOnEveryTarget) {
             GuardedPlane<float> dst(length.count, 1, 0, length.misalign / 3);
             EXPECT_EQ(vecF64toF32(src.data(), dst.data(), length.count), kOk);
             for (int x = 0; x < length.count; ++x) {
-                EXPECT_TRUE(sameValue(dst.at(x, 0), saturated(src.at(x, 0))));
+                EXPECT_TRUE(test::sameFloat(dst.at(x, 0), saturated(src.at(x, 0))));
             }
             EXPECT_TRUE(dst.intact());
         });
@@ -213,7 +213,7 @@ TEST(Vectors, NarrowingEndsAtTheLargestFiniteFloatOfBothSigns) {
         std::vector<float> dst(src.size());
         EXPECT_EQ(vecF64toF32(src.data(), dst.data(), static_cast<int>(src.size())), kOk);
         for (std::size_t i = 0; i < src.size(); ++i) {
-            EXPECT_TRUE(sameValue(dst[i], expected[i])) << src[i] << " became " << dst[i];
+            EXPECT_TRUE(test::sameFloat(dst[i], expected[i])) << src[i] << " became " << dst[i];
         }
     });
 }
@@ -232,25 +232,15 @@ TEST(Vectors, ComplexVectorInterleavesAndAMissingPartCountsAsZeros) {
                                                length.count),
                               kOk);
                     for (int x = 0; x < length.count; ++x) {
-                        EXPECT_TRUE(sameValue(dst.at(2 * x, 0), hasRe ? re.at(x, 0) : 0.0f));
-                        EXPECT_TRUE(sameValue(dst.at(2 * x + 1, 0), hasIm ? im.at(x, 0) : 0.0f));
+                        EXPECT_TRUE(test::sameFloat(dst.at(2 * x, 0), hasRe ? re.at(x, 0) : 0.0f));
+                        EXPECT_TRUE(
+                            test::sameFloat(dst.at(2 * x + 1, 0), hasIm ? im.at(x, 0) : 0.0f));
                     }
                     EXPECT_TRUE(dst.intact());
                 }
             }
         });
     }
-}
-
-/// Distance of `value` from `exact` in units of the last place of a float next to `exact`.
-double unitsOff(float value, double exact) {
-    const float nearest = std::fabs(static_cast<float>(exact));
-    if (nearest == kInfinity) {
-        return value == static_cast<float>(exact) ? 0.0 : 1e9;
-    }
-    const double next = std::nextafter(nearest, kInfinity);
-    const double unit = next == kInfinityF64 ? 0x1p104 : next - static_cast<double>(nearest);
-    return std::fabs(static_cast<double>(value) - exact) / unit;
 }
 
 TEST(Vectors, PowersAreRoundedFromTheirExactValueOnEveryTarget) {
@@ -275,7 +265,7 @@ TEST(Vectors, PowersAreRoundedFromTheirExactValueOnEveryTarget) {
                     EXPECT_TRUE(std::isnan(y[i]));
                     y[i] = 0.0f;
                 } else {
-                    ASSERT_LE(unitsOff(y[i], exact), 0.501) << a[i] << " to the " << x;
+                    ASSERT_LE(test::unitsOff(y[i], exact), 0.501) << a[i] << " to the " << x;
                 }
             }
             if (first.empty()) {
@@ -295,7 +285,7 @@ TEST(Vectors, PowersOfZeroInfinityNaNAndNegativeBasesFollowTheUsualRules) {
             std::vector<float> y(bases.size());
             EXPECT_EQ(vsPowx(static_cast<int>(bases.size()), bases.data(), x, y.data()), kOk);
             for (std::size_t i = 0; i < bases.size(); ++i) {
-                EXPECT_TRUE(sameValue(y[i], std::pow(bases[i], x)))
+                EXPECT_TRUE(test::sameFloat(y[i], std::pow(bases[i], x)))
                     << bases[i] << " to the " << x << " gave " << y[i];
             }
         });

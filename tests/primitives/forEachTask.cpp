@@ -1,13 +1,14 @@
 #include "velimproclib/primitives/forEachTask.h"
 
-#include <gtest/gtest.h>
-
 #include <atomic>
+#include <cstddef>
+#include <gtest/gtest.h>
 #include <omp.h>
 #include <vector>
 
-namespace vel {
 namespace {
+
+using namespace vel;
 
 TEST(ForEachTask, EveryTaskRunsOnceWithAnyNumberOfThreads) {
     for (const int threads : {1, 2, 4}) {
@@ -22,9 +23,17 @@ TEST(ForEachTask, EveryTaskRunsOnceWithAnyNumberOfThreads) {
 }
 
 TEST(ForEachTask, OutsideARegionItOpensOne) {
+    const int threadsBefore = omp_get_max_threads();
+    omp_set_num_threads(2);
     std::atomic<int> runs{0};
-    forEachTask(7, [&](int) { ++runs; });
+    std::atomic<int> runsInARegionOfTwo{0};
+    forEachTask(7, [&](int) {
+        ++runs;
+        runsInARegionOfTwo += omp_in_parallel() != 0 && omp_get_num_threads() == 2 ? 1 : 0;
+    });
+    omp_set_num_threads(threadsBefore);
     EXPECT_EQ(7, runs);
+    EXPECT_EQ(7, runsInARegionOfTwo);
     forEachTask(0, [&](int) { ++runs; });
     EXPECT_EQ(7, runs);
 }
@@ -79,4 +88,3 @@ TEST(ForEachTask, BandsCoverEveryRowOnce) {
 }
 
 } // namespace
-} // namespace vel

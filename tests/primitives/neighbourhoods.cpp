@@ -1,12 +1,12 @@
 #include "velimproclib/primitives/neighbourhoods.h"
 
-#include <gtest/gtest.h>
-
 #include <cstdint>
+#include <gtest/gtest.h>
 #include <limits>
 
-namespace vel {
 namespace {
+
+using namespace vel;
 
 TEST(Neighbourhoods, AStepHoldsARowWithItsBorderOrIsRefused) {
     EXPECT_EQ(kOk, checkBorderStep(24, 4, 2, sizeof(float)));
@@ -29,4 +29,3 @@ TEST(Neighbourhoods, AStepThatHoldsNoRowIsABadStepWhereNoBorderIsRead) {
 }
 
 } // namespace
-} // namespace vel

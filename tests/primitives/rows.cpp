@@ -1,5 +1,6 @@
 #include "velimproclib/primitives/rows.h"
 
+#include <cstdint>
 #include <gtest/gtest.h>
 #include <limits>
 

@@ -22,6 +22,14 @@ struct CheckedArguments {
     T* at(std::size_t i) const {
         return static_cast<T*>(pointers[i]);
     }
+
+    /// The same in the midst of the block, for routines that read a border around their region.
+    template <class T>
+    T* inside(std::size_t i) const {
+        constexpr std::size_t kBorderBytes = 1024;
+        auto* block = at<unsigned char>(i);
+        return block == nullptr ? nullptr : reinterpret_cast<T*>(block + kBorderBytes);
+    }
 };
 
 /// A primitive with the number of its pointers, sizes and steps that are checked.

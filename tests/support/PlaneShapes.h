@@ -1,10 +1,8 @@
 #pragma once
 
+#include "tests/support/FloatComparison.h"
 #include "tests/support/GuardedPlane.h"
 
-#include <bit>
-#include <cmath>
-#include <cstdint>
 #include <random>
 #include <vector>
 
@@ -32,12 +30,6 @@ inline std::vector<PlaneShape> planeShapes(std::mt19937& random) {
                        static_cast<int>(random() % 9), static_cast<int>(random() % 16)});
     }
     return all;
-}
-
-/// The same bits, or NaN both: which NaN comes out of an operation on two is the compiler's choice.
-inline bool sameFloat(float a, float b) {
-    return (std::isnan(a) && std::isnan(b)) ||
-           std::bit_cast<std::uint32_t>(a) == std::bit_cast<std::uint32_t>(b);
 }
 
 inline bool sameFloats(const GuardedPlane<float>& a, const GuardedPlane<float>& b) {
