@@ -68,11 +68,24 @@ command_format() {
     git ls-files '*.cpp' '*.h' '*.c' | xargs clang-format -i
 }
 
+# Blurs a drawn scene, restores it with velorn, and shows the three side by side.
+command_demo() {
+    build release
+    local bin=build/release/bin
+    mkdir -p demo
+    "$bin/makeScene" demo/sharp.png demo/blurred.png --disc 4 --noise 1
+    "$bin/velorn" deblur demo/blurred.png demo/restored.png --disc 4 --verbose
+    "$bin/comparePictures" demo/sharp.png demo/blurred.png demo/restored.png \
+        --labels sharp,blurred,restored --sheet demo/side-by-side.png --inset 740,465,140,140
+    say "See demo/side-by-side.png"
+}
+
 command_help() {
     cat <<'TEXT'
 ./do test       install what is missing, build, run all tests
 ./do build      build only (./do build debug|asan|ubsan for the other presets)
 ./do bench      build and run the benchmarks; each prints its ratio to a reference of the same run
+./do demo       restore a blurred sample scene: pictures in demo/, PSNR before and after
 ./do sanitize   run all tests under the address and the undefined-behaviour sanitizer
 ./do format     lay out the code with clang-format
 TEXT

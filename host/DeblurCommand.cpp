@@ -2,6 +2,7 @@
 
 #include "DefaultStrength.h"
 #include "Failure.h"
+#include "FramedRestoration.h"
 #include "ImageFile.h"
 #include "KernelFile.h"
 #include "NoiseLevel.h"
@@ -48,10 +49,11 @@ RgbPixels restored(const RgbPixels& pixels, const BlurKernel& kernel, const Debl
                    const RestorationSettings& settings, const Interrupt& interrupt,
                    ProgressBar& bar) {
     try {
-        return restore(pixels, kernel, settings, [&](int current, int limit) {
-            bar.show(current, limit);
-            return !interrupt.isRequested();
-        });
+        return restoreInFrame(pixels, kernel, settings, options.framePasses,
+                              [&](int current, int limit) {
+                                  bar.show(current, limit);
+                                  return !interrupt.isRequested();
+                              });
     } catch (const Failure& failure) {
         throw Failure(quoted(options.input) + ": " + failure.what());
     }

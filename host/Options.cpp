@@ -109,6 +109,7 @@ public:
             ->required();
         addKernelOptions();
         addSettings();
+        addFramePasses();
         m_command.add_flag("-v,--verbose", m_options.isVerbose,
                            "Tell the noise found and the strength chosen.");
         m_command.footer(kExitCodes);
@@ -123,6 +124,9 @@ public:
             if (m_settings[i]->count() > 0) {
                 checkRange(kSettings[i], value);
             }
+        }
+        if (m_options.framePasses < 0 || m_options.framePasses > 8) {
+            throw UsageFailure("--frame-passes must be from 0 to 8");
         }
         m_options.lambdaIsGiven = m_settings[0]->count() > 0;
         return m_options;
@@ -176,6 +180,16 @@ private:
                     ->type_name("NUMBER")
                     ->group("Settings"));
         }
+    }
+
+    void addFramePasses() {
+        m_command
+            .add_option("--frame-passes", m_options.framePasses,
+                        "0..8, default: 2\n"
+                        "How often the picture is continued beyond its frame, against streaks that "
+                        "start there.\n0 restores the bare picture in a single pass.")
+            ->type_name("N")
+            ->group("Settings");
     }
 
     KernelSource kernelSource() {

@@ -30,6 +30,8 @@ struct DeblurOptions {
     /// `lambda` in here counts only when `lambdaIsGiven`.
     RestorationSettings settings = standardSettings();
     bool lambdaIsGiven = false;
+    /// Passes that continue the picture beyond its frame, see `restoreInFrame`.
+    int framePasses = 2;
     bool isVerbose = false;
 };
 

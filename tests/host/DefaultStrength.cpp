@@ -15,6 +15,11 @@ TEST(DefaultStrength, FallsWithTheNoise) {
     }
 }
 
+TEST(DefaultStrength, FollowsTheSquareOfTheNoise) {
+    EXPECT_FLOAT_EQ(defaultStrength(1.0), 30000.0f);
+    EXPECT_FLOAT_EQ(defaultStrength(2.0), 7500.0f);
+}
+
 TEST(DefaultStrength, StaysInTheSensibleRange) {
     EXPECT_LE(defaultStrength(0.0), 50000.0f);
     EXPECT_GE(defaultStrength(1000.0), 500.0f);

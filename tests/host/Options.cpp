@@ -98,6 +98,8 @@ TEST(Options, SettingsHaveDefaultsAndOptions) {
     EXPECT_EQ(options.settings.edgeSlope, 2.0f);
     EXPECT_EQ(options.settings.edgeGain, 3.0f);
     EXPECT_EQ(options.settings.edgeFloor, 0.02f);
+    EXPECT_EQ(deblur({"--disc", "2"}).framePasses, 2);
+    EXPECT_EQ(deblur({"--disc", "2", "--frame-passes", "0"}).framePasses, 0);
 }
 
 TEST(Options, ExactlyOneBlurIsAsked) {
@@ -113,6 +115,8 @@ TEST(Options, NumbersOutOfRangeAreRefusedWithTheRange) {
     EXPECT_EQ(deblurComplaint({"--disc", "2", "--lambda", "0"}),
               "--lambda must be from 1 to 1000000");
     EXPECT_EQ(deblurComplaint({"--disc", "2", "--limit", "nan"}), "--limit must be from 0 to 1");
+    EXPECT_EQ(deblurComplaint({"--disc", "2", "--frame-passes", "9"}),
+              "--frame-passes must be from 0 to 8");
     EXPECT_EQ(deblurComplaint({"--disc", "0"}), "--disc must be from 0.1 to 500 pixels");
     EXPECT_EQ(deblurComplaint({"--gaussian", "-1"}), "--gaussian must be from 0.1 to 500 pixels");
     EXPECT_EQ(deblurComplaint({"--motion", "0.5,0"}), "--motion must be from 1 to 500 pixels");

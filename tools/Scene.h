@@ -1,0 +1,17 @@
+#pragma once
+
+#include <cstdint>
+#include <opencv2/core.hpp>
+
+namespace velorn::tools {
+
+/// Draws a photograph-like view: a brick house with a shop, lettering, striped cloth and lit
+/// windows under a cloudy sky, trees, wires, railings, paving and balls in the foreground.
+///
+/// The result is CV_32FC3, red first, 0..255, not rounded, drawn at twice the size and reduced, so
+/// that its edges are as sharp as a good lens makes them. The same arguments give the same bits.
+/// `margin` pixels on every side are drawn beyond `width` by `height`: what a blur brings in from
+/// outside the frame. `seed` moves everything that is left to chance.
+cv::Mat drawScene(int width, int height, int margin, std::uint32_t seed);
+
+} // namespace velorn::tools

@@ -1,0 +1,48 @@
+// Draws the sample scene of the demonstration, and what a camera that is out of focus makes of it.
+#include "Degradation.h"
+#include "Failure.h"
+#include "Pictures.h"
+#include "Scene.h"
+
+#include <CLI/CLI.hpp>
+#include <iostream>
+
+int main(int argc, char** argv) {
+    using namespace velorn;
+    using namespace velorn::tools;
+
+    CLI::App app{"Draws a scene, sharp and as a blurred and noisy photograph of it."};
+    std::string sharp;
+    std::string blurred;
+    int width = 1024;
+    int height = 768;
+    float radius = 4.0f;
+    double noise = 1.0;
+    std::uint32_t seed = 1;
+    app.add_option("SHARP", sharp, "Where to write the sharp scene")->required();
+    app.add_option("BLURRED", blurred, "Where to write the photograph of it")->required();
+    app.add_option("--width", width, "Pixels across")
+        ->capture_default_str()
+        ->check(CLI::Range(64, 8192));
+    app.add_option("--height", height, "Pixels down")
+        ->capture_default_str()
+        ->check(CLI::Range(64, 8192));
+    app.add_option("--disc", radius, "Radius of the blur in pixels")
+        ->capture_default_str()
+        ->check(CLI::Range(0.5, 50.0));
+    app.add_option("--noise", noise, "Standard deviation of the noise in levels of 255")
+        ->capture_default_str();
+    app.add_option("--seed", seed, "What is left to chance")->capture_default_str();
+    CLI11_PARSE(app, argc, argv);
+    try {
+        const BlurKernel kernel = makeKernel({AnalyticBlur::Shape::Disc, radius, 0.0f});
+        const int margin = kernel.width / 2;
+        const cv::Mat scene = drawScene(width, height, margin, seed);
+        writeColours(sharp, scene(cv::Rect(margin, margin, width, height)));
+        writeColours(blurred, withNoise(blurInside(scene, kernel), noise, seed));
+        return 0;
+    } catch (const std::exception& failure) {
+        std::cerr << "makeScene: " << failure.what() << '\n';
+        return 1;
+    }
+}
