@@ -126,6 +126,27 @@ TEST(SpectralQuotient, QuotientWeighsDataAndPriorAtEveryFrequency) {
     }
 }
 
+TEST(SpectralQuotient, TinyDenominatorsDivideAsLongAsTheQuotientIsAFloat) {
+    // The inverse of a denominator of 1e-40 is beyond the floats, the quotient is not.
+    const RealFft2D fft(kOrder, kOrder);
+    AlignedFloats kernel = randomSpectrum(fft, 4);
+    AlignedFloats numerator = randomSpectrum(fft, 5);
+    std::fill_n(kernel.data(), kernel.size(), 1e-20f);
+    std::fill_n(numerator.data(), numerator.size(), 1e-20f);
+    AlignedFloats x = randomSpectrum(fft, 6);
+    SpectralQuotient quotient;
+    quotient.setKernel(fft, kernel.data());
+    test::forEachTarget([&] {
+        std::fill_n(x.data(), x.size(), 0.0f);
+        for (int block = 0; block < fft.blockCount(); ++block) {
+            const std::size_t offset = static_cast<std::size_t>(block) * fft.blockFloats();
+            quotient.divide(block, numerator.data() + offset, 0.0f, x.data() + offset);
+        }
+        EXPECT_TRUE(std::all_of(x.data(), x.data() + x.size(),
+                                [](float value) { return value > 1e19f && value < 2e20f; }));
+    });
+}
+
 TEST(SpectralQuotient, EveryVariantGivesTheSameBits) {
     const RealFft2D fft(kOrder, kOrder);
     const AlignedFloats kernel = randomSpectrum(fft, 7);

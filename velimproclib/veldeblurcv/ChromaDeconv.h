@@ -17,7 +17,9 @@ namespace vel {
 ///     |k * x - y|^2 + weight (|gx|^2 + |gy|^2)
 ///
 /// on the circle, in closed form and in a single pass: X = conj(K) Y / (|K|^2 + weight (|Dx|^2 +
-/// |Dy|^2)). Everything but Y hangs on the kernel alone and becomes one filter in `setup`.
+/// |Dy|^2)). Everything but Y hangs on the kernel alone and becomes one filter in `setup`, K
+/// divided by the denominator. Y is multiplied by its conjugate, which differs by rounding from
+/// dividing the product of Y and conj(K).
 ///
 /// Planes are CV_32FC1, n by n, n in {256, 512, 1024}. The pieces of the transform are tasks of the
 /// caller's team, or of a new one outside of a parallel region (TeamLoop.h). The result does not
@@ -32,14 +34,16 @@ public:
     /// `anchor` says. A `size` other than a square of 256, 512 or 1024 is accepted: the transform
     /// has the order that goes with the width, 10 for any other, and planes are cut to its square
     /// or filled up with zeros.
-    /// @throws std::bad_alloc
+    /// @throws std::bad_alloc; cv::Exception when there is no memory for a matrix
     void setup(const cv::Mat& kernel, cv::Point anchor, cv::Size size, float weight);
 
     /// Restores `in` into `out`; `in` is only read. Both have the set-up size and are distinct.
     /// Nothing is allocated unless the team has become larger than it could be at `setup`.
-    /// @throws std::bad_alloc then
+    /// @throws std::bad_alloc then; cv::Exception when `out` has another size or type and cannot be
+    /// made anew
     void Proc(cv::Mat& in, cv::Mat& out);
 
+    /// The binary logarithm of the transform's side: 10 until `setup`.
     int order() const noexcept { return m_order; }
 
 private:

@@ -51,7 +51,6 @@ void divideRows(const float* denomKernel, const float* columnPower, const float*
     const hn::CappedTag<float, kLanes> d;
     const std::size_t step = hn::Lanes(d);
     const auto g = hn::Set(d, gamma);
-    const auto one = hn::Set(d, 1.0f);
     for (std::size_t row = 0; row < rows; ++row) {
         const auto vertical = hn::Set(d, rowPower[row]);
         const float* n = numerator + row * kRowFloats;
@@ -59,12 +58,12 @@ void divideRows(const float* denomKernel, const float* columnPower, const float*
         for (std::size_t lane = 0; lane < kLanes; lane += step) {
             const auto gradient = hn::Add(hn::Load(d, columnPower + lane), vertical);
             const auto kernel = hn::Load(d, denomKernel + row * kLanes + lane);
-            const auto inverse = hn::Div(one, hn::Add(kernel, hn::Mul(g, gradient)));
+            const auto denominator = hn::Add(kernel, hn::Mul(g, gradient));
             const auto re = hn::Add(hn::Load(d, n + lane), hn::Mul(g, hn::Load(d, out + lane)));
             const auto im = hn::Add(hn::Load(d, n + lane + kLanes),
                                     hn::Mul(g, hn::Load(d, out + lane + kLanes)));
-            hn::Store(hn::Mul(re, inverse), d, out + lane);
-            hn::Store(hn::Mul(im, inverse), d, out + lane + kLanes);
+            hn::Store(hn::Div(re, denominator), d, out + lane);
+            hn::Store(hn::Div(im, denominator), d, out + lane + kLanes);
         }
     }
 }
@@ -171,7 +170,7 @@ void SpectralQuotient::divide(int blockIndex, const float* numerator, float gamm
     }
     for (std::size_t k = 0; k < real.size(); ++k) {
         const float denominator = m_realDenomKernel[k] + gamma * m_realDenomGrad[k];
-        x[m_realSlots[k]] = (numerator[m_realSlots[k]] + gamma * real[k]) * (1.0f / denominator);
+        x[m_realSlots[k]] = (numerator[m_realSlots[k]] + gamma * real[k]) / denominator;
     }
 }
 

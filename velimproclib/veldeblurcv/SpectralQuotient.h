@@ -23,7 +23,9 @@ void multiplyByConjugate(const RealFft2D& fft, int blockIndex, const float* a, c
 ///
 /// Dx and Dy are the spectra of the circular forward differences. Their magnitudes depend on one
 /// coordinate alone, |Dx(v, u)| = 2 |sin(pi u / n)| and |Dy(v, u)| = 2 |sin(pi v / n)|, so no plane
-/// of them is stored. Magnitudes are rounded to single precision before they are squared.
+/// of them is stored. Magnitudes are rounded to single precision before they are squared. Both
+/// parts are divided by the denominator itself: a product with its inverse would be rounded twice,
+/// and would overflow for the tiny denominators of a tiny kernel.
 class SpectralQuotient {
 public:
     /// Takes |K|^2 from the half spectrum `kernelSpectrum` of an n by n plane.
@@ -38,12 +40,12 @@ private:
 
     int m_side = 0;
     std::array<std::size_t, 4> m_realSlots{};
-    AlignedFloats m_denomKernel;            ///< |K|^2: blocks of n rows of kLanes
-    std::vector<float> m_denomGrad;         ///< |D|^2 at frequency 0..n-1
-    std::vector<int> m_rowFrequencies;      ///< frequency of the rows as they stand in a block
-    std::vector<float> m_rowDenomGrad;      ///< |D|^2 at these
-    std::array<float, 4> m_realDenomKernel; ///< |K|^2 and
-    std::array<float, 4> m_realDenomGrad;   ///< |Dx|^2 + |Dy|^2 of the real slots
+    AlignedFloats m_denomKernel;              ///< |K|^2: blocks of n rows of kLanes
+    std::vector<float> m_denomGrad;           ///< |D|^2 at frequency 0..n-1
+    std::vector<int> m_rowFrequencies;        ///< frequency of the rows as they stand in a block
+    std::vector<float> m_rowDenomGrad;        ///< |D|^2 at these
+    std::array<float, 4> m_realDenomKernel{}; ///< |K|^2 and
+    std::array<float, 4> m_realDenomGrad{};   ///< |Dx|^2 + |Dy|^2 of the real slots
 };
 
 } // namespace vel
