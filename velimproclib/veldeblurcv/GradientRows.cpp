@@ -8,13 +8,6 @@
 HWY_BEFORE_NAMESPACE();
 namespace vel::HWY_NAMESPACE {
 
-void differenceLanes(const float* minuend, const float* subtrahend, float* HWY_RESTRICT difference,
-                     std::size_t count) {
-    for (std::size_t i = 0; i < count; ++i) {
-        difference[i] = minuend[i] - subtrahend[i];
-    }
-}
-
 void adjointLanes(const float* wx, const float* wyAbove, const float* wy,
                   float* HWY_RESTRICT adjoint, std::size_t count) {
     adjoint[0] = (wyAbove[0] - wy[0]) + 0.0f;
@@ -36,14 +29,8 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace vel {
 
-HWY_EXPORT(differenceLanes);
 HWY_EXPORT(adjointLanes);
 HWY_EXPORT(firstAdjointLanes);
-
-void differenceRow(const float* minuend, const float* subtrahend, float* difference,
-                   std::size_t count) noexcept {
-    HWY_DYNAMIC_DISPATCH(differenceLanes)(minuend, subtrahend, difference, count);
-}
 
 void adjointRow(const float* wx, const float* wyAbove, const float* wy, float* adjoint,
                 std::size_t count) noexcept {

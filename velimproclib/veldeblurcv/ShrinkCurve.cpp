@@ -11,39 +11,23 @@
 HWY_BEFORE_NAMESPACE();
 namespace vel::HWY_NAMESPACE {
 
-namespace {
-
-/// w[i] = shrink(load(d, i)); `load` gives the lanes of `d` from element i on.
-template <class Load>
-HWY_INLINE void shrinkEach(const ShrinkCurve& curve, float* w, std::size_t count,
-                           const Load& load) {
+void shrinkDifferenceLanes(const ShrinkCurve& curve, const float* minuend, const float* subtrahend,
+                           float* w, std::size_t count) {
     namespace hn = hwy::HWY_NAMESPACE;
+    const auto shrinkAt = [&](auto d, std::size_t i) HWY_ATTR {
+        const auto v = hn::Sub(hn::LoadU(d, minuend + i), hn::LoadU(d, subtrahend + i));
+        hn::StoreU(shrinkLanes(d, curve, v), d, w + i);
+    };
     const hn::ScalableTag<float> d;
     const std::size_t lanes = hn::Lanes(d);
     std::size_t i = 0;
     for (; i + lanes <= count; i += lanes) {
-        hn::StoreU(shrinkLanes(d, curve, load(d, i)), d, w + i);
+        shrinkAt(d, i);
     }
     const hn::CappedTag<float, 1> one;
     for (; i < count; ++i) {
-        hn::StoreU(shrinkLanes(one, curve, load(one, i)), one, w + i);
+        shrinkAt(one, i);
     }
-}
-
-} // namespace
-
-void shrinkRowLanes(const ShrinkCurve& curve, const float* v, float* w, std::size_t count) {
-    namespace hn = hwy::HWY_NAMESPACE;
-    shrinkEach(curve, w, count,
-               [v](auto d, std::size_t i) HWY_ATTR { return hn::LoadU(d, v + i); });
-}
-
-void shrinkDifferenceLanes(const ShrinkCurve& curve, const float* minuend, const float* subtrahend,
-                           float* w, std::size_t count) {
-    namespace hn = hwy::HWY_NAMESPACE;
-    shrinkEach(curve, w, count, [minuend, subtrahend](auto d, std::size_t i) HWY_ATTR {
-        return hn::Sub(hn::LoadU(d, minuend + i), hn::LoadU(d, subtrahend + i));
-    });
 }
 
 } // namespace vel::HWY_NAMESPACE
@@ -71,12 +55,7 @@ ShrinkCurve::ShrinkCurve(const StoredShrink& stored) noexcept
     }
 }
 
-HWY_EXPORT(shrinkRowLanes);
 HWY_EXPORT(shrinkDifferenceLanes);
-
-void shrinkRow(const ShrinkCurve& curve, const float* v, float* w, std::size_t count) noexcept {
-    HWY_DYNAMIC_DISPATCH(shrinkRowLanes)(curve, v, w, count);
-}
 
 void shrinkDifferenceRow(const ShrinkCurve& curve, const float* minuend, const float* subtrahend,
                          float* w, std::size_t count) noexcept {
