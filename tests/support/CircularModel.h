@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cmath>
 #include <complex>
-#include <cstring>
 #include <random>
 
 /// Planes, kernels and full complex spectra in double precision: the plain side of the
@@ -104,15 +103,6 @@ inline cv::Mat blurred(const cv::Mat& plane, const cv::Mat& kernel) {
 inline double peakSignalToNoise(const cv::Mat& a, const cv::Mat& b) {
     const double error = cv::norm(a, b, cv::NORM_L2);
     return 20 * std::log10(std::sqrt(static_cast<double>(a.total())) / error);
-}
-
-inline bool sameBits(const cv::Mat& a, const cv::Mat& b) {
-    for (int r = 0; r < a.rows; ++r) {
-        if (std::memcmp(a.ptr(r), b.ptr(r), static_cast<std::size_t>(a.cols) * a.elemSize()) != 0) {
-            return false;
-        }
-    }
-    return a.size() == b.size();
 }
 
 } // namespace vel::test

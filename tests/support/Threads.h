@@ -5,16 +5,28 @@
 
 namespace vel::test {
 
+/// While one lives, regions have `count` threads; then as many as before.
+class ThreadCount {
+public:
+    explicit ThreadCount(int count) : m_before(omp_get_max_threads()) {
+        omp_set_num_threads(count);
+    }
+    ~ThreadCount() { omp_set_num_threads(m_before); }
+    ThreadCount(const ThreadCount&) = delete;
+    ThreadCount& operator=(const ThreadCount&) = delete;
+
+private:
+    int m_before;
+};
+
 /// Runs `check` with regions of 1, 2 and 4 threads and leaves the setting as it was.
 template <class Check>
 void forThreadCounts(Check&& check) {
-    const int before = omp_get_max_threads();
     for (const int threads : {1, 2, 4}) {
         SCOPED_TRACE(testing::Message() << threads << " threads");
-        omp_set_num_threads(threads);
+        const ThreadCount count(threads);
         check();
     }
-    omp_set_num_threads(before);
 }
 
 } // namespace vel::test

@@ -1,17 +1,19 @@
 #include "velimproclib/tiles/TileTaper.h"
 
+#include "tests/support/sameBits.h"
 #include "tests/support/Threads.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstring>
 #include <gtest/gtest.h>
 #include <opencv2/imgproc.hpp>
 #include <random>
 #include <vector>
 
 namespace {
+
+using vel::test::sameBits;
 
 using Plane = std::vector<std::vector<double>>;
 
@@ -32,16 +34,6 @@ cv::Mat tapered(const cv::Mat& plane, int border) {
     vel::CTileTaper taper;
     taper.taperBlock(planes, border);
     return planes[0];
-}
-
-bool sameBits(const cv::Mat& a, const cv::Mat& b) {
-    for (int y = 0; y < a.rows; ++y) {
-        if (std::memcmp(a.ptr(y), b.ptr(y), static_cast<std::size_t>(a.cols) * sizeof(float)) !=
-            0) {
-            return false;
-        }
-    }
-    return a.size() == b.size();
 }
 
 /// Blurs along columns of a strip, reflecting at its ends without repeating the edge.

@@ -1,14 +1,14 @@
 #include "velimproclib/veldeblurcv/AlphaBlend.h"
 
 #include "tests/support/EachTarget.h"
+#include "tests/support/sameBits.h"
+#include "tests/support/Threads.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <cstdint>
-#include <cstring>
 #include <limits>
-#include <omp.h>
 #include <opencv2/core.hpp>
 #include <random>
 #include <string>
@@ -17,6 +17,8 @@ namespace vel {
 namespace {
 
 using test::forEachTarget;
+using test::forThreadCounts;
+using test::sameBits;
 
 cv::Mat_<std::uint8_t> byteNoise(int rows, int cols, unsigned seed) {
     std::mt19937 random(seed);
@@ -49,16 +51,6 @@ std::uint8_t blended(std::uint8_t src, std::uint8_t dst, float alpha) {
 }
 
 template <class T>
-bool sameBits(const cv::Mat_<T>& a, const cv::Mat_<T>& b) {
-    for (int y = 0; y < a.rows; ++y) {
-        if (std::memcmp(a[y], b[y], static_cast<std::size_t>(a.cols) * sizeof(T)) != 0) {
-            return false;
-        }
-    }
-    return a.size() == b.size();
-}
-
-template <class T>
 void expectDefinition(const cv::Mat_<T>& src, const cv::Mat_<T>& dst, float alpha) {
     cv::Mat_<T> expected = dst.clone();
     for (int y = 0; y < src.rows; ++y) {
@@ -87,11 +79,7 @@ TEST(AlphaBlend, EqualsTheDefinitionOnEveryVariant) {
 }
 
 TEST(AlphaBlend, EqualsTheDefinitionForEveryThreadCount) {
-    for (const int threads : {1, 2, 4}) {
-        omp_set_num_threads(threads);
-        expectDefinition(floatNoise(37, 20, 3), floatNoise(37, 20, 4), 0.3f);
-    }
-    omp_set_num_threads(omp_get_num_procs());
+    forThreadCounts([] { expectDefinition(floatNoise(37, 20, 3), floatNoise(37, 20, 4), 0.3f); });
 }
 
 TEST(AlphaBlend, RowsOfALargerImageKeepWhatStandsBesideThem) {

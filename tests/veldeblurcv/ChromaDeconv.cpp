@@ -2,10 +2,11 @@
 
 #include "tests/support/CircularModel.h"
 #include "tests/support/EachTarget.h"
+#include "tests/support/sameBits.h"
+#include "tests/support/Threads.h"
 #include "velimproclib/veldeblurcv/DeconvHL.h"
 
 #include <gtest/gtest.h>
-#include <omp.h>
 
 #include <limits>
 
@@ -85,15 +86,9 @@ TEST(ChromaDeconv, OtherSizesAreFilledUpOrCutToTheTransform) {
 TEST(ChromaDeconv, EveryNumberOfThreadsAndEveryVariantGivesTheSameBits) {
     const cv::Mat kernel = unevenKernel(9, 9);
     const cv::Mat in = blurred(scene(256), kernel);
-    const int before = omp_get_max_threads();
-    omp_set_num_threads(1);
-    const cv::Mat one = restore(in, kernel);
-    for (const int threads : {2, 4}) {
-        omp_set_num_threads(threads);
-        EXPECT_TRUE(sameBits(restore(in, kernel), one)) << threads;
-    }
-    omp_set_num_threads(before);
-    forEachTarget([&] { EXPECT_TRUE(sameBits(restore(in, kernel), one)); });
+    const cv::Mat any = restore(in, kernel);
+    forThreadCounts([&] { EXPECT_TRUE(sameBits(restore(in, kernel), any)); });
+    forEachTarget([&] { EXPECT_TRUE(sameBits(restore(in, kernel), any)); });
 }
 
 TEST(ChromaDeconv, RunsBesideTheLuminanceInTwoSections) {
@@ -121,6 +116,54 @@ TEST(ChromaDeconv, RunsBesideTheLuminanceInTwoSections) {
         }
         EXPECT_TRUE(sameBits(lumaOut, expectedLuma)) << threads;
         EXPECT_TRUE(sameBits(chromaOut, expectedChroma)) << threads;
+    }
+}
+
+TEST(ChromaDeconv, AnchorIsIgnored) {
+    const cv::Mat kernel = unevenKernel(5, 5);
+    cv::Mat in = blurred(scene(256), kernel);
+    CChromaDeconv chroma;
+    chroma.setup(kernel, cv::Point(7, -3), in.size(), kWeight);
+    cv::Mat out(in.size(), CV_32FC1);
+    chroma.Proc(in, out);
+    EXPECT_TRUE(sameBits(out, restore(in, kernel)));
+}
+
+TEST(ChromaDeconv, PlanesMayHaveAnyRowStep) {
+    const cv::Mat kernel = unevenKernel(5, 5);
+    for (const cv::Size size : {cv::Size(256, 256), cv::Size(300, 200)}) {
+        cv::Mat large = blurred(scene(512), kernel);
+        const cv::Mat in = large(cv::Rect({0, 0}, size)).clone();
+        cv::Mat widerIn(size.height + 2, size.width + 5, CV_32FC1, cv::Scalar(9));
+        cv::Mat widerOut(size.height + 1, size.width + 7, CV_32FC1, cv::Scalar(-7));
+        cv::Mat inside = widerIn(cv::Rect(cv::Point(3, 1), size));
+        cv::Mat outside = widerOut(cv::Rect(cv::Point(5, 1), size));
+        in.copyTo(inside);
+        CChromaDeconv chroma;
+        chroma.setup(kernel, cv::Point(), size, kWeight);
+        chroma.Proc(inside, outside);
+        EXPECT_TRUE(sameBits(outside, restore(in, kernel))) << size;
+        EXPECT_EQ(cv::countNonZero(widerOut != -7.0f), size.area());
+    }
+}
+
+TEST(ChromaDeconv, KernelSumScalesTheResult) {
+    const cv::Mat in(256, 256, CV_32FC1, cv::Scalar(0.5));
+    const cv::Mat kernel = 2.0 * unevenKernel(5, 5);
+    const cv::Mat expected(256, 256, CV_32FC1, cv::Scalar(0.25));
+    EXPECT_LT(cv::norm(restore(in, kernel), expected, cv::NORM_INF), 2e-6);
+}
+
+TEST(ChromaDeconv, RunsAreIndependentOfEachOther) {
+    const cv::Mat kernel = unevenKernel(5, 5);
+    cv::Mat first = blurred(scene(256, 1), kernel);
+    cv::Mat second = blurred(scene(256, 2), kernel);
+    CChromaDeconv chroma;
+    chroma.setup(kernel, cv::Point(), first.size(), kWeight);
+    cv::Mat out(first.size(), CV_32FC1);
+    for (cv::Mat* in : {&first, &second, &first}) {
+        chroma.Proc(*in, out);
+        EXPECT_TRUE(sameBits(out, restore(*in, kernel)));
     }
 }
 

@@ -1,15 +1,18 @@
 #include "velimproclib/veldeblurcv/SharpLimit.h"
 
 #include "tests/support/EachTarget.h"
+#include "tests/support/sameBits.h"
+#include "tests/support/Threads.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <cstdint>
-#include <cstring>
+#include <exception>
 #include <limits>
-#include <omp.h>
+#include <new>
 #include <opencv2/core.hpp>
 #include <random>
 #include <type_traits>
@@ -19,6 +22,8 @@ namespace vel {
 namespace {
 
 using test::forEachTarget;
+using test::forThreadCounts;
+using test::sameBits;
 using Plane = cv::Mat_<float>;
 using Bytes = cv::Mat_<std::uint8_t>;
 
@@ -32,15 +37,6 @@ Plane noise(int rows, int cols, unsigned seed, float low = -0.2f, float high = 1
         value = pixel(random);
     }
     return plane;
-}
-
-bool sameBits(const Plane& a, const Plane& b) {
-    for (int y = 0; y < a.rows; ++y) {
-        if (std::memcmp(a[y], b[y], static_cast<std::size_t>(a.cols) * sizeof(float)) != 0) {
-            return false;
-        }
-    }
-    return a.size() == b.size();
 }
 
 Bytes levels(const Plane& plane) {
@@ -181,13 +177,11 @@ TEST(SharpLimit, EqualsThePlainMethodForEveryThreadCount) {
     const Plane blur = noise(size.height, size.width, 2);
     CSharpLimit limit = limiter(size, 3, 1.3f, 0.4f);
     const Plane expected = reference(source, blur, limit);
-    for (const int threads : {1, 2, 4}) {
-        omp_set_num_threads(threads);
+    forThreadCounts([&] {
         Plane out(size, 99.0f);
         limit.Proc(source, blur, out);
         EXPECT_TRUE(sameBits(expected, out));
-    }
-    omp_set_num_threads(omp_get_num_procs());
+    });
 }
 
 TEST(SharpLimit, GivesTheSameInsideASectionOfAnotherRegion) {
@@ -270,6 +264,57 @@ TEST(SharpLimit, PlanesOfAnotherTypeOrSizeAreRefusedAndTheTargetStays) {
     EXPECT_STREQ("CSharpLimit::Proc - imBlur.size() != m_imSize",
                  failureOf(cv::Mat(6, 5, CV_32FC1)));
     EXPECT_TRUE(sameBits(Plane(5, 6, 7.0f), out));
+}
+
+/// Serves matrices that are made while it lives until `served` have been, then has no memory left.
+class ExhaustedAllocator : public cv::MatAllocator {
+public:
+    explicit ExhaustedAllocator(int served)
+        : m_left(served), m_before(cv::Mat::getDefaultAllocator()) {
+        cv::Mat::setDefaultAllocator(this);
+    }
+    ~ExhaustedAllocator() override { cv::Mat::setDefaultAllocator(m_before); }
+
+    cv::UMatData* allocate(int dims, const int* sizes, int type, void* data, std::size_t* step,
+                           cv::AccessFlag flags, cv::UMatUsageFlags usage) const override {
+        refuse();
+        return m_before->allocate(dims, sizes, type, data, step, flags, usage);
+    }
+    bool allocate(cv::UMatData* data, cv::AccessFlag flags,
+                  cv::UMatUsageFlags usage) const override {
+        return m_before->allocate(data, flags, usage);
+    }
+    void deallocate(cv::UMatData* data) const override { m_before->deallocate(data); }
+
+private:
+    void refuse() const {
+        if (m_left.fetch_sub(1) <= 0) {
+            throw std::bad_alloc();
+        }
+    }
+
+    mutable std::atomic<int> m_left;
+    cv::MatAllocator* m_before;
+};
+
+TEST(SharpLimit, WithoutMemoryForTheBoundsTheTargetStays) {
+    const Plane source = noise(40, 50, 1);
+    const Plane blur = noise(40, 50, 2);
+    int served = 0;
+    for (bool complete = false; !complete; ++served) {
+        ASSERT_LT(served, 100);
+        CSharpLimit limit = limiter(blur.size(), 2, 1.2f, 0.3f);
+        Plane out(blur.size(), 7.0f);
+        const Plane before = out.clone();
+        try {
+            const ExhaustedAllocator allocator(served);
+            limit.Proc(source, blur, out);
+            complete = true;
+        } catch (const std::exception&) {
+            EXPECT_TRUE(sameBits(before, out)) << served << " matrices were served";
+        }
+    }
+    EXPECT_GT(served, 6) << "six scratch planes and the call that has them all";
 }
 
 TEST(SharpLimit, TheFrameOfTheBoundsHoldsThePlanesOwnLevels) {

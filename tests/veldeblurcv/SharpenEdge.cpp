@@ -1,15 +1,15 @@
 #include "velimproclib/veldeblurcv/SharpenEdge.h"
 
 #include "tests/support/EachTarget.h"
+#include "tests/support/sameBits.h"
+#include "tests/support/Threads.h"
 #include "velimproclib/veldeblurcv/Gaussian1D.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <limits>
-#include <omp.h>
 #include <opencv2/core.hpp>
 #include <random>
 #include <type_traits>
@@ -19,6 +19,8 @@ namespace vel {
 namespace {
 
 using test::forEachTarget;
+using test::forThreadCounts;
+using test::sameBits;
 using Plane = cv::Mat_<float>;
 
 Plane noise(int rows, int cols, unsigned seed, float low = 0.0f, float high = 1.0f) {
@@ -29,15 +31,6 @@ Plane noise(int rows, int cols, unsigned seed, float low = 0.0f, float high = 1.
         value = pixel(random);
     }
     return plane;
-}
-
-bool sameBits(const Plane& a, const Plane& b) {
-    for (int y = 0; y < a.rows; ++y) {
-        if (std::memcmp(a[y], b[y], static_cast<std::size_t>(a.cols) * sizeof(float)) != 0) {
-            return false;
-        }
-    }
-    return a.size() == b.size();
 }
 
 template <class Function>
@@ -185,11 +178,7 @@ TEST(SharpenEdge, EqualsThePlainMethodOnEveryVariant) {
 TEST(SharpenEdge, EqualsThePlainMethodForEveryThreadCount) {
     const Plane in = noise(131, 97, 1);
     const Plane scratch = noise(131, 97, 2);
-    for (const int threads : {1, 2, 4}) {
-        omp_set_num_threads(threads);
-        expectReference(in, scratch, sharpener(0.85f, 0.005f, 2.0f, 1.5f));
-    }
-    omp_set_num_threads(omp_get_num_procs());
+    forThreadCounts([&] { expectReference(in, scratch, sharpener(0.85f, 0.005f, 2.0f, 1.5f)); });
 }
 
 TEST(SharpenEdge, GivesTheSameInsideASectionOfAnotherRegion) {

@@ -1,6 +1,7 @@
 #include "velimproclib/veldeblurcv/enhanceHalf.h"
 
 #include "tests/support/EachTarget.h"
+#include "tests/support/sameBits.h"
 #include "tests/support/Threads.h"
 
 #include <gtest/gtest.h>
@@ -12,6 +13,8 @@
 
 namespace vel {
 namespace {
+
+using test::sameBits;
 
 /// A step with texture on both sides.
 cv::Mat_<float> picture(int width, int height, float texture = 0.05f) {
@@ -48,12 +51,6 @@ cv::Mat_<float> baseOf(const cv::Mat_<float>& half) {
     CEdgeSmoother smoother;
     smoother.smooth(rhs, io, guide, 0.05f, 1.2f, true, 20);
     return planes[1];
-}
-
-bool sameBits(const cv::Mat& a, const cv::Mat& b) {
-    return a.size() == b.size() &&
-           cv::countNonZero(cv::Mat(a.rows, a.cols, CV_32SC1, a.data, a.step) !=
-                            cv::Mat(b.rows, b.cols, CV_32SC1, b.data, b.step)) == 0;
 }
 
 double spread(const cv::Mat& plane) {
