@@ -65,7 +65,7 @@ void blendRows(const cv::Mat& src, cv::Mat& dst, BlendRow&& blendRow) {
 } // namespace
 
 void alphaBlend(const cv::Mat& src, cv::Mat& dst, float alpha) {
-    const float share = alpha < 0.0f ? 0.0f : alpha > 1.0f ? 1.0f : alpha;
+    const float share = std::clamp(alpha, 0.0f, 1.0f); // keeps not-a-number
     if (src.type() == CV_8UC1 || dst.type() == CV_8UC1) {
         blendRows<std::uint8_t>(src, dst, [&](const auto* from, auto* to, std::size_t w) {
             HWY_DYNAMIC_DISPATCH(blendRowU8)(from, to, w, share);

@@ -28,7 +28,9 @@ public:
     /// point: that comes of entry 0 and is meant to be so.
     float at(int level, float v) const noexcept;
 
+    /// The abscissas: entry 0 is 0, then the grid. Empty until `allocate`.
     const std::vector<float>& grid() const noexcept { return m_lutX; }
+    /// The ordinates of `level`, 0..`lastLevel` of `allocate`, beside `grid`.
     const std::vector<float>& values(int level) const noexcept {
         return m_lut[static_cast<std::size_t>(level)];
     }

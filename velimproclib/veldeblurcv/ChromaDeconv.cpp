@@ -1,6 +1,7 @@
 #include "velimproclib/veldeblurcv/ChromaDeconv.h"
 
 #include "velimproclib/veldeblurcv/kernelSpectrum.h"
+#include "velimproclib/veldeblurcv/rowGroups.h"
 #include "velimproclib/veldeblurcv/SpectralQuotient.h"
 #include "velimproclib/veldeblurcv/TeamLoop.h"
 
@@ -10,15 +11,21 @@
 namespace vel {
 namespace {
 
-constexpr int kGroupRows = RealFft2D::kLanes;
+/// The binary logarithm of the transform's side for planes of `width` columns.
+int orderFor(int width) {
+    switch (width) {
+    case 256:
+        return 8;
+    case 512:
+        return 9;
+    default:
+        return 10;
+    }
+}
 
 /// Working memory of one thread: that of the transform and the rows of a group.
 std::size_t scratchFloats(const RealFft2D& fft) {
-    return fft.scratchFloats() + kGroupRows * static_cast<std::size_t>(fft.width());
-}
-
-std::ptrdiff_t rowBytes(const RealFft2D& fft) {
-    return static_cast<std::ptrdiff_t>(sizeof(float)) * fft.width();
+    return fft.scratchFloats() + groupFloats(fft);
 }
 
 /// The rows of `group` as the transform wants them, with zeros where the plane ends earlier.
@@ -49,7 +56,7 @@ void CChromaDeconv::setup(const cv::Mat& kernel, cv::Point, cv::Size size, float
     m_imSize = size;
     m_w = size.width;
     m_h = size.height;
-    m_order = m_w == 256 ? 8 : m_w == 512 ? 9 : 10;
+    m_order = orderFor(m_w);
     m_weight = weight;
 
     m_fft = std::make_unique<RealFft2D>(m_order, m_order);
@@ -96,7 +103,7 @@ void CChromaDeconv::forwardRows(const cv::Mat& in) {
         } else {
             float* rows = scratch + fft.scratchFloats();
             fillRows(in, group, fft.width(), rows);
-            fft.forwardRowGroup(rows, rowBytes(fft), group, m_spectrum.data(), scratch);
+            fft.forwardRowGroup(rows, groupRowBytes(fft), group, m_spectrum.data(), scratch);
         }
     });
 }
@@ -121,7 +128,7 @@ void CChromaDeconv::inverseRows(cv::Mat& out) {
                             static_cast<std::ptrdiff_t>(out.step), scratch);
         } else {
             float* rows = scratch + fft.scratchFloats();
-            fft.inverseRowGroup(m_spectrum.data(), group, rows, rowBytes(fft), scratch);
+            fft.inverseRowGroup(m_spectrum.data(), group, rows, groupRowBytes(fft), scratch);
             cutRows(rows, group, fft.width(), out);
         }
     });

@@ -5,6 +5,7 @@
 #include "velimproclib/primitives/truncate.h"
 #include "velimproclib/veldeblurcv/GradientRows.h"
 #include "velimproclib/veldeblurcv/kernelSpectrum.h"
+#include "velimproclib/veldeblurcv/rowGroups.h"
 #include "velimproclib/veldeblurcv/ShrinkCurve.h"
 #include "velimproclib/veldeblurcv/ShrinkTable.h"
 #include "velimproclib/veldeblurcv/TeamLoop.h"
@@ -16,17 +17,16 @@
 namespace vel {
 namespace {
 
-constexpr int kGroupRows = RealFft2D::kLanes;
-
 /// The working memory of one thread: that of the transform, the rows of a group and three lines.
 struct RowScratch {
     RowScratch(float* memory, const RealFft2D& fft)
-        : adjoint(memory + fft.scratchFloats()), wx(adjoint + kGroupRows * fft.width()),
+        : adjoint(memory + fft.scratchFloats()), wx(adjoint + groupFloats(fft)),
           wyAbove(wx + fft.width()), wy(wyAbove + fft.width()) {}
 
     static std::size_t floats(const RealFft2D& fft) {
         constexpr std::size_t kLines = 3;
-        return fft.scratchFloats() + (kGroupRows + kLines) * static_cast<std::size_t>(fft.width());
+        return fft.scratchFloats() + groupFloats(fft) +
+               kLines * static_cast<std::size_t>(fft.width());
     }
 
     float* adjoint;
@@ -86,7 +86,7 @@ void CDeconvHL::setup(const cv::Mat& kernel, cv::Point, cv::Size size, float lam
         throw "CDeconvHL::setup - size not 256/512/1024";
     }
     m_lambda = lambda;
-    m_alpha = alpha < 0 ? 0.0 : alpha > 1 ? 1.0 : alpha;
+    m_alpha = std::clamp(static_cast<double>(alpha), 0.0, 1.0); // keeps not-a-number
     m_tableKnots = shrinkKnots(shrinkAlphaIndex(m_alpha));
     m_beta = 1.0;
     m_betaSteps = truncateToInt(std::log(m_betaMax) / std::log(m_betaRate));
@@ -161,8 +161,7 @@ void CDeconvHL::transformAdjoint(const cv::Mat& estimate, const Shrink& shrinkDi
         float* memory = m_scratch.of(thread);
         const RowScratch rows(memory, fft);
         makeAdjointRows(estimate, group, rows, shrinkDifferences);
-        const auto stepBytes = static_cast<std::ptrdiff_t>(sizeof(float)) * fft.width();
-        fft.forwardRowGroup(rows.adjoint, stepBytes, group, m_spectrum.data(), memory);
+        fft.forwardRowGroup(rows.adjoint, groupRowBytes(fft), group, m_spectrum.data(), memory);
     });
 }
 

@@ -22,8 +22,10 @@ namespace vel {
 /// Half-quadratic splitting puts planes wx, wy in the place of the gradients, tied to them by
 /// (beta / 2)(|gx - wx|^2 + |gy - wy|^2). Six passes with beta = (2 sqrt 2)^0 .. (2 sqrt 2)^5 solve
 /// in turn for w, a table lookup per pixel, and for x, a division per frequency. There is no other
-/// stopping rule, so the time hardly depends on the image. The method is that of D. Krishnan and
-/// R. Fergus, Fast image deconvolution using hyper-Laplacian priors, 2009.
+/// stopping rule: every image takes the same passes. Flat pictures are faster all the same, by a
+/// factor of up to about 1.7 (measured at 512, alpha 0.8), as vectors of gradients that all lie in
+/// the dead zone are not looked up. The method is that of D. Krishnan and R. Fergus, Fast image
+/// deconvolution using hyper-Laplacian priors, 2009.
 ///
 /// The data term is circular, but the prior does not see the step across the plane's seam: the
 /// gradients of the last column and row are 0, and in the transposed differences the first column
@@ -52,13 +54,15 @@ public:
     /// other sum scales the result, and a larger kernel is wrapped round the plane). Its centre is
     /// (rows/2, cols/2), whatever `anchor` says. `alpha` is cut to 0..1. `useStored` takes the
     /// stored shrink table; otherwise one is built for the exact alpha, which takes a while.
-    /// @throws const char* when `size` is not a square of 256, 512 or 1024; std::bad_alloc.
+    /// @throws const char* when `size` is not a square of 256, 512 or 1024; std::bad_alloc;
+    /// cv::Exception when there is no memory for a matrix
     void setup(const cv::Mat& kernel, cv::Point anchor, cv::Size size, float lambda, float alpha,
                bool useStored);
 
     /// Restores `in` into `out`; `in` is only read. Both have the set-up size and are distinct.
     /// Nothing is allocated unless the team has become larger than it could be at `setup`.
-    /// @throws std::bad_alloc then
+    /// @throws std::bad_alloc then; cv::Exception when `out` has another size or type and cannot be
+    /// made anew
     void Proc(cv::Mat& in, cv::Mat& out);
 
     /// w = shrink(v) at the current beta for whole planes of the set-up size. With the stored table
@@ -69,8 +73,12 @@ public:
     /// Fills the built table for the current settings; `setup` does it when it is to be used.
     void buildShrinkTable();
 
+    /// The weight of the tie between gradients and their shrunk planes: 1 after `setup`, and after
+    /// `Proc` the first weight of the schedule that is not below 256.
     double beta() const noexcept { return m_beta; }
+    /// The last level of the shrink tables, 5 after `setup`.
     int betaSteps() const noexcept { return m_betaSteps; }
+    /// Knots of the stored polylines at the alpha of `setup`.
     int tableKnots() const noexcept { return m_tableKnots; }
 
 private:

@@ -58,7 +58,8 @@ void limitRow(const BoundRows& bounds, const float* blur, float* HWY_RESTRICT ou
         const float value = blur[x];
         const float belowLow = low + (value - low) * set.mix;
         const float aboveHigh = high + (value - high) * set.mix;
-        const float mixed = value < low ? belowLow : (value > high ? aboveHigh : value);
+        const float raised = value < low ? belowLow : value;
+        const float mixed = value > high ? aboveHigh : raised;
         const float upperLimit = set.upper * high;
         const float lowerLimit = low * set.lower;
         const float cut = mixed > upperLimit ? upperLimit : mixed;

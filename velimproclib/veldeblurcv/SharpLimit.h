@@ -13,7 +13,8 @@ namespace vel {
 /// scale; the bounds are found on 8-bit copies and so stand in steps of 1/255.
 ///
 /// The caller writes the settings. One object serves one caller at a time and keeps its scratch
-/// planes from call to call.
+/// planes from call to call. `Proc` spreads over the team of the region that it is called in, or
+/// opens a region of its own outside of any; the result does not depend on the number of threads.
 class CSharpLimit {
 public:
     virtual ~CSharpLimit() = default;
@@ -23,7 +24,8 @@ public:
     /// With `m_imSize` empty or `m_mix` of 0.99 or more, `out` becomes a copy of `imBlur` and
     /// nothing is checked. A NaN of `imBlur` stays one.
     /// @throws const char* "CSharpLimit::Proc - imBlur.type() != 32FC1" or
-    /// "CSharpLimit::Proc - imBlur.size() != m_imSize"; `out` is then as it was
+    /// "CSharpLimit::Proc - imBlur.size() != m_imSize"; cv::Exception when there is no memory for a
+    /// scratch plane. `out` is then as it was.
     void Proc(const cv::Mat& imSource, const cv::Mat& imBlur, cv::Mat& out);
 
     cv::Size m_imSize;              ///< size that the planes must have

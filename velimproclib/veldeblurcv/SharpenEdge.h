@@ -18,7 +18,9 @@ namespace vel {
 /// whatever `m_sigma` is. With `m_sigma` of 0.4 or less the result is the plane itself.
 ///
 /// Planes are CV_32FC1, 1.0 = full scale. Made for one tile: construct, assign `m_slope` and
-/// `m_gain`, call `Proc` once. An object is used by one caller at a time.
+/// `m_gain`, call `Proc` once. An object is used by one caller at a time. `Proc` spreads over the
+/// team of the region that it is called in, or opens a region of its own outside of any; the result
+/// does not depend on the number of threads.
 class CSharpenEdge {
 public:
     /// @param sigma standard deviation of the base layer in pixels; 0 and NaN give NaN pixels

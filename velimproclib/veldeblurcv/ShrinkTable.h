@@ -21,7 +21,10 @@ inline constexpr int kShrinkColumns = 23;
 /// their count. The rest of a row is 0. Written by tools/makeShrinkTable.cpp, where the method is.
 ///
 /// Away from the jump a polyline is within 0.065 of the exact function at level 0 and within
-/// 0.0135 at level 4; most are far closer, and closest where small gradients leave the threshold.
+/// 0.0135 at level 4; most are far closer. On the negative side the bound of a segment is
+/// proportional to the gradient at which it begins, so that small gradients next to the threshold
+/// are met most closely; on the positive side all segments have the same bound. The rows of alpha =
+/// 0.5 are given values, not laid by these rules.
 extern const float kStoredShrinkTable[kShrinkRows][kShrinkColumns];
 
 /// trunc(10 alpha) for alpha in 0..1, taken from the double that holds the float: 0.7f lies below

@@ -11,11 +11,12 @@ namespace vel {
 /// (0, 0) and what lies above or left of the centre wrapped to the far ends, as circular
 /// convolution needs it. A kernel larger than the plane is wrapped round it more than once and its
 /// elements add up: the same blur, of a periodic plane.
+/// @throws cv::Exception when there is no memory for the plane
 cv::Mat placeKernel(const cv::Mat& kernel, int side);
 
 /// The half spectrum of the placed kernel for the square transform `fft`. `scratch` is that of the
 /// transform.
-/// @throws std::bad_alloc
+/// @throws std::bad_alloc; cv::Exception when there is no memory for the plane
 void transformKernel(const cv::Mat& kernel, const RealFft2D& fft, float* scratch,
                      AlignedFloats& spectrum);
 
