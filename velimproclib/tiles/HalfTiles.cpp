@@ -26,12 +26,11 @@ void TBMerge(const cv::Mat& top, const cv::Mat& bottom, cv::Mat& plane) {
     const float delta = 1.0f / static_cast<float>(last - first);
     float weight = delta;
     for (int r = first; r < last; ++r) {
-        const cv::Mat below = bottom.row(r - start);
         const float* upper = top.ptr<float>(r);
-        float* row = plane.row(r).ptr<float>();
+        const float* lower = bottom.ptr<float>(r - start);
+        float* merged = plane.ptr<float>(r);
         for (int x = 0; x < plane.cols; ++x) {
-            row[x] = blend(static_cast<double>(upper[x]), static_cast<double>(below.at<float>(x)),
-                           weight);
+            merged[x] = blend(static_cast<double>(upper[x]), static_cast<double>(lower[x]), weight);
         }
         weight += delta;
     }

@@ -13,7 +13,8 @@
 #include <span>
 
 /// The blends by which overlapping tiles become one image. `T` is the image's element type, 8 or 16
-/// bits wide. Plain loops: overlaps are a few columns or rows of a tile.
+/// bits wide. Plain loops: only overlaps are blended, which are narrow as a rule, and wide only
+/// where the last tile of an axis is pulled back to the image's end.
 namespace vel {
 
 /// Fades a row of a new tile in over what its left neighbour left in the strip: `values[x]` becomes
