@@ -33,6 +33,10 @@ PlaneRecord planeOf(const RgbPixels& pixels) {
 
 } // namespace
 
+KernelSize asStored(KernelSize size, int orientation) {
+    return orientation >= 5 ? KernelSize{size.height, size.width} : size;
+}
+
 std::optional<BlurKernel> estimateKernel(const RgbPixels& pixels, KernelSize size, float strength,
                                          const ProgressFunction& progress) {
     BlurKernel kernel{size.width, size.height, {}};

@@ -16,6 +16,10 @@ struct KernelSize {
     int largerSide() const { return width > height ? width : height; }
 };
 
+/// `size`, given for the picture as displayed, for the rows and columns as a file with the given
+/// EXIF orientation (1..8) stores them.
+KernelSize asStored(KernelSize size, int orientation);
+
 /// The largest side that is looked for. The estimate's memory grows with the fourth power of the
 /// side: it is about 250 MB here.
 inline constexpr int kLargestEstimatedSide = 63;

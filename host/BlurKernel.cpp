@@ -76,6 +76,12 @@ BlurKernel asStored(const BlurKernel& kernel, int orientation) {
     return stored;
 }
 
+BlurKernel asShown(const BlurKernel& kernel, int orientation) {
+    // Two orientations are quarter turns, each the other's reverse; the rest undo themselves.
+    const int reverse = orientation == 6 ? 8 : orientation == 8 ? 6 : orientation;
+    return asStored(kernel, reverse);
+}
+
 BlurKernel checkedKernel(BlurKernel kernel, const std::string& origin) {
     if (kernel.width % 2 == 0 || kernel.height % 2 == 0) {
         throw Failure(origin + ": the kernel is " + std::to_string(kernel.width) + " by " +

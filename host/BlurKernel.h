@@ -44,6 +44,10 @@ BlurKernel pointKernel();
 /// EXIF orientation (1..8) stores them.
 BlurKernel asStored(const BlurKernel& kernel, int orientation);
 
+/// The reverse of `asStored`: `kernel`, found in the rows and columns as stored, for the picture as
+/// displayed.
+BlurKernel asShown(const BlurKernel& kernel, int orientation);
+
 /// Checks and normalises what was read from a file: odd sides, finite weights, a positive sum.
 /// A sum that is 1 but for rounding is left alone, so that kernels written by us come back exactly.
 /// @throws Failure whose text begins with `origin`.

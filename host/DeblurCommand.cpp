@@ -5,6 +5,7 @@
 #include "FramedRestoration.h"
 #include "ImageFile.h"
 #include "KernelFile.h"
+#include "KernelPicture.h"
 #include "NoiseLevel.h"
 #include "ProgressBar.h"
 #include "TemporaryFile.h"
@@ -23,6 +24,29 @@ BlurKernel kernelFrom(const KernelSource& source) {
     return pointKernel();
 }
 
+/// The kernel of a blind restoration, for the pixels as stored. It is shown and warned about on the
+/// terminal.
+BlurKernel foundKernel(const RgbPixels& pixels, int orientation, const BlindSettings& wanted,
+                       const RestorationSettings& restoration, const DeblurOptions& options,
+                       const Interrupt& interrupt, std::ostream& terminal, bool isTerminal) {
+    BlindSettings settings = wanted;
+    settings.size = asStored(wanted.size, orientation);
+    BlindKernel found;
+    try {
+        ProgressBar bar(terminal, isTerminal);
+        found = findKernel(pixels, settings, restoration, interrupt, bar);
+    } catch (const Failure& failure) {
+        throw Failure(quoted(options.input) + ": " + failure.what());
+    }
+    if (isTerminal || options.isVerbose) {
+        terminal << kernelPicture(asShown(found.kernel, orientation));
+    }
+    if (!found.isHelpful) {
+        terminal << "velorn: warning: " << quoted(options.input) << ": " << kNotHelpful << '\n';
+    }
+    return found.kernel;
+}
+
 void checkFits(const BlurKernel& kernel, const ImageFile& picture, const DeblurOptions& options) {
     const int largest = largestKernelSide(picture.width(), picture.height());
     if (kernel.largerSide() > largest) {
@@ -38,7 +62,8 @@ float strengthFor(const RgbPixels& pixels, const DeblurOptions& options, std::os
         return options.settings.lambda;
     }
     const double noise = noiseLevel(pixels);
-    const float strength = defaultStrength(noise);
+    const bool isBlind = std::holds_alternative<BlindSettings>(options.kernel);
+    const float strength = isBlind ? blindStrength(noise) : defaultStrength(noise);
     if (options.isVerbose) {
         terminal << "velorn: noise " << noise << " levels, strength " << strength << '\n';
     }
@@ -67,7 +92,7 @@ void runDeblur(const DeblurOptions& options, const Interrupt& interrupt, std::os
     const BlurKernel displayed = kernelFrom(options.kernel);
     ImageFile picture = ImageFile::read(options.input);
     // The user speaks of the picture as it is shown; the pixels may be stored turned.
-    const BlurKernel kernel = asStored(displayed, picture.orientation());
+    BlurKernel kernel = asStored(displayed, picture.orientation());
     checkFits(kernel, picture, options);
     // Opened before the work, so that a target that cannot be written is told at once.
     TemporaryFile target(options.output);
@@ -76,6 +101,10 @@ void runDeblur(const DeblurOptions& options, const Interrupt& interrupt, std::os
     const RgbPixels blurred = picture.rgb();
     RestorationSettings settings = options.settings;
     settings.lambda = strengthFor(blurred, options, terminal);
+    if (const auto* blind = std::get_if<BlindSettings>(&options.kernel)) {
+        kernel = foundKernel(blurred, picture.orientation(), *blind, settings, options, interrupt,
+                             terminal, isTerminal);
+    }
     {
         ProgressBar bar(terminal, isTerminal);
         const RgbPixels result = restored(blurred, kernel, options, settings, interrupt, bar);

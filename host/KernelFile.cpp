@@ -164,6 +164,12 @@ BlurKernel KernelFile::read(const std::filesystem::path& path, std::optional<int
     return checkedKernel(isText(path) ? readText(path) : readPicture(path, scale), quoted(path));
 }
 
+void KernelFile::checkWritable(const std::filesystem::path& path) {
+    if (!isText(path)) {
+        ImageFile::checkWritable(path);
+    }
+}
+
 std::vector<unsigned char> KernelFile::encode(const BlurKernel& kernel,
                                               const std::filesystem::path& path) {
     if (isText(path)) {

@@ -22,6 +22,9 @@ public:
     /// @throws Failure naming the file: unreadable, ragged, even sides, not finite, sum 0.
     static BlurKernel read(const std::filesystem::path& path, std::optional<int> scale);
 
+    /// Ends with a failure, naming `path`, when no kernel can be written under such a name.
+    static void checkWritable(const std::filesystem::path& path);
+
     /// The bytes of a file with `kernel`, of the kind that the extension of `path` names.
     static std::vector<unsigned char> encode(const BlurKernel& kernel,
                                              const std::filesystem::path& path);

@@ -25,18 +25,20 @@ BlurKernel binned(const BlurKernel& kernel, int side) {
     return result;
 }
 
-/// Nothing for weights of 0 only: the faintest shade begins right above it.
+/// What a shade must be passed by before the next begins: weights up to a fortieth of the peak are
+/// blank.
+constexpr float kBlank = 0.1f;
+
 const char* shadeOf(float share) {
     const float last = static_cast<float>(kShades.size() - 1);
-    const float place = std::ceil(std::clamp(share, 0.0f, 1.0f) * last - 0.02f);
+    const float place = std::ceil(std::clamp(share, 0.0f, 1.0f) * last - kBlank);
     return kShades[static_cast<std::size_t>(std::max(place, 0.0f))];
 }
 
 } // namespace
 
 std::string kernelPicture(const BlurKernel& kernel) {
-    const BlurKernel shown =
-        binned(kernel, (kernel.largerSide() + kMostPlaces - 1) / kMostPlaces);
+    const BlurKernel shown = binned(kernel, (kernel.largerSide() + kMostPlaces - 1) / kMostPlaces);
     const float peak = std::ranges::max(shown.weights);
     std::string text;
     for (int r = 0; r < shown.height; ++r) {

@@ -91,11 +91,80 @@ AnalyticBlur blurOf(AnalyticBlur::Shape shape, const std::vector<float>& numbers
     return blur;
 }
 
+/// The sides of a kernel to look for: N, or N and M with an x between.
+KernelSize kernelSizeOf(const std::string& text, const std::string& option) {
+    const auto sideAt = [&](std::size_t begin, std::size_t end) {
+        int side = 0;
+        const auto parsed = std::from_chars(text.data() + begin, text.data() + end, side);
+        const bool isNumber = parsed.ec == std::errc{} && parsed.ptr == text.data() + end;
+        if (!isNumber || side < 3 || side > kLargestEstimatedSide || side % 2 == 0) {
+            throw UsageFailure(option + " must be odd numbers from 3 to " +
+                               std::to_string(kLargestEstimatedSide) + ", like 15 or 15x9");
+        }
+        return side;
+    };
+    const std::size_t cross = std::min(text.find('x'), text.size());
+    const int width = sideAt(0, cross);
+    return {width, cross == text.size() ? width : sideAt(cross + 1, text.size())};
+}
+
+/// The options that say how a kernel is looked for.
+class BlindOptions {
+public:
+    explicit BlindOptions(CLI::App& command) : m_command(command) {}
+
+    CLI::Option* addSize(const std::string& name, const char* text) {
+        m_sizeName = name;
+        return m_command.add_option(name, m_sizeText, text)->type_name("N[xM]");
+    }
+    CLI::Option* addTurn() {
+        return m_command
+            .add_option("--turn", m_turnText,
+                        "yes, no or auto, default: auto\n"
+                        "A picture does not tell which way round an uneven blur was. auto tries\n"
+                        "both on a piece of the picture and keeps the better; yes turns the\n"
+                        "kernel found by 180 degrees, no leaves it as it is.")
+            ->type_name("WAY");
+    }
+    CLI::Option* addStrength() {
+        return m_command
+            .add_option("--strength", m_settings.strength,
+                        "0..2, default: " + numberText(m_settings.strength) +
+                            "\nHow far edges are softened before the kernel is fitted to them: "
+                            "higher values give\ncalmer, narrower kernels. Below 0.2 it is off.")
+            ->type_name("NUMBER");
+    }
+
+    BlindSettings result() const {
+        BlindSettings settings = m_settings;
+        settings.size = kernelSizeOf(m_sizeText, m_sizeName);
+        if (!(settings.strength >= 0.0f && settings.strength <= 2.0f)) {
+            throw UsageFailure("--strength must be from 0 to 2");
+        }
+        if (m_turnText == "yes") {
+            settings.turn = Turn::Yes;
+        } else if (m_turnText == "no") {
+            settings.turn = Turn::No;
+        } else if (m_turnText != "auto") {
+            throw UsageFailure("--turn must be yes, no or auto");
+        }
+        return settings;
+    }
+
+private:
+    CLI::App& m_command;
+    BlindSettings m_settings;
+    std::string m_sizeName;
+    std::string m_sizeText;
+    std::string m_turnText = "auto";
+};
+
 /// The `deblur` command on the command line, and what was given for it.
 class DeblurParser {
 public:
     explicit DeblurParser(CLI::App& app)
-        : m_command(*app.add_subcommand("deblur", "Restore the sharpness of a picture.")) {
+        : m_command(*app.add_subcommand("deblur", "Restore the sharpness of a picture.")),
+          m_blindOptions(m_command) {
         m_command
             .add_option("IN", m_options.input,
                         "Picture to restore: 8 or 16 bits, grey or RGB. Floating-point\n"
@@ -155,6 +224,13 @@ private:
                                    "or a picture.")
                        ->type_name("FILE")
                        ->group(m_motion->get_group());
+        m_blind = m_blindOptions
+                      .addSize("--blind",
+                               "Unknown: find the kernel in the picture itself. N (or N by M) "
+                               "is the\nside of the kernel to look for, odd, 3..63: somewhat more "
+                               "than the blur\nis wide. See also 'velorn estimate'.")
+                      ->group(m_motion->get_group());
+        m_blindOptions.addTurn()->needs(m_blind);
         m_noDeconvolve = m_command
                              .add_flag("--no-deconvolve", m_isSharpenOnly,
                                        "Leave the blur as it is and only sharpen edges.")
@@ -193,11 +269,11 @@ private:
     }
 
     KernelSource kernelSource() {
-        const std::array<CLI::Option*, 5> choices{m_gaussian, m_disc, m_motion, m_kernel,
-                                                  m_noDeconvolve};
+        const std::array<CLI::Option*, 6> choices{m_gaussian, m_disc,  m_motion,
+                                                  m_kernel,   m_blind, m_noDeconvolve};
         if (std::ranges::count_if(choices, [](auto* choice) { return choice->count() > 0; }) != 1) {
             throw UsageFailure("deblur needs exactly one of --gaussian, --disc, --motion, "
-                               "--kernel and --no-deconvolve");
+                               "--kernel, --blind and --no-deconvolve");
         }
         m_options.settings.deconvolve = !m_isSharpenOnly;
         if (m_gaussian->count() > 0) {
@@ -219,10 +295,14 @@ private:
             }
             return m_path;
         }
+        if (m_blind->count() > 0) {
+            return m_blindOptions.result();
+        }
         return std::monostate{};
     }
 
     CLI::App& m_command;
+    BlindOptions m_blindOptions;
     DeblurOptions m_options;
     std::vector<float> m_numbers;
     KernelPath m_path;
@@ -233,6 +313,7 @@ private:
     CLI::Option* m_motion = nullptr;
     CLI::Option* m_kernel = nullptr;
     CLI::Option* m_scale = nullptr;
+    CLI::Option* m_blind = nullptr;
     CLI::Option* m_noDeconvolve = nullptr;
     std::vector<CLI::Option*> m_settings;
 };
@@ -294,6 +375,42 @@ private:
     std::filesystem::path m_output;
 };
 
+/// The `estimate` command on the command line, and what was given for it.
+class EstimateParser {
+public:
+    explicit EstimateParser(CLI::App& app)
+        : m_command(*app.add_subcommand("estimate", "Find the blur kernel of a picture.")),
+          m_blindOptions(m_command) {
+        m_command.add_option("IN", m_options.input, "Blurred picture: 8 or 16 bits, grey or RGB.")
+            ->required();
+        m_blindOptions
+            .addSize("--size", "Side of the kernel to look for (or N wide, M high): odd, 3..63, "
+                               "somewhat\nmore than the blur is wide.")
+            ->required();
+        m_blindOptions.addStrength();
+        m_blindOptions.addTurn();
+        m_command
+            .add_option("-o,--output", m_options.output,
+                        "Where to write the kernel: numbers (.txt, .csv) or a picture, for\n"
+                        "'velorn deblur --kernel'. It is shown in the terminal as well.")
+            ->required()
+            ->type_name("FILE");
+        m_command.footer(kExitCodes);
+    }
+
+    bool isChosen() const { return m_command.parsed(); }
+
+    EstimateOptions result() {
+        m_options.blind = m_blindOptions.result();
+        return m_options;
+    }
+
+private:
+    CLI::App& m_command;
+    BlindOptions m_blindOptions;
+    EstimateOptions m_options;
+};
+
 } // namespace
 
 RestorationSettings standardSettings() {
@@ -309,8 +426,10 @@ std::optional<Command> parseCommandLine(int argc, const char* const* argv, std::
     app.formatter(std::make_shared<HelpFormatter>());
     app.set_version_flag("--version", "velorn " VELORN_VERSION, "Show the version and exit.");
     app.require_subcommand(1);
-    app.footer("'velorn deblur --help' and 'velorn kernel --help' tell more.");
+    app.footer(
+        "'velorn deblur --help', 'velorn estimate --help' and 'velorn kernel --help' tell more.");
     DeblurParser deblur(app);
+    EstimateParser estimate(app);
     KernelParser kernel(app);
     try {
         app.parse(argc, argv);
@@ -322,6 +441,9 @@ std::optional<Command> parseCommandLine(int argc, const char* const* argv, std::
     }
     if (deblur.isChosen()) {
         return deblur.result();
+    }
+    if (estimate.isChosen()) {
+        return estimate.result();
     }
     return kernel.result();
 }

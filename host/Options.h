@@ -1,5 +1,6 @@
 #pragma once
 
+#include "BlindKernel.h"
 #include "BlurKernel.h"
 #include "Restoration.h"
 
@@ -20,7 +21,7 @@ struct KernelPath {
 };
 
 /// Where a restoration's kernel comes from; nothing when the deconvolution is left out.
-using KernelSource = std::variant<std::monostate, AnalyticBlur, KernelPath>;
+using KernelSource = std::variant<std::monostate, AnalyticBlur, KernelPath, BlindSettings>;
 
 /// `velorn deblur`
 struct DeblurOptions {
@@ -41,7 +42,14 @@ struct KernelOptions {
     std::filesystem::path output;
 };
 
-using Command = std::variant<DeblurOptions, KernelOptions>;
+/// `velorn estimate`
+struct EstimateOptions {
+    std::filesystem::path input;
+    std::filesystem::path output;
+    BlindSettings blind;
+};
+
+using Command = std::variant<DeblurOptions, KernelOptions, EstimateOptions>;
 
 /// Reads the command line. Help and version are written to `out`, and there is no command then.
 /// @throws UsageFailure with one line that says what does not fit.

@@ -37,8 +37,8 @@ private:
             return 0.0f;
         }
         const float level = picture.at(x, y);
-        return std::min(kFullStep, std::hypot(picture.at(x + 1, y) - level,
-                                              picture.at(x, y + 1) - level));
+        return std::min(kFullStep,
+                        std::hypot(picture.at(x + 1, y) - level, picture.at(x, y + 1) - level));
     }
     std::size_t index(int x, int y) const {
         return static_cast<std::size_t>(y) * m_columns + static_cast<std::size_t>(x);
@@ -55,8 +55,7 @@ RgbPixels cut(const RgbPixels& pixels, int x, int y, int width, int height) {
             auto& copy = part.samples.template emplace<std::vector<T>>();
             copy.reserve(3 * part.pixelCount());
             for (int row = y; row < y + height; ++row) {
-                const auto first =
-                    samples.begin() + 3 * (std::ptrdiff_t{row} * pixels.width + x);
+                const auto first = samples.begin() + 3 * (std::ptrdiff_t{row} * pixels.width + x);
                 copy.insert(copy.end(), first, first + 3 * std::ptrdiff_t{width});
             }
         },

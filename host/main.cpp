@@ -1,5 +1,6 @@
 // velorn: restores photographs from the command line.
 #include "DeblurCommand.h"
+#include "EstimateCommand.h"
 #include "Failure.h"
 #include "KernelCommand.h"
 #include "Options.h"
@@ -19,13 +20,19 @@ constexpr int kSignalBase = 128;
 
 /// The file that a failure without a text of its own is told with.
 std::filesystem::path subjectOf(const Command& command) {
-    const auto* deblur = std::get_if<DeblurOptions>(&command);
-    return deblur != nullptr ? deblur->input : std::get<KernelOptions>(command).output;
+    if (const auto* deblur = std::get_if<DeblurOptions>(&command)) {
+        return deblur->input;
+    }
+    const auto* estimate = std::get_if<EstimateOptions>(&command);
+    return estimate != nullptr ? estimate->input : std::get<KernelOptions>(command).output;
 }
 
 void run(const Command& command, const Interrupt& interrupt) {
+    const bool isTerminal = isatty(STDERR_FILENO) != 0;
     if (const auto* deblur = std::get_if<DeblurOptions>(&command)) {
-        runDeblur(*deblur, interrupt, std::cerr, isatty(STDERR_FILENO) != 0);
+        runDeblur(*deblur, interrupt, std::cerr, isTerminal);
+    } else if (const auto* estimate = std::get_if<EstimateOptions>(&command)) {
+        runEstimate(*estimate, interrupt, std::cout, std::cerr, isTerminal);
     } else {
         runKernel(std::get<KernelOptions>(command), interrupt);
     }

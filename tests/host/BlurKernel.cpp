@@ -99,6 +99,17 @@ TEST(BlurKernel, UprightMotionOfATurnedPictureIsLevelInTheFile) {
     EXPECT_EQ(stored.height, 9);
 }
 
+TEST(BlurKernel, ShownAndStoredUndoEachOther) {
+    std::vector<float> weights(15);
+    std::iota(weights.begin(), weights.end(), 1.0f);
+    const BlurKernel kernel{5, 3, weights};
+    for (int orientation = 1; orientation <= 8; ++orientation) {
+        const BlurKernel back = velorn::asShown(asStored(kernel, orientation), orientation);
+        EXPECT_EQ(back.width, 5) << orientation;
+        EXPECT_EQ(back.weights, weights) << orientation;
+    }
+}
+
 TEST(BlurKernel, WeightsAreScaledToOne) {
     const BlurKernel kernel = checkedKernel({3, 1, {1.0f, 2.0f, 1.0f}}, "k");
     EXPECT_EQ(kernel.weights, (std::vector<float>{0.25f, 0.5f, 0.25f}));

@@ -187,4 +187,55 @@ TEST(Options, HelpShowsEverySettingWithRangeAndDefault) {
     }
 }
 
+velorn::EstimateOptions estimate(std::vector<const char*> words) {
+    words.insert(words.begin(), {"estimate", "in.png", "-o", "k.png"});
+    return std::get<velorn::EstimateOptions>(parse(std::move(words)).value());
+}
+
+std::string estimateComplaint(std::vector<const char*> words) {
+    words.insert(words.begin(), {"estimate", "in.png", "-o", "k.png"});
+    return complaint(std::move(words));
+}
+
+TEST(Options, EstimateTakesASideOrTwo) {
+    const auto square = estimate({"--size", "15"});
+    EXPECT_EQ(square.input, "in.png");
+    EXPECT_EQ(square.output, "k.png");
+    EXPECT_EQ(square.blind.size.width, 15);
+    EXPECT_EQ(square.blind.size.height, 15);
+    EXPECT_EQ(square.blind.turn, velorn::Turn::Auto);
+    const auto oblong = estimate({"--size", "21x9", "--strength", "1.5", "--turn", "yes"});
+    EXPECT_EQ(oblong.blind.size.width, 21);
+    EXPECT_EQ(oblong.blind.size.height, 9);
+    EXPECT_EQ(oblong.blind.strength, 1.5f);
+    EXPECT_EQ(oblong.blind.turn, velorn::Turn::Yes);
+}
+
+TEST(Options, SidesOfUnknownKernelsAreOddAndOfAReasonableSize) {
+    for (const char* size : {"", "1", "4", "65", "-3", "9x", "x9", "9x4", "9x9x9", "nine", "9 "}) {
+        EXPECT_EQ(estimateComplaint({"--size", size}),
+                  "--size must be odd numbers from 3 to 63, like 15 or 15x9")
+            << size;
+    }
+    EXPECT_NE(estimateComplaint({}), "");
+}
+
+TEST(Options, EstimatesStrengthAndTurnHaveTheirRange) {
+    EXPECT_EQ(estimateComplaint({"--size", "9", "--strength", "2.1"}),
+              "--strength must be from 0 to 2");
+    EXPECT_EQ(estimateComplaint({"--size", "9", "--turn", "left"}),
+              "--turn must be yes, no or auto");
+}
+
+TEST(Options, BlindIsABlurLikeTheOthers) {
+    const auto blind = std::get<velorn::BlindSettings>(deblur({"--blind", "15"}).kernel);
+    EXPECT_EQ(blind.size.width, 15);
+    const auto turned = deblur({"--blind", "9x7", "--turn", "no"});
+    EXPECT_EQ(std::get<velorn::BlindSettings>(turned.kernel).turn, velorn::Turn::No);
+    EXPECT_NE(deblurComplaint({"--blind", "9", "--disc", "3"}), "");
+    EXPECT_NE(deblurComplaint({"--disc", "3", "--turn", "no"}), "");
+    EXPECT_EQ(deblurComplaint({"--blind", "8"}),
+              "--blind must be odd numbers from 3 to 63, like 15 or 15x9");
+}
+
 } // namespace

@@ -96,6 +96,38 @@ TEST_F(Velorn, KernelFilesWorkLikeTheBlurTheyHold) {
     EXPECT_GT(gainOf("c.png"), 3.0);
 }
 
+TEST_F(Velorn, UnknownBlurIsFoundInThePictureItself) {
+    writeBlurred("in.png", 320, 240);
+    const ProgramResult result = run({"deblur", at("in.png"), at("out.png"), "--blind", "9"});
+    EXPECT_EQ(result.exitStatus, 0) << result.errors;
+    EXPECT_EQ(result.output, "");
+    EXPECT_GT(gainOf("out.png"), 1.0);
+}
+
+TEST_F(Velorn, EstimateWritesAKernelAndShowsIt) {
+    writeBlurred("in.png", 320, 240);
+    const ProgramResult result = run({"estimate", at("in.png"), "--size", "9", "-o", at("k.png")});
+    EXPECT_EQ(result.exitStatus, 0) << result.errors;
+    EXPECT_EQ(std::ranges::count(result.output, '\n'), 9);
+    EXPECT_NE(result.output.find("██"), std::string::npos);
+    EXPECT_EQ(run({"deblur", at("in.png"), at("out.png"), "--kernel", at("k.png")}).exitStatus, 0);
+}
+
+TEST_F(Velorn, PictureWithoutEdgesHasNoKernelToFind) {
+    ImageFile grey(80, 60, 1, 8);
+    writeBytes(at("in.png"), grey.encode("in.png"));
+    expectFailure({"estimate", at("in.png"), "--size", "9", "-o", at("k.txt")}, "too few edges");
+    expectFailure({"deblur", at("in.png"), at("out.png"), "--blind", "9"}, "too few edges");
+}
+
+TEST_F(Velorn, InterruptDuringAnEstimateWritesNothingAndExitsWith130) {
+    writeBlurred("in.png", 640, 480);
+    const ProgramResult result =
+        runOnTerminal({kProgram, "deblur", at("in.png"), at("out.png"), "--blind", "25"}, SIGINT);
+    EXPECT_EQ(result.exitStatus, 130);
+    EXPECT_EQ(m_folder.fileCount(), 1u);
+}
+
 TEST_F(Velorn, PictureMayBeReplacedByItsRestoration) {
     writeBlurred("in.png");
     ASSERT_EQ(run({"deblur", at("in.png"), at("in.png"), "--disc", "3"}).exitStatus, 0);
@@ -208,6 +240,8 @@ TEST_F(Velorn, WrongCommandLinesExitWithTwo) {
              {"deblur", "a.png", "b.png"},
              {"deblur", "a.png", "b.png", "--disc", "2", "--gaussian", "2"},
              {"deblur", "a.png", "b.png", "--disc", "2", "--alpha", "7"},
+             {"estimate", "a.png", "-o", "k.png"},
+             {"deblur", "a.png", "b.png", "--blind", "6"},
              {"kernel", "disc", "2"}}) {
         const ProgramResult result = run(words);
         EXPECT_EQ(result.exitStatus, 2);
@@ -221,6 +255,7 @@ TEST_F(Velorn, HelpAndVersionGoToTheStandardOutput) {
                                                {"--version"},
                                                {"deblur", "--help"},
                                                {"kernel", "--help"},
+                                               {"estimate", "--help"},
                                                {"kernel", "motion", "--help"}}) {
         const ProgramResult result = run(words);
         EXPECT_EQ(result.exitStatus, 0);

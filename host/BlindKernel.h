@@ -1,0 +1,42 @@
+#pragma once
+
+#include "BlindEstimate.h"
+#include "Interrupt.h"
+#include "KernelTurn.h"
+#include "ProgressBar.h"
+
+namespace velorn {
+
+/// How a picture's kernel is found when nothing is known about its blur.
+struct BlindSettings {
+    KernelSize size;
+    /// See `estimateKernel`; docs/blind-estimation.md tells how the standard was found.
+    float strength = 0.0f;
+    Turn turn = Turn::Auto;
+};
+
+/// The strength (`deconvLambda`) for a restoration with a kernel that was found in the picture:
+/// that of `defaultStrength`, held back, since a strong deconvolution turns what is wrong with the
+/// kernel into ringing.
+float blindStrength(double noiseLevel);
+
+/// A kernel that was found blindly.
+struct BlindKernel {
+    BlurKernel kernel;
+    /// Whether a restoration with it looks better than the picture, by `unsharpness`.
+    bool isHelpful = false;
+};
+
+/// Finds the kernel of `pixels` in the part that has the most texture, and decides there which way
+/// round it is, by restorations with `restoration`.
+/// @throws Failure when there are too few edges; Interrupted, as soon as the estimate returns.
+BlindKernel findKernel(const RgbPixels& pixels, const BlindSettings& settings,
+                       const RestorationSettings& restoration, const Interrupt& interrupt,
+                       ProgressBar& bar);
+
+/// The warning for a kernel that does not help.
+inline constexpr const char* kNotHelpful =
+    "the restoration with the kernel found looks worse than the picture: another --blind or "
+    "--size may do better";
+
+} // namespace velorn

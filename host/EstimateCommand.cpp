@@ -1,0 +1,53 @@
+#include "EstimateCommand.h"
+
+#include "Failure.h"
+#include "ImageFile.h"
+#include "KernelFile.h"
+#include "KernelPicture.h"
+#include "NoiseLevel.h"
+#include "TemporaryFile.h"
+
+namespace velorn {
+namespace {
+
+BlindKernel foundIn(const ImageFile& picture, const EstimateOptions& options,
+                    const Interrupt& interrupt, ProgressBar& bar) {
+    const RgbPixels pixels = picture.rgb();
+    RestorationSettings restoration = standardSettings();
+    restoration.lambda = blindStrength(noiseLevel(pixels));
+    BlindSettings settings = options.blind;
+    settings.size = asStored(settings.size, picture.orientation());
+    try {
+        return findKernel(pixels, settings, restoration, interrupt, bar);
+    } catch (const Failure& failure) {
+        throw Failure(quoted(options.input) + ": " + failure.what());
+    }
+}
+
+} // namespace
+
+void runEstimate(const EstimateOptions& options, const Interrupt& interrupt, std::ostream& out,
+                 std::ostream& terminal, bool isTerminal) {
+    KernelFile::checkWritable(options.output);
+    const ImageFile picture = ImageFile::read(options.input);
+    // Opened before the work, so that a target that cannot be written is told at once.
+    TemporaryFile target(options.output);
+    interrupt.check();
+
+    BlindKernel found;
+    {
+        ProgressBar bar(terminal, isTerminal);
+        found = foundIn(picture, options, interrupt, bar);
+    }
+    // Kernel files speak of the picture as it is shown; its pixels may be stored turned.
+    const BlurKernel shown = asShown(found.kernel, picture.orientation());
+    target.write(KernelFile::encode(shown, options.output));
+    interrupt.check();
+    target.commit();
+    out << kernelPicture(shown) << std::flush;
+    if (!found.isHelpful) {
+        terminal << "velorn: warning: " << quoted(options.input) << ": " << kNotHelpful << '\n';
+    }
+}
+
+} // namespace velorn

@@ -1,0 +1,71 @@
+#include "BlindKernel.h"
+
+#include "DefaultStrength.h"
+#include "Failure.h"
+#include "Options.h"
+#include "tests/support/BlurredPicture.h"
+
+#include <gtest/gtest.h>
+#include <sstream>
+
+namespace {
+
+using velorn::BlindSettings;
+using velorn::Failure;
+using velorn::findKernel;
+using velorn::RgbPixels;
+
+class BlindKernel : public testing::Test {
+protected:
+    velorn::BlindKernel find(const RgbPixels& pixels, int side) {
+        velorn::RestorationSettings restoration = velorn::standardSettings();
+        restoration.lambda = 2000.0f;
+        BlindSettings settings;
+        settings.size = {side, side};
+        return findKernel(pixels, settings, restoration, m_interrupt, m_bar);
+    }
+
+    std::string failureOf(const RgbPixels& pixels, int side) {
+        try {
+            find(pixels, side);
+        } catch (const Failure& failure) {
+            return failure.what();
+        }
+        return "none";
+    }
+
+    std::ostringstream m_terminal;
+    velorn::Interrupt m_interrupt;
+    velorn::ProgressBar m_bar{m_terminal, true};
+};
+
+TEST_F(BlindKernel, DiscBlurIsFoundAndHelps) {
+    const auto disc = velorn::makeKernel({velorn::AnalyticBlur::Shape::Disc, 2.0f, 0.0f});
+    const auto found = find(vel::test::blurred(vel::test::drawnPicture(240, 200), disc), 7);
+    EXPECT_TRUE(found.isHelpful);
+    EXPECT_EQ(found.kernel.width, 7);
+    EXPECT_NE(m_terminal.str().find('%'), std::string::npos);
+}
+
+TEST_F(BlindKernel, TooFewEdgesAreToldWithTheKernelsSize) {
+    const RgbPixels grey{100, 80, std::vector<std::uint8_t>(100 * 80 * 3, 128)};
+    EXPECT_EQ(failureOf(grey, 9), "the picture has too few edges to find a kernel of 9 by 9 in it");
+}
+
+TEST_F(BlindKernel, KernelTooLargeForThePictureIsToldWithTheLimit) {
+    const std::string failure = failureOf(vel::test::drawnPicture(60, 40), 53);
+    EXPECT_NE(failure.find("51 by 51 at most"), std::string::npos) << failure;
+}
+
+TEST_F(BlindKernel, SignalThatCameBeforeIsHeeded) {
+    std::raise(SIGINT);
+    EXPECT_THROW(find(vel::test::drawnPicture(90, 70), 5), velorn::Interrupted);
+}
+
+TEST_F(BlindKernel, StrengthIsHeldBackForCleanPicturesAndFollowsTheNoiseOfOthers) {
+    EXPECT_EQ(velorn::blindStrength(0.1), 3000.0f);
+    EXPECT_EQ(velorn::blindStrength(20.0), velorn::defaultStrength(20.0));
+    EXPECT_LT(velorn::blindStrength(20.0), 3000.0f);
+}
+
+} // namespace
