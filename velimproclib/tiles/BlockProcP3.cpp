@@ -2,12 +2,11 @@
 
 #include "velimproclib/primitives/ChannelMoves.h"
 #include "velimproclib/primitives/Conversions.h"
-#include "velimproclib/primitives/FailureRelay.h"
 #include "velimproclib/tiles/fillRamp.h"
+#include "velimproclib/tiles/forRowChunks.h"
 #include "velimproclib/tiles/imageExtendBorder.h"
 #include "velimproclib/tiles/stepOf.h"
 #include "velimproclib/tiles/stripBlends.h"
-#include "velimproclib/tiles/worthATeam.h"
 
 #include <algorithm>
 
@@ -20,10 +19,6 @@ constexpr int kBadRowOverlap = 0;
 constexpr int kNoSourcePixels = 102;
 
 constexpr std::size_t kChannels = 3;
-
-/// A channel's rows pass through the scratch plane between two conversions; so few of them stay in
-/// the innermost cache.
-constexpr int kRowsPerChunk = 16;
 
 /// The scale and the moves of an element type.
 template <class T>
@@ -59,21 +54,6 @@ T* elementAt(cv::Mat& image, std::int32_t y, std::size_t x) {
 
 std::size_t firstElement(std::int32_t column, std::size_t channel) {
     return static_cast<std::size_t>(column) * kChannels + channel;
-}
-
-/// Runs `work` on every chunk of `rows` rows of `columns` pixels, in parallel.
-template <class Work>
-void forRowChunks(std::int32_t columns, std::int32_t rows, Work&& work) {
-    const std::int32_t chunks = rows / kRowsPerChunk + (rows % kRowsPerChunk != 0 ? 1 : 0);
-    FailureRelay failure;
-#pragma omp parallel for schedule(static) if (worthATeam(columns, rows))
-    for (std::int32_t chunk = 0; chunk < chunks; ++chunk) {
-        failure.run([&, chunk] {
-            const std::int32_t start = chunk * kRowsPerChunk;
-            work(cv::Range(start, std::min(start + kRowsPerChunk, rows)));
-        });
-    }
-    failure.rethrow();
 }
 
 } // namespace

@@ -1,10 +1,8 @@
 #include "velimproclib/tiles/ColorTwistTile.h"
 
 #include "velimproclib/primitives/ColorTwist.h"
+#include "velimproclib/tiles/forRowChunks.h"
 #include "velimproclib/tiles/narrowToInt32.h"
-#include "velimproclib/tiles/worthATeam.h"
-
-#include <algorithm>
 
 namespace vel {
 
@@ -37,19 +35,15 @@ constexpr TwistMatrix kToRgbRounded = {
     {1.0f, 2.289f, 0.0f, 0.0f},
 };
 
-/// Rows that a thread takes at a time.
-constexpr int kRowsPerChunk = 16;
-
 void twist(TilePlanes& planes, const TwistMatrix& matrix) {
-    const int rows = planes[0].rows;
     const int columns = planes[0].cols;
     const std::int32_t step = narrowToInt32(static_cast<std::int64_t>(planes[0].step[0]));
-#pragma omp parallel for schedule(static) if (worthATeam(columns, rows))
-    for (int start = 0; start < rows; start += kRowsPerChunk) {
-        float* const firstRows[3] = {planes[0].ptr<float>(start), planes[1].ptr<float>(start),
-                                     planes[2].ptr<float>(start)};
-        colorTwistP3F32(firstRows, step, columns, std::min(kRowsPerChunk, rows - start), matrix);
-    }
+    forRowChunks(columns, planes[0].rows, [&](cv::Range rows) {
+        float* const firstRows[3] = {planes[0].ptr<float>(rows.start),
+                                     planes[1].ptr<float>(rows.start),
+                                     planes[2].ptr<float>(rows.start)};
+        colorTwistP3F32(firstRows, step, columns, rows.size(), matrix);
+    });
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 #include "velimproclib/tiles/TileTaper.h"
 
-#include "velimproclib/primitives/FailureRelay.h"
+#include "velimproclib/primitives/TeamLoop.h"
 #include "velimproclib/tiles/blend.h"
 #include "velimproclib/tiles/worthATeam.h"
 
@@ -105,32 +105,22 @@ void CTileTaper::taperRows(cv::Mat& plane, Seam& seam) const {
     const int margin = static_cast<int>(m_fade.size());
     joinRows(plane, seam.joined, m_edge);
     seam.blurred.create(2 * margin, plane.cols, CV_32FC1);
-    FailureRelay failure;
-#pragma omp taskloop grainsize(1) default(shared)
-    for (int part = 0; part < partsOf(plane.cols); ++part) {
-        failure.run([&, part] {
-            const cv::Range columns = partOf(plane.cols, part);
-            blurPart(seam, {columns.start, 0, columns.size(), 2 * margin}, {0, m_edge - margin});
-            fadeRows(plane, seam.blurred, columns, m_fade);
-        });
-    }
-    failure.rethrow();
+    forEachPiece(partsOf(plane.cols), [&](int part, int) {
+        const cv::Range columns = partOf(plane.cols, part);
+        blurPart(seam, {columns.start, 0, columns.size(), 2 * margin}, {0, m_edge - margin});
+        fadeRows(plane, seam.blurred, columns, m_fade);
+    });
 }
 
 void CTileTaper::taperColumns(cv::Mat& plane, Seam& seam) const {
     const int margin = static_cast<int>(m_fade.size());
     joinColumns(plane, seam.joined, m_edge);
     seam.blurred.create(plane.rows, 2 * margin, CV_32FC1);
-    FailureRelay failure;
-#pragma omp taskloop grainsize(1) default(shared)
-    for (int part = 0; part < partsOf(plane.rows); ++part) {
-        failure.run([&, part] {
-            const cv::Range rows = partOf(plane.rows, part);
-            blurPart(seam, {0, rows.start, 2 * margin, rows.size()}, {m_edge - margin, 0});
-            fadeColumns(plane, seam.blurred, rows, m_fade);
-        });
-    }
-    failure.rethrow();
+    forEachPiece(partsOf(plane.rows), [&](int part, int) {
+        const cv::Range rows = partOf(plane.rows, part);
+        blurPart(seam, {0, rows.start, 2 * margin, rows.size()}, {m_edge - margin, 0});
+        fadeColumns(plane, seam.blurred, rows, m_fade);
+    });
 }
 
 void CTileTaper::taperBlock(std::span<cv::Mat> planes, std::int32_t border) {
@@ -151,19 +141,19 @@ void CTileTaper::taperBlock(std::span<cv::Mat> planes, std::int32_t border) {
     m_rowSeams.resize(planes.size());
     m_columnSeams.resize(planes.size());
     const int count = static_cast<int>(planes.size());
-    FailureRelay failure;
-    // Tasks, so that a thread that has no plane left takes parts of another's.
-#pragma omp parallel if (worthATeam(first.cols, first.rows))
-#pragma omp single
-#pragma omp taskloop grainsize(1) default(shared)
-    for (int p = 0; p < count; ++p) {
-        const auto index = static_cast<std::size_t>(p);
-        failure.run([&, index] {
+    // Loops within a loop, so that a thread that has no plane left takes parts of another's.
+    const auto taperPlanes = [&] {
+        forEachPiece(count, [&](int p, int) {
+            const auto index = static_cast<std::size_t>(p);
             taperRows(planes[index], m_rowSeams[index]);
             taperColumns(planes[index], m_columnSeams[index]);
         });
+    };
+    if (worthATeam(first.cols, first.rows)) {
+        runInTeam(taperPlanes);
+    } else {
+        taperPlanes();
     }
-    failure.rethrow();
 }
 
 } // namespace vel

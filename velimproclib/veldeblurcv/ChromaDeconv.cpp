@@ -1,9 +1,9 @@
 #include "velimproclib/veldeblurcv/ChromaDeconv.h"
 
+#include "velimproclib/primitives/TeamLoop.h"
 #include "velimproclib/veldeblurcv/kernelSpectrum.h"
 #include "velimproclib/veldeblurcv/rowGroups.h"
 #include "velimproclib/veldeblurcv/SpectralQuotient.h"
-#include "velimproclib/veldeblurcv/TeamLoop.h"
 
 #include <algorithm>
 #include <cstddef>

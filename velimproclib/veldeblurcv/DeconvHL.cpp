@@ -2,13 +2,13 @@
 
 #include "velimproclib/primitives/Lookups.h"
 #include "velimproclib/primitives/PlaneArithmetic.h"
+#include "velimproclib/primitives/TeamLoop.h"
 #include "velimproclib/primitives/truncate.h"
 #include "velimproclib/veldeblurcv/GradientRows.h"
 #include "velimproclib/veldeblurcv/kernelSpectrum.h"
 #include "velimproclib/veldeblurcv/rowGroups.h"
 #include "velimproclib/veldeblurcv/ShrinkCurve.h"
 #include "velimproclib/veldeblurcv/ShrinkTable.h"
-#include "velimproclib/veldeblurcv/TeamLoop.h"
 
 #include <algorithm>
 #include <cmath>

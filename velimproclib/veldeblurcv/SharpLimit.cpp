@@ -1,8 +1,8 @@
 #include "velimproclib/veldeblurcv/SharpLimit.h"
 
-#include "velimproclib/primitives/forEachTask.h"
 #include "velimproclib/primitives/Medians.h"
 #include "velimproclib/primitives/Morphology.h"
+#include "velimproclib/primitives/TeamLoop.h"
 #include "velimproclib/veldeblurcv/CopyFrame.h"
 #include "velimproclib/veldeblurcv/InnerRegion.h"
 
@@ -101,8 +101,10 @@ void CSharpLimit::Proc(const cv::Mat& imSource, const cv::Mat& imBlur, cv::Mat& 
     imBlur.convertTo(m_work8, CV_8U, 255, 0);
     removeSpecks();
     imSource.convertTo(m_work8, CV_8U, 255, 0);
-    findBounds();
-    limitRows(imBlur, out);
+    runInTeam([&] {
+        findBounds();
+        limitRows(imBlur, out);
+    });
 }
 
 void CSharpLimit::removeSpecks() {
@@ -126,7 +128,7 @@ void CSharpLimit::findBounds() {
                             {m_work8, m_minSource, erode3x3InPlaceU8, m_radius},
                             {m_median8, m_maxDeblur, dilate3x3InPlaceU8, m_innerPasses},
                             {m_median8, m_minDeblur, erode3x3InPlaceU8, m_innerPasses}};
-    forEachTask(4, [&](int i) {
+    forEachPiece(4, [&](int i, int) {
         const Bound& bound = bounds[i];
         bound.origin.copyTo(bound.plane);
         morphInside(bound.morph, bound.plane, bound.passes);

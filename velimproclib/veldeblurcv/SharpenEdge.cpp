@@ -1,10 +1,10 @@
 #include "velimproclib/veldeblurcv/SharpenEdge.h"
 
-#include "velimproclib/primitives/forEachTask.h"
 #include "velimproclib/primitives/LinearFilters.h"
 #include "velimproclib/primitives/Morphology.h"
 #include "velimproclib/primitives/PlaneArithmetic.h"
 #include "velimproclib/primitives/PlaneCopies.h"
+#include "velimproclib/primitives/TeamLoop.h"
 #include "velimproclib/veldeblurcv/CopyFrame.h"
 #include "velimproclib/veldeblurcv/Gaussian1D.h"
 #include "velimproclib/veldeblurcv/InnerRegion.h"
@@ -70,13 +70,15 @@ bool CSharpenEdge::Proc(cv::Mat& in, cv::Mat& out) {
     gaussian1D(baseTaps.data(), kTaps, m_sigma);
     gaussian1D(contrastTaps.data(), kTaps, 2 * m_sigma);
 
-    forEachRowBand(m_h, kBandRows, [&](int begin, int end) { measureRows(in, {begin, end}); });
-    forEachRowBand(m_h, kBandRows, [&](int begin, int end) {
-        normaliseRows(contrastTaps, out, {begin, end});
-    });
-    forEachRowBand(m_h, kBandRows, [&](int begin, int end) {
-        splitRows(in, baseTaps, out, {begin, end});
-        combineRows(out, {begin, end});
+    runInTeam([&] {
+        forEachRowBand(m_h, kBandRows, [&](int begin, int end) { measureRows(in, {begin, end}); });
+        forEachRowBand(m_h, kBandRows, [&](int begin, int end) {
+            normaliseRows(contrastTaps, out, {begin, end});
+        });
+        forEachRowBand(m_h, kBandRows, [&](int begin, int end) {
+            splitRows(in, baseTaps, out, {begin, end});
+            combineRows(out, {begin, end});
+        });
     });
     return true;
 }

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "velimproclib/primitives/TeamLoop.h"
+#include "velimproclib/tiles/worthATeam.h"
+
+#include <cstdint>
+#include <opencv2/core.hpp>
+
+namespace vel {
+
+/// Calls work(cv::Range) for chunks of rows that cover `rows` rows of `columns` pixels, in any
+/// order; side by side where the area is worth a team. The first failure is rethrown when all have
+/// ended. A chunk's rows of a few planes stay in the innermost cache from step to step.
+template <class Work>
+void forRowChunks(std::int32_t columns, std::int32_t rows, const Work& work) {
+    constexpr int kRowsPerChunk = 16;
+    const auto loop = [&] {
+        forEachRowBand(rows, kRowsPerChunk,
+                       [&](int begin, int end) { work(cv::Range(begin, end)); });
+    };
+    if (worthATeam(columns, rows)) {
+        runInTeam(loop);
+    } else {
+        loop();
+    }
+}
+
+} // namespace vel
