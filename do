@@ -4,7 +4,7 @@ set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
 
 packages=(build-essential cmake ninja-build pkg-config git
-    libopencv-core-dev libopencv-imgproc-dev libhwy-dev
+    libopencv-core-dev libopencv-imgproc-dev libhwy-dev liblcms2-dev
     libgtest-dev libgmock-dev libbenchmark-dev libfftw3-dev
     libopenimageio-dev libcli11-dev)
 

@@ -50,12 +50,13 @@ enum {
     VELORN_OK = 1,
     /* Cancelled by the progress callback. Target rows already written stay in the target. */
     VELORN_CANCELLED = 0,
-    /* ornCreateKernel: no record, no data pointer, or an unknown type. Display: not a colour format,
-     * or a null pointer. */
+    /* ornCreateKernel: no record, no data pointer, or an unknown type. Display: not a colour
+     * format, or a null pointer. */
     VELORN_BAD_ARGUMENT = -3,
     /* A failure with a text: see getErrMsg. */
     VELORN_TEXT_FAILURE = -5,
-    /* Out of memory, a shape that no memory holds, and every failure that has no status of its own. */
+    /* Out of memory, a shape that no memory holds, and every failure that has no status of its own.
+     */
     VELORN_FAILURE = -1000,
     /* A kernel too large for the tiles: its margin leaves no room to walk on. */
     VELORN_TILE_GAP = -899,
@@ -134,7 +135,7 @@ typedef struct KernelRecord {
 } KernelRecord;
 
 /* Source and target ICC profiles as blocks of memory. A missing one (null pointer or size below 1)
- * stands for sRGB. */
+ * stands for sRGB; when both are missing there is no colour management. */
 typedef struct PSProfilesRecord {
     const void* inData;  /* profile of the picture */
     int32_t inSize;      /* its bytes */
@@ -175,9 +176,10 @@ typedef struct PSProfilesRecord {
  * NaN and infinite settings are legal and never crash. The call uses several threads.
  *
  * Returns VELORN_OK; VELORN_CANCELLED; VELORN_TEXT_FAILURE for a null image or kernel, null pixels,
- * a step shorter than a row, a negative kernel side or, when deconvolving, a kernel without elements
- * or data; VELORN_NO_PIXELS; VELORN_TILE_GAP; VELORN_SMOOTHER_MEMORY; VELORN_GUARD_DAMAGED;
- * VELORN_FAILURE. After cancellation or failure, target rows already written stay in the target. */
+ * a step shorter than a row, a negative kernel side or, when deconvolving, a kernel without
+ * elements or data; VELORN_NO_PIXELS; VELORN_TILE_GAP; VELORN_SMOOTHER_MEMORY;
+ * VELORN_GUARD_DAMAGED; VELORN_FAILURE. After cancellation or failure, target rows already written
+ * stay in the target. */
 VELORN_API int32_t VELORN_CALL ornDeblurSharpen(ProgressRecord* progress, ImageRecord* image,
                                                 KernelRecord* kernel, int32_t deconvolve,
                                                 float deconvLambda, float deconvAlpha,
@@ -208,12 +210,12 @@ VELORN_API int32_t VELORN_CALL ornBlurEstimate(ProgressRecord* progress, PlaneRe
  *          A deviation of 0 gives a single NaN element
  * type 1   disc (lens out of focus), paramA = radius; n by n with n = 2 * trunc(paramA + 0.5) + 1.
  *          A radius of 0 gives a single NaN element
- * type 2   straight motion, paramA = length, paramB = angle in degrees, rising to the right; at most
- *          n by n with n = 2 * trunc((max(1, paramA) + 1) / 2) + 1. Lengths below 1 count as 1; an
+ * type 2   straight motion, paramA = length, paramB = angle in degrees, rising to the right; at
+ * most n by n with n = 2 * trunc((max(1, paramA) + 1) / 2) + 1. Lengths below 1 count as 1; an
  *          angle that is not finite gives a single NaN element
  *
- * Returns VELORN_OK; VELORN_BAD_ARGUMENT, with the record untouched, for a null record, null data or
- * another type; VELORN_FAILURE for a shape that no memory holds, negative sizes included. */
+ * Returns VELORN_OK; VELORN_BAD_ARGUMENT, with the record untouched, for a null record, null data
+ * or another type; VELORN_FAILURE for a shape that no memory holds, negative sizes included. */
 VELORN_API int32_t VELORN_CALL ornCreateKernel(int32_t type, float paramA, float paramB,
                                                KernelRecord* kernel);
 
@@ -232,23 +234,42 @@ VELORN_API int32_t VELORN_CALL setDebugTrace();
 
 /* ---- Display and scales (no guard, no error text, any thread) -------------------------------- */
 
-/* Writes a colour image as display pixels: bytes blue, green, red, 255. A scale from 0.99 to 1.01
- * copies the overlap of image and target; any other scale resamples. Formats with three colours
- * only: else VELORN_BAD_ARGUMENT. */
+/* Writes a colour image as display pixels: bytes blue, green, red, 255. Sixteen-bit levels are cut
+ * down by truncation, white shows as 255.
+ *
+ * image     three elements a pixel are read whatever the format: pixels of the four-channel formats
+ *           are accepted and come out wrong, so hand over psC3U8 or psC3U16
+ * dst       first pixel of the display buffer, dstWidth by dstHeight pixels of four bytes
+ * dstStep   bytes from one display row to the next
+ * scale     0.99 to 1.01 copies the overlap of image and buffer and leaves the rest of the buffer
+ * as it is. Any other scale resamples, with linear interpolation, and writes the whole buffer:
+ * black where the scaled image does not reach, and everywhere for a scale that is not above 0
+ *
+ * Returns VELORN_OK; VELORN_BAD_ARGUMENT, with nothing written, for a format without three colours
+ * or a null pointer; VELORN_DISPLAY_FAILURE. The call uses several threads. */
 VELORN_API int32_t VELORN_CALL PSImage2QImage(PlaneRecord* image, void* dst, int32_t dstStep,
                                               int32_t dstWidth, int32_t dstHeight, float scale);
 
-/* PSImage2QImage, then from the source profile to the target profile. 0: a profile or the transform
- * was refused, and the target shows the picture without colour management. */
+/* PSImage2QImage, then every pixel of the buffer from the source profile to the target profile,
+ * relative colorimetric. Without profiles (a null record, both pointers null or both sizes below 1)
+ * the second step is left out. Profiles are RGB profiles, and are read on every call.
+ *
+ * Returns what PSImage2QImage returns when that is not VELORN_OK; VELORN_OK; 0 when a profile or
+ * the transform was refused: the buffer then shows the picture without colour management;
+ * VELORN_COLOUR_FAILURE. */
 VELORN_API int32_t VELORN_CALL PSImageICC2QImage(PSProfilesRecord* profiles, PlaneRecord* image,
                                                  void* dst, int32_t dstStep, int32_t dstWidth,
                                                  int32_t dstHeight, float scale);
 
-/* One channel, 8 bits to the 15-bit scale: out = (v + 1) * 128. Steps in bytes; always 1. */
+/* One channel, 8 bits to the 15-bit scale: out = (v + 1) * 128, black becomes 128 and white 32768.
+ * Steps are bytes from one row to the next. Always 1: a null pointer or a size below 1 leaves the
+ * target as it is. */
 VELORN_API int32_t VELORN_CALL psC1U8toU15(const void* src, int32_t srcStep, int32_t width,
                                            int32_t height, void* dst, int32_t dstStep);
 
-/* The exact inverse of psC1U8toU15 on its 256 levels, rounding between them. Always 1. */
+/* The exact inverse of psC1U8toU15 on its 256 levels; values between them go to the nearest, ties
+ * to the even one, and everything above white to 255. Always 1: a null pointer, a size below 1 or
+ * exhausted memory leaves the target as it is. */
 VELORN_API int32_t VELORN_CALL psC1U15toU8(const void* src, int32_t srcStep, int32_t width,
                                            int32_t height, void* dst, int32_t dstStep);
 

@@ -1,9 +1,14 @@
-// The exported functions: a thin layer that opens the call frame and hands on.
+// The exported functions: a thin layer that opens the call frame where there is one, and hands on.
+#include "velimproclib/bridge/DisplayImage.h"
+#include "velimproclib/bridge/IccTransform.h"
 #include "velimproclib/frame/blurEstimate.h"
 #include "velimproclib/frame/CallFrame.h"
 #include "velimproclib/frame/createKernel.h"
 #include "velimproclib/frame/deblurSharpen.h"
+#include "velimproclib/images/ScaleConverters.h"
 #include "velorncore10.h"
+
+#include <cstdint>
 
 int32_t ornDeblurSharpen(ProgressRecord* progress, ImageRecord* image, KernelRecord* kernel,
                          int32_t deconvolve, float deconvLambda, float deconvAlpha,
@@ -34,4 +39,32 @@ int32_t velSetupLib(int32_t, int32_t) {
 
 int32_t setDebugTrace(...) {
     return 0;
+}
+
+int32_t PSImage2QImage(PlaneRecord* image, void* dst, int32_t dstStep, int32_t dstWidth,
+                       int32_t dstHeight, float scale) {
+    return vel::displayImage(image, dst, dstStep, dstWidth, dstHeight, scale);
+}
+
+int32_t PSImageICC2QImage(PSProfilesRecord* profiles, PlaneRecord* image, void* dst,
+                          int32_t dstStep, int32_t dstWidth, int32_t dstHeight, float scale) {
+    return vel::displayImageWithProfiles(profiles, image, dst, dstStep, dstWidth, dstHeight, scale);
+}
+
+int32_t psC1U8toU15(const void* src, int32_t srcStep, int32_t width, int32_t height, void* dst,
+                    int32_t dstStep) {
+    vel::convertU8toU15(static_cast<const std::uint8_t*>(src), srcStep, width, height,
+                        static_cast<std::uint16_t*>(dst), dstStep);
+    return VELORN_OK;
+}
+
+int32_t psC1U15toU8(const void* src, int32_t srcStep, int32_t width, int32_t height, void* dst,
+                    int32_t dstStep) {
+    try {
+        vel::convertU15toU8(static_cast<const std::uint16_t*>(src), srcStep, width, height,
+                            static_cast<std::uint8_t*>(dst), dstStep);
+    } catch (...) {
+        // The only answer is 1. Without memory the target stays as it was.
+    }
+    return VELORN_OK;
 }

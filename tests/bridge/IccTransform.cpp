@@ -1,0 +1,442 @@
+#include "velimproclib/bridge/IccTransform.h"
+
+#include "tests/support/GuardedPlane.h"
+#include "tests/support/IccProfiles.h"
+#include "tests/support/Threads.h"
+#include "velimproclib/bridge/DisplayImage.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <lcms2_plugin.h>
+#include <limits>
+#include <new>
+#include <random>
+#include <tuple>
+#include <vector>
+
+namespace {
+
+/// Blocks of this size and larger are not to be had.
+std::atomic<std::size_t> refusedSize{std::numeric_limits<std::size_t>::max()};
+
+} // namespace
+
+// Kept out of line: inlined, the pair looks to the compiler like a mismatch of new and free.
+[[gnu::noinline]] void* operator new(std::size_t size) {
+    if (size < refusedSize) {
+        if (void* const block = std::malloc(std::max(size, std::size_t{1}))) {
+            return block;
+        }
+    }
+    throw std::bad_alloc();
+}
+[[gnu::noinline]] void operator delete(void* block) noexcept {
+    std::free(block);
+}
+[[gnu::noinline]] void operator delete(void* block, std::size_t) noexcept {
+    std::free(block);
+}
+
+namespace {
+
+using namespace vel;
+using namespace vel::test;
+
+constexpr int kWidth = 67;
+constexpr int kHeight = 21;
+
+PSProfilesRecord record(const ProfileBytes& in, const ProfileBytes& out) {
+    const auto pointer = [](const ProfileBytes& bytes) {
+        return bytes.empty() ? nullptr : bytes.data();
+    };
+    return {pointer(in), static_cast<int32_t>(in.size()), pointer(out),
+            static_cast<int32_t>(out.size())};
+}
+
+GuardedPlane<std::uint8_t> randomDisplay(int width = kWidth, int height = kHeight) {
+    std::mt19937 random(1);
+    GuardedPlane<std::uint8_t> display(4 * width, height, 5, 1);
+    display.fill([&] { return static_cast<std::uint8_t>(random()); });
+    return display;
+}
+
+int32_t transformDisplay(const PSProfilesRecord& profiles, GuardedPlane<std::uint8_t>& display) {
+    return iccTransformDisplayRows(profiles, display.data(), display.step(), display.width() / 4,
+                                   display.height());
+}
+
+/// `display` with its colours carried from one profile to the other.
+GuardedPlane<std::uint8_t> expectedDisplay(const ProfileBytes& in, const ProfileBytes& out,
+                                           GuardedPlane<std::uint8_t> display) {
+    std::vector<std::uint8_t> colours;
+    for (int y = 0; y < display.height(); ++y) {
+        for (int x = 0; x < display.width(); x += 4) {
+            colours.insert(colours.end(),
+                           {display.at(x + 2, y), display.at(x + 1, y), display.at(x, y)});
+        }
+    }
+    colours = transformed(in, out, TYPE_RGB_8, colours);
+    auto colour = colours.begin();
+    for (int y = 0; y < display.height(); ++y) {
+        for (int x = 0; x < display.width(); x += 4) {
+            for (int c = 2; c >= 0; --c) {
+                display.set(x + c, y, *colour++);
+            }
+        }
+    }
+    return display;
+}
+
+/// `rows` of `format` with every element put through `load`, carried from one profile to the other,
+/// and put through `store`.
+template <class Element, class Load, class Store>
+GuardedPlane<Element> expectedRows(const ProfileBytes& in, const ProfileBytes& out,
+                                   cmsUInt32Number format, GuardedPlane<Element> rows, Load&& load,
+                                   Store&& store) {
+    std::vector<Element> colours;
+    for (int y = 0; y < rows.height(); ++y) {
+        for (int x = 0; x < rows.width(); ++x) {
+            colours.push_back(static_cast<Element>(load(rows.at(x, y))));
+        }
+    }
+    colours = transformed(in, out, format, colours);
+    auto colour = colours.begin();
+    rows.fill([&] { return store(*colour++); });
+    return rows;
+}
+
+const std::vector<ProfileBytes>& faultyProfiles() {
+    static const std::vector<ProfileBytes> kFaulty = [] {
+        std::vector<ProfileBytes> all{garbageProfile(), greyProfile(), labProfile(), {0}};
+        const ProfileBytes whole = wideGamutProfile();
+        for (const std::ptrdiff_t size : {1, 64, 127, 128, 132, 150, 300}) {
+            all.emplace_back(whole.begin(), whole.begin() + size);
+        }
+        ProfileBytes wrongSignature = whole;
+        wrongSignature[36] = 'x';
+        all.push_back(wrongSignature);
+        ProfileBytes manyTags = whole;
+        manyTags[128] = manyTags[129] = 0xFF;
+        all.push_back(manyTags);
+        return all;
+    }();
+    return kFaulty;
+}
+
+TEST(IccTransform, DisplayColoursGoFromSourceToTargetAndAlphaStays) {
+    const ProfileBytes none;
+    const ProfileBytes wide = wideGamutProfile();
+    const ProfileBytes srgb = srgbProfile();
+    for (const auto& [in, out] : {std::pair{wide, srgb}, std::pair{srgb, wide},
+                                  std::pair{wide, none}, std::pair{none, wide}}) {
+        auto display = randomDisplay();
+        const auto expected = expectedDisplay(in, out, display);
+        ASSERT_EQ(transformDisplay(record(in, out), display), 1);
+        EXPECT_TRUE(display.sameBits(expected));
+        EXPECT_TRUE(display.intact());
+        EXPECT_FALSE(display.sameBits(randomDisplay()));
+    }
+}
+
+TEST(IccTransform, SmallDisplaysOfEveryWidth) {
+    const ProfileBytes wide = wideGamutProfile();
+    for (int width = 1; width <= 9; ++width) {
+        auto display = randomDisplay(width, 3);
+        const auto expected = expectedDisplay(wide, {}, display);
+        ASSERT_EQ(transformDisplay(record(wide, {}), display), 1);
+        EXPECT_TRUE(display.sameBits(expected));
+        EXPECT_TRUE(display.intact());
+    }
+}
+
+TEST(IccTransform, SizeBelowOneStandsForSrgbOnThatSide) {
+    const ProfileBytes wide = wideGamutProfile();
+    const ProfileBytes garbage = garbageProfile();
+    for (const int32_t size : {0, -1, std::numeric_limits<int32_t>::min()}) {
+        PSProfilesRecord profiles = record(wide, garbage);
+        profiles.outSize = size;
+        auto display = randomDisplay();
+        const auto expected = expectedDisplay(wide, {}, display);
+        ASSERT_EQ(transformDisplay(profiles, display), 1);
+        EXPECT_TRUE(display.sameBits(expected));
+    }
+    PSProfilesRecord profiles = record(garbage, wide);
+    profiles.inSize = 0;
+    auto display = randomDisplay();
+    const auto expected = expectedDisplay({}, wide, display);
+    ASSERT_EQ(transformDisplay(profiles, display), 1);
+    EXPECT_TRUE(display.sameBits(expected));
+}
+
+TEST(IccTransform, WithoutPointersOrWithoutSizesThereIsNoPass) {
+    const ProfileBytes wide = wideGamutProfile();
+    const auto size = static_cast<int32_t>(wide.size());
+    for (const PSProfilesRecord& profiles :
+         {PSProfilesRecord{nullptr, 0, nullptr, 0}, PSProfilesRecord{nullptr, size, nullptr, size},
+          PSProfilesRecord{wide.data(), 0, wide.data(), 0},
+          PSProfilesRecord{wide.data(), -5, nullptr, 0}}) {
+        auto display = randomDisplay();
+        EXPECT_EQ(transformDisplay(profiles, display), 1);
+        EXPECT_TRUE(display.sameBits(randomDisplay()));
+        EXPECT_EQ(iccTransformHostRows(profiles, display.data(), true, display.step(), 4, 4), 1);
+        EXPECT_EQ(iccTransformHostRows(profiles, display.data(), false, display.step(), 4, 4), 1);
+        EXPECT_TRUE(display.sameBits(randomDisplay()));
+    }
+}
+
+TEST(IccTransform, FaultyProfilesGiveZeroInSilenceAndLeaveThePixels) {
+    const ProfileBytes wide = wideGamutProfile();
+    testing::internal::CaptureStderr();
+    testing::internal::CaptureStdout();
+    for (const ProfileBytes& faulty : faultyProfiles()) {
+        for (const auto& [in, out] :
+             {std::pair{faulty, wide}, std::pair{wide, faulty}, std::pair{faulty, ProfileBytes()},
+              std::pair{ProfileBytes(), faulty}, std::pair{faulty, faulty}}) {
+            auto display = randomDisplay();
+            EXPECT_EQ(transformDisplay(record(in, out), display), 0);
+            EXPECT_TRUE(display.sameBits(randomDisplay()));
+        }
+    }
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+TEST(IccTransform, EveryTruncationOfAProfileIsServedOrRefused) {
+    const ProfileBytes wide = wideGamutProfile();
+    const auto untouched = randomDisplay(3, 2);
+    for (std::size_t size = 1; size < wide.size(); ++size) {
+        // A block of its own size: reading past it is seen by the sanitizer.
+        const ProfileBytes truncated(wide.begin(),
+                                     wide.begin() + static_cast<std::ptrdiff_t>(size));
+        auto display = randomDisplay(3, 2);
+        const int32_t result = transformDisplay(record(truncated, {}), display);
+        ASSERT_TRUE(result == 1 || (result == 0 && display.sameBits(untouched))) << size;
+    }
+}
+
+TEST(IccTransform, DisplayWithoutPixelsIsDone) {
+    const ProfileBytes wide = wideGamutProfile();
+    for (const auto& [width, height] :
+         {std::pair{0, 4}, std::pair{4, 0}, std::pair{-1, 4}, std::pair{4, -1}}) {
+        auto display = randomDisplay();
+        EXPECT_EQ(iccTransformDisplayRows(record(wide, {}), display.data(), display.step(), width,
+                                          height),
+                  1);
+        EXPECT_TRUE(display.sameBits(randomDisplay()));
+    }
+}
+
+/// Runs `check` with teams of several sizes, one of them larger than the pass's most.
+template <class Check>
+void forTeams(Check&& check) {
+    forThreadCounts(check);
+    const int before = omp_get_max_threads();
+    omp_set_num_threads(40);
+    check();
+    omp_set_num_threads(before);
+}
+
+TEST(IccTransform, ColoursAreTheSameForEveryNumberOfThreads) {
+    const ProfileBytes wide = wideGamutProfile();
+    const auto expected = expectedDisplay(wide, {}, randomDisplay(kWidth, 100));
+    forTeams([&] {
+        auto display = randomDisplay(kWidth, 100);
+        ASSERT_EQ(transformDisplay(record(wide, {}), display), 1);
+        EXPECT_TRUE(display.sameBits(expected));
+    });
+}
+
+TEST(IccTransform, HostRowsOfEightBits) {
+    std::mt19937 random(2);
+    const ProfileBytes wide = wideGamutProfile();
+    GuardedPlane<std::uint8_t> before(3 * kWidth, kHeight, 4, 3);
+    before.fill([&] { return static_cast<std::uint8_t>(random()); });
+    const auto asItIs = [](int element) { return element; };
+    const auto expected = expectedRows(wide, {}, TYPE_RGB_8, before, asItIs, asItIs);
+    forTeams([&] {
+        auto rows = before;
+        ASSERT_EQ(
+            iccTransformHostRows(record(wide, {}), rows.data(), true, rows.step(), kWidth, kHeight),
+            1);
+        EXPECT_TRUE(rows.intact());
+        EXPECT_TRUE(rows.sameBits(expected));
+    });
+}
+
+TEST(IccTransform, HostRowsOfFifteenBitsAreCutDoubledTransformedAndHalved) {
+    std::mt19937 random(3);
+    const ProfileBytes wide = wideGamutProfile();
+    GuardedPlane<std::uint16_t> before(3 * kWidth, kHeight, 5, 1);
+    before.fill([&] { return random() % 8 == 0 ? random() : random() % 32769; });
+    const auto expected = expectedRows(
+        {}, wide, TYPE_RGB_16, before, [](int element) { return 2 * std::min(element, 32767); },
+        [](int element) { return element >> 1; });
+    forTeams([&] {
+        auto rows = before;
+        ASSERT_EQ(iccTransformHostRows(record({}, wide), rows.data(), false, rows.step(), kWidth,
+                                       kHeight),
+                  1);
+        EXPECT_TRUE(rows.intact());
+        EXPECT_TRUE(rows.sameBits(expected));
+    });
+}
+
+TEST(IccTransform, HostWhiteReachesTheTransformAsTheLargestDoubledValue) {
+    const ProfileBytes srgb = srgbProfile();
+    std::uint16_t pixel[3] = {32768, 32767, 65535};
+    ASSERT_EQ(iccTransformHostRows(record(srgb, srgb), pixel, false, 6, 1, 1), 1);
+    EXPECT_EQ(pixel[0], pixel[1]);
+    EXPECT_NEAR(pixel[0], 32767, 2);
+    EXPECT_EQ(pixel[2], pixel[1]);
+}
+
+TEST(IccTransform, HostRowsWithoutATransformGiveZeroForEightBitsAndOneForSixteen) {
+    const ProfileBytes grey = greyProfile();
+    const ProfileBytes garbage = garbageProfile();
+    const auto before = randomDisplay();
+    auto rows = before;
+    EXPECT_EQ(iccTransformHostRows(record(grey, {}), rows.data(), true, rows.step(), 9, 9), 0);
+    EXPECT_EQ(iccTransformHostRows(record(grey, {}), rows.data(), false, rows.step(), 9, 9), 1);
+    EXPECT_EQ(iccTransformHostRows(record(garbage, {}), rows.data(), true, rows.step(), 9, 9), 0);
+    EXPECT_EQ(iccTransformHostRows(record({}, garbage), rows.data(), false, rows.step(), 9, 9), 0);
+    EXPECT_TRUE(rows.sameBits(before));
+}
+
+/// A host picture and the display that it is shown on.
+struct Shown {
+    std::vector<std::uint8_t> pixels;
+    PlaneRecord image;
+    GuardedPlane<std::uint8_t> display{4 * kWidth, kHeight, 3, 1};
+
+    Shown()
+        : pixels(3 * kWidth * kHeight), image{psC3U8, pixels.data(), 3 * kWidth, kWidth, kHeight} {
+        std::mt19937 random(4);
+        std::generate(pixels.begin(), pixels.end(),
+                      [&] { return static_cast<std::uint8_t>(random()); });
+        display.fill([] { return 9; });
+    }
+    Shown(const Shown&) = delete;
+    Shown& operator=(const Shown&) = delete;
+
+    int32_t show(const PSProfilesRecord* profiles, float scale = 1.0f) {
+        return displayImageWithProfiles(profiles, &image, display.data(), display.step(), kWidth,
+                                        kHeight, scale);
+    }
+    int32_t showPlainly(float scale = 1.0f) {
+        return displayImage(&image, display.data(), display.step(), kWidth, kHeight, scale);
+    }
+};
+
+TEST(DisplayImageWithProfiles, WithoutProfilesIsThePlainDisplay) {
+    Shown plain, withNone, withNull;
+    const PSProfilesRecord none{nullptr, 0, nullptr, 0};
+    EXPECT_EQ(plain.showPlainly(), 1);
+    EXPECT_EQ(withNone.show(&none), 1);
+    EXPECT_EQ(withNull.show(nullptr), 1);
+    EXPECT_TRUE(withNone.display.sameBits(plain.display));
+    EXPECT_TRUE(withNull.display.sameBits(plain.display));
+}
+
+TEST(DisplayImageWithProfiles, ShowsThenTransformsOnBothPathsAndAlphaIsOpaque) {
+    const ProfileBytes wide = wideGamutProfile();
+    const PSProfilesRecord profiles = record(wide, {});
+    for (const float scale : {1.0f, 0.5f}) {
+        Shown plain, managed;
+        ASSERT_EQ(plain.showPlainly(scale), 1);
+        ASSERT_EQ(managed.show(&profiles, scale), 1);
+        EXPECT_TRUE(managed.display.sameBits(expectedDisplay(wide, {}, plain.display)));
+        EXPECT_TRUE(managed.display.intact());
+        for (int x = 3; x < 4 * kWidth; x += 4) {
+            EXPECT_EQ(managed.display.at(x, kHeight - 1), 255);
+        }
+    }
+}
+
+TEST(DisplayImageWithProfiles, FaultyProfileLeavesThePlainDisplayAndGivesZero) {
+    for (const ProfileBytes& faulty : faultyProfiles()) {
+        const PSProfilesRecord profiles = record(faulty, {});
+        Shown plain, managed;
+        ASSERT_EQ(plain.showPlainly(), 1);
+        EXPECT_EQ(managed.show(&profiles), 0);
+        EXPECT_TRUE(managed.display.sameBits(plain.display));
+    }
+}
+
+TEST(DisplayImageWithProfiles, FailureOfTheDisplayIsTheResultAndNoProfileIsTouched) {
+    // Reading these profiles would be a crash.
+    const PSProfilesRecord profiles{reinterpret_cast<const void*>(16), 1000,
+                                    reinterpret_cast<const void*>(16), 1000};
+    Shown grey;
+    grey.image.format = psC1U8;
+    EXPECT_EQ(grey.show(&profiles), -3);
+    Shown failing;
+    EXPECT_EQ(displayImageWithProfiles(&profiles, &failing.image, failing.display.data(), 16,
+                                       std::numeric_limits<int32_t>::max(), 1, 2.0f),
+              -1001);
+}
+
+TEST(DisplayImageWithProfiles, RowBuffersThatCannotBeHadAreAColourFailure) {
+    const ProfileBytes wide = wideGamutProfile();
+    const PSProfilesRecord profiles = record(wide, {});
+    Shown plain, managed;
+    ASSERT_EQ(plain.showPlainly(), 1);
+    const int before = omp_get_max_threads();
+    omp_set_num_threads(1);
+    refusedSize = 3 * kWidth;
+    const int32_t result = managed.show(&profiles);
+    refusedSize = std::numeric_limits<std::size_t>::max();
+    omp_set_num_threads(before);
+    EXPECT_EQ(result, -500);
+    EXPECT_TRUE(managed.display.sameBits(plain.display));
+}
+
+std::atomic<long> blocksOfTheColourLibrary{0};
+
+void* allocateCounted(cmsContext, cmsUInt32Number size) {
+    ++blocksOfTheColourLibrary;
+    return std::malloc(size);
+}
+void freeCounted(cmsContext, void* block) {
+    if (block != nullptr) {
+        --blocksOfTheColourLibrary;
+        std::free(block);
+    }
+}
+void* reallocateCounted(cmsContext, void* block, cmsUInt32Number size) {
+    if (block == nullptr) {
+        ++blocksOfTheColourLibrary;
+    }
+    return std::realloc(block, size);
+}
+
+TEST(DisplayImageWithProfiles, EveryWayOutReleasesProfilesAndTransform) {
+    static cmsPluginMemHandler counting{
+        {cmsPluginMagicNumber, LCMS_VERSION, cmsPluginMemHandlerSig, nullptr},
+        allocateCounted,
+        freeCounted,
+        reallocateCounted,
+        nullptr,
+        nullptr,
+        nullptr};
+    ASSERT_TRUE(cmsPlugin(&counting));
+    std::vector<ProfileBytes> all = faultyProfiles();
+    all.push_back(wideGamutProfile());
+    all.push_back(srgbProfile());
+    all.emplace_back();
+    const long before = blocksOfTheColourLibrary;
+    for (const ProfileBytes& in : all) {
+        for (const ProfileBytes& out : all) {
+            const PSProfilesRecord profiles = record(in, out);
+            Shown shown;
+            shown.show(&profiles);
+            refusedSize = 3 * kWidth;
+            shown.show(&profiles);
+            refusedSize = std::numeric_limits<std::size_t>::max();
+            EXPECT_EQ(blocksOfTheColourLibrary, before);
+        }
+    }
+}
+
+} // namespace
