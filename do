@@ -33,11 +33,13 @@ install_packages() {
     "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq $missing >/dev/null
 }
 
+# build PRESET [TARGET...]
 build() {
     local preset=$1
+    shift
     install_packages "${packages[@]}"
     cmake --preset "$preset" >/dev/null
-    cmake --build --preset "$preset"
+    cmake --build --preset "$preset" ${1:+--target "$@"}
 }
 
 command_build() { build "${1:-release}"; }
@@ -70,7 +72,7 @@ command_format() {
 
 # Blurs a drawn scene, restores it with velorn, and shows the three side by side.
 command_demo() {
-    build release
+    build release velorn makeScene comparePictures
     local bin=build/release/bin
     mkdir -p demo
     "$bin/makeScene" demo/sharp.png demo/blurred.png --disc 4 --noise 1
