@@ -1,8 +1,7 @@
 // The display exports, 1800 by 1200 pixels, on one thread.
 //
-//   direct      PSImage2QImage at scale 1 against a memcpy with the same traffic (as many bytes
-//   read
-//               and written together): the counter `copies` is our time over its
+//   direct      PSImage2QImage at scale 1 against a memcpy with the same traffic, as many bytes
+//               read and written together; the counter `copies` is our time over its
 //   resampled   PSImage2QImage at 0.5 and 2 against cv::resize of three planes, which neither takes
 //               them apart nor joins them: `resizes`
 //   colour      the colour pass alone, from a wide-gamut profile to sRGB, in million pixels a
