@@ -69,6 +69,10 @@ TEST(ImageFile, LosslessFormatsKeepEverySampleAndTheDepth) {
     expectSamplesToPass<std::uint8_t>("a.png", "b.tga", 4);
 }
 
+TEST(ImageFile, DevicesAreRefusedRatherThanReadForEver) {
+    EXPECT_THROW(ImageFile::read("/dev/zero"), Failure);
+}
+
 TEST(ImageFile, AlphaIsUntouchedInEveryFormatThatHasIt) {
     const TemporaryFolder folder;
     const ImageSpec spec = specOf(4, TypeDesc::UINT8);

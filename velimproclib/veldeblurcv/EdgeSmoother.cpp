@@ -1,9 +1,9 @@
 #include "velimproclib/veldeblurcv/EdgeSmoother.h"
 
 #include "velimproclib/primitives/PlaneArithmetic.h"
+#include "velimproclib/primitives/TeamLoop.h"
 #include "velimproclib/primitives/truncate.h"
 #include "velimproclib/primitives/Vectors.h"
-#include "velimproclib/veldeblurcv/TeamLoop.h"
 
 #include <algorithm>
 #include <cmath>

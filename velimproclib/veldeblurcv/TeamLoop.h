@@ -1,3 +1,0 @@
-#pragma once
-
-#include "velimproclib/primitives/TeamLoop.h"
