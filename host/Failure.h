@@ -36,4 +36,8 @@ std::string onOneLine(const std::string& text);
 /// The name of a file as messages show it.
 std::string quoted(const std::filesystem::path& path);
 
+/// Ends with a failure when there is something at `path` that is not a file with an end: a folder,
+/// a device, a pipe. Whether a file exists and may be read, opening it tells.
+void checkReadable(const std::filesystem::path& path);
+
 } // namespace velorn

@@ -10,7 +10,7 @@ namespace velorn {
 namespace {
 
 /// Strength of the restorations of the rim: strong enough to tell what lies beyond the frame, too
-/// weak for streaks. Found on photographs blurred by motion, see docs/default-strength.md.
+/// weak for streaks. On photographs blurred by motion, 1000 to 4000 differed by less than 1 dB.
 constexpr float kCalmStrength = 2000.0f;
 /// Multiplications in re-blurring the rim that cost no more than a second or two.
 constexpr double kAffordable = 2e9;

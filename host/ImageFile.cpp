@@ -170,13 +170,7 @@ std::unique_ptr<ImageOutput> createOutput(const std::filesystem::path& path) {
 } // namespace
 
 ImageFile ImageFile::read(const std::filesystem::path& path) {
-    if (std::filesystem::is_directory(path)) {
-        throw Failure("cannot read " + quoted(path) + ": it is a folder");
-    }
-    // A device or a pipe may have no end, and has no way back to where a format is told from.
-    if (std::filesystem::exists(path) && !std::filesystem::is_regular_file(path)) {
-        throw Failure("cannot read " + quoted(path) + ": not a regular file");
-    }
+    checkReadable(path);
     MetadataBlocks blocks = blocksOfFile(path);
     const SilencedErrors silenced;
     const auto input = openInput(path);

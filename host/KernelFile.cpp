@@ -45,11 +45,11 @@ std::vector<float> parseRow(std::string line, const std::string& place) {
 }
 
 BlurKernel readText(const std::filesystem::path& path) {
+    checkReadable(path);
     errno = 0;
     std::ifstream file(path);
-    if (!file || std::filesystem::is_directory(path)) {
-        throw Failure("cannot read " + quoted(path) + ": " +
-                      (file ? "it is a folder" : std::strerror(errno)));
+    if (!file) {
+        throw Failure("cannot read " + quoted(path) + ": " + std::strerror(errno));
     }
     BlurKernel kernel;
     int number = 0;

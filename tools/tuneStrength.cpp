@@ -68,7 +68,7 @@ struct NamedPicture {
 };
 
 Trial runTrial(const NamedPicture& picture, const Blur& blur, double noise,
-               RestorationSettings settings) {
+               RestorationSettings settings, int framePasses) {
     const BlurKernel kernel = makeKernel(blur.blur);
     const cv::Mat soft = withNoise(blurInside(picture.colours, kernel), noise, 11);
     const cv::Mat truth =
@@ -78,8 +78,8 @@ Trial runTrial(const NamedPicture& picture, const Blur& blur, double noise,
         picture.name, blur.name, noise, noiseLevel(pixels), decibels(truth, coloursOf(pixels)), {}};
     for (std::size_t i = 0; i < kStrengths; ++i) {
         settings.lambda = static_cast<float>(strengthNumber(i));
-        const RgbPixels result = restoreInFrame(
-            pixels, kernel, settings, DeblurOptions().framePasses, [](int, int) { return true; });
+        const RgbPixels result =
+            restoreInFrame(pixels, kernel, settings, framePasses, [](int, int) { return true; });
         trial.after[i] = decibels(truth, coloursOf(result));
     }
     return trial;
@@ -143,7 +143,8 @@ std::vector<NamedPicture> picturesFrom(const std::vector<std::string>& files, in
     return pictures;
 }
 
-void tune(const std::vector<NamedPicture>& pictures, const RestorationSettings& settings) {
+void tune(const std::vector<NamedPicture>& pictures, const RestorationSettings& settings,
+          int framePasses) {
     std::cout
         << "| picture | blur | noise | measured | blurred dB | best strength | dB | chosen | dB "
            "|\n|---|---|---|---|---|---|---|---|---|\n"
@@ -152,7 +153,7 @@ void tune(const std::vector<NamedPicture>& pictures, const RestorationSettings& 
     for (const NamedPicture& picture : pictures) {
         for (const Blur& blur : kBlurs) {
             for (const double noise : kNoises) {
-                trials.push_back(runTrial(picture, blur, noise, settings));
+                trials.push_back(runTrial(picture, blur, noise, settings, framePasses));
                 printTrial(trials.back());
             }
         }
@@ -176,11 +177,13 @@ int main(int argc, char** argv) {
     RestorationSettings settings = standardSettings();
     app.add_option("PICTURES", files, "Sharp photographs to try on as well");
     app.add_option("--scenes", scenes, "Drawn scenes to try on")->capture_default_str();
+    int framePasses = DeblurOptions().framePasses;
+    app.add_option("--frame-passes", framePasses)->capture_default_str();
     app.add_option("--alpha", settings.alpha)->capture_default_str();
     app.add_option("--limit", settings.limit)->capture_default_str();
     CLI11_PARSE(app, argc, argv);
     try {
-        tune(picturesFrom(files, scenes), settings);
+        tune(picturesFrom(files, scenes), settings, framePasses);
         return 0;
     } catch (const std::exception& failure) {
         std::cerr << "tuneStrength: " << failure.what() << '\n';

@@ -196,6 +196,7 @@ TEST_F(Velorn, FailuresAreOneLineThatNamesTheFile) {
     writeText(at("bad.txt"), "1 2\n3\n");
     expectFailure({"deblur", at("none.png"), at("out.png"), "--disc", "3"}, at("none.png"));
     expectFailure({"deblur", at("text.png"), at("out.png"), "--disc", "3"}, at("text.png"));
+    expectFailure({"deblur", "/dev/zero", at("out.png"), "--disc", "3"}, "'/dev/zero'");
     expectFailure({"deblur", at("in.png"), at("none/out.png"), "--disc", "3"}, at("none/out.png"));
     expectFailure({"deblur", at("in.png"), at("out.xyz"), "--disc", "3"}, at("out.xyz"));
     expectFailure({"deblur", at("in.png"), at("out.png"), "--kernel", at("bad.txt")},
