@@ -8,6 +8,7 @@
 //               second, against the transform itself, called once for all pixels without
 //               reordering: `transforms`
 #include "bench/alternate.h"
+#include "tests/support/IccProfiles.h"
 #include "velorncore10.h"
 
 #include <lcms2.h>
@@ -17,7 +18,6 @@
 #include <array>
 #include <cstdint>
 #include <cstring>
-#include <memory>
 #include <random>
 #include <string>
 #include <vector>
@@ -72,36 +72,21 @@ void resampled(benchmark::State& state, bool is8, float scale) {
         });
 }
 
-std::vector<std::uint8_t> wideGamutProfile() {
-    const cmsCIExyY white{0.3127, 0.3290, 1.0};
-    const cmsCIExyYTRIPLE primaries{{0.64, 0.33, 1.0}, {0.21, 0.71, 1.0}, {0.15, 0.06, 1.0}};
-    const std::unique_ptr<cmsToneCurve, void (*)(cmsToneCurve*)> gamma(cmsBuildGamma(nullptr, 2.2),
-                                                                       cmsFreeToneCurve);
-    cmsToneCurve* const curves[3] = {gamma.get(), gamma.get(), gamma.get()};
-    const std::unique_ptr<void, int (*)(void*)> profile(
-        cmsCreateRGBProfile(&white, &primaries, curves), cmsCloseProfile);
-    cmsUInt32Number bytes = 0;
-    cmsSaveProfileToMem(profile.get(), nullptr, &bytes);
-    std::vector<std::uint8_t> data(bytes);
-    cmsSaveProfileToMem(profile.get(), data.data(), &bytes);
-    return data;
-}
-
 void colour(benchmark::State& state) {
     const auto picture = noise(3 * kPixels);
     // An image without pixels: the display buffer stays as it is and is then transformed.
     PlaneRecord image{psC3U8, picture.data(), 3 * kWidth, 0, 0};
-    const auto profile = wideGamutProfile();
+    const auto profile = vel::test::wideGamutProfile();
     PSProfilesRecord profiles{profile.data(), static_cast<std::int32_t>(profile.size()), nullptr,
                               0};
     std::vector<std::uint8_t> display(4 * kPixels);
     std::memcpy(display.data(), picture.data(), display.size());
     std::vector<std::uint8_t> result(3 * kPixels);
-    const std::unique_ptr<void, int (*)(void*)> source(
+    const vel::test::OpenProfile source(
         cmsOpenProfileFromMem(profile.data(), static_cast<cmsUInt32Number>(profile.size())),
         cmsCloseProfile);
-    const std::unique_ptr<void, int (*)(void*)> target(cmsCreate_sRGBProfile(), cmsCloseProfile);
-    const std::unique_ptr<void, void (*)(void*)> transform(
+    const vel::test::OpenProfile target(cmsCreate_sRGBProfile(), cmsCloseProfile);
+    const vel::test::OpenTransform transform(
         cmsCreateTransform(source.get(), TYPE_RGB_8, target.get(), TYPE_RGB_8,
                            INTENT_RELATIVE_COLORIMETRIC, cmsFLAGS_NOCACHE),
         cmsDeleteTransform);

@@ -1,5 +1,5 @@
 // The neighbourhood primitives on one thread, against a memcpy of a plane of the same pixels in the
-// same run (column `copies`):
+// same run (column `copies`), the resampler against cv::resize (`resizes`):
 //   bench_filters --benchmark_min_time=1
 
 #include "bench/alternate.h"
@@ -14,7 +14,9 @@
 #include <benchmark/benchmark.h>
 #include <cstddef>
 #include <cstdint>
+#include <opencv2/imgproc.hpp>
 #include <random>
+#include <string>
 #include <vector>
 
 namespace {
@@ -47,8 +49,11 @@ void run(benchmark::State& state, auto&& operation) {
                                [&] { operation(src.data(), dst.data(), Plane<T>::kStep); });
 }
 
-void addBenchmark(const char* name, void (*function)(benchmark::State&)) {
-    benchmark::RegisterBenchmark(name, function)->Unit(benchmark::kMicrosecond)->UseManualTime();
+template <class Work>
+void addBenchmark(const std::string& name, Work&& work) {
+    benchmark::RegisterBenchmark(name.c_str(), work)
+        ->Unit(benchmark::kMicrosecond)
+        ->UseManualTime();
 }
 
 constexpr float kTaps[7] = {0.01f, 0.05f, 0.2f, 0.48f, 0.2f, 0.05f, 0.01f};
@@ -105,16 +110,25 @@ void histogramEvenU8(benchmark::State& state) {
     });
 }
 
-void resizeU8(benchmark::State& state) {
-    run<std::uint8_t>(state, [](std::uint8_t* src, std::uint8_t* dst, int step) {
-        vel::resizeU8(src, kSide, kSide, step, {0, 0, kSide, kSide}, dst, step, kSide, kSide, 0.9,
-                      0.9, vel::kLinear);
-    });
+void resizeU8(benchmark::State& state, double factor) {
+    Plane<std::uint8_t> src;
+    const cv::Mat source(kSide, kSide, CV_8UC1, src.data(), src.kStep);
+    const int side = static_cast<int>(kSide * factor);
+    cv::Mat resized(side, side, CV_8UC1);
+    cv::Mat reference(side, side, CV_8UC1);
+    vel::bench::runAgainst(
+        state, "resizes",
+        [&] {
+            vel::resizeU8(src.data(), kSide, kSide, src.kStep, {0, 0, kSide, kSide}, resized.data,
+                          side, side, side, factor, factor, vel::kLinear);
+        },
+        [&] { cv::resize(source, reference, reference.size(), 0, 0, cv::INTER_LINEAR); });
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
+    cv::setNumThreads(1);
     addBenchmark("filterRowF32", filterRowF32);
     addBenchmark("filterColumnF32", filterColumnF32);
     addBenchmark("filterRowU8", filterRowU8);
@@ -128,7 +142,10 @@ int main(int argc, char** argv) {
     addBenchmark("meanFilterU8/55", filterOfMask<vel::meanFilterU8, vel::kMask55>);
     addBenchmark("absDiffU8", absDiffU8);
     addBenchmark("histogramEvenU8", histogramEvenU8);
-    addBenchmark("resizeU8", resizeU8);
+    for (const double factor : {0.25, 0.5, 0.75, 1.5, 2.0}) {
+        addBenchmark("resizeU8/" + std::to_string(factor).substr(0, 4),
+                     [=](benchmark::State& state) { resizeU8(state, factor); });
+    }
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
 }
