@@ -65,6 +65,32 @@ Plane noise(int w, int h, unsigned seed) {
     return plane;
 }
 
+constexpr int kUntouched = 77;
+
+/// Resamples into a target that is `moreColumns` wider than the result, or narrower, and has two
+/// rows more, on every processor variant.
+void expectDefinition(const Plane& src, const PixelRect& rect, double xFactor, double yFactor,
+                      int moreColumns) {
+    const int extentW = static_cast<int>(std::floor(src.width() * xFactor + 0.0000001));
+    const int extentH = static_cast<int>(std::floor(src.height() * yFactor + 0.0000001));
+    forEachTarget([&] {
+        Plane dst(std::max(1, extentW + moreColumns), extentH + 2, 3, 1);
+        dst.fill([] { return kUntouched; });
+        ASSERT_EQ(kOk, resize(src, rect, dst, xFactor, yFactor));
+        EXPECT_TRUE(dst.intact());
+        for (int y = 0; y < dst.height(); ++y) {
+            for (int x = 0; x < dst.width(); ++x) {
+                const int expected = x < extentW && y < extentH
+                                         ? interpolated(src, rect, x, y, xFactor, yFactor)
+                                         : kUntouched;
+                ASSERT_EQ(expected, dst.at(x, y))
+                    << src.width() << " by " << src.height() << ", factors " << xFactor << ' '
+                    << yFactor << ": " << x << ',' << y;
+            }
+        }
+    });
+}
+
 TEST(Resampling, EqualsTheDefinitionOnEveryVariant) {
     std::mt19937 random(91);
     std::uniform_int_distribution<int> side(1, 67);
@@ -72,27 +98,56 @@ TEST(Resampling, EqualsTheDefinitionOnEveryVariant) {
     for (unsigned i = 0; i < 24; ++i) {
         const int w = i == 0 ? 1 : i == 1 ? 900 : side(random);
         const int h = i == 0 ? 1 : i == 1 ? 5 : side(random);
-        const Plane src = noise(w, h, i);
         const double xFactor = i == 1 ? 2.5 : factor(random);
-        const double yFactor = factor(random);
-        const PixelRect rect{w / 3, h / 4, w - w / 3, h - h / 4};
-        const int extentW = static_cast<int>(std::floor(w * xFactor + 0.0000001));
-        const int extentH = static_cast<int>(std::floor(h * yFactor + 0.0000001));
-        forEachTarget([&] {
-            Plane dst(std::max(1, extentW + static_cast<int>(i % 3) - 1), extentH + 2, 3, 1);
-            dst.fill([] { return 77; });
-            ASSERT_EQ(kOk, resize(src, rect, dst, xFactor, yFactor));
-            EXPECT_TRUE(dst.intact());
-            for (int y = 0; y < dst.height(); ++y) {
-                for (int x = 0; x < dst.width(); ++x) {
-                    const int expected = x < extentW && y < extentH
-                                             ? interpolated(src, rect, x, y, xFactor, yFactor)
-                                             : 77;
-                    ASSERT_EQ(expected, dst.at(x, y)) << x << ',' << y;
-                }
-            }
-        });
+        expectDefinition(noise(w, h, i), {w / 3, h / 4, w - w / 3, h - h / 4}, xFactor,
+                         factor(random), static_cast<int>(i % 3) - 1);
     }
+}
+
+TEST(Resampling, EqualsTheDefinitionForRowsShorterAndLongerThanAVectorAtEveryDistanceOfThePixels) {
+    for (const int w : {1, 2, 3, 7, 8, 9, 15, 16, 17, 18, 31, 33, 64}) {
+        for (const double factor : {0.07, 0.25, 0.4, 0.49, 0.5, 0.51, 0.54, 0.57, 0.6, 0.99, 1.0,
+                                    1.01, 1.5, 2.0, 3.7, 8.0, 17.0}) {
+            expectDefinition(noise(w, 3, static_cast<unsigned>(w)), {0, 0, w, 3}, factor, 1.3, 0);
+        }
+    }
+}
+
+TEST(Resampling, HalfTheSizeIsTheMeanOfFourPixelsAndEqualsTheDefinitionBesideTheRectangle) {
+    for (const int w : {2, 3, 16, 67, 2101}) {
+        for (const int h : {2, 3, 9}) {
+            const Plane src = noise(w, h, static_cast<unsigned>(w + h));
+            for (const int moreColumns : {-1, 0, 1}) {
+                expectDefinition(src, {0, 0, w, h}, 0.5, 0.5, moreColumns);
+            }
+            expectDefinition(src, {1, 0, w - 1, h}, 0.5, 0.5, 0);
+            expectDefinition(src, {0, 1, w, h - 1}, 0.5, 0.5, 0);
+            expectDefinition(src, {0, 0, w, h}, 0.5, 1.0, 0);
+            expectDefinition(src, {0, 0, w, h}, 1.0, 0.5, 0);
+        }
+    }
+    struct Mean {
+        std::uint8_t pixels[4];
+        int level;
+    };
+    for (const Mean& mean : {Mean{{0, 0, 0, 1}, 0}, Mean{{0, 1, 0, 1}, 1}, Mean{{1, 1, 0, 1}, 1},
+                             Mean{{255, 254, 254, 254}, 254}, Mean{{254, 255, 254, 255}, 255}}) {
+        Plane four(2, 2);
+        four.fill([next = mean.pixels]() mutable { return *next++; });
+        Plane one(1, 1);
+        ASSERT_EQ(kOk, resize(four, one, 0.5, 0.5));
+        EXPECT_EQ(one.at(0, 0), mean.level);
+    }
+}
+
+TEST(Resampling, WeightThatRoundsToTheWholeOfThePixelIsThatPixel) {
+    // Every position lies less than half a weight before a pixel.
+    const double factor = 1.0 + 1e-7;
+    const Plane src = noise(40, 40, 4);
+    expectDefinition(src, {0, 0, 40, 40}, factor, factor, 0);
+    Plane dst(40, 40);
+    ASSERT_EQ(kOk, resize(src, dst, factor, factor));
+    EXPECT_TRUE(dst.sameBits(src));
 }
 
 TEST(Resampling, AgreesWithTheFieldsBilinearResamplerWithinOneLevel) {
