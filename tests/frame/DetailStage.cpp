@@ -1,5 +1,7 @@
 #include "velimproclib/frame/DetailStage.h"
 
+#include "tests/support/AddressSpaceLimit.h"
+#include "tests/support/sameBits.h"
 #include "tests/support/Threads.h"
 #include "velimproclib/tiles/HalfTiles.h"
 #include "velimproclib/veldeblurcv/enhanceHalf.h"
@@ -13,16 +15,14 @@
 namespace vel {
 namespace {
 
+using test::sameBits;
+
 cv::Mat tile(int side, int seed = 3) {
     cv::Mat plane(side, side, CV_32FC1);
     cv::RNG random(static_cast<std::uint64_t>(seed));
     random.fill(plane, cv::RNG::UNIFORM, 0.3, 0.6);
     plane.colRange(side / 2, side) += 0.2;
     return plane;
-}
-
-bool sameBits(const cv::Mat& a, const cv::Mat& b) {
-    return a.size() == b.size() && cv::norm(a, b, cv::NORM_INF) == 0;
 }
 
 cv::Mat enhancedHalf(const cv::Mat& half, float gain, float gamma) {
@@ -46,6 +46,55 @@ TEST(DetailStage, EnhancesHalvesOf152RowsAndMergesThem) {
     stage.Proc(luminance, 0.5f, 0.3f);
     EXPECT_TRUE(sameBits(luminance, expected));
     EXPECT_FALSE(sameBits(luminance, source));
+}
+
+TEST(DetailStage, OddTileHeightsTruncateTheHalves) {
+    const cv::Mat source = tile(101);
+    cv::Mat expected(101, 101, CV_32FC1);
+    TBMerge(enhancedHalf(source.rowRange(0, 74), 0.5f, 0.3f),
+            enhancedHalf(source.rowRange(27, 101), 0.5f, 0.3f), expected);
+    cv::Mat luminance = source.clone();
+    CDetailStage(101, 101).Proc(luminance, 0.5f, 0.3f);
+    EXPECT_TRUE(sameBits(luminance, expected));
+}
+
+TEST(DetailStage, ScratchImagesAreAllocatedBeforeTheStageRuns) {
+    constexpr std::int32_t kHuge = std::numeric_limits<std::int32_t>::max();
+    try {
+        const CDetailStage stage(kHuge, 2);
+        FAIL() << "nothing was thrown";
+    } catch (int failure) {
+        EXPECT_EQ(failure, 102);
+    }
+}
+
+TEST(DetailStage, MemoryThatASectionCannotHaveRaises120AndTheStageServesTheNextTile) {
+#ifdef __SANITIZE_ADDRESS__
+    GTEST_SKIP() << "the sanitizer does not live with a limit of address space";
+#endif
+    constexpr int kSide = 1024;
+    constexpr std::size_t kRoomForTheHalvesAlone = std::size_t{8} << 20;
+    const test::ThreadCount both(2);
+    cv::Mat warmUp = tile(256);
+    CDetailStage(256, 256).Proc(warmUp, 0.5f, 0.3f);
+
+    CDetailStage stage(kSide, kSide);
+    cv::Mat luminance = tile(kSide);
+    int failure = 0;
+    {
+        const test::AddressSpaceLimit limit(kRoomForTheHalvesAlone);
+        try {
+            stage.Proc(luminance, 0.5f, 0.3f);
+        } catch (int caught) {
+            failure = caught;
+        }
+    }
+    EXPECT_EQ(failure, 120);
+    EXPECT_TRUE(sameBits(luminance, tile(kSide)));
+    stage.Proc(luminance, 0.5f, 0.3f);
+    cv::Mat expected = tile(kSide);
+    CDetailStage(kSide, kSide).Proc(expected, 0.5f, 0.3f);
+    EXPECT_TRUE(sameBits(luminance, expected));
 }
 
 TEST(DetailStage, OneObjectServesTileAfterTile) {

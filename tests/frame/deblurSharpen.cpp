@@ -139,9 +139,13 @@ TEST_F(DeblurSharpen, NegativeDetailSettingsAloneLeaveTheDetailStageOut) {
     const cv::Mat source = scene(cv::Size(200, 200));
     cv::Mat target(source.size(), CV_8UC3);
     Settings settings;
-    settings.detailGain = -0.5f;
-    EXPECT_EQ(run(source, target, sides(1, 1), settings), VELORN_OK);
-    EXPECT_EQ(largestDifference(source, target), 0);
+    for (const auto& [gain, gamma] : {std::pair{-0.5f, 0.0f}, std::pair{-0.995f, 0.0f},
+                                      std::pair{0.0f, -0.5f}, std::pair{-2.0f, -2.0f}}) {
+        settings.detailGain = gain;
+        settings.detailGamma = gamma;
+        EXPECT_EQ(run(source, target, sides(1, 1), settings), VELORN_OK);
+        EXPECT_EQ(largestDifference(source, target), 0) << gain << ' ' << gamma;
+    }
 }
 
 TEST_F(DeblurSharpen, DetailSettingsOfExactlyOneHundredthLeaveTheDetailStageOut) {
