@@ -100,6 +100,20 @@ TEST(DetailCurve, WithoutAPowerTheKnotsAreTheLevelsTimesTheGainExactly) {
     }
 }
 
+TEST(DetailCurve, GammaOfOneHundredthIsNoPowerYet) {
+    // The floats 0.01 and -0.01 lie nearer to zero than the doubles, the next ones further away.
+    for (const float gamma : {0.01f, -0.01f}) {
+        CDetailCurve curve;
+        Plane plane = noise(1, 1);
+        apply(curve, plane, gamma, 0.5f);
+        for (std::size_t i = 0; i < 32; ++i) {
+            EXPECT_EQ(curve.m_values[i], curve.m_levels[i] * 2.5f);
+        }
+        apply(curve, plane, std::nextafter(gamma, 2.0f * gamma), 0.5f);
+        EXPECT_NE(curve.m_values[0], curve.m_levels[0] * 2.5f);
+    }
+}
+
 TEST(DetailCurve, GainOfTwoHundredthsMakesDetailSixPercentStronger) {
     for (const float detail : {-0.45f, -0.2f, -0.001f, 0.001f, 0.1f, 0.46f}) {
         EXPECT_NEAR(applied(detail, 0.0f, 0.02f), 1.06f * detail, 2e-7f);
@@ -140,6 +154,9 @@ TEST(DetailCurve, SettingsNearerToZeroThanOneThousandthLeaveThePlaneAsItIs) {
     EXPECT_EQ(applied(0.7f, 0.002f, 0.0f), 0.5f);
     // The float 0.001 lies above the double.
     EXPECT_EQ(applied(0.7f, 0.0f, 0.001f), 0.5f);
+    EXPECT_EQ(applied(0.7f, 0.001f, 0.0f), 0.5f);
+    EXPECT_EQ(applied(0.7f, -0.001f, -0.001f), 0.5f);
+    EXPECT_EQ(applied(0.7f, 0.0f, std::nextafter(0.001f, 0.0f)), 0.7f);
 }
 
 TEST(DetailCurve, DetailFromTheLastLevelReadOnGetsNoGain) {
