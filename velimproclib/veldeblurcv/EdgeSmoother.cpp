@@ -149,10 +149,8 @@ ResidualSums CEdgeSmoother::startResidual() {
     forEachPiece(m_h, [&](int row, int) {
         double* productOfRow = product() + at(row);
         productRow(couplings(row), neighbours(m_solution, row), productOfRow, columns);
-        const ResidualSums sums = startRow(productOfRow, m_diag + at(row), m_rhs.get() + at(row),
-                                           m_guide.get() + at(row), columns);
-        m_rowSums[static_cast<std::size_t>(row)] = sums.scaled;
-        m_rowSums[static_cast<std::size_t>(m_h) + static_cast<std::size_t>(row)] = sums.square;
+        keepSums(row, startRow(productOfRow, m_diag + at(row), m_rhs.get() + at(row),
+                               m_guide.get() + at(row), columns));
     });
     return residualSums();
 }
@@ -168,10 +166,8 @@ double CEdgeSmoother::multiplyDirection() {
 
 ResidualSums CEdgeSmoother::reduceResidual(double length) {
     forEachPiece(m_h, [&](int row, int) {
-        const ResidualSums sums = residualRow(length, product() + at(row), m_diag + at(row),
-                                              m_rhs.get() + at(row), static_cast<std::size_t>(m_w));
-        m_rowSums[static_cast<std::size_t>(row)] = sums.scaled;
-        m_rowSums[static_cast<std::size_t>(m_h) + static_cast<std::size_t>(row)] = sums.square;
+        keepSums(row, residualRow(length, product() + at(row), m_diag + at(row),
+                                  m_rhs.get() + at(row), static_cast<std::size_t>(m_w)));
     });
     return residualSums();
 }
@@ -196,6 +192,11 @@ CouplingRows CEdgeSmoother::couplings(std::int32_t row) const {
 NeighbourRows CEdgeSmoother::neighbours(const Doubles& plane, std::int32_t row) const {
     const double* here = plane.get() + at(row);
     return {row > 0 ? here - m_w : here, here, row + 1 < m_h ? here + m_w : here};
+}
+
+void CEdgeSmoother::keepSums(std::int32_t row, const ResidualSums& sums) {
+    m_rowSums[static_cast<std::size_t>(row)] = sums.scaled;
+    m_rowSums[static_cast<std::size_t>(m_h) + static_cast<std::size_t>(row)] = sums.square;
 }
 
 double CEdgeSmoother::sumOfRows(std::int32_t which) const {

@@ -92,6 +92,7 @@ private:
     CouplingRows couplings(std::int32_t row) const;
     NeighbourRows neighbours(const Doubles& plane, std::int32_t row) const;
     double* product() const { return m_cgWork.get() + 3 * static_cast<std::size_t>(m_n); }
+    void keepSums(std::int32_t row, const ResidualSums& sums);
     double sumOfRows(std::int32_t which) const;
     ResidualSums residualSums() const;
 };
