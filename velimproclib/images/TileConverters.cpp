@@ -43,6 +43,7 @@ struct Host<std::uint8_t> {
     static constexpr auto putC4 = planeToChannelC4U8;
     static constexpr auto planeToPixels = imgPlaneToChannelU8;
     static constexpr auto pixelsToPlane = imgChannelToPlaneU8;
+    static constexpr auto widenPixels = imgConvertC3U8toF32;
     using Plane = GIMG<unsigned char>;
     using PixelsPlane = IMG<unsigned char, 1>;
     using Pixels = IMG3<unsigned char>;
@@ -65,6 +66,12 @@ struct Host<std::uint16_t> {
     using Plane = GIMG<unsigned short>;
     using PixelsPlane = IMG<short, 1>;
     using Pixels = IMG3<short>;
+
+    static void widenPixels(const Pixels& src, IMG<float, 3>& dst) {
+        dst.m_status =
+            convertU16toF32C3(reinterpret_cast<const std::uint16_t*>(src.pixels()), src.m_step,
+                              dst.pixels(), dst.m_step, dst.m_roiW, dst.m_roiH);
+    }
 };
 
 /// Calls `work` with an element of the format's type.
@@ -175,8 +182,7 @@ void widenFourChannels(const Element* colours, std::int32_t step, IMG<float, 3>&
                               img.m_width, img.m_height);
         Host<Element>::planeToPixels(c, plane, pixels);
     }
-    Host<Element>::widenC3(elementsOf<Element>(pixels), pixels.m_step, img.pixels(), img.m_step,
-                           img.m_width, img.m_height);
+    Host<Element>::widenPixels(pixels, img);
 }
 
 /// Host values of `kept` pixels, unscaled, into the three planes.
