@@ -293,13 +293,14 @@ TEST(DisplayImage, PixelsAreTheSameForEveryNumberOfThreadsAndEveryTarget) {
     for (const float scale : {1.0f, 0.6f, 1.7f}) {
         auto expected = display(100, 80);
         ASSERT_EQ(show(picture.record(), expected, scale), 1);
-        test::forThreadCounts([&] {
-            test::forEachTarget([&] {
-                auto target = display(100, 80);
-                ASSERT_EQ(show(picture.record(), target, scale), 1);
-                EXPECT_TRUE(target.sameBits(expected));
-            });
-        });
+        const auto expectSame = [&] {
+            auto target = display(100, 80);
+            ASSERT_EQ(show(picture.record(), target, scale), 1);
+            EXPECT_TRUE(target.sameBits(expected));
+        };
+        test::forThreadCounts([&] { test::forEachTarget(expectSame); });
+        const test::ThreadCount many(40);
+        expectSame();
     }
 }
 

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cstdlib>
+#include <cstring>
 #include <gtest/gtest.h>
 #include <lcms2_plugin.h>
 #include <limits>
@@ -109,7 +110,8 @@ GuardedPlane<Element> expectedRows(const ProfileBytes& in, const ProfileBytes& o
 
 const std::vector<ProfileBytes>& faultyProfiles() {
     static const std::vector<ProfileBytes> kFaulty = [] {
-        std::vector<ProfileBytes> all{garbageProfile(), greyProfile(), labProfile(), {0}};
+        std::vector<ProfileBytes> all{
+            garbageProfile(), greyProfile(), labProfile(), cmykLinkProfile(), {0}};
         const ProfileBytes whole = wideGamutProfile();
         for (const std::ptrdiff_t size : {1, 64, 127, 128, 132, 150, 300}) {
             all.emplace_back(whole.begin(), whole.begin() + size);
@@ -170,6 +172,17 @@ TEST(IccTransform, SizeBelowOneStandsForSrgbOnThatSide) {
     EXPECT_TRUE(display.sameBits(expected));
 }
 
+TEST(IccTransform, PointerMissingOnOneSideAndSizeOnTheOtherIsAPassFromSrgbToSrgb) {
+    const ProfileBytes garbage = garbageProfile();
+    const auto expected = expectedDisplay({}, {}, randomDisplay());
+    for (const PSProfilesRecord& profiles : {PSProfilesRecord{nullptr, 100, garbage.data(), 0},
+                                             PSProfilesRecord{garbage.data(), -1, nullptr, 100}}) {
+        auto display = randomDisplay();
+        ASSERT_EQ(transformDisplay(profiles, display), 1);
+        EXPECT_TRUE(display.sameBits(expected));
+    }
+}
+
 TEST(IccTransform, WithoutPointersOrWithoutSizesThereIsNoPass) {
     const ProfileBytes wide = wideGamutProfile();
     const auto size = static_cast<int32_t>(wide.size());
@@ -216,6 +229,18 @@ TEST(IccTransform, EveryTruncationOfAProfileIsServedOrRefused) {
     }
 }
 
+TEST(IccTransform, FlippedBytesOfAProfileAreServedOrRefused) {
+    const ProfileBytes wide = wideGamutProfile();
+    const auto untouched = randomDisplay(3, 2);
+    for (std::size_t at = 0; at < wide.size(); at += 3) {
+        ProfileBytes flipped = wide;
+        flipped[at] = static_cast<std::uint8_t>(~flipped[at]);
+        auto display = randomDisplay(3, 2);
+        const int32_t result = transformDisplay(record(flipped, {}), display);
+        ASSERT_TRUE(result == 1 || (result == 0 && display.sameBits(untouched))) << at;
+    }
+}
+
 TEST(IccTransform, DisplayWithoutPixelsIsDone) {
     const ProfileBytes wide = wideGamutProfile();
     for (const auto& [width, height] :
@@ -232,10 +257,97 @@ TEST(IccTransform, DisplayWithoutPixelsIsDone) {
 template <class Check>
 void forTeams(Check&& check) {
     forThreadCounts(check);
-    const int before = omp_get_max_threads();
-    omp_set_num_threads(40);
+    const ThreadCount many(40);
     check();
-    omp_set_num_threads(before);
+}
+
+/// A plug-in of the colour library, while one lives.
+class Plugin {
+public:
+    explicit Plugin(void* plugin) { EXPECT_TRUE(cmsPlugin(plugin)); }
+    ~Plugin() { cmsUnregisterPlugins(); }
+    Plugin(const Plugin&) = delete;
+    Plugin& operator=(const Plugin&) = delete;
+};
+
+cmsPluginBase pluginOf(cmsUInt32Number type, cmsPluginBase* next = nullptr) {
+    return {cmsPluginMagicNumber, LCMS_VERSION, type, next};
+}
+
+std::atomic<int> largestTeam{0};
+
+void copyAndCountTheTeam(_cmstransform_struct*, const void* in, void* out, cmsUInt32Number pixels,
+                         cmsUInt32Number, const cmsStride*) {
+    largestTeam = omp_get_num_threads();
+    std::memcpy(out, in, 3 * std::size_t{pixels});
+}
+
+TEST(IccTransform, DisplayPassRunsOnThirtyTwoThreadsAtMost) {
+    const auto takeOver = [](_cmsTransform2Fn* transform, void**, _cmsFreeUserDataFn*,
+                             cmsPipeline**, cmsUInt32Number*, cmsUInt32Number*,
+                             cmsUInt32Number*) -> cmsBool {
+        *transform = copyAndCountTheTeam;
+        return TRUE;
+    };
+    cmsPluginTransform transforms{pluginOf(cmsPluginTransformSig), {}};
+    transforms.factories.xform = takeOver;
+    const Plugin plugin(&transforms);
+    const ProfileBytes wide = wideGamutProfile();
+    for (const auto& [threads, team] : {std::pair{3, 3}, std::pair{32, 32}, std::pair{40, 32}}) {
+        const ThreadCount count(threads);
+        auto display = randomDisplay(kWidth, 100);
+        ASSERT_EQ(transformDisplay(record(wide, {}), display), 1);
+        EXPECT_EQ(largestTeam, team);
+        EXPECT_TRUE(display.sameBits(randomDisplay(kWidth, 100)));
+    }
+}
+
+/// What the colour library was asked for; it asks itself for transforms to other spaces meanwhile.
+struct TransformRequest {
+    cmsUInt32Number input;
+    cmsUInt32Number output;
+    cmsUInt32Number flags;
+
+    bool operator==(const TransformRequest&) const = default;
+};
+std::vector<TransformRequest> requests;
+int relativeLinks = 0;
+
+TEST(IccTransform, TransformsAreRelativeColorimetricBetweenPackedRgbWithoutACache) {
+    const auto recordRequest = [](_cmsTransform2Fn*, void**, _cmsFreeUserDataFn*, cmsPipeline**,
+                                  cmsUInt32Number* input, cmsUInt32Number* output,
+                                  cmsUInt32Number* flags) -> cmsBool {
+        if (T_COLORSPACE(*output) == PT_RGB) {
+            requests.push_back({*input, *output, *flags});
+        }
+        return FALSE;
+    };
+    const auto countLink = [](cmsContext context, cmsUInt32Number count, cmsUInt32Number* intents,
+                              cmsHPROFILE* profiles, cmsBool* compensations,
+                              cmsFloat64Number* adaptations, cmsUInt32Number flags) {
+        if (cmsGetColorSpace(profiles[count - 1]) == cmsSigRgbData) {
+            ++relativeLinks;
+        }
+        return _cmsDefaultICCintents(context, count, intents, profiles, compensations, adaptations,
+                                     flags);
+    };
+    cmsPluginTransform transforms{pluginOf(cmsPluginTransformSig), {}};
+    transforms.factories.xform = recordRequest;
+    cmsPluginRenderingIntent relative{pluginOf(cmsPluginRenderingIntentSig, &transforms.base), 1,
+                                      countLink, "counted"};
+    const Plugin plugin(&relative);
+
+    const ProfileBytes wide = wideGamutProfile();
+    auto display = randomDisplay();
+    ASSERT_EQ(transformDisplay(record(wide, {}), display), 1);
+    for (const bool is8 : {true, false}) {
+        ASSERT_EQ(iccTransformHostRows(record(wide, {}), display.data(), is8, display.step(), 9, 9),
+                  1);
+    }
+    EXPECT_EQ(requests,
+              (std::vector<TransformRequest>{
+                  {0x40019, 0x40019, 0x40}, {0x40019, 0x40019, 0x40}, {0x4001A, 0x4001A, 0x40}}));
+    EXPECT_EQ(relativeLinks, 3);
 }
 
 TEST(IccTransform, ColoursAreTheSameForEveryNumberOfThreads) {
@@ -382,12 +494,10 @@ TEST(DisplayImageWithProfiles, RowBuffersThatCannotBeHadAreAColourFailure) {
     const PSProfilesRecord profiles = record(wide, {});
     Shown plain, managed;
     ASSERT_EQ(plain.showPlainly(), 1);
-    const int before = omp_get_max_threads();
-    omp_set_num_threads(1);
+    const ThreadCount one(1);
     refusedSize = 3 * kWidth;
     const int32_t result = managed.show(&profiles);
     refusedSize = std::numeric_limits<std::size_t>::max();
-    omp_set_num_threads(before);
     EXPECT_EQ(result, -500);
     EXPECT_TRUE(managed.display.sameBits(plain.display));
 }
@@ -412,15 +522,14 @@ void* reallocateCounted(cmsContext, void* block, cmsUInt32Number size) {
 }
 
 TEST(DisplayImageWithProfiles, EveryWayOutReleasesProfilesAndTransform) {
-    static cmsPluginMemHandler counting{
-        {cmsPluginMagicNumber, LCMS_VERSION, cmsPluginMemHandlerSig, nullptr},
-        allocateCounted,
-        freeCounted,
-        reallocateCounted,
-        nullptr,
-        nullptr,
-        nullptr};
-    ASSERT_TRUE(cmsPlugin(&counting));
+    cmsPluginMemHandler counting{pluginOf(cmsPluginMemHandlerSig),
+                                 allocateCounted,
+                                 freeCounted,
+                                 reallocateCounted,
+                                 nullptr,
+                                 nullptr,
+                                 nullptr};
+    const Plugin plugin(&counting);
     std::vector<ProfileBytes> all = faultyProfiles();
     all.push_back(wideGamutProfile());
     all.push_back(srgbProfile());

@@ -47,6 +47,10 @@ inline ProfileBytes labProfile() {
     return bytesOf({cmsCreateLab4Profile(nullptr), cmsCloseProfile});
 }
 
+inline ProfileBytes cmykLinkProfile() {
+    return bytesOf({cmsCreateInkLimitingDeviceLink(cmsSigCmykData, 200.0), cmsCloseProfile});
+}
+
 inline ProfileBytes garbageProfile() {
     const std::string text = "this is no profile, and it is longer than the header of one: ";
     ProfileBytes bytes;

@@ -97,8 +97,7 @@ void transformRows(const Transform& transform, int32_t width, int32_t height, Lo
     }
 }
 
-template <class Byte>
-Byte* bytesOfRow(Byte* first, int32_t step, int32_t y) noexcept {
+std::uint8_t* bytesOfRow(std::uint8_t* first, int32_t step, int32_t y) noexcept {
     return rowAt(first, step, static_cast<std::size_t>(y));
 }
 
