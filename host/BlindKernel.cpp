@@ -12,10 +12,9 @@
 namespace velorn {
 namespace {
 
-/// The side of the part that is looked at.
-constexpr int kCropSide = 512;
-/// What the estimate takes of the bar, in percent; the restorations both ways take the rest.
-constexpr int kEstimateShare = 70;
+/// What is done by when, in percent of the bar.
+constexpr int kEstimated = 70;
+constexpr int kTurned = 90;
 
 std::string sidesOf(KernelSize size) {
     return std::to_string(size.width) + " by " + std::to_string(size.height);
@@ -30,6 +29,57 @@ void checkFits(const RgbPixels& pixels, KernelSize size) {
     }
 }
 
+/// The work on one picture, step by step.
+class Search {
+public:
+    Search(const RgbPixels& pixels, const Interrupt& interrupt, ProgressBar& bar)
+        : m_pixels(pixels), m_interrupt(interrupt), m_bar(bar) {}
+
+    BlurKernel estimate(const BlindSettings& settings) const {
+        const auto show = shown(0, kEstimated);
+        // An estimate cannot be cancelled: a signal is heeded after it.
+        const std::optional<BlurKernel> found =
+            estimateKernel(m_pixels, settings.size, settings.strength, show);
+        m_interrupt.check();
+        if (!found) {
+            throw Failure("the picture has too few edges to find a kernel of " +
+                          sidesOf(settings.size) + " in it");
+        }
+        return *found;
+    }
+
+    BlurKernel turned(const BlurKernel& kernel, Turn turn,
+                      const RestorationSettings& settings) const {
+        if (turn != Turn::Auto) {
+            return turn == Turn::Yes ? turnedRound(kernel) : kernel;
+        }
+        const std::optional<BlurKernel> better =
+            betterWayRound(m_pixels, kernel, settings, shown(kEstimated, kTurned));
+        m_interrupt.check();
+        return better.value();
+    }
+
+    bool isHelpful(const BlurKernel& kernel, const RestorationSettings& settings) const {
+        const RgbPixels result = restore(m_pixels, kernel, settings, shown(kTurned, 100));
+        m_interrupt.check();
+        return unsharpness(result) < unsharpness(m_pixels);
+    }
+
+private:
+    /// Shows progress from one percentage to another, and goes on until a signal comes.
+    ProgressFunction shown(int from, int to) const {
+        return [this, from, to](int current, int limit) {
+            const double share = static_cast<double>(current) / limit;
+            m_bar.show(from + static_cast<int>((to - from) * share), 100);
+            return !m_interrupt.isRequested();
+        };
+    }
+
+    const RgbPixels& m_pixels;
+    const Interrupt& m_interrupt;
+    ProgressBar& m_bar;
+};
+
 } // namespace
 
 float blindStrength(double noiseLevel) {
@@ -40,32 +90,11 @@ float blindStrength(double noiseLevel) {
 BlindKernel findKernel(const RgbPixels& pixels, const BlindSettings& settings,
                        const RestorationSettings& restoration, const Interrupt& interrupt,
                        ProgressBar& bar) {
-    checkFits(pixels, settings.size);
-    const RgbPixels part = texturedCrop(pixels, kCropSide);
-    const auto showFrom = [&bar](int start, int share) {
-        return [&bar, start, share](int current, int limit) {
-            bar.show(start + static_cast<int>(static_cast<double>(share) * current / limit), 100);
-        };
-    };
-    const auto showEstimate = showFrom(0, kEstimateShare);
-    const std::optional<BlurKernel> estimated =
-        estimateKernel(part, settings.size, settings.strength, [&](int current, int limit) {
-            showEstimate(current, limit);
-            return true;
-        });
-    interrupt.check();
-    if (!estimated) {
-        throw Failure("the picture has too few edges to find a kernel of " +
-                      sidesOf(settings.size) + " in it");
-    }
-    const auto showTrials = showFrom(kEstimateShare, 100 - kEstimateShare);
-    const std::optional<KernelTrial> trial =
-        tryWaysRound(part, *estimated, settings.turn, restoration, [&](int current, int limit) {
-            showTrials(current, limit);
-            return !interrupt.isRequested();
-        });
-    interrupt.check();
-    return {trial.value().kernel, trial->unsharpness < unsharpness(part)};
+    const RgbPixels part = texturedCrop(pixels, settings.partSide);
+    checkFits(part, settings.size);
+    const Search search(part, interrupt, bar);
+    const BlurKernel kernel = search.turned(search.estimate(settings), settings.turn, restoration);
+    return {kernel, search.isHelpful(kernel, restoration)};
 }
 
 } // namespace velorn

@@ -13,6 +13,8 @@ struct BlindSettings {
     /// See `estimateKernel`; docs/blind-estimation.md tells how the standard was found.
     float strength = 0.0f;
     Turn turn = Turn::Auto;
+    /// The kernel is looked for in the part of so many pixels a side that has the most texture.
+    int partSide = 512;
 };
 
 /// The strength (`deconvLambda`) for a restoration with a kernel that was found in the picture:

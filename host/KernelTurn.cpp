@@ -3,21 +3,24 @@
 #include "RestorationMeasure.h"
 
 #include <algorithm>
-#include <vector>
 
 namespace velorn {
 namespace {
 
-std::vector<BlurKernel> waysRound(const BlurKernel& kernel, Turn turn) {
-    switch (turn) {
-    case Turn::No:
-        return {kernel};
-    case Turn::Yes:
-        return {turnedRound(kernel)};
-    case Turn::Auto:
-        break;
-    }
-    return {kernel, turnedRound(kernel)};
+constexpr float kCalmStrength = 250.0f;
+
+RestorationSettings calmed(RestorationSettings settings) {
+    settings.lambda = std::min(settings.lambda, kCalmStrength);
+    return settings;
+}
+
+/// `progress` as the half of an account that begins at `start`, 0 or 1.
+ProgressFunction halfOf(const ProgressFunction& progress, int start) {
+    return [&progress, start](int current, int limit) {
+        constexpr int kUnits = 1000;
+        const double done = (start + static_cast<double>(current) / limit) / 2.0;
+        return progress(static_cast<int>(kUnits * done), kUnits);
+    };
 }
 
 } // namespace
@@ -28,28 +31,20 @@ BlurKernel turnedRound(const BlurKernel& kernel) {
     return turned;
 }
 
-std::optional<KernelTrial> tryWaysRound(const RgbPixels& pixels, const BlurKernel& kernel,
-                                        Turn turn, const RestorationSettings& settings,
-                                        const ProgressFunction& progress) {
-    const std::vector<BlurKernel> ways = waysRound(kernel, turn);
-    const int count = static_cast<int>(ways.size());
-    std::optional<KernelTrial> best;
-    for (int i = 0; i < count; ++i) {
-        const BlurKernel& way = ways[static_cast<std::size_t>(i)];
-        const RgbPixels result = restore(pixels, way, settings, [&](int current, int limit) {
-            constexpr int kUnits = 1000;
-            const double done = i + static_cast<double>(current) / limit;
-            return progress(static_cast<int>(kUnits * done / count), kUnits);
-        });
-        if (result.pixelCount() == 0) {
-            return std::nullopt;
-        }
-        const double found = unsharpness(result);
-        if (!best || found < best->unsharpness) {
-            best = KernelTrial{way, found};
-        }
+std::optional<BlurKernel> betterWayRound(const RgbPixels& pixels, const BlurKernel& kernel,
+                                         const RestorationSettings& settings,
+                                         const ProgressFunction& progress) {
+    const RestorationSettings calm = calmed(settings);
+    const RgbPixels asItIs = restore(pixels, kernel, calm, halfOf(progress, 0));
+    if (asItIs.pixelCount() == 0) {
+        return std::nullopt;
     }
-    return best;
+    const BlurKernel other = turnedRound(kernel);
+    const RgbPixels turned = restore(pixels, other, calm, halfOf(progress, 1));
+    if (turned.pixelCount() == 0) {
+        return std::nullopt;
+    }
+    return roughness(turned) < roughness(asItIs) ? other : kernel;
 }
 
 } // namespace velorn

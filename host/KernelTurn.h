@@ -14,18 +14,13 @@ enum class Turn { No, Yes, Auto };
 /// `kernel` turned by 180 degrees.
 BlurKernel turnedRound(const BlurKernel& kernel);
 
-/// A kernel, one way round, and what it makes of a picture.
-struct KernelTrial {
-    BlurKernel kernel;
-    /// `unsharpness` of the picture that was restored with it.
-    double unsharpness = 0.0;
-};
-
-/// Restores `pixels` with `kernel` as it is, turned, or both ways, and gives the way whose result
-/// is less unsharp. Nothing when `progress` cancelled.
+/// `kernel` as it is, or turned: the way round whose restoration of `pixels` is less rough
+/// (`roughness`). Both are restored more calmly than `settings` would have it: what is wrong with a
+/// kernel that was found in a picture then drowns less of what tells the ways apart;
+/// docs/blind-estimation.md has the figures. Nothing when `progress` cancelled.
 /// @throws Failure with the library's reason.
-std::optional<KernelTrial> tryWaysRound(const RgbPixels& pixels, const BlurKernel& kernel,
-                                        Turn turn, const RestorationSettings& settings,
-                                        const ProgressFunction& progress);
+std::optional<BlurKernel> betterWayRound(const RgbPixels& pixels, const BlurKernel& kernel,
+                                         const RestorationSettings& settings,
+                                         const ProgressFunction& progress);
 
 } // namespace velorn

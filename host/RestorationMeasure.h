@@ -14,4 +14,13 @@ namespace velorn {
 /// guess, is left out. A picture without any step has 1, the worst.
 double unsharpness(const RgbPixels& pixels);
 
+/// How much goes on in a picture: the mean square root of the step between neighbouring pixels of
+/// its luminance, in levels of 255, an outer band left out. Many small steps count for more than
+/// few strong ones.
+///
+/// It compares restorations of one picture with kernels that differ only in the way round, and so
+/// take the same frequencies away: the one that fits puts the strength of the picture into its
+/// edges, the other spreads it in ripples beside them.
+double roughness(const RgbPixels& pixels);
+
 } // namespace velorn

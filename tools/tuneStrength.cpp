@@ -3,12 +3,10 @@
 // sharp picture to the noise that the host measures.
 #include "BlurKernel.h"
 #include "DefaultStrength.h"
-#include "Degradation.h"
-#include "Failure.h"
 #include "FramedRestoration.h"
 #include "NoiseLevel.h"
 #include "Options.h"
-#include "Pictures.h"
+#include "SamplePictures.h"
 #include "Scene.h"
 
 #include <array>
@@ -62,25 +60,17 @@ double strengthNumber(std::size_t index) {
     return kFirstStrength * std::exp2(static_cast<double>(index));
 }
 
-struct NamedPicture {
-    std::string name;
-    cv::Mat colours;
-};
-
 Trial runTrial(const NamedPicture& picture, const Blur& blur, double noise,
                RestorationSettings settings, int framePasses) {
     const BlurKernel kernel = makeKernel(blur.blur);
-    const cv::Mat soft = withNoise(blurInside(picture.colours, kernel), noise, 11);
-    const cv::Mat truth =
-        picture.colours(cv::Rect(kernel.width / 2, kernel.height / 2, soft.cols, soft.rows));
-    const RgbPixels pixels = eightBits(soft);
-    Trial trial{
-        picture.name, blur.name, noise, noiseLevel(pixels), decibels(truth, coloursOf(pixels)), {}};
+    const Photograph photograph = photographOf(picture.colours, kernel, noise, 11);
+    const RgbPixels& pixels = photograph.taken;
+    Trial trial{picture.name, blur.name, noise, noiseLevel(pixels), photograph.decibels(), {}};
     for (std::size_t i = 0; i < kStrengths; ++i) {
         settings.lambda = static_cast<float>(strengthNumber(i));
         const RgbPixels result =
             restoreInFrame(pixels, kernel, settings, framePasses, [](int, int) { return true; });
-        trial.after[i] = decibels(truth, coloursOf(result));
+        trial.after[i] = photograph.decibelsOf(result);
     }
     return trial;
 }
@@ -131,15 +121,13 @@ Rule bestRule(const std::vector<Trial>& trials) {
     return best;
 }
 
-std::vector<NamedPicture> picturesFrom(const std::vector<std::string>& files, int scenes) {
+std::vector<NamedPicture> scenesAnd(const std::vector<std::string>& files, int scenes) {
     std::vector<NamedPicture> pictures;
     for (int seed = 1; seed <= scenes; ++seed) {
         pictures.push_back({"scene " + std::to_string(seed),
                             drawScene(512, 384, 16, static_cast<std::uint32_t>(seed))});
     }
-    for (const std::string& file : files) {
-        pictures.push_back({std::filesystem::path(file).stem().string(), readColours(file)});
-    }
+    std::ranges::move(picturesFrom(files), std::back_inserter(pictures));
     return pictures;
 }
 
@@ -183,7 +171,7 @@ int main(int argc, char** argv) {
     app.add_option("--limit", settings.limit)->capture_default_str();
     CLI11_PARSE(app, argc, argv);
     try {
-        tune(picturesFrom(files, scenes), settings, framePasses);
+        tune(scenesAnd(files, scenes), settings, framePasses);
         return 0;
     } catch (const std::exception& failure) {
         std::cerr << "tuneStrength: " << failure.what() << '\n';

@@ -14,14 +14,16 @@ using velorn::BlindSettings;
 using velorn::Failure;
 using velorn::findKernel;
 using velorn::RgbPixels;
+using velorn::Turn;
 
 class BlindKernel : public testing::Test {
 protected:
-    velorn::BlindKernel find(const RgbPixels& pixels, int side) {
+    velorn::BlindKernel find(const RgbPixels& pixels, int side, Turn turn = Turn::Auto) {
         velorn::RestorationSettings restoration = velorn::standardSettings();
         restoration.lambda = 2000.0f;
         BlindSettings settings;
         settings.size = {side, side};
+        settings.turn = turn;
         return findKernel(pixels, settings, restoration, m_interrupt, m_bar);
     }
 
@@ -45,6 +47,17 @@ TEST_F(BlindKernel, DiscBlurIsFoundAndHelps) {
     EXPECT_TRUE(found.isHelpful);
     EXPECT_EQ(found.kernel.width, 7);
     EXPECT_NE(m_terminal.str().find('%'), std::string::npos);
+}
+
+TEST_F(BlindKernel, TurnMayBeDecidedBeforehandAndAutoIsOneOfBoth) {
+    const auto motion = velorn::makeKernel({velorn::AnalyticBlur::Shape::Motion, 5.0f, 20.0f});
+    const RgbPixels soft = vel::test::blurred(vel::test::drawnPicture(200, 150), motion);
+    const auto asFound = find(soft, 7, Turn::No).kernel;
+    const auto turned = find(soft, 7, Turn::Yes).kernel;
+    EXPECT_NE(asFound.weights, turned.weights);
+    EXPECT_EQ(turnedRound(asFound).weights, turned.weights);
+    const auto chosen = find(soft, 7).kernel;
+    EXPECT_TRUE(chosen.weights == asFound.weights || chosen.weights == turned.weights);
 }
 
 TEST_F(BlindKernel, TooFewEdgesAreToldWithTheKernelsSize) {

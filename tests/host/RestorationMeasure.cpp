@@ -10,6 +10,7 @@ namespace {
 using vel::test::blurred;
 using vel::test::drawnPicture;
 using velorn::RgbPixels;
+using velorn::roughness;
 using velorn::unsharpness;
 using Bytes = std::vector<std::uint8_t>;
 
@@ -40,9 +41,31 @@ TEST(RestorationMeasure, ContrastDoesNotMatter) {
     EXPECT_NEAR(unsharpness(strong), unsharpness(weak), 1e-6);
 }
 
-TEST(RestorationMeasure, EmptyPicturesAreTheWorst) {
+TEST(RestorationMeasure, RoughnessIsTheMeanRootOfTheSteps) {
+    // Steps of 16 levels at every eighth column, none downwards.
+    RgbPixels stripes{64, 64, Bytes(3 * 64 * 64)};
+    for (std::size_t i = 0; i < 3 * 64 * 64; ++i) {
+        std::get<Bytes>(stripes.samples)[i] = (i / 3 % 64) / 8 % 2 == 0 ? 16 : 0;
+    }
+    // 47 columns and rows lie inside the band, and 5 of the columns have a step.
+    EXPECT_NEAR(roughness(stripes), 4.0 * 5.0 / (2.0 * 47.0), 1e-3);
+}
+
+TEST(RestorationMeasure, RipplesAreRougherThanAnEdgeOfTheSameStrength) {
+    RgbPixels edge{64, 64, Bytes(3 * 64 * 64, 100)};
+    RgbPixels ripples = edge;
+    for (std::size_t i = 0; i < 3 * 64 * 64; ++i) {
+        const std::size_t column = i / 3 % 64;
+        std::get<Bytes>(edge.samples)[i] = column < 32 ? 100 : 140;
+        std::get<Bytes>(ripples.samples)[i] = column < 32 || column % 2 == 0 ? 100 : 110;
+    }
+    EXPECT_GT(roughness(ripples), roughness(edge));
+}
+
+TEST(RestorationMeasure, EmptyPicturesAreUnsharpAndNotRough) {
     EXPECT_EQ(unsharpness({40, 30, Bytes(3600, 77)}), 1.0);
     EXPECT_EQ(unsharpness({1, 1, Bytes(3)}), 1.0);
+    EXPECT_EQ(roughness({1, 1, Bytes(3)}), 0.0);
 }
 
 } // namespace

@@ -1,0 +1,120 @@
+#include "SampleBlurs.h"
+
+#include <array>
+#include <cmath>
+
+namespace velorn::tools {
+namespace {
+
+constexpr int kSide = 13;
+
+constexpr std::array<PathPoint, 6> kArc{{{-4.0, 3.5, 1.0},
+                                         {-4.0, 0.0, 0.8},
+                                         {-2.0, -3.0, 0.6},
+                                         {1.5, -3.8, 0.5},
+                                         {3.8, -1.5, 0.4},
+                                         {3.4, 1.5, 0.3}}};
+constexpr std::array<PathPoint, 4> kHook{
+    {{-3.0, -5.0, 1.0}, {-3.0, 2.0, 0.7}, {-1.0, 4.0, 0.5}, {3.0, 4.0, 0.3}}};
+constexpr std::array<PathPoint, 2> kSlowing{{{-5.0, -2.0, 1.0}, {5.0, 2.0, 0.1}}};
+constexpr std::array<PathPoint, 4> kZigzag{
+    {{-4.0, -3.0, 1.0}, {3.0, -4.0, 0.5}, {-2.0, 3.0, 0.4}, {4.0, 3.5, 0.8}}};
+constexpr std::array<PathPoint, 3> kCorner{{{-4.0, 4.0, 0.6}, {-4.0, -4.0, 0.6}, {4.0, -4.0, 0.6}}};
+
+struct Place {
+    double right;
+    double down;
+    double weight;
+};
+
+std::vector<Place> placesAlong(std::span<const PathPoint> path) {
+    constexpr int kPlacesPerPixel = 16;
+    std::vector<Place> places;
+    for (std::size_t i = 0; i + 1 < path.size(); ++i) {
+        const PathPoint& from = path[i];
+        const PathPoint& to = path[i + 1];
+        const double length = std::hypot(to.right - from.right, to.down - from.down);
+        const int count = static_cast<int>(std::ceil(kPlacesPerPixel * length));
+        for (int k = 0; k < count; ++k) {
+            const double t = (k + 0.5) / count;
+            places.push_back({std::lerp(from.right, to.right, t), std::lerp(from.down, to.down, t),
+                              std::lerp(from.stay, to.stay, t) * length / count});
+        }
+    }
+    return places;
+}
+
+/// The places shared out among the four weights around each, their centre of mass in the middle.
+BlurKernel sharedOut(const std::vector<Place>& places, int side) {
+    Place sum{0.0, 0.0, 0.0};
+    for (const Place& place : places) {
+        sum.right += place.right * place.weight;
+        sum.down += place.down * place.weight;
+        sum.weight += place.weight;
+    }
+    BlurKernel kernel{side, side, {}};
+    kernel.weights.resize(static_cast<std::size_t>(side) * static_cast<std::size_t>(side));
+    const auto add = [&](int column, int row, double weight) {
+        if (column >= 0 && column < side && row >= 0 && row < side) {
+            kernel.weights[static_cast<std::size_t>(row * side + column)] +=
+                static_cast<float>(weight);
+        }
+    };
+    const int middle = side / 2;
+    for (const Place& place : places) {
+        const double x = middle + place.right - sum.right / sum.weight;
+        const double y = middle + place.down - sum.down / sum.weight;
+        const int column = static_cast<int>(std::floor(x));
+        const int row = static_cast<int>(std::floor(y));
+        const double right = x - column;
+        const double down = y - row;
+        add(column, row, place.weight * (1.0 - right) * (1.0 - down));
+        add(column + 1, row, place.weight * right * (1.0 - down));
+        add(column, row + 1, place.weight * (1.0 - right) * down);
+        add(column + 1, row + 1, place.weight * right * down);
+    }
+    return checkedKernel(std::move(kernel), "a sample blur");
+}
+
+/// Two soft spots, one twice as bright as the other, like a camera that stood still twice.
+BlurKernel twoLobes() {
+    constexpr std::array<PathPoint, 2> kSpots{{{-3.0, -1.5, 2.0}, {3.0, 1.5, 1.0}}};
+    constexpr double kSoftness = 0.9;
+    std::vector<Place> places;
+    for (const PathPoint& spot : kSpots) {
+        for (int down = -3; down <= 3; ++down) {
+            for (int right = -3; right <= 3; ++right) {
+                const double squares = right * right + down * down;
+                places.push_back({spot.right + right, spot.down + down,
+                                  spot.stay * std::exp(-0.5 * squares / (kSoftness * kSoftness))});
+            }
+        }
+    }
+    return sharedOut(places, kSide);
+}
+
+} // namespace
+
+BlurKernel pathKernel(std::span<const PathPoint> path, int side) {
+    return sharedOut(placesAlong(path), side);
+}
+
+BlurKernel curvedShake() {
+    return pathKernel(kArc, kSide);
+}
+
+std::vector<NamedBlur> studiedBlurs() {
+    return {{"straight motion", makeKernel({AnalyticBlur::Shape::Motion, 9.0f, 30.0f})},
+            {"curved shake", curvedShake()},
+            {"disc", makeKernel({AnalyticBlur::Shape::Disc, 4.0f, 0.0f})},
+            {"Gaussian", makeKernel({AnalyticBlur::Shape::Gaussian, 1.5f, 0.0f})},
+            {"two lobes", twoLobes()}};
+}
+
+std::vector<NamedBlur> unevenBlurs() {
+    return {{"curved shake", curvedShake()},        {"two lobes", twoLobes()},
+            {"hook", pathKernel(kHook, kSide)},     {"slowing motion", pathKernel(kSlowing, kSide)},
+            {"zigzag", pathKernel(kZigzag, kSide)}, {"corner", pathKernel(kCorner, kSide)}};
+}
+
+} // namespace velorn::tools

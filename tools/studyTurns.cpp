@@ -1,0 +1,121 @@
+// Tells how often the way round of an uneven blur is decided well: restores pictures that were
+// blurred on purpose with a kernel both ways round, and holds the choice against the truth. It does
+// so with the very kernel of the blur and with the kernel that is found in the picture.
+#include "BlindKernel.h"
+#include "NoiseLevel.h"
+#include "Options.h"
+#include "SampleBlurs.h"
+#include "SamplePictures.h"
+
+#include <array>
+#include <CLI/CLI.hpp>
+#include <iomanip>
+#include <iostream>
+
+namespace {
+
+using namespace velorn;
+using namespace velorn::tools;
+
+constexpr std::array<double, 2> kNoises{0.5, 2.0};
+constexpr std::uint32_t kSeed = 11;
+/// Ways that differ by less, in decibels, are as good as one another.
+constexpr double kMatters = 0.2;
+
+bool goOn(int, int) {
+    return true;
+}
+
+/// What the two ways round make of a picture, in decibels, and which was chosen.
+struct Choice {
+    double asItIs = 0.0;
+    double turned = 0.0;
+    bool isTurned = false;
+
+    bool matters() const { return std::abs(asItIs - turned) >= kMatters; }
+    bool isRight() const { return isTurned == (turned > asItIs); }
+};
+
+Choice choose(const Photograph& photograph, const BlurKernel& kernel) {
+    RestorationSettings settings = standardSettings();
+    settings.lambda = blindStrength(noiseLevel(photograph.taken));
+    const BlurKernel turned = turnedRound(kernel);
+    const auto decibelsWith = [&](const BlurKernel& way) {
+        return photograph.decibelsOf(restore(photograph.taken, way, settings, goOn));
+    };
+    const auto better = betterWayRound(photograph.taken, kernel, settings, goOn);
+    return {decibelsWith(kernel), decibelsWith(turned), better.value().weights == turned.weights};
+}
+
+/// How many choices mattered, and how many of those were right.
+class Score {
+public:
+    void count(const Choice& choice) {
+        m_cases += choice.matters() ? 1 : 0;
+        m_right += choice.matters() && choice.isRight() ? 1 : 0;
+    }
+    std::string text() const { return std::to_string(m_right) + " of " + std::to_string(m_cases); }
+
+private:
+    int m_cases = 0;
+    int m_right = 0;
+};
+
+void print(const Choice& choice) {
+    const char* verdict = !choice.matters() ? "alike" : choice.isRight() ? "yes" : "no";
+    std::cout << choice.asItIs << " | " << choice.turned << " | " << verdict << " | ";
+}
+
+void study(const std::vector<NamedPicture>& pictures, KernelSize size) {
+    std::cout << "| picture | blur | noise | blurred dB | true kernel dB | turned dB | better one "
+                 "chosen | found kernel dB | turned dB | better one chosen |\n"
+                 "|---|---|---|---|---|---|---|---|---|---|\n"
+              << std::fixed;
+    Score known;
+    Score found;
+    for (const NamedPicture& picture : pictures) {
+        for (const NamedBlur& blur : unevenBlurs()) {
+            for (const double noise : kNoises) {
+                const Photograph photograph =
+                    photographOf(picture.colours, blur.kernel, noise, kSeed);
+                std::cout << "| " << picture.name << " | " << blur.name << " | "
+                          << std::setprecision(1) << noise << " | " << std::setprecision(2)
+                          << photograph.decibels() << " | ";
+                const Choice ofTruth = choose(photograph, blur.kernel);
+                known.count(ofTruth);
+                print(ofTruth);
+                const auto estimate =
+                    estimateKernel(photograph.taken, size, BlindSettings().strength, goOn);
+                if (estimate) {
+                    const Choice ofFound = choose(photograph, *estimate);
+                    found.count(ofFound);
+                    print(ofFound);
+                }
+                std::cout << std::endl;
+            }
+        }
+    }
+    std::cout << "\nThe better way was chosen for " << known.text() << " true kernels and "
+              << found.text() << " found ones whose ways differ by " << kMatters << " dB.\n";
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    CLI::App app{"Tells how often the way round of an uneven blur is decided well."};
+    std::vector<std::string> files;
+    int side = 15;
+    app.add_option("PICTURES", files, "Sharp photographs to try on as well, NAME=FILE");
+    app.add_option("--size", side, "Side of the kernels that are looked for")
+        ->capture_default_str();
+    CLI11_PARSE(app, argc, argv);
+    try {
+        std::vector<NamedPicture> pictures = drawnViews(500, 400);
+        std::ranges::move(picturesFrom(files), std::back_inserter(pictures));
+        study(pictures, {side, side});
+        return 0;
+    } catch (const std::exception& failure) {
+        std::cerr << "studyTurns: " << failure.what() << '\n';
+        return 1;
+    }
+}
