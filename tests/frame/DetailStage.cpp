@@ -1,10 +1,10 @@
 #include "velimproclib/frame/DetailStage.h"
 
 #include "tests/support/AddressSpaceLimit.h"
+#include "tests/support/EnhancedHalf.h"
 #include "tests/support/sameBits.h"
 #include "tests/support/Threads.h"
 #include "velimproclib/tiles/HalfTiles.h"
-#include "velimproclib/veldeblurcv/enhanceHalf.h"
 
 #include <gtest/gtest.h>
 
@@ -15,6 +15,7 @@
 namespace vel {
 namespace {
 
+using test::enhancedHalf;
 using test::sameBits;
 
 cv::Mat tile(int side, int seed = 3) {
@@ -23,16 +24,6 @@ cv::Mat tile(int side, int seed = 3) {
     random.fill(plane, cv::RNG::UNIFORM, 0.3, 0.6);
     plane.colRange(side / 2, side) += 0.2;
     return plane;
-}
-
-cv::Mat enhancedHalf(const cv::Mat& half, float gain, float gamma) {
-    cv::Mat result = half.clone();
-    IMG<float, 1> detail(half.cols, half.rows);
-    IMG<float, 1> guide(half.cols, half.rows);
-    CEdgeSmoother smoother;
-    CDetailCurve curve;
-    enhanceHalf(result, detail, guide, smoother, curve, gain, gamma);
-    return result;
 }
 
 TEST(DetailStage, EnhancesHalvesOf152RowsAndMergesThem) {

@@ -315,6 +315,22 @@ TEST(TileConverters, EveryLevelSurvivesTheRoundTripOnBothScales) {
     }
 }
 
+TEST(TileConverters, ResultOfThePrimitiveInPlaceIsRecordedAndDecidesNothing) {
+    constexpr int kBadSize = -6;
+    const std::uint8_t host[64] = {};
+    std::uint8_t target[64] = {};
+    GIMG<float> grey(0, 4);
+    IMG<float, 3> colour(4, 0);
+    EXPECT_EQ(grey.m_status, 1);
+    EXPECT_EQ(psTileToF32Grey(7, host, 4, grey), 1);
+    EXPECT_EQ(grey.m_status, kBadSize);
+    EXPECT_EQ(psTileToF32C3(1, host, 12, 0, 0, colour), 1);
+    EXPECT_EQ(colour.m_status, kBadSize);
+    EXPECT_EQ(psGreyFromF32(grey, 7, target, 4), 1);
+    EXPECT_EQ(psTileFromF32C3(colour, 1, target, 12), 1);
+    EXPECT_TRUE(std::equal(target, target + 64, host));
+}
+
 /// Rounded to nearest, ties to even, cut to the element's range; NaN is 0.
 int rounded(const Format& format, float value) {
     const float scaled = value * static_cast<float>(format.levels());

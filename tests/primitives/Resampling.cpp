@@ -13,6 +13,7 @@
 #include <limits>
 #include <opencv2/imgproc.hpp>
 #include <random>
+#include <vector>
 
 namespace {
 
@@ -109,6 +110,26 @@ TEST(Resampling, EqualsTheDefinitionForRowsShorterAndLongerThanAVectorAtEveryDis
         for (const double factor : {0.07, 0.25, 0.4, 0.49, 0.5, 0.51, 0.54, 0.57, 0.6, 0.99, 1.0,
                                     1.01, 1.5, 2.0, 3.7, 8.0, 17.0}) {
             expectDefinition(noise(w, 3, static_cast<unsigned>(w)), {0, 0, w, 3}, factor, 1.3, 0);
+        }
+    }
+}
+
+TEST(Resampling, SourceWithoutAByteBeyondItsPixelsIsServed) {
+    for (int w = 1; w <= 40; ++w) {
+        const Plane src = noise(w, 2, static_cast<unsigned>(w));
+        // A block of its own size: reading past it is seen by the sanitizer.
+        std::vector<std::uint8_t> pixels;
+        for (int i = 0; i < 2 * w; ++i) {
+            pixels.push_back(src.at(i % w, i / w));
+        }
+        for (const double factor : {0.2, 0.5, 0.6, 1.0, 1.7, 9.0}) {
+            const int length = static_cast<int>(std::floor(w * factor + 0.0000001));
+            Plane dst(std::max(1, length), 2);
+            ASSERT_EQ(kOk, resizeU8(pixels.data(), w, 2, w, {0, 0, w, 2}, dst.data(), dst.step(),
+                                    dst.width(), 2, factor, 1.0, kLinear));
+            for (int x = 0; x < length; ++x) {
+                ASSERT_EQ(interpolated(src, {0, 0, w, 2}, x, 1, factor, 1.0), dst.at(x, 1));
+            }
         }
     }
 }

@@ -1,6 +1,7 @@
 #include "velimproclib/veldeblurcv/enhanceHalf.h"
 
 #include "tests/support/EachTarget.h"
+#include "tests/support/EnhancedHalf.h"
 #include "tests/support/sameBits.h"
 #include "tests/support/Threads.h"
 
@@ -14,6 +15,7 @@
 namespace vel {
 namespace {
 
+using test::enhancedHalf;
 using test::sameBits;
 
 /// A step with texture on both sides.
@@ -27,17 +29,6 @@ cv::Mat_<float> picture(int width, int height, float texture = 0.05f) {
         }
     }
     return plane;
-}
-
-cv::Mat_<float> enhanced(const cv::Mat_<float>& half, float gain, float gamma,
-                         int scratchMargin = 0) {
-    cv::Mat result = half.clone();
-    IMG<float, 1> detail(half.cols + scratchMargin, half.rows + scratchMargin);
-    IMG<float, 1> guide(half.cols + scratchMargin, half.rows + scratchMargin);
-    CEdgeSmoother smoother;
-    CDetailCurve curve;
-    enhanceHalf(result, detail, guide, smoother, curve, gain, gamma);
-    return result;
 }
 
 cv::Mat_<float> baseOf(const cv::Mat_<float>& half) {
@@ -69,13 +60,13 @@ TEST(EnhanceHalf, IsTheBasePlusTheCurvedDetail) {
         GIMG<float> image(detail.cols, detail.rows, detail.data, static_cast<int>(detail.step));
         CDetailCurve curve;
         curve.apply(image, 0.3f, 0.5f, 0.18f, -0.5f, 0.5f, 3.0f);
-        EXPECT_TRUE(sameBits(enhanced(half, 0.5f, 0.3f), base + detail)) << size;
+        EXPECT_TRUE(sameBits(enhancedHalf(half, 0.5f, 0.3f), base + detail)) << size;
     }
 }
 
 TEST(EnhanceHalf, GainMakesTextureStrongerAndLeavesTheStep) {
     const cv::Mat_<float> half = picture(96, 64, 0.02f);
-    const cv::Mat_<float> result = enhanced(half, 0.5f, 0.0f);
+    const cv::Mat_<float> result = enhancedHalf(half, 0.5f, 0.0f);
     const cv::Rect left(8, 8, 32, 48);
     EXPECT_GT(spread(result(left)), 2.0 * spread(half(left)));
     EXPECT_LT(spread(result(left)), 2.6 * spread(half(left)));
@@ -84,12 +75,12 @@ TEST(EnhanceHalf, GainMakesTextureStrongerAndLeavesTheStep) {
 
 TEST(EnhanceHalf, GainNearMinusOneLeavesTheBaseLayer) {
     const cv::Mat_<float> half = picture(40, 30);
-    EXPECT_TRUE(sameBits(enhanced(half, -0.995f, 0.5f), baseOf(half)));
+    EXPECT_TRUE(sameBits(enhancedHalf(half, -0.995f, 0.5f), baseOf(half)));
 }
 
 TEST(EnhanceHalf, SettingsNearZeroGiveTheHalfBack) {
     const cv::Mat_<float> half = picture(40, 30);
-    EXPECT_LE(cv::norm(enhanced(half, 0.0f, 0.0f), half, cv::NORM_INF), 1e-7);
+    EXPECT_LE(cv::norm(enhancedHalf(half, 0.0f, 0.0f), half, cv::NORM_INF), 1e-7);
 }
 
 TEST(EnhanceHalf, InputIsCutButTheSumIsNot) {
@@ -98,8 +89,8 @@ TEST(EnhanceHalf, InputIsCutButTheSumIsNot) {
     half(20, 20) = -2.0f;
     cv::Mat_<float> cut = half.clone();
     cut = cv::max(cv::min(cut, 1.0f), 0.0f);
-    const cv::Mat_<float> result = enhanced(half, 1.0f, 0.0f);
-    EXPECT_TRUE(sameBits(result, enhanced(cut, 1.0f, 0.0f)));
+    const cv::Mat_<float> result = enhancedHalf(half, 1.0f, 0.0f);
+    EXPECT_TRUE(sameBits(result, enhancedHalf(cut, 1.0f, 0.0f)));
     double low = 0;
     double high = 0;
     cv::minMaxLoc(result, &low, &high);
@@ -109,7 +100,7 @@ TEST(EnhanceHalf, InputIsCutButTheSumIsNot) {
 
 TEST(EnhanceHalf, ScratchMayBeLargerThanTheHalf) {
     const cv::Mat_<float> half = picture(40, 30);
-    EXPECT_TRUE(sameBits(enhanced(half, 0.5f, 0.3f), enhanced(half, 0.5f, 0.3f, 9)));
+    EXPECT_TRUE(sameBits(enhancedHalf(half, 0.5f, 0.3f), enhancedHalf(half, 0.5f, 0.3f, 9)));
 }
 
 TEST(EnhanceHalf, HalfMayBeAViewOfALargerPlane) {
@@ -122,16 +113,16 @@ TEST(EnhanceHalf, HalfMayBeAViewOfALargerPlane) {
     CEdgeSmoother smoother;
     CDetailCurve curve;
     enhanceHalf(view, detail, guide, smoother, curve, 0.5f, 0.3f);
-    EXPECT_TRUE(sameBits(view.clone(), enhanced(half, 0.5f, 0.3f)));
+    EXPECT_TRUE(sameBits(view.clone(), enhancedHalf(half, 0.5f, 0.3f)));
     view.setTo(7);
     EXPECT_EQ(cv::countNonZero(large != 7), 0);
 }
 
 TEST(EnhanceHalf, SameBitsOnEveryVariantAndForEveryThreadCount) {
     const cv::Mat_<float> half = picture(70, 61);
-    const cv::Mat_<float> expected = enhanced(half, 0.5f, 0.3f);
-    test::forEachTarget([&] { EXPECT_TRUE(sameBits(enhanced(half, 0.5f, 0.3f), expected)); });
-    test::forThreadCounts([&] { EXPECT_TRUE(sameBits(enhanced(half, 0.5f, 0.3f), expected)); });
+    const cv::Mat_<float> expected = enhancedHalf(half, 0.5f, 0.3f);
+    test::forEachTarget([&] { EXPECT_TRUE(sameBits(enhancedHalf(half, 0.5f, 0.3f), expected)); });
+    test::forThreadCounts([&] { EXPECT_TRUE(sameBits(enhancedHalf(half, 0.5f, 0.3f), expected)); });
 }
 
 TEST(EnhanceHalf, NotANumberAndInfinitiesAreSurvived) {
@@ -139,9 +130,9 @@ TEST(EnhanceHalf, NotANumberAndInfinitiesAreSurvived) {
     for (const float odd : {std::nanf(""), infinity, -infinity}) {
         cv::Mat_<float> half = picture(40, 30);
         half(3, 4) = odd;
-        enhanced(half, 0.5f, 0.3f);
-        enhanced(picture(40, 30), odd, 0.3f);
-        enhanced(picture(40, 30), 0.5f, odd);
+        enhancedHalf(half, 0.5f, 0.3f);
+        enhancedHalf(picture(40, 30), odd, 0.3f);
+        enhancedHalf(picture(40, 30), 0.5f, odd);
     }
 }
 
