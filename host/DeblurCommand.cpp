@@ -102,8 +102,8 @@ void runDeblur(const DeblurOptions& options, const Interrupt& interrupt, std::os
     RestorationSettings settings = options.settings;
     settings.lambda = strengthFor(blurred, options, terminal);
     if (const auto* blind = std::get_if<BlindSettings>(&options.kernel)) {
-        kernel = foundKernel(blurred, picture.orientation(), *blind, settings, options, interrupt,
-                             terminal, isTerminal);
+        kernel = foundKernel(blurred, picture.orientation(), *blind, deconvolutionOnly(settings),
+                             options, interrupt, terminal, isTerminal);
     }
     {
         ProgressBar bar(terminal, isTerminal);

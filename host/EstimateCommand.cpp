@@ -13,7 +13,7 @@ namespace {
 BlindKernel foundIn(const ImageFile& picture, const EstimateOptions& options,
                     const Interrupt& interrupt, ProgressBar& bar) {
     const RgbPixels pixels = picture.rgb();
-    RestorationSettings restoration = standardSettings();
+    RestorationSettings restoration;
     restoration.lambda = blindStrength(noiseLevel(pixels));
     BlindSettings settings = options.blind;
     settings.size = asStored(settings.size, picture.orientation());

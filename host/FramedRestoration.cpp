@@ -166,9 +166,7 @@ bool pays(const RgbPixels& source, const BlurKernel& kernel, const RestorationSe
 
 RestorationSettings calmed(RestorationSettings settings) {
     settings.lambda = std::min(settings.lambda, kCalmStrength);
-    settings.edgeSlope = 0.0f;
-    settings.edgeGain = 1.0f;
-    return settings;
+    return deconvolutionOnly(settings);
 }
 
 /// One account of progress over several restorations, by their areas.

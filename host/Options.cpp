@@ -1,6 +1,8 @@
 #include "Options.h"
 
 #include "Failure.h"
+#include "Numbers.h"
+#include "SettingOptions.h"
 
 #include <algorithm>
 #include <array>
@@ -11,47 +13,8 @@
 namespace velorn {
 namespace {
 
-/// One setting of the restoration: its option, what it is allowed to be and what it does.
-struct FloatSetting {
-    const char* option;
-    float RestorationSettings::*member;
-    float lowest;
-    float highest;
-    float standard;
-    const char* effect;
-};
-
-constexpr std::array<FloatSetting, 7> kSettings{{
-    {"--lambda", &RestorationSettings::lambda, 1.0f, 1e6f, 0.0f,
-     "Strength: how hard the result follows the blur kernel. Higher values bring out more\n"
-     "detail, and more noise with it; about 500 for noisy and 50000 for clean pictures.\n"
-     "Without it, the strength is chosen from the noise measured in the picture."},
-    {"--alpha", &RestorationSettings::alpha, 0.0f, 1.0f, 0.5f,
-     "How natural pictures are thought to be: low values favour few and sharp edges on smooth\n"
-     "areas, high values spare soft transitions and fine texture."},
-    {"--limit", &RestorationSettings::limit, 0.0f, 1.0f, 0.5f,
-     "Holds back bright and dark fringes along edges: 1 allows no more contrast than the\n"
-     "neighbourhood shows, 0 lets all of it through. Below 0.1 it is off."},
-    {"--edge-radius", &RestorationSettings::edgeRadius, 0.0f, 10.0f, 0.85f,
-     "Width in pixels of the details that edge sharpening lifts. 0.4 and below turn it off."},
-    {"--edge-slope", &RestorationSettings::edgeSlope, 0.0f, 10.0f, 0.0f,
-     "Extra sharpening next to edges. Edge sharpening runs when this or --edge-gain is above\n"
-     "1.01."},
-    {"--edge-gain", &RestorationSettings::edgeGain, 0.0f, 10.0f, 1.0f,
-     "Sharpening of the whole picture: 1 leaves details as they are, 2 doubles them."},
-    {"--edge-floor", &RestorationSettings::edgeFloor, 0.00001f, 1.0f, 0.005f,
-     "Keeps --edge-slope away from calm areas: higher values leave more of them alone."},
-}};
-
 constexpr const char* kExitCodes = "Exit status: 0 done, 1 failed, 2 wrong command line, 130 "
                                    "interrupted by Ctrl-C.";
-
-/// The shortest digits that read back as `value`.
-std::string numberText(float value) {
-    char digits[32];
-    const auto end = std::to_chars(digits, digits + sizeof digits, value, std::chars_format::fixed);
-    return {digits, end.ptr};
-}
 
 /// Options with their descriptions below them, indented: the descriptions have several lines.
 class HelpFormatter : public CLI::Formatter {
@@ -70,13 +33,6 @@ public:
         return isNamed && !option->get_type_name().empty() ? " " + option->get_type_name() : "";
     }
 };
-
-void checkRange(const FloatSetting& setting, float value) {
-    if (!(value >= setting.lowest && value <= setting.highest)) {
-        throw UsageFailure(std::string(setting.option) + " must be from " +
-                           numberText(setting.lowest) + " to " + numberText(setting.highest));
-    }
-}
 
 AnalyticBlur blurOf(AnalyticBlur::Shape shape, const std::vector<float>& numbers,
                     const std::string& option) {
@@ -177,7 +133,7 @@ public:
                         "profile, EXIF and other metadata likewise.")
             ->required();
         addKernelOptions();
-        addSettings();
+        m_settings.addTo(m_command);
         addFramePasses();
         m_command.add_flag("-v,--verbose", m_options.isVerbose,
                            "Tell the noise found and the strength chosen.");
@@ -188,16 +144,12 @@ public:
 
     DeblurOptions result() {
         m_options.kernel = kernelSource();
-        for (std::size_t i = 0; i < kSettings.size(); ++i) {
-            const float value = m_options.settings.*kSettings[i].member;
-            if (m_settings[i]->count() > 0) {
-                checkRange(kSettings[i], value);
-            }
-        }
+        m_options.settings = m_settings.result();
+        m_options.settings.deconvolve = !m_isSharpenOnly;
+        m_options.lambdaIsGiven = m_settings.lambdaIsGiven();
         if (m_options.framePasses < 0 || m_options.framePasses > 8) {
             throw UsageFailure("--frame-passes must be from 0 to 8");
         }
-        m_options.lambdaIsGiven = m_settings[0]->count() > 0;
         return m_options;
     }
 
@@ -231,10 +183,11 @@ private:
                                "than the blur\nis wide. See also 'velorn estimate'.")
                       ->group(m_motion->get_group());
         m_blindOptions.addTurn()->needs(m_blind);
-        m_noDeconvolve = m_command
-                             .add_flag("--no-deconvolve", m_isSharpenOnly,
-                                       "Leave the blur as it is and only sharpen edges.")
-                             ->group(m_motion->get_group());
+        m_noDeconvolve =
+            m_command
+                .add_flag("--no-deconvolve", m_isSharpenOnly,
+                          "Leave the blur as it is; only sharpen edges and enhance detail.")
+                ->group(m_motion->get_group());
         m_scale = m_command
                       .add_option("--kernel-scale", m_scaleValue,
                                   "Side in pixels of the square that stands for one weight in "
@@ -242,20 +195,6 @@ private:
                                   "it themselves.")
                       ->type_name("N")
                       ->needs(m_kernel);
-    }
-
-    void addSettings() {
-        for (const FloatSetting& setting : kSettings) {
-            float& value = m_options.settings.*setting.member;
-            const bool isMeasured = setting.member == &RestorationSettings::lambda;
-            const std::string range =
-                numberText(setting.lowest) + ".." + numberText(setting.highest) + ", default: " +
-                (isMeasured ? std::string("measured") : numberText(setting.standard)) + "\n";
-            m_settings.push_back(
-                m_command.add_option(setting.option, value, range + setting.effect)
-                    ->type_name("NUMBER")
-                    ->group("Settings"));
-        }
     }
 
     void addFramePasses() {
@@ -275,7 +214,6 @@ private:
             throw UsageFailure("deblur needs exactly one of --gaussian, --disc, --motion, "
                                "--kernel, --blind and --no-deconvolve");
         }
-        m_options.settings.deconvolve = !m_isSharpenOnly;
         if (m_gaussian->count() > 0) {
             return blurOf(AnalyticBlur::Shape::Gaussian, m_numbers, "--gaussian");
         }
@@ -303,6 +241,7 @@ private:
 
     CLI::App& m_command;
     BlindOptions m_blindOptions;
+    SettingOptions m_settings;
     DeblurOptions m_options;
     std::vector<float> m_numbers;
     KernelPath m_path;
@@ -315,7 +254,6 @@ private:
     CLI::Option* m_scale = nullptr;
     CLI::Option* m_blind = nullptr;
     CLI::Option* m_noDeconvolve = nullptr;
-    std::vector<CLI::Option*> m_settings;
 };
 
 /// The `kernel` command on the command line, and what was given for it.
@@ -413,26 +351,20 @@ private:
 
 } // namespace
 
-RestorationSettings standardSettings() {
-    RestorationSettings settings;
-    for (const FloatSetting& setting : kSettings) {
-        settings.*setting.member = setting.standard;
-    }
-    return settings;
-}
-
 std::optional<Command> parseCommandLine(int argc, const char* const* argv, std::ostream& out) {
     CLI::App app{"Restores the sharpness of blurred photographs.", "velorn"};
     app.formatter(std::make_shared<HelpFormatter>());
     app.set_version_flag("--version", "velorn " VELORN_VERSION, "Show the version and exit.");
     app.require_subcommand(1);
-    app.footer(
-        "'velorn deblur --help', 'velorn estimate --help' and 'velorn kernel --help' tell more.");
+    app.footer("'velorn COMMAND --help' tells more of each command.");
     DeblurParser deblur(app);
     EstimateParser estimate(app);
     KernelParser kernel(app);
     try {
-        app.parse(argc, argv);
+        std::vector<std::string> words =
+            SettingOptions::completed({argv + std::min(argc, 1), argv + argc});
+        std::ranges::reverse(words);
+        app.parse(std::move(words));
     } catch (const CLI::Success& request) {
         app.exit(request, out, out);
         return std::nullopt;

@@ -11,9 +11,6 @@
 
 namespace velorn {
 
-/// The settings of a restoration when the command line says nothing about them.
-RestorationSettings standardSettings();
-
 /// A kernel in a file, and the side of a weight's square when the user tells it.
 struct KernelPath {
     std::filesystem::path path;
@@ -29,7 +26,7 @@ struct DeblurOptions {
     std::filesystem::path output;
     KernelSource kernel;
     /// `lambda` in here counts only when `lambdaIsGiven`.
-    RestorationSettings settings = standardSettings();
+    RestorationSettings settings;
     bool lambdaIsGiven = false;
     /// Passes that continue the picture beyond its frame, see `restoreInFrame`.
     int framePasses = 2;

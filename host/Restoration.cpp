@@ -43,6 +43,14 @@ std::int32_t rowStep(const RgbPixels& pixels) {
 
 } // namespace
 
+RestorationSettings deconvolutionOnly(RestorationSettings settings) {
+    settings.edgeSlope = 0.0f;
+    settings.edgeGain = 1.0f;
+    settings.detailGain = 0.0f;
+    settings.detailGamma = 0.0f;
+    return settings;
+}
+
 RgbPixels restore(const RgbPixels& source, const BlurKernel& kernel,
                   const RestorationSettings& settings, const ProgressFunction& progress) {
     RgbPixels target{source.width, source.height, {}};
@@ -65,10 +73,10 @@ RgbPixels restore(const RgbPixels& source, const BlurKernel& kernel,
                         weights.data()};
     ProgressFunction report = progress;
     ProgressRecord account{kProgressUnits, kProgressUnits + 1, reportProgress, &report, 0};
-    const std::int32_t status =
-        ornDeblurSharpen(&account, &image, &record, settings.deconvolve ? 1 : 0, settings.lambda,
-                         settings.alpha, settings.limit, settings.edgeRadius, settings.edgeSlope,
-                         settings.edgeGain, settings.edgeFloor, 0.0f, 0.0f);
+    const std::int32_t status = ornDeblurSharpen(
+        &account, &image, &record, settings.deconvolve ? 1 : 0, settings.lambda, settings.alpha,
+        settings.limit, settings.edgeRadius, settings.edgeSlope, settings.edgeGain,
+        settings.edgeFloor, settings.detailGain, settings.detailGamma);
     if (status == VELORN_CANCELLED) {
         return {};
     }

@@ -7,17 +7,25 @@
 
 namespace velorn {
 
-/// The settings of a restoration; velorncore10.h tells what each does to the picture.
+/// The settings of a restoration; velorncore10.h tells what each does to the picture. As
+/// constructed they restore, hold fringes back, and neither sharpen edges nor enhance detail; the
+/// strength is still to be chosen.
 struct RestorationSettings {
     bool deconvolve = true;
     float lambda = 0.0f;
-    float alpha = 0.0f;
-    float limit = 0.0f;
-    float edgeRadius = 0.0f;
+    float alpha = 0.5f;
+    float limit = 0.5f;
+    float edgeRadius = 0.85f;
     float edgeSlope = 0.0f;
-    float edgeGain = 0.0f;
-    float edgeFloor = 0.0f;
+    float edgeGain = 1.0f;
+    float edgeFloor = 0.005f;
+    float detailGain = 0.0f;
+    float detailGamma = 0.0f;
 };
+
+/// `settings` without edge sharpening and detail enhancement: what shows of the picture then is
+/// what the kernel makes of it.
+RestorationSettings deconvolutionOnly(RestorationSettings settings);
 
 /// Told how much is done, as `current` of `limit`; false cancels.
 using ProgressFunction = std::function<bool(int current, int limit)>;

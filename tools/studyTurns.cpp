@@ -37,7 +37,7 @@ struct Choice {
 };
 
 Choice choose(const Photograph& photograph, const BlurKernel& kernel) {
-    RestorationSettings settings = standardSettings();
+    RestorationSettings settings;
     settings.lambda = blindStrength(noiseLevel(photograph.taken));
     const BlurKernel turned = turnedRound(kernel);
     const auto decibelsWith = [&](const BlurKernel& way) {

@@ -162,7 +162,7 @@ int main(int argc, char** argv) {
     CLI::App app{"Fits the default strength to the measured noise."};
     std::vector<std::string> files;
     int scenes = 2;
-    RestorationSettings settings = standardSettings();
+    RestorationSettings settings;
     app.add_option("PICTURES", files, "Sharp photographs to try on as well");
     app.add_option("--scenes", scenes, "Drawn scenes to try on")->capture_default_str();
     int framePasses = DeblurOptions().framePasses;

@@ -19,7 +19,7 @@ using velorn::Turn;
 class BlindKernel : public testing::Test {
 protected:
     velorn::BlindKernel find(const RgbPixels& pixels, int side, Turn turn = Turn::Auto) {
-        velorn::RestorationSettings restoration = velorn::standardSettings();
+        velorn::RestorationSettings restoration;
         restoration.lambda = 2000.0f;
         BlindSettings settings;
         settings.size = {side, side};

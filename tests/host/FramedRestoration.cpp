@@ -23,10 +23,7 @@ using Shape = velorn::AnalyticBlur::Shape;
 RestorationSettings settings() {
     RestorationSettings settings;
     settings.lambda = 30000.0f;
-    settings.alpha = 0.5f;
-    settings.edgeRadius = 0.85f;
-    settings.edgeGain = 1.0f;
-    settings.edgeFloor = 0.005f;
+    settings.limit = 0.0f;
     return settings;
 }
 

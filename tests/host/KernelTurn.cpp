@@ -26,7 +26,7 @@ bool goOn(int, int) {
 }
 
 velorn::RestorationSettings settings() {
-    velorn::RestorationSettings settings = velorn::standardSettings();
+    velorn::RestorationSettings settings;
     settings.lambda = 5000.0f;
     return settings;
 }

@@ -82,22 +82,7 @@ TEST(Options, SharpeningAloneNeedsNoBlur) {
     EXPECT_EQ(options.settings.edgeGain, 2.0f);
 }
 
-TEST(Options, SettingsHaveDefaultsAndOptions) {
-    const auto standard = deblur({"--disc", "2"}).settings;
-    EXPECT_EQ(standard.alpha, 0.5f);
-    EXPECT_EQ(standard.edgeGain, 1.0f);
-    EXPECT_EQ(standard.edgeSlope, 0.0f);
-    const auto options = deblur({"--disc", "2", "--lambda", "2000", "--alpha", "0.7", "--limit",
-                                 "0.3", "--edge-radius", "1.5", "--edge-slope", "2", "--edge-gain",
-                                 "3", "--edge-floor", "0.02"});
-    EXPECT_TRUE(options.lambdaIsGiven);
-    EXPECT_EQ(options.settings.lambda, 2000.0f);
-    EXPECT_EQ(options.settings.alpha, 0.7f);
-    EXPECT_EQ(options.settings.limit, 0.3f);
-    EXPECT_EQ(options.settings.edgeRadius, 1.5f);
-    EXPECT_EQ(options.settings.edgeSlope, 2.0f);
-    EXPECT_EQ(options.settings.edgeGain, 3.0f);
-    EXPECT_EQ(options.settings.edgeFloor, 0.02f);
+TEST(Options, FramePassesHaveADefault) {
     EXPECT_EQ(deblur({"--disc", "2"}).framePasses, 2);
     EXPECT_EQ(deblur({"--disc", "2", "--frame-passes", "0"}).framePasses, 0);
 }
@@ -111,10 +96,6 @@ TEST(Options, ExactlyOneBlurIsAsked) {
 }
 
 TEST(Options, NumbersOutOfRangeAreRefusedWithTheRange) {
-    EXPECT_EQ(deblurComplaint({"--disc", "2", "--alpha", "1.5"}), "--alpha must be from 0 to 1");
-    EXPECT_EQ(deblurComplaint({"--disc", "2", "--lambda", "0"}),
-              "--lambda must be from 1 to 1000000");
-    EXPECT_EQ(deblurComplaint({"--disc", "2", "--limit", "nan"}), "--limit must be from 0 to 1");
     EXPECT_EQ(deblurComplaint({"--disc", "2", "--frame-passes", "9"}),
               "--frame-passes must be from 0 to 8");
     EXPECT_EQ(deblurComplaint({"--disc", "0"}), "--disc must be from 0.1 to 500 pixels");
@@ -173,16 +154,11 @@ TEST(Options, VersionAndHelpArePrinted) {
     EXPECT_NE(printed.find("kernel"), std::string::npos);
 }
 
-TEST(Options, HelpShowsEverySettingWithRangeAndDefault) {
+TEST(Options, HelpShowsEveryBlur) {
     std::string printed;
     EXPECT_FALSE(parse({"deblur", "--help"}, &printed).has_value());
-    for (const char* text :
-         {"--gaussian SIGMA", "--disc RADIUS", "--motion LENGTH,ANGLE", "--kernel FILE",
-          "--no-deconvolve", "--lambda NUMBER\n        1..1000000, default: measured",
-          "--alpha NUMBER\n        0..1, default: 0.5", "--limit NUMBER\n        0..1",
-          "--edge-radius NUMBER\n        0..10, default: 0.85",
-          "--edge-slope NUMBER\n        0..10", "--edge-gain NUMBER\n        0..10",
-          "--edge-floor NUMBER\n        0.00001..1"}) {
+    for (const char* text : {"--gaussian SIGMA", "--disc RADIUS", "--motion LENGTH,ANGLE",
+                             "--kernel FILE", "--blind N[xM]", "--no-deconvolve"}) {
         EXPECT_NE(printed.find(text), std::string::npos) << text << "\n" << printed;
     }
 }

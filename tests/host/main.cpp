@@ -128,6 +128,28 @@ TEST_F(Velorn, InterruptDuringAnEstimateWritesNothingAndExitsWith130) {
     EXPECT_EQ(m_folder.fileCount(), 1u);
 }
 
+TEST_F(Velorn, SharpeningAndDetailGoBeyondTheRestoration) {
+    writeBlurred("in.png");
+    const auto contrast = [&](const std::string& name) {
+        ImageSpec spec;
+        const auto samples = readPicture<std::uint8_t>(at(name), spec);
+        double steps = 0.0;
+        for (std::size_t i = 3; i < samples.size(); ++i) {
+            steps += std::abs(samples[i] - samples[i - 3]);
+        }
+        return steps;
+    };
+    ASSERT_EQ(run({"deblur", at("in.png"), at("plain.png"), "--disc", "3"}).exitStatus, 0);
+    for (const std::string option : {"--sharpen", "--detail"}) {
+        // Behind an option whose numbers are left away stand the files.
+        const ProgramResult result =
+            run({"deblur", "--disc", "3", option, at("in.png"), at("more.png")});
+        EXPECT_EQ(result.exitStatus, 0) << result.errors;
+        EXPECT_GT(contrast("more.png"), 1.02 * contrast("plain.png")) << option;
+        EXPECT_GT(gainOf("more.png"), 2.0) << option;
+    }
+}
+
 TEST_F(Velorn, PictureMayBeReplacedByItsRestoration) {
     writeBlurred("in.png");
     ASSERT_EQ(run({"deblur", at("in.png"), at("in.png"), "--disc", "3"}).exitStatus, 0);
@@ -241,6 +263,7 @@ TEST_F(Velorn, WrongCommandLinesExitWithTwo) {
              {"deblur", "a.png", "b.png"},
              {"deblur", "a.png", "b.png", "--disc", "2", "--gaussian", "2"},
              {"deblur", "a.png", "b.png", "--disc", "2", "--alpha", "7"},
+             {"deblur", "a.png", "b.png", "--disc", "2", "--detail", "--detail-gain", "0.3"},
              {"estimate", "a.png", "-o", "k.png"},
              {"deblur", "a.png", "b.png", "--blind", "6"},
              {"kernel", "disc", "2"}}) {
