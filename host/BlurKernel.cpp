@@ -1,6 +1,7 @@
 #include "BlurKernel.h"
 
 #include "Failure.h"
+#include "Orientation.h"
 #include "velorncore10.h"
 
 #include <algorithm>
@@ -57,20 +58,15 @@ BlurKernel pointKernel() {
 }
 
 BlurKernel asStored(const BlurKernel& kernel, int orientation) {
-    const bool isTurned = orientation >= 5;
-    const bool fromBottom =
-        orientation == 3 || orientation == 4 || orientation == 7 || orientation == 8;
-    const bool fromRight =
-        orientation == 2 || orientation == 3 || orientation == 6 || orientation == 7;
-    BlurKernel stored{
-        isTurned ? kernel.height : kernel.width, isTurned ? kernel.width : kernel.height, {}};
+    const Orientation turn(orientation);
+    BlurKernel stored{turn.isTurned() ? kernel.height : kernel.width,
+                      turn.isTurned() ? kernel.width : kernel.height,
+                      {}};
     stored.weights.reserve(kernel.weights.size());
     for (int r = 0; r < stored.height; ++r) {
         for (int c = 0; c < stored.width; ++c) {
-            const int row = isTurned ? c : r;
-            const int column = isTurned ? r : c;
-            stored.weights.push_back(kernel.at(fromBottom ? kernel.height - 1 - row : row,
-                                               fromRight ? kernel.width - 1 - column : column));
+            const auto place = turn.shown({r, c}, kernel.width, kernel.height);
+            stored.weights.push_back(kernel.at(place.row, place.column));
         }
     }
     return stored;

@@ -119,6 +119,11 @@ Samples readSamples(ImageInput& input, const std::filesystem::path& path) {
     return readSamples<std::uint16_t>(input, TypeDesc::UINT16, path);
 }
 
+void attachProfile(ImageSpec& spec, const auto& bytes) {
+    spec.attribute(kProfile, TypeDesc(TypeDesc::UINT8, static_cast<int>(bytes.size())),
+                   bytes.data());
+}
+
 /// What the pixels' reader of these formats leaves to others: `spec` so knows the metadata by name,
 /// for formats without opaque blocks and for the orientation.
 void learnFromBlocks(const MetadataBlocks& blocks, const std::string& format, ImageSpec& spec) {
@@ -126,8 +131,7 @@ void learnFromBlocks(const MetadataBlocks& blocks, const std::string& format, Im
         addNamedMetadata(blocks, spec);
     }
     if (!blocks.icc.empty() && spec.find_attribute(kProfile) == nullptr) {
-        spec.attribute(kProfile, TypeDesc(TypeDesc::UINT8, static_cast<int>(blocks.icc.size())),
-                       blocks.icc.data());
+        attachProfile(spec, blocks.icc);
     }
 }
 
@@ -295,6 +299,19 @@ void ImageFile::encodeTo(OIIO::ImageOutput& output, const std::filesystem::path&
     }
 }
 
+std::vector<unsigned char> ImageFile::profile() const {
+    const auto* profile = m_spec.find_attribute(kProfile);
+    if (profile == nullptr) {
+        return {};
+    }
+    const auto* bytes = static_cast<const unsigned char*>(profile->data());
+    return {bytes, bytes + profile->type().size()};
+}
+
+void ImageFile::setProfile(const std::vector<unsigned char>& profile) {
+    attachProfile(m_spec, profile);
+}
+
 std::vector<unsigned char> ImageFile::encode(const std::filesystem::path& path) const {
     const SilencedErrors silenced;
     const auto output = createOutput(path);
@@ -317,9 +334,9 @@ std::vector<unsigned char> ImageFile::encode(const std::filesystem::path& path) 
 
 MetadataBlocks ImageFile::outputBlocks() const {
     MetadataBlocks blocks = m_blocks;
-    const auto* profile = m_spec.find_attribute(kProfile);
-    if (profile != nullptr) {
-        blocks.icc.assign(static_cast<const char*>(profile->data()), profile->type().size());
+    const std::vector<unsigned char> icc = profile();
+    if (!icc.empty()) {
+        blocks.icc.assign(icc.begin(), icc.end());
     }
     return blocks;
 }

@@ -49,6 +49,10 @@ public:
     std::string description() const;
     void setDescription(const std::string& text);
 
+    /// The ICC profile embedded in the picture; empty when there is none.
+    std::vector<unsigned char> profile() const;
+    void setProfile(const std::vector<unsigned char>& profile);
+
     /// The bytes of a file of the format that the extension of `path` names, metadata included.
     /// Samples keep 16 bits where the format can hold them; alpha is dropped where it cannot.
     /// JPEG is written at quality 97 without chroma subsampling, WebP at quality 100.

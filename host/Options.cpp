@@ -349,6 +349,52 @@ private:
     EstimateOptions m_options;
 };
 
+/// The `preview` command on the command line, and what was given for it.
+class PreviewParser {
+public:
+    explicit PreviewParser(CLI::App& app)
+        : m_command(*app.add_subcommand("preview", "Write a picture as a display shows it.")) {
+        m_command
+            .add_option("IN", m_options.input,
+                        "Picture to show: 8 or 16 bits, grey or RGB. Its colours are told by its\n"
+                        "profile, by sRGB when it has none or is grey. Alpha is left out.")
+            ->required();
+        m_command
+            .add_option("OUT", m_options.output,
+                        "Where to write what is shown: 8 bits, upright, without metadata.")
+            ->required();
+        m_command
+            .add_option("--scale", m_options.scale,
+                        "0.01..32, default: 1\n"
+                        "Magnification. From 0.99 to 1.01 pixels are shown one by one.")
+            ->type_name("NUMBER");
+        m_profile = m_command
+                        .add_option("--profile", m_profilePath,
+                                    "The display's ICC profile, default: sRGB. OUT then carries "
+                                    "it.")
+                        ->type_name("FILE");
+        m_command.footer(kExitCodes);
+    }
+
+    bool isChosen() const { return m_command.parsed(); }
+
+    PreviewOptions result() {
+        if (!(m_options.scale >= 0.01f && m_options.scale <= 32.0f)) {
+            throw UsageFailure("--scale must be from 0.01 to 32");
+        }
+        if (m_profile->count() > 0) {
+            m_options.profile = m_profilePath;
+        }
+        return m_options;
+    }
+
+private:
+    CLI::App& m_command;
+    PreviewOptions m_options;
+    std::filesystem::path m_profilePath;
+    CLI::Option* m_profile = nullptr;
+};
+
 } // namespace
 
 std::optional<Command> parseCommandLine(int argc, const char* const* argv, std::ostream& out) {
@@ -360,6 +406,7 @@ std::optional<Command> parseCommandLine(int argc, const char* const* argv, std::
     DeblurParser deblur(app);
     EstimateParser estimate(app);
     KernelParser kernel(app);
+    PreviewParser preview(app);
     try {
         std::vector<std::string> words =
             SettingOptions::completed({argv + std::min(argc, 1), argv + argc});
@@ -376,6 +423,9 @@ std::optional<Command> parseCommandLine(int argc, const char* const* argv, std::
     }
     if (estimate.isChosen()) {
         return estimate.result();
+    }
+    if (preview.isChosen()) {
+        return preview.result();
     }
     return kernel.result();
 }

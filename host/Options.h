@@ -46,7 +46,15 @@ struct EstimateOptions {
     BlindSettings blind;
 };
 
-using Command = std::variant<DeblurOptions, KernelOptions, EstimateOptions>;
+/// `velorn preview`
+struct PreviewOptions {
+    std::filesystem::path input;
+    std::filesystem::path output;
+    float scale = 1.0f;
+    std::optional<std::filesystem::path> profile;
+};
+
+using Command = std::variant<DeblurOptions, KernelOptions, EstimateOptions, PreviewOptions>;
 
 /// Reads the command line. Help and version are written to `out`, and there is no command then.
 /// @throws UsageFailure with one line that says what does not fit.

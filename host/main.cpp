@@ -4,6 +4,7 @@
 #include "Failure.h"
 #include "KernelCommand.h"
 #include "Options.h"
+#include "PreviewCommand.h"
 
 #include <csignal>
 #include <iostream>
@@ -20,11 +21,15 @@ constexpr int kSignalBase = 128;
 
 /// The file that a failure without a text of its own is told with.
 std::filesystem::path subjectOf(const Command& command) {
-    if (const auto* deblur = std::get_if<DeblurOptions>(&command)) {
-        return deblur->input;
-    }
-    const auto* estimate = std::get_if<EstimateOptions>(&command);
-    return estimate != nullptr ? estimate->input : std::get<KernelOptions>(command).output;
+    return std::visit(
+        []<class Options>(const Options& options) {
+            if constexpr (requires { options.input; }) {
+                return options.input;
+            } else {
+                return options.output;
+            }
+        },
+        command);
 }
 
 void run(const Command& command, const Interrupt& interrupt) {
@@ -33,6 +38,8 @@ void run(const Command& command, const Interrupt& interrupt) {
         runDeblur(*deblur, interrupt, std::cerr, isTerminal);
     } else if (const auto* estimate = std::get_if<EstimateOptions>(&command)) {
         runEstimate(*estimate, interrupt, std::cout, std::cerr, isTerminal);
+    } else if (const auto* preview = std::get_if<PreviewOptions>(&command)) {
+        runPreview(*preview, interrupt, std::cerr);
     } else {
         runKernel(std::get<KernelOptions>(command), interrupt);
     }

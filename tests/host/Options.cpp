@@ -214,4 +214,21 @@ TEST(Options, BlindIsABlurLikeTheOthers) {
               "--blind must be odd numbers from 3 to 63, like 15 or 15x9");
 }
 
+TEST(Options, PreviewTakesAScaleAndADisplaysProfile) {
+    const auto plain =
+        std::get<velorn::PreviewOptions>(parse({"preview", "in.tif", "out.png"}).value());
+    EXPECT_EQ(plain.input, "in.tif");
+    EXPECT_EQ(plain.output, "out.png");
+    EXPECT_EQ(plain.scale, 1.0f);
+    EXPECT_FALSE(plain.profile.has_value());
+    const auto full = std::get<velorn::PreviewOptions>(
+        parse({"preview", "--scale", "0.5", "--profile", "d.icc", "in.tif", "out.png"}).value());
+    EXPECT_EQ(full.scale, 0.5f);
+    EXPECT_EQ(full.profile, "d.icc");
+    for (const char* scale : {"0", "-1", "0.009", "33", "nan", "inf"}) {
+        EXPECT_EQ(complaint({"preview", "in.tif", "out.png", "--scale", scale}),
+                  "--scale must be from 0.01 to 32");
+    }
+}
+
 } // namespace

@@ -150,6 +150,19 @@ TEST_F(Velorn, SharpeningAndDetailGoBeyondTheRestoration) {
     }
 }
 
+TEST_F(Velorn, PreviewShowsAPicture) {
+    writeBlurred("in.png");
+    const ProgramResult result = run({"preview", at("in.png"), at("out.png"), "--scale", "0.5"});
+    EXPECT_EQ(result.exitStatus, 0);
+    EXPECT_EQ(result.errors, "");
+    EXPECT_EQ(result.output, "");
+    ImageSpec spec;
+    readPicture<std::uint8_t>(at("out.png"), spec);
+    EXPECT_EQ(spec.width, 90);
+    EXPECT_EQ(spec.height, 60);
+    EXPECT_EQ(m_folder.fileCount(), 2u);
+}
+
 TEST_F(Velorn, PictureMayBeReplacedByItsRestoration) {
     writeBlurred("in.png");
     ASSERT_EQ(run({"deblur", at("in.png"), at("in.png"), "--disc", "3"}).exitStatus, 0);
@@ -225,6 +238,11 @@ TEST_F(Velorn, FailuresAreOneLineThatNamesTheFile) {
                   at("bad.txt"));
     expectFailure({"deblur", at("in.png"), at("out.png"), "--kernel", at("none.txt")},
                   at("none.txt"));
+    expectFailure({"preview", at("none.png"), at("out.png")}, at("none.png"));
+    expectFailure({"preview", at("in.png"), at("none/out.png")}, at("none/out.png"));
+    expectFailure({"preview", at("in.png"), at("out.xyz")}, at("out.xyz"));
+    expectFailure({"preview", at("in.png"), at("out.png"), "--profile", at("text.png")},
+                  at("text.png"));
     expectFailure({"kernel", "disc", "3", "-o", at("none/k.png")}, at("none/k.png"));
     expectFailure({"kernel", "disc", "3", "-o", at("k.xyz")}, at("k.xyz"));
 }
@@ -264,6 +282,8 @@ TEST_F(Velorn, WrongCommandLinesExitWithTwo) {
              {"deblur", "a.png", "b.png", "--disc", "2", "--gaussian", "2"},
              {"deblur", "a.png", "b.png", "--disc", "2", "--alpha", "7"},
              {"deblur", "a.png", "b.png", "--disc", "2", "--detail", "--detail-gain", "0.3"},
+             {"preview", "a.png"},
+             {"preview", "a.png", "b.png", "--scale", "0"},
              {"estimate", "a.png", "-o", "k.png"},
              {"deblur", "a.png", "b.png", "--blind", "6"},
              {"kernel", "disc", "2"}}) {
@@ -280,6 +300,7 @@ TEST_F(Velorn, HelpAndVersionGoToTheStandardOutput) {
                                                {"deblur", "--help"},
                                                {"kernel", "--help"},
                                                {"estimate", "--help"},
+                                               {"preview", "--help"},
                                                {"kernel", "motion", "--help"}}) {
         const ProgramResult result = run(words);
         EXPECT_EQ(result.exitStatus, 0);
