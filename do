@@ -79,7 +79,27 @@ command_demo() {
     "$bin/velorn" deblur demo/blurred.png demo/restored.png --disc 4 --verbose
     "$bin/comparePictures" demo/sharp.png demo/blurred.png demo/restored.png \
         --labels sharp,blurred,restored --sheet demo/side-by-side.png --inset 740,465,140,140
-    say "See demo/side-by-side.png"
+    demo_stages "$bin"
+    say "See demo/side-by-side.png and demo/stages.png"
+}
+
+# The same photograph with one stage more each.
+demo_stages() {
+    local bin=$1 stage
+    local -A options=(
+        [deconvolved]="--limit 0"
+        [limited]=""
+        [sharpened]="--sharpen"
+        [detailed]="--sharpen --detail"
+    )
+    for stage in "${!options[@]}"; do
+        # shellcheck disable=SC2086
+        "$bin/velorn" deblur demo/blurred.png "demo/$stage.png" --disc 4 ${options[$stage]}
+    done
+    "$bin/comparePictures" demo/sharp.png \
+        demo/{blurred,deconvolved,limited,sharpened,detailed}.png \
+        --labels "sharp,blurred,deconvolved,+ limiter,+ sharpen,+ detail" --reference-last \
+        --columns 3 --sheet demo/stages.png --inset 740,465,140,140
 }
 
 command_help() {

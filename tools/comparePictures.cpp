@@ -1,10 +1,12 @@
-// Tells how near pictures come to a reference, and shows them side by side with a magnified part.
+// Tells how near pictures come to a reference, and shows them on one sheet with a magnified part.
 #include "Failure.h"
 #include "Pictures.h"
 
+#include <algorithm>
 #include <CLI/CLI.hpp>
 #include <iomanip>
 #include <iostream>
+#include <limits>
 #include <opencv2/imgproc.hpp>
 
 namespace {
@@ -46,18 +48,17 @@ cv::Mat drawPanel(const Panel& panel, const cv::Rect& inset) {
     return drawn;
 }
 
-cv::Mat drawSheet(const std::vector<Panel>& panels, const cv::Rect& inset) {
-    cv::Mat sheet;
-    for (const Panel& panel : panels) {
-        const cv::Mat drawn = drawPanel(panel, inset);
-        const int left = sheet.empty() ? kGap : 0;
-        cv::Mat framed;
-        cv::copyMakeBorder(drawn, framed, kGap, kGap, left, kGap, cv::BORDER_CONSTANT, kPaper);
-        if (sheet.empty()) {
-            sheet = framed;
-        } else {
-            cv::hconcat(sheet, framed, sheet);
-        }
+/// The panels in rows of `columns`, from left to right and from top to bottom.
+cv::Mat drawSheet(const std::vector<Panel>& panels, const cv::Rect& inset, int columns) {
+    const int count = static_cast<int>(panels.size());
+    const int across = std::min(columns, count);
+    const int down = (count + across - 1) / across;
+    const cv::Size cell = drawPanel(panels[0], inset).size() + cv::Size(kGap, kGap);
+    cv::Mat sheet(down * cell.height + kGap, across * cell.width + kGap, CV_32FC3, kPaper);
+    for (int i = 0; i < count; ++i) {
+        const cv::Mat drawn = drawPanel(panels[static_cast<std::size_t>(i)], inset);
+        const cv::Point place(i % across * cell.width + kGap, i / across * cell.height + kGap);
+        drawn.copyTo(sheet(cv::Rect(place, drawn.size())));
     }
     return sheet;
 }
@@ -77,27 +78,46 @@ cv::Rect insetIn(const cv::Mat& picture, const std::vector<int>& wanted) {
     return inside;
 }
 
-void compare(const std::string& reference, const std::vector<std::string>& others,
-             const std::vector<std::string>& labels, const std::string& sheet,
-             const std::vector<int>& inset) {
-    const cv::Mat truth = readColours(reference);
-    const auto labelOf = [&](std::size_t i, const std::string& path) {
-        return i < labels.size() ? labels[i] : std::filesystem::path(path).filename().string();
-    };
-    std::vector<Panel> panels{{truth, labelOf(0, reference)}};
-    for (std::size_t i = 0; i < others.size(); ++i) {
-        const cv::Mat picture = readColours(others[i]);
-        if (picture.size() != truth.size()) {
-            throw Failure(velorn::quoted(others[i]) + " and " + velorn::quoted(reference) +
-                          " differ in size");
-        }
-        const std::string label = labelOf(i + 1, others[i]);
-        const std::string value = decibelText(decibels(truth, picture));
-        std::cout << std::left << std::setw(24) << label << value << '\n';
-        panels.push_back({picture, label + ", " + value});
+struct Request {
+    std::string reference;
+    std::vector<std::string> others;
+    std::vector<std::string> labels;
+    std::string sheet;
+    std::vector<int> inset{0, 0, 160, 120};
+    int columns = std::numeric_limits<int>::max();
+    bool referenceIsLast = false;
+};
+
+std::string labelOf(const Request& request, std::size_t i, const std::string& path) {
+    return i < request.labels.size() ? request.labels[i]
+                                     : std::filesystem::path(path).filename().string();
+}
+
+Panel comparedPanel(const Request& request, const cv::Mat& truth, std::size_t i) {
+    const std::string& path = request.others[i];
+    const cv::Mat picture = readColours(path);
+    if (picture.size() != truth.size()) {
+        throw Failure(velorn::quoted(path) + " and " + velorn::quoted(request.reference) +
+                      " differ in size");
     }
-    if (!sheet.empty()) {
-        writeColours(sheet, drawSheet(panels, insetIn(truth, inset)));
+    const std::string label = labelOf(request, i + 1, path);
+    const std::string value = decibelText(decibels(truth, picture));
+    std::cout << std::left << std::setw(24) << label << value << '\n';
+    return {picture, label + ", " + value};
+}
+
+void compare(const Request& request) {
+    const cv::Mat truth = readColours(request.reference);
+    std::vector<Panel> panels{{truth, labelOf(request, 0, request.reference)}};
+    for (std::size_t i = 0; i < request.others.size(); ++i) {
+        panels.push_back(comparedPanel(request, truth, i));
+    }
+    if (request.referenceIsLast) {
+        std::ranges::rotate(panels, panels.begin() + 1);
+    }
+    if (!request.sheet.empty()) {
+        writeColours(request.sheet,
+                     drawSheet(panels, insetIn(truth, request.inset), request.columns));
     }
 }
 
@@ -105,21 +125,21 @@ void compare(const std::string& reference, const std::vector<std::string>& other
 
 int main(int argc, char** argv) {
     CLI::App app{"Prints the peak signal to noise ratio of pictures against a reference."};
-    std::string reference;
-    std::vector<std::string> others;
-    std::vector<std::string> labels;
-    std::string sheet;
-    std::vector<int> inset{0, 0, 160, 120};
-    app.add_option("REFERENCE", reference, "The picture to compare with")->required();
-    app.add_option("PICTURES", others, "Pictures of the same size")->required();
-    app.add_option("--labels", labels, "Names shown, the reference's first")->delimiter(',');
-    app.add_option("--sheet", sheet, "Where to write all pictures side by side");
-    app.add_option("--inset", inset, "X,Y,WIDTH,HEIGHT of the part that is magnified")
+    Request request;
+    app.add_option("REFERENCE", request.reference, "The picture to compare with")->required();
+    app.add_option("PICTURES", request.others, "Pictures of the same size")->required();
+    app.add_option("--labels", request.labels, "Names shown, the reference's first")
+        ->delimiter(',');
+    app.add_option("--sheet", request.sheet, "Where to write all pictures side by side");
+    app.add_option("--columns", request.columns, "Pictures side by side at most")
+        ->check(CLI::PositiveNumber);
+    app.add_flag("--reference-last", request.referenceIsLast, "Show the reference at the end");
+    app.add_option("--inset", request.inset, "X,Y,WIDTH,HEIGHT of the part that is magnified")
         ->delimiter(',')
         ->expected(4);
     CLI11_PARSE(app, argc, argv);
     try {
-        compare(reference, others, labels, sheet, inset);
+        compare(request);
         return 0;
     } catch (const std::exception& failure) {
         std::cerr << "comparePictures: " << failure.what() << '\n';
