@@ -2,12 +2,14 @@
 
 #include "tests/support/EachTarget.h"
 #include "tests/support/NullWhenOutOfMemory.h"
+#include "tests/support/sameBits.h"
+#include "tests/support/textOf.h"
+#include "tests/support/Threads.h"
 #include "velimproclib/veldeblurcv/ProgressSpan.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstring>
 #include <functional>
 #include <gtest/gtest.h>
 #include <new>
@@ -20,18 +22,9 @@ namespace {
 
 using vel::CProgressSpan;
 using vel::CPSFEst;
-
-/// Sets the number of OpenMP threads while it lives.
-class Threads {
-public:
-    explicit Threads(int count) : m_before(omp_get_max_threads()) { omp_set_num_threads(count); }
-    ~Threads() { omp_set_num_threads(m_before); }
-    Threads(const Threads&) = delete;
-    Threads& operator=(const Threads&) = delete;
-
-private:
-    int m_before;
-};
+using vel::test::sameBits;
+using vel::test::textOf;
+using vel::test::ThreadCount;
 
 struct Sums {
     cv::Mat matrix;
@@ -95,19 +88,6 @@ void setUp(CPSFEst& solver, cv::Size kernel, cv::Size image, float lambda = 0.00
                  1.0f, 1.0f, 1.0f, 1.0f);
 }
 
-bool sameBits(const cv::Mat& a, const cv::Mat& b) {
-    if (a.size() != b.size() || a.type() != b.type()) {
-        return false;
-    }
-    for (int row = 0; row < a.rows; ++row) {
-        if (std::memcmp(a.ptr(row), b.ptr(row), a.elemSize() * static_cast<std::size_t>(a.cols)) !=
-            0) {
-            return false;
-        }
-    }
-    return true;
-}
-
 void expectPlainSums(const cv::Mat& image, const cv::Mat& blur, const cv::Mat& mask,
                      cv::Size kernel, const Sums& expected) {
     CPSFEst solver;
@@ -164,7 +144,7 @@ TEST(PSFEst, SumsAreTheSameForEveryNumberOfThreads) {
         const Sums expected = plainSums(image, blur, mask, kernel);
         for (const int threads : {1, 2, 3, 5, 16, 100}) {
             SCOPED_TRACE(threads);
-            const Threads team(threads);
+            const ThreadCount team(threads);
             expectPlainSums(image, blur, mask, kernel, expected);
         }
     }
@@ -179,7 +159,7 @@ TEST(PSFEst, LargerKernelsTakeSeveralBatchesAndPanels) {
     for (const cv::Size kernel : {cv::Size(17, 17), cv::Size(15, 19), cv::Size(21, 3)}) {
         const Sums expected = plainSums(image, blur, mask, kernel);
         for (const int threads : {1, 2}) {
-            const Threads team(threads);
+            const ThreadCount team(threads);
             expectPlainSums(image, blur, mask, kernel, expected);
         }
     }
@@ -216,6 +196,37 @@ TEST(PSFEst, ImagesMayBePartsOfLargerOnes) {
     const cv::Mat mask = randomMask(cv::Size(67, 50), 0.5, random)(part);
     expectPlainSums(image, blur, mask, cv::Size(5, 5),
                     plainSums(image, blur, mask, cv::Size(5, 5)));
+}
+
+TEST(PSFEst, WeightsOfTheDerivativesChangeNothing) {
+    std::mt19937 random(67);
+    const cv::Size size(40, 40);
+    const cv::Mat image = randomImage(size, random);
+    const cv::Mat blur = randomImage(size, random);
+    const cv::Mat mask = randomMask(size, 0.5, random);
+    const Sums expected = plainSums(image, blur, mask, cv::Size(3, 5));
+    for (const float weight : {0.0f, 1.0f, -3.0f, std::nanf("")}) {
+        CPSFEst solver;
+        solver.setup(cv::Size(3, 5), size, cv::Point(1, 2), 0.001f, weight, weight, weight, weight,
+                     weight, weight);
+        solver.computeLA(image, blur, mask);
+        EXPECT_TRUE(sameBits(solver.normalMatrix(), expected.matrix)) << weight;
+        EXPECT_TRUE(sameBits(solver.rightHandSide(), expected.rightHand)) << weight;
+    }
+}
+
+TEST(PSFEst, ImagesSmallerThanSetUpAreAnExceptionOfTheMatrixLibrary) {
+    const cv::Mat whole = cv::Mat::zeros(30, 30, CV_8UC1);
+    for (const cv::Size size : {cv::Size(29, 30), cv::Size(30, 29), cv::Size(0, 0)}) {
+        const cv::Mat small = cv::Mat::zeros(size, CV_8UC1);
+        for (int place = 0; place < 3; ++place) {
+            std::array<cv::Mat, 3> images{whole, whole, whole};
+            images[static_cast<std::size_t>(place)] = small;
+            CPSFEst solver;
+            setUp(solver, cv::Size(3, 3), whole.size());
+            EXPECT_THROW(solver.computeLA(images[0], images[1], images[2]), cv::Exception);
+        }
+    }
 }
 
 TEST(PSFEst, SumsGrowWithASecondAccumulation) {
@@ -320,12 +331,8 @@ TEST(PSFEst, RefusesOtherImageTypes) {
             images[static_cast<std::size_t>(place)] = other;
             CPSFEst solver;
             setUp(solver, cv::Size(3, 3), bytes.size());
-            try {
-                solver.computeLA(images[0], images[1], images[2]);
-                FAIL() << "accepted";
-            } catch (const char* text) {
-                EXPECT_STREQ(text, "CPSFEst::computeLA8U - image/blur/mask.type() != CV_8UC1");
-            }
+            EXPECT_EQ(textOf([&] { solver.computeLA(images[0], images[1], images[2]); }),
+                      "CPSFEst::computeLA8U - image/blur/mask.type() != CV_8UC1");
         }
     }
 }
@@ -338,8 +345,7 @@ TEST(PSFEst, KernelsTooLargeForMemoryAreExceptions) {
     }
 }
 
-// ---- Progress
-// ------------------------------------------------------------------------------------
+// ---- progress -------------------------------------------------------------------------------
 
 struct Watch {
     std::vector<int> positions;
@@ -369,7 +375,7 @@ std::vector<int> positionsWhileSumming(cv::Size size, cv::Size kernel, const cv:
 }
 
 TEST(PSFEst, OneThreadAdvancesOnceForEachRow) {
-    const Threads one(1);
+    const ThreadCount one(1);
     for (const int level : {0, 255}) {
         const cv::Mat mask(50, 40, CV_8UC1, cv::Scalar(level));
         // 50 - 2 * 5 - 4 rows; the step of 500 in 40 parts is 12.
@@ -384,7 +390,7 @@ TEST(PSFEst, OneThreadAdvancesOnceForEachRow) {
 TEST(PSFEst, ATeamAdvancesOnceForEachRowOfThreadZerosShare) {
     const cv::Mat mask(50, 40, CV_8UC1, cv::Scalar(255));
     for (const int threads : {2, 3, 5, 36, 50}) {
-        const Threads team(threads);
+        const ThreadCount team(threads);
         const int calls = (36 + threads - 1) / threads;
         const int parts = std::max(1, 40 / threads);
         const std::vector<int> positions = positionsWhileSumming(mask.size(), cv::Size(5, 5), mask);
@@ -396,7 +402,7 @@ TEST(PSFEst, ATeamAdvancesOnceForEachRowOfThreadZerosShare) {
 }
 
 TEST(PSFEst, RowsAreReportedEvenWhereNoColumnIsLeft) {
-    const Threads one(1);
+    const ThreadCount one(1);
     const cv::Mat narrow(50, 9, CV_8UC1, cv::Scalar(255));
     EXPECT_EQ(positionsWhileSumming(narrow.size(), cv::Size(5, 5), narrow).size(), 36U);
     const cv::Mat low(14, 50, CV_8UC1, cv::Scalar(255));
@@ -413,7 +419,7 @@ int32_t refuse(int32_t current, int32_t, void*) {
 TEST(PSFEst, AFailingCallbackReachesTheCallingThread) {
     const cv::Mat mask(50, 40, CV_8UC1, cv::Scalar(255));
     for (const int threads : {1, 3}) {
-        const Threads team(threads);
+        const ThreadCount team(threads);
         int userData = 0;
         ProgressRecord account{1000, 1000, refuse, &userData, 0};
         CProgressSpan span(&account);
@@ -425,8 +431,7 @@ TEST(PSFEst, AFailingCallbackReachesTheCallingThread) {
     }
 }
 
-// ---- The solve
-// -----------------------------------------------------------------------------------
+// ---- the solve ------------------------------------------------------------------------------
 
 struct Scene {
     cv::Mat sharp;

@@ -3,12 +3,12 @@
 #include "velimproclib/primitives/FailureRelay.h"
 #include "velimproclib/veldeblurcv/NormalEquations.h"
 #include "velimproclib/veldeblurcv/ProgressSpan.h"
+#include "velimproclib/veldeblurcv/SelectedPixels.h"
 
 #include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <limits>
 #include <new>
 #include <omp.h>
@@ -23,20 +23,14 @@ constexpr int kTikhonovScale = 255;
 /// Cholesky and singular values may part ways.
 constexpr double kLeastTikhonovShare = 1e-10;
 
-/// Rows or columns from `begin` up to but not including `end`.
-struct Range {
-    std::int64_t begin;
-    std::int64_t end;
-};
-
 /// Pixels along one axis that have equations of their own.
-Range margin(int kernelSide, int imageSide) {
+PixelRange margin(int kernelSide, int imageSide) {
     return {std::int64_t{kernelSide} + 2, std::int64_t{imageSide} - kernelSide - 2};
 }
 
 /// Pixels along one axis whose patch, `offset` before the pixel and `kernelSide` plus 2 for the
 /// differences long, stays in the image. For long thin kernels this is less than `margin` allows.
-Range insideImage(Range range, int offset, int kernelSide, int imageSide) {
+PixelRange insideImage(PixelRange range, int offset, int kernelSide, int imageSide) {
     const std::int64_t last = std::int64_t{imageSide} - kernelSide - 2 + offset;
     return {std::max<std::int64_t>(range.begin, offset), std::min(range.end, last + 1)};
 }
@@ -67,78 +61,104 @@ private:
     std::int64_t m_told = 0;
 };
 
-/// The first byte that is not 0, else `end`. Masks are mostly empty: eight bytes at a time.
-const unsigned char* firstSelected(const unsigned char* at, const unsigned char* end) {
-    for (std::uint64_t eight = 0; end - at >= 8; at += 8) {
-        std::memcpy(&eight, at, 8);
-        if (eight != 0) {
-            break;
-        }
-    }
-    return std::find_if(at, end, [](unsigned char m) { return m != 0; });
-}
-
-struct PixelPosition {
-    int row;
-    int column;
+/// The images that equations are read from.
+struct EquationImages {
+    const cv::Mat& sharp;
+    const cv::Mat& blurred;
+    int rowsBefore; ///< from a pixel up to the first row of its patch
+    int columnsBefore;
 };
 
-/// Hands out the selected pixels row by row, a batch at a time.
-class SelectedPixels {
+/// Sums the equations of the selected pixels in one parallel region, batch by batch. Two batches
+/// take turns, so that the next is gathered while the threads still multiply.
+class BatchedSum {
 public:
-    /// @param walked  rows that are taken up, one after the other
-    /// @param rows    those of them that may hold pixels
-    /// @param columns columns that may hold pixels
-    SelectedPixels(const cv::Mat& mask, Range walked, Range rows, Range columns, int batchPixels)
-        : m_mask(mask), m_walkedEnd(walked.end), m_rows(rows), m_columns(columns),
-          m_capacity(static_cast<std::size_t>(batchPixels)), m_row(walked.begin - 1),
-          m_column(columns.end) {}
-
-    std::size_t capacity() const noexcept { return m_capacity; }
-
-    /// Replaces `batch`, which has room for `capacity` pixels; it stays empty when all rows are
-    /// walked. Calls `rowTaken` before it looks for pixels in a row.
-    template <class RowTaken>
-    void next(std::vector<PixelPosition>& batch, RowTaken&& rowTaken) {
-        batch.clear();
-        while (batch.size() < m_capacity && reachPixel(rowTaken)) {
-            batch.push_back({static_cast<int>(m_row), static_cast<int>(m_column)});
-            ++m_column;
+    BatchedSum(const EquationImages& images, CNormalEquations& equations, SelectedPixels& pixels,
+               RowProgress& progress)
+        : m_images(images), m_equations(equations), m_pixels(pixels), m_progress(progress) {
+        for (Batch& batch : m_batches) {
+            batch.reserve(pixels.capacity());
         }
+    }
+
+    /// Adds all equations to `sums`.
+    /// @return the number of pixels
+    std::int64_t addTo(const NormalSums& sums) {
+#pragma omp parallel
+        {
+#pragma omp master
+            gather(m_batches[0]);
+#pragma omp barrier
+            for (std::size_t turn = 0; !m_batches[turn].empty(); turn = 1 - turn) {
+                pack(m_batches[turn]);
+#pragma omp master
+                gather(m_batches[1 - turn]);
+                accumulate(static_cast<int>(m_batches[turn].size()), sums);
+            }
+            mirror(sums);
+        }
+        m_failures.rethrow();
+        return m_count;
     }
 
 private:
-    template <class RowTaken>
-    bool reachPixel(RowTaken& rowTaken) {
-        while (!reachPixelInRow()) {
-            if (m_row + 1 >= m_walkedEnd) {
-                return false;
-            }
-            ++m_row;
-            m_column = m_columns.begin;
-            rowTaken();
+    using Batch = std::vector<PixelPosition>;
+
+    /// A failure, which only the host's progress callback can bring about, ends the sum.
+    void gather(Batch& batch) noexcept {
+        bool complete = false;
+        m_failures.run([&] {
+            m_pixels.next(batch, [&] { m_progress.rowTaken(omp_get_num_threads()); });
+            complete = true;
+        });
+        if (!complete) {
+            batch.clear();
         }
-        return true;
+        m_count += static_cast<std::int64_t>(batch.size());
     }
 
-    bool reachPixelInRow() {
-        if (m_row < m_rows.begin || m_row >= m_rows.end || m_column >= m_columns.end) {
-            return false;
+    // Each of the three phases shares its pieces out among the team that calls it, and ends when
+    // all pieces are done.
+
+    void pack(const Batch& batch) noexcept {
+        const int taken = static_cast<int>(batch.size());
+#pragma omp for schedule(dynamic, 16)
+        for (int slot = 0; slot < taken; ++slot) {
+            packPixel(slot, batch[static_cast<std::size_t>(slot)]);
         }
-        const unsigned char* row = m_mask.ptr(static_cast<int>(m_row));
-        const unsigned char* end = row + m_columns.end;
-        const unsigned char* found = firstSelected(row + m_column, end);
-        m_column = found - row;
-        return found != end;
     }
 
-    const cv::Mat& m_mask;
-    std::int64_t m_walkedEnd;
-    Range m_rows;
-    Range m_columns;
-    std::size_t m_capacity;
-    std::int64_t m_row;
-    std::int64_t m_column;
+    void packPixel(int slot, const PixelPosition& pixel) noexcept {
+        const cv::Mat& sharp = m_images.sharp;
+        const cv::Mat& blurred = m_images.blurred;
+        m_equations.pack(
+            omp_get_thread_num(), slot,
+            sharp.ptr(pixel.row - m_images.rowsBefore) + (pixel.column - m_images.columnsBefore),
+            static_cast<std::ptrdiff_t>(sharp.step[0]), blurred.ptr(pixel.row) + pixel.column,
+            static_cast<std::ptrdiff_t>(blurred.step[0]));
+    }
+
+    void accumulate(int taken, const NormalSums& sums) const noexcept {
+#pragma omp for schedule(dynamic)
+        for (std::int64_t block = 0; block < m_equations.blockCount(); ++block) {
+            m_equations.accumulate(block, taken, sums);
+        }
+    }
+
+    void mirror(const NormalSums& sums) const noexcept {
+#pragma omp for schedule(dynamic)
+        for (std::int64_t block = 0; block < m_equations.blockCount(); ++block) {
+            m_equations.mirror(block, sums);
+        }
+    }
+
+    EquationImages m_images;
+    CNormalEquations& m_equations;
+    SelectedPixels& m_pixels;
+    RowProgress& m_progress;
+    std::array<Batch, 2> m_batches;
+    std::int64_t m_count = 0;
+    FailureRelay m_failures;
 };
 
 bool holdsBytes(const cv::Mat& image) {
@@ -185,65 +205,16 @@ void CPSFEst::computeLA8U(const cv::Mat& image, const cv::Mat& blur, const cv::M
     }
     const int threads = omp_get_max_threads();
     CNormalEquations equations(m_kW, m_kH, threads);
-    const Range walked = margin(m_kH, m_imH);
+    const PixelRange walked = margin(m_kH, m_imH);
     SelectedPixels pixels(mask, walked, insideImage(walked, m_anchorX, m_kH, m_imH),
                           insideImage(margin(m_kW, m_imW), m_anchorY, m_kW, m_imW),
                           equations.batchPixels());
+    RowProgress progress(m_progress, walked.end - walked.begin);
+    BatchedSum sum({image, blur, m_anchorX, m_anchorY}, equations, pixels, progress);
     if (m_progress != nullptr) {
         m_progress->beginSub(std::max(1, (m_imH - 2 * m_kH) / threads));
     }
-    RowProgress progress(m_progress, walked.end - walked.begin);
-    const NormalSums sums{m_A.ptr<double>(), m_A.step1(), m_b.ptr<double>()};
-    // Two batches take turns, so that the next is gathered while the threads still multiply.
-    std::array<std::vector<PixelPosition>, 2> batches;
-    for (std::vector<PixelPosition>& batch : batches) {
-        batch.reserve(pixels.capacity());
-    }
-    std::int64_t count = 0;
-    FailureRelay failures;
-    const auto gather = [&](std::vector<PixelPosition>& batch) {
-        bool complete = false;
-        failures.run([&] {
-            pixels.next(batch, [&] { progress.rowTaken(omp_get_num_threads()); });
-            complete = true;
-        });
-        if (!complete) {
-            batch.clear();
-        }
-        count += static_cast<std::int64_t>(batch.size());
-    };
-    const auto pack = [&](int slot, const PixelPosition& pixel) {
-        equations.pack(omp_get_thread_num(), slot,
-                       image.ptr(pixel.row - m_anchorX) + (pixel.column - m_anchorY),
-                       static_cast<std::ptrdiff_t>(image.step[0]),
-                       blur.ptr(pixel.row) + pixel.column,
-                       static_cast<std::ptrdiff_t>(blur.step[0]));
-    };
-#pragma omp parallel
-    {
-#pragma omp master
-        gather(batches[0]);
-#pragma omp barrier
-        for (std::size_t turn = 0; !batches[turn].empty(); turn = 1 - turn) {
-            const std::vector<PixelPosition>& batch = batches[turn];
-            const int taken = static_cast<int>(batch.size());
-#pragma omp for schedule(dynamic, 16)
-            for (int slot = 0; slot < taken; ++slot) {
-                pack(slot, batch[static_cast<std::size_t>(slot)]);
-            }
-#pragma omp master
-            gather(batches[1 - turn]);
-#pragma omp for schedule(dynamic)
-            for (std::int64_t block = 0; block < equations.blockCount(); ++block) {
-                equations.accumulate(block, taken, sums);
-            }
-        }
-#pragma omp for schedule(dynamic)
-        for (std::int64_t block = 0; block < equations.blockCount(); ++block) {
-            equations.mirror(block, sums);
-        }
-    }
-    failures.rethrow();
+    const std::int64_t count = sum.addTo({m_A.ptr<double>(), m_A.step1(), m_b.ptr<double>()});
     if (m_progress != nullptr) {
         m_progress->endSub();
     }

@@ -35,9 +35,8 @@ public:
     /// @param imageSize  columns and rows of the images that follow
     /// @param anchor     (columns / 2, rows / 2) of the kernel
     /// @param lambda     Tikhonov weight
-    /// @param w0,w1,w2,w3,w4,w5 one weight for each derivative order: kept, but not used, all
-    /// orders
-    ///                   count alike
+    /// @param w0,w1,w2,w3,w4,w5 one weight for each derivative order: kept, but not used, since
+    ///                   all orders count alike
     void setup(cv::Size kernelSize, cv::Size imageSize, cv::Point anchor, float lambda, float w0,
                float w1, float w2, float w3, float w4, float w5);
 
