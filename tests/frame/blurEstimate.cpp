@@ -1,8 +1,8 @@
 // ornBlurEstimate as a host meets it: through the shared library.
 #include "LoadedLibrary.h"
-#include "ProgressListener.h"
 #include "tests/support/DrawnScene.h"
 #include "tests/support/NullWhenOutOfMemory.h"
+#include "tests/support/ProgressListener.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,6 +1,6 @@
 // ornDeblurSharpen as a host meets it: through the shared library.
 #include "LoadedLibrary.h"
-#include "ProgressListener.h"
+#include "tests/support/ProgressListener.h"
 
 #include <cmath>
 #include <limits>

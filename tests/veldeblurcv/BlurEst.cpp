@@ -1,9 +1,13 @@
 #include "velimproclib/veldeblurcv/BlurEst.h"
 
 #include "tests/support/DrawnScene.h"
+#include "tests/support/MallocFails.h"
 #include "tests/support/NullWhenOutOfMemory.h"
+#include "tests/support/ProgressListener.h"
+#include "tests/support/sameBits.h"
 #include "tests/support/textOf.h"
 #include "tests/support/Threads.h"
+#include "velimproclib/tiles/BlockProcP1.h"
 #include "velimproclib/tiles/TileTaper.h"
 #include "velimproclib/veldeblurcv/DeconvHL.h"
 #include "velimproclib/veldeblurcv/EdgePrediction.h"
@@ -12,12 +16,13 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
-#include <cstring>
 #include <gtest/gtest.h>
 #include <limits>
+#include <omp.h>
 #include <opencv2/imgproc.hpp>
 #include <random>
 #include <span>
+#include <string>
 #include <vector>
 
 namespace {
@@ -25,6 +30,8 @@ namespace {
 using vel::CBlurEst;
 using vel::test::blurredWith;
 using vel::test::drawnScene;
+using vel::test::Listener;
+using vel::test::sameBits;
 using vel::test::textOf;
 
 using Bytes = cv::Mat_<std::uint8_t>;
@@ -48,19 +55,6 @@ cv::Mat discKernel(int side, double radius) {
         }
     }
     return kernel / cv::sum(kernel)[0];
-}
-
-bool sameBits(const cv::Mat& a, const cv::Mat& b) {
-    if (a.size() != b.size() || a.type() != b.type()) {
-        return false;
-    }
-    for (int y = 0; y < a.rows; ++y) {
-        const std::size_t bytes = static_cast<std::size_t>(a.cols) * a.elemSize();
-        if (std::memcmp(a.ptr(y), b.ptr(y), bytes) != 0) {
-            return false;
-        }
-    }
-    return true;
 }
 
 bool isNaNThroughout(const cv::Mat& kernel) {
@@ -171,6 +165,17 @@ TEST(BlurEst, OtherImageTypesAndKernelsWithoutDataAreRefused) {
     }
     EXPECT_EQ(textOf([&] { estimator.setup(cv::Mat(9, 9, CV_8UC1), cv::Mat(), nullptr); }),
               "CBlurEst:setup - kernel.empty()");
+    EXPECT_EQ(textOf([&] { estimator.setup(cv::Mat(9, 9, CV_32FC1), cv::Mat(), nullptr); }),
+              "CBlurEst:setup - imB is wrong type");
+}
+
+TEST(BlurEst, HistogramWithoutMemoryIsATextFailure) {
+    std::string text;
+    {
+        const vel::test::MallocFails noMemory;
+        text = textOf([] { const CBlurEst estimator; });
+    }
+    EXPECT_EQ(text, "CBlurEst::CBlurEst - ippsMalloc_32s failed");
 }
 
 TEST(BlurEst, KernelBeyondMemoryIsAnException) {
@@ -445,6 +450,46 @@ TEST(BlurEstDeconvolution, SeveralBlocksRestoreTheWholeImage) {
     }
 }
 
+TEST(BlurEstDeconvolution, LongImageIsCutIntoBlocksThatOverlapByEight) {
+    // One pixel more or less of overlap, and one of these widths takes another number of blocks.
+    for (const int width : {1494, 1496}) {
+        const cv::Mat in = byteScene(width, 9);
+        const cv::Mat kernel = discKernel(5, 2.0);
+        cv::Mat expected(in.size(), CV_8UC1);
+        vel::CBlockProcP1 blocks;
+        blocks.init(in, expected, 512, 512, false, 8, 16, 1);
+        EXPECT_EQ(blocks.blocksAcross(), width == 1494 ? 3 : 4);
+        vel::CDeconvHL deconv;
+        deconv.setup(kernel, cv::Point(2, 2), cv::Size(512, 512), 2000.0f, 0.5f, true);
+        cv::Mat restored(512, 512, CV_32FC1);
+        for (cv::Mat* block = blocks.nextBlock(); block != nullptr; block = blocks.nextBlock()) {
+            deconv.Proc(*block, restored);
+            restored.copyTo(*block);
+            blocks.doneABlock();
+        }
+        EXPECT_TRUE(sameBits(deconvolved(in, kernel), expected)) << width;
+    }
+}
+
+TEST(BlurEstDeconvolution, EveryBlockTellsItsPartOfAStep) {
+    const cv::Mat in = byteScene(1496, 9);
+    const cv::Mat kernel = discKernel(1, 1.0);
+    Listener listener;
+    ProgressRecord account = listener.record(1000, 1000);
+    vel::CProgressSpan span(&account);
+    CBlurEst estimator;
+    estimator.setup(in, emptyKernel(1, 1), &span);
+    ASSERT_EQ(span.begin(1.0f, 2), 500);
+    listener.heard.clear();
+    cv::Mat out(in.size(), CV_8UC1);
+    estimator.deconvLevel(2, in, kernel, out);
+    EXPECT_EQ(listener.heard, (std::vector<int32_t>{125, 250, 375, 500}));
+    EXPECT_EQ(account.current, 500);
+    estimator.deconvLevel(0, in, kernel, out);
+    EXPECT_EQ(listener.heard.size(), 4U);
+    EXPECT_EQ(account.current, 500);
+}
+
 TEST(BlurEstDeconvolution, KernelOfNotANumberEntriesGivesBlack) {
     const cv::Mat kernel(5, 5, CV_32FC1, cv::Scalar(std::numeric_limits<float>::quiet_NaN()));
     EXPECT_EQ(cv::countNonZero(deconvolved(byteScene(60, 40), kernel)), 0);
@@ -502,16 +547,19 @@ struct PlainLevel {
     Bytes latent;
 };
 
-/// One level's three iterations, from the schedule written out.
-PlainLevel plainLevel(int level, bool coarsest, const cv::Mat& blurred, Bytes latent,
-                      cv::Size kernelSize, float strength) {
-    constexpr float kColors[] = {80.0f, 40.0f, 80.0f / 3.0f, 20.0f, 16.0f};
+/// One level's three iterations, from the schedule written out. Only the settings of `estimator`
+/// are read.
+PlainLevel plainLevel(const CBlurEst& estimator, int level, const cv::Mat& blurred, Bytes latent,
+                      cv::Size kernelSize) {
+    constexpr float kColors[] = {80.0f, 40.0f,        80.0f / 3.0f, 20.0f,
+                                 16.0f, 80.0f / 6.0f, 80.0f / 7.0f, 10.0f};
     constexpr float kFresh[] = {0.49975014f, 0.9990011f, 1.0f};
     const int side = std::max(kernelSize.width, kernelSize.height);
     const int radius = (side - 1) / 2;
+    const bool coarsest = level == estimator.m_pyrLvls;
     float space = !coarsest && radius > 1 ? 0.9f * static_cast<float>(radius) : 1.0f;
-    const float color = kColors[level];
-    CBlurEst estimator;
+    float color = kColors[level];
+    CBlurEst stages;
     PlainLevel result{cv::Mat(kernelSize, CV_32FC1), {}};
     cv::Mat mask;
     for (int r = 0; r < 3; ++r) {
@@ -519,15 +567,16 @@ PlainLevel plainLevel(int level, bool coarsest, const cv::Mat& blurred, Bytes la
         cv::Mat edge;
         vel::estEdge(latent, edge, 5, color, space, 1);
         if (r == 0) {
-            estimator.computeMask(edge, mask, 2000 * side, side);
+            stages.computeMask(edge, mask, estimator.m_maskPerTap * side, side);
         }
+        color = std::max(6.0f, color * estimator.m_edgeGain);
         space = std::max(0.5f, space * space);
-        if (last && strength > 0.0f) {
-            edge = plainSoftened(edge, latent, static_cast<double>(strength));
+        if (last && estimator.m_edgeSmooth > 0.1f) {
+            edge = plainSoftened(edge, latent, static_cast<double>(estimator.m_edgeSmooth));
         }
-        estimator.estKernel(edge, mask, blurred, result.kernel);
+        stages.estKernel(edge, mask, blurred, result.kernel);
         cv::Mat fresh(blurred.size(), CV_8UC1);
-        estimator.deconvLevel(last ? 0 : 2, blurred, result.kernel, fresh);
+        stages.deconvLevel(last ? 0 : 2, blurred, result.kernel, fresh);
         for (int y = 0; y < latent.rows; ++y) {
             for (int x = 0; x < latent.cols; ++x) {
                 const float share = kFresh[r] * static_cast<float>(fresh.at<std::uint8_t>(y, x));
@@ -540,27 +589,78 @@ PlainLevel plainLevel(int level, bool coarsest, const cv::Mat& blurred, Bytes la
     return result;
 }
 
+/// Runs all levels and holds each against the schedule written out.
+void expectPlainLevels(CBlurEst& estimator) {
+    PlainLevel expected;
+    for (int level = estimator.m_pyrLvls; level >= 0; --level) {
+        const auto index = static_cast<std::size_t>(level);
+        const cv::Mat image = estimator.m_imPyr[index].clone();
+        Bytes latent = image.clone();
+        if (level < estimator.m_pyrLvls) {
+            cv::pyrUp(expected.latent, latent, image.size());
+        }
+        expected = plainLevel(estimator, level, image, latent, estimator.m_kPyr[index].size());
+        estimator.estimateLvl(level);
+        EXPECT_FALSE(isNaNThroughout(expected.kernel)) << level;
+        EXPECT_TRUE(sameBits(estimator.m_kPyr[index], expected.kernel)) << level;
+        EXPECT_TRUE(sameBits(estimator.m_imPyr[index], level > 0 ? expected.latent : image));
+    }
+}
+
+cv::Mat blurredScene(int width, int height) {
+    return blurredWith(byteScene(width, height), discKernel(7, 2.5));
+}
+
 TEST(BlurEstLevel, EqualsTheScheduleWrittenOutOnEveryLevel) {
-    const cv::Mat blurred = blurredWith(byteScene(150, 131), discKernel(7, 2.5));
     for (const float strength : {0.0f, 0.7f}) {
         CBlurEst estimator;
-        estimator.setup(blurred.clone(), emptyKernel(7, 11), nullptr);
+        estimator.setup(blurredScene(150, 131), emptyKernel(7, 11), nullptr);
         ASSERT_EQ(estimator.m_pyrLvls, 2);
         estimator.m_edgeSmooth = strength;
-        PlainLevel expected;
-        for (int level = 2; level >= 0; --level) {
-            const auto index = static_cast<std::size_t>(level);
-            const cv::Mat image = estimator.m_imPyr[index].clone();
-            Bytes latent = image.clone();
-            if (level < 2) {
-                cv::pyrUp(expected.latent, latent, image.size());
-            }
-            expected = plainLevel(level, level == 2, image, latent, estimator.m_kPyr[index].size(),
-                                  strength);
-            estimator.estimateLvl(level);
-            EXPECT_TRUE(sameBits(estimator.m_kPyr[index], expected.kernel)) << level;
-            EXPECT_TRUE(sameBits(estimator.m_imPyr[index], level > 0 ? expected.latent : image));
-        }
+        expectPlainLevels(estimator);
+    }
+}
+
+TEST(BlurEstLevel, CoarsestLevelOfASmallImageKeepsTheNarrowReachForALargeKernel) {
+    CBlurEst estimator;
+    estimator.setup(blurredScene(62, 60), emptyKernel(15, 15), nullptr);
+    ASSERT_EQ(estimator.m_pyrLvls, 1);
+    ASSERT_EQ(estimator.m_kPyr[1].size(), cv::Size(7, 7));
+    expectPlainLevels(estimator);
+}
+
+TEST(BlurEstLevel, PixelsAreKeptInProportionToTheKernelsSide) {
+    CBlurEst estimator;
+    estimator.setup(blurredScene(150, 131), emptyKernel(5, 7), nullptr);
+    // So few that the strongest response of all decides.
+    estimator.m_maskPerTap = 40;
+    expectPlainLevels(estimator);
+}
+
+TEST(BlurEstLevel, GainMovesTheReachInGreyLevelsDownToSix) {
+    for (const float gain : {0.5f, 0.01f}) {
+        CBlurEst estimator;
+        estimator.setup(blurredScene(150, 131), emptyKernel(5, 5), nullptr);
+        estimator.m_edgeGain = gain;
+        expectPlainLevels(estimator);
+    }
+}
+
+TEST(BlurEstLevel, EveryLevelStartsWithAReachOfItsOwn) {
+    const cv::Mat blurred = blurredScene(90, 80);
+    cv::Mat before;
+    for (int level = 1; level < CBlurEst::kMostLevels; ++level) {
+        const auto index = static_cast<std::size_t>(level);
+        CBlurEst estimator;
+        estimator.m_pyrLvls = level;
+        estimator.m_imPyr[index] = blurred.clone();
+        estimator.m_kPyr[index] = emptyKernel(3, 3);
+        const PlainLevel expected = plainLevel(estimator, level, blurred, blurred.clone(), {3, 3});
+        estimator.estimateLvl(level);
+        EXPECT_TRUE(sameBits(estimator.m_kPyr[index], expected.kernel)) << level;
+        EXPECT_TRUE(sameBits(estimator.m_imPyr[index], expected.latent)) << level;
+        EXPECT_FALSE(sameBits(estimator.m_kPyr[index], before)) << level;
+        before = estimator.m_kPyr[index];
     }
 }
 
@@ -573,7 +673,7 @@ TEST(BlurEstEstimate, KernelOfOnePixelIsOne) {
 }
 
 TEST(BlurEstEstimate, WalksFromTheCoarsestLevelToTheFinest) {
-    const cv::Mat blurred = blurredWith(byteScene(150, 131), discKernel(7, 2.5));
+    const cv::Mat blurred = blurredScene(150, 131);
     CBlurEst whole;
     const cv::Mat kernel = emptyKernel(7, 7);
     whole.setup(blurred, kernel, nullptr);
@@ -587,6 +687,76 @@ TEST(BlurEstEstimate, WalksFromTheCoarsestLevelToTheFinest) {
     }
     EXPECT_TRUE(sameBits(kernel, stepwise.m_kPyr[0]));
     expectCleanKernel(kernel);
+}
+
+/// The counter at the beginnings of shares: only there a call is one ahead of it.
+struct Shares {
+    ProgressRecord account;
+    std::vector<int32_t> begins;
+
+    static int32_t note(int32_t current, int32_t, void* userData) {
+        auto& self = *static_cast<Shares*>(userData);
+        if (current != self.account.current) {
+            EXPECT_EQ(current, self.account.current + 1);
+            self.begins.push_back(self.account.current);
+        }
+        return 1;
+    }
+};
+
+TEST(BlurEstEstimate, LevelsTakeSharesOfTheProgressByTheInverseSquareOfTheirNumber) {
+    // 1, 1/4 and 1/9 are 36, 9 and 4 of 49 parts.
+    Shares shares{{49000, 1000000, &Shares::note, &shares, 0}, {}};
+    {
+        vel::CProgressSpan span(&shares.account);
+        CBlurEst estimator;
+        estimator.setup(cv::Mat(70, 70, CV_8UC1, cv::Scalar(50)), emptyKernel(15, 15), &span);
+        ASSERT_EQ(estimator.m_pyrLvls, 2);
+        estimator.estimate(0.0f);
+    }
+    ASSERT_EQ(shares.begins.size(), 3U);
+    EXPECT_EQ(shares.begins[0], 0);
+    EXPECT_NEAR(shares.begins[1], 4000, 1);
+    EXPECT_NEAR(shares.begins[2], 13000, 2);
+    EXPECT_NEAR(shares.account.current, 49000, 3);
+}
+
+TEST(BlurEstEstimate, CountedIterationsChangeTheProgressAlone) {
+    const cv::Mat blurred = blurredScene(70, 60);
+    const auto estimated = [&](int iterations, Listener& listener) {
+        ProgressRecord account = listener.record(9000, 100000);
+        vel::CProgressSpan span(&account);
+        const cv::Mat kernel = emptyKernel(3, 3);
+        CBlurEst estimator;
+        estimator.setup(blurred, kernel, &span);
+        estimator.m_lvlIters.fill(iterations);
+        estimator.estimate(0.0f);
+        return kernel;
+    };
+    Listener three;
+    Listener thirty;
+    EXPECT_TRUE(sameBits(estimated(3, three), estimated(30, thirty)));
+    EXPECT_EQ(three.heard[1], 1000);
+    EXPECT_EQ(thirty.heard[1], 100);
+}
+
+int32_t countOfThreadZero(int32_t, int32_t, void* userData) {
+    EXPECT_EQ(omp_get_thread_num(), 0);
+    ++*static_cast<int*>(userData);
+    return 1;
+}
+
+TEST(BlurEstEstimate, OnlyThreadNumberZeroTellsTheProgress) {
+    const cv::Mat blurred = blurredScene(100, 90);
+    vel::test::forThreadCounts([&] {
+        int calls = 0;
+        ProgressRecord account{1000, 1000, countOfThreadZero, &calls, 0};
+        vel::CProgressSpan span(&account);
+        CBlurEst estimator;
+        estimator.setup(blurred.clone(), emptyKernel(5, 5), &span);
+        estimator.estimate(0.0f);
+        EXPECT_GT(calls, 30);
+    });
 }
 
 TEST(BlurEstEstimate, ImageWithoutAnEdgeGivesAKernelOfNotANumberEntries) {
