@@ -1,19 +1,23 @@
 #include "velimproclib/veldeblurcv/EdgePrediction.h"
 
 #include "tests/support/DrawnScene.h"
+#include "tests/support/NothrowNewFails.h"
 #include "tests/support/NullWhenOutOfMemory.h"
+#include "tests/support/sameBits.h"
 #include "tests/support/Threads.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <gtest/gtest.h>
+#include <new>
 #include <random>
 #include <utility>
 
 namespace {
 
 using vel::estEdge;
+using vel::test::sameBits;
 
 using Bytes = cv::Mat_<std::uint8_t>;
 
@@ -22,10 +26,6 @@ Bytes noise(int width, int height, unsigned seed = 1) {
     Bytes image(height, width);
     std::generate(image.begin(), image.end(), [&] { return static_cast<std::uint8_t>(random()); });
     return image;
-}
-
-bool sameImage(const cv::Mat& a, const cv::Mat& b) {
-    return a.size() == b.size() && cv::countNonZero(a != b) == 0;
 }
 
 /// `passes` of the extreme over the 3 by 3 neighbourhood, inside the one-pixel frame.
@@ -90,7 +90,7 @@ TEST(EdgePrediction, ShockStepEqualsThePlainOne) {
         const int passes = 1 + i % 3;
         cv::Mat edge;
         estEdge(image, edge, 0, 5.0f, 1.0f, passes);
-        ASSERT_TRUE(sameImage(edge, plainShock(image, passes))) << image.size();
+        ASSERT_TRUE(sameBits(edge, plainShock(image, passes))) << image.size();
     }
 }
 
@@ -116,8 +116,8 @@ TEST(EdgePrediction, ShockFollowsTheBilateralFilter) {
     estEdge(image, filtered, 5, 20.0f, 3.0f, 0);
     cv::Mat edge;
     estEdge(image, edge, 5, 20.0f, 3.0f, 1);
-    EXPECT_TRUE(sameImage(edge, plainShock(filtered, 1)));
-    EXPECT_FALSE(sameImage(edge, filtered));
+    EXPECT_TRUE(sameBits(edge, plainShock(filtered, 1)));
+    EXPECT_FALSE(sameBits(edge, filtered));
 }
 
 TEST(EdgePrediction, WithoutDiameterAndPassesItCopies) {
@@ -126,7 +126,7 @@ TEST(EdgePrediction, WithoutDiameterAndPassesItCopies) {
         for (const int passes : {0, -1}) {
             cv::Mat edge;
             estEdge(image, edge, d, 5.0f, 1.0f, passes);
-            EXPECT_TRUE(sameImage(edge, image));
+            EXPECT_TRUE(sameBits(edge, image));
             EXPECT_NE(edge.data, image.data);
         }
     }
@@ -142,7 +142,7 @@ TEST(EdgePrediction, BlurredEdgeBecomesAStep) {
     step.copyTo(expected.row(1));
     cv::Mat edge;
     estEdge(image, edge, 0, 5.0f, 1.0f, 1);
-    EXPECT_TRUE(sameImage(edge, expected)) << edge;
+    EXPECT_TRUE(sameBits(edge, expected)) << edge;
 }
 
 TEST(EdgePrediction, ATieMovesThePixelToTheHigherExtreme) {
@@ -170,7 +170,7 @@ TEST(EdgePrediction, SmallestImagesAreServed) {
             estEdge(image, filtered, 5, 20.0f, 1.0f, 0);
             cv::Mat edge;
             estEdge(image, edge, 5, 20.0f, 1.0f, 1);
-            EXPECT_TRUE(sameImage(edge, plainShock(filtered, 1)));
+            EXPECT_TRUE(sameBits(edge, plainShock(filtered, 1)));
         }
     }
 }
@@ -179,7 +179,19 @@ TEST(EdgePrediction, ImagesWiderThanTheMorphologysStackBufferAreServed) {
     const Bytes image = noise(5001, 4);
     cv::Mat edge;
     estEdge(image, edge, 0, 5.0f, 1.0f, 1);
-    EXPECT_TRUE(sameImage(edge, plainShock(image, 1)));
+    EXPECT_TRUE(sameBits(edge, plainShock(image, 1)));
+}
+
+TEST(EdgePrediction, MemoryExhaustedInASectionIsAnExceptionOfTheCaller) {
+    const Bytes image = noise(5001, 4);
+    vel::test::forThreadCounts([&] {
+        cv::Mat edge;
+        const vel::test::NothrowNewFails noMemory;
+        EXPECT_THROW(estEdge(image, edge, 0, 5.0f, 1.0f, 1), std::bad_alloc);
+    });
+    cv::Mat edge;
+    estEdge(image, edge, 0, 5.0f, 1.0f, 1);
+    EXPECT_TRUE(sameBits(edge, plainShock(image, 1)));
 }
 
 TEST(EdgePrediction, ResultDoesNotDependOnTheNumberOfThreads) {
@@ -189,7 +201,7 @@ TEST(EdgePrediction, ResultDoesNotDependOnTheNumberOfThreads) {
     vel::test::forThreadCounts([&] {
         cv::Mat edge;
         estEdge(image, edge, 5, 26.0f, 2.7f, 1);
-        EXPECT_TRUE(sameImage(edge, expected));
+        EXPECT_TRUE(sameBits(edge, expected));
     });
 }
 
