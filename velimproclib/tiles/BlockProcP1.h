@@ -49,9 +49,8 @@ public:
     /// @throws const char* for a gap between blocks
     void doneABlock();
 
-    /// Fills the margins of `inOut` (CV_32FC1) by replication: whole rows above and below first,
-    /// then every row to its left and right, so that a corner takes the value of the image's.
-    /// The margins leave at least one pixel.
+    /// Fills the margins of `inOut` (CV_32FC1) by replication: every pixel there takes the value of
+    /// the nearest one that the margins leave, which is at least one pixel in all.
     /// @return 1
     /// @throws const char* for an image of another type
     static int imageExtendBorder(cv::Mat& inOut, std::int32_t left, std::int32_t top,
