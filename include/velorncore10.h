@@ -189,17 +189,31 @@ VELORN_API int32_t VELORN_CALL ornDeblurSharpen(ProgressRecord* progress, ImageR
 
 /* Estimates the blur kernel of an image blindly, from the image alone.
  *
- * progress   must exist; its callback may be null. The callback's result is ignored.
- * image      psC3U8, or three 16-bit channels with any other format code
+ * progress   must exist; its callback may be null. The callback's result is ignored: the call
+ *            cannot be cancelled
+ * image      psC3U8, or three 16-bit channels with any other format code. The step is at least a
+ *            row long
  * kernel     width and height say how large a kernel to look for (odd sides; an even one is solved
- *            one larger and loses its last row or column); that many floats are written to data.
- *            A side below 1 zeroes the record's first four fields and returns VELORN_OK.
- * strength   0.2..2 softens the last edge image with that sigma; below 0.2 is off
+ *            one larger and loses its last row or column); that many floats are written to data,
+ *            without padding, and the anchors stay as they are. A side below 1 zeroes the record's
+ *            first four fields and returns VELORN_OK. Time and memory grow fast with the size:
+ *            more than 16 * (width * height)^2 bytes are needed at once, 15 MB for 31 by 31,
+ *            252 MB for 63 by 63
+ * strength   0.2..2 softens the last edge image with that sigma, in pixels; below 0.2 it is off,
+ *            and more than 2 acts as 2
  *
- * An image without edges yields a kernel of not-a-number values: test data[0] == data[0].
- * A kernel of an asymmetric blur may come back turned by 180 degrees: the picture does not say
- * which way round it was. Hosts restore a piece of the picture with both and keep the better one.
- */
+ * The kernel has no negative values and sums to 1, or to 1 at most where an even side lost a row or
+ * column. It is the same for any number of threads. What the host must see to:
+ *
+ *   An image without edges, or one too small for the kernel, yields a kernel of not-a-number values
+ *   and VELORN_OK all the same: test data[0] == data[0] before the kernel is used, for it would
+ *   spoil the picture.
+ *   A kernel of an asymmetric blur may come back turned by 180 degrees: the picture does not say
+ *   which way round it was. Hosts restore a piece of the picture with both and keep the better one.
+ *
+ * Returns VELORN_OK; VELORN_TEXT_FAILURE for a null record, null data or a step shorter than a row;
+ * VELORN_NO_PIXELS for an image without columns or rows; VELORN_FAILURE. After a failure the
+ * kernel's data is as it was. */
 VELORN_API int32_t VELORN_CALL ornBlurEstimate(ProgressRecord* progress, PlaneRecord* image,
                                                KernelRecord* kernel, float strength);
 
