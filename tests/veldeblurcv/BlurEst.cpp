@@ -11,6 +11,7 @@
 #include "velimproclib/tiles/TileTaper.h"
 #include "velimproclib/veldeblurcv/DeconvHL.h"
 #include "velimproclib/veldeblurcv/EdgePrediction.h"
+#include "velimproclib/veldeblurcv/estKernel.h"
 
 #include <algorithm>
 #include <array>
@@ -120,6 +121,9 @@ TEST(BlurEst, KernelSidesHalveDownToThree) {
     EXPECT_EQ(pyramidOf({400, 300}, {29, 29}).kernelSides, (std::vector<int>{29, 15, 7, 3}));
     EXPECT_EQ(pyramidOf({400, 300}, {5, 5}).kernelSides, (std::vector<int>{5, 3}));
     EXPECT_EQ(pyramidOf({400, 300}, {11, 11}).kernelSides, (std::vector<int>{11, 5, 3}));
+    // Halves are cut before they are halved again: 4 makes no level, although half of it is 2.
+    EXPECT_EQ(pyramidOf({400, 300}, {4, 4}).kernelSides, (std::vector<int>{4}));
+    EXPECT_EQ(pyramidOf({400, 300}, {8, 8}).kernelSides, (std::vector<int>{8, 3}));
 }
 
 TEST(BlurEst, KernelsOfAtMostThreePixelsHaveOneLevel) {
@@ -475,19 +479,20 @@ TEST(BlurEstDeconvolution, EveryBlockTellsItsPartOfAStep) {
     const cv::Mat in = byteScene(1496, 9);
     const cv::Mat kernel = discKernel(1, 1.0);
     Listener listener;
-    ProgressRecord account = listener.record(1000, 1000);
+    ProgressRecord account = listener.record(1006, 1006);
     vel::CProgressSpan span(&account);
     CBlurEst estimator;
     estimator.setup(in, emptyKernel(1, 1), &span);
-    ASSERT_EQ(span.begin(1.0f, 2), 500);
+    ASSERT_EQ(span.begin(1.0f, 2), 503);
     listener.heard.clear();
     cv::Mat out(in.size(), CV_8UC1);
     estimator.deconvLevel(2, in, kernel, out);
     EXPECT_EQ(listener.heard, (std::vector<int32_t>{125, 250, 375, 500}));
-    EXPECT_EQ(account.current, 500);
+    // What the parts leave of the step is passed silently.
+    EXPECT_EQ(account.current, 503);
     estimator.deconvLevel(0, in, kernel, out);
     EXPECT_EQ(listener.heard.size(), 4U);
-    EXPECT_EQ(account.current, 500);
+    EXPECT_EQ(account.current, 503);
 }
 
 TEST(BlurEstDeconvolution, KernelOfNotANumberEntriesGivesBlack) {
@@ -505,6 +510,29 @@ TEST(BlurEstDeconvolution, ResultDoesNotDependOnTheNumberOfThreads) {
     const cv::Mat kernel = discKernel(7, 2.5);
     const cv::Mat expected = deconvolved(in, kernel);
     vel::test::forThreadCounts([&] { EXPECT_TRUE(sameBits(deconvolved(in, kernel), expected)); });
+}
+
+// ---- kernel of a level ----------------------------------------------------------------------
+
+TEST(BlurEstKernel, IsSolvedAndCleanedWithTheEstimatorsSettings) {
+    const cv::Mat sharp = byteScene(90, 80);
+    const cv::Mat blurred = blurredWith(sharp, discKernel(5, 2.0));
+    const cv::Mat mask(sharp.size(), CV_8UC1, cv::Scalar(1));
+    const auto expected = [&](float lambda, float floor) {
+        cv::Mat kernel = emptyKernel(5, 7);
+        vel::estKernel(sharp, mask, blurred, kernel, {lambda, 0.0f, 1.0f, 1.0f, floor}, nullptr);
+        return kernel;
+    };
+    CBlurEst estimator;
+    cv::Mat kernel = emptyKernel(5, 7);
+    EXPECT_EQ(estimator.estKernel(sharp, mask, blurred, kernel), 1);
+    EXPECT_TRUE(sameBits(kernel, expected(0.001f, 0.05f)));
+    estimator.m_psfLambda = 50.0f;
+    estimator.m_kFloor = 0.4f;
+    estimator.estKernel(sharp, mask, blurred, kernel);
+    EXPECT_TRUE(sameBits(kernel, expected(50.0f, 0.4f)));
+    EXPECT_FALSE(sameBits(kernel, expected(0.001f, 0.4f)));
+    EXPECT_FALSE(sameBits(kernel, expected(50.0f, 0.05f)));
 }
 
 // ---- levels ---------------------------------------------------------------------------------

@@ -570,6 +570,25 @@ TEST(PSFEst, FlatImagesGiveAnEvenKernel) {
     }
 }
 
+/// With one unknown the solve is a division.
+TEST(PSFEst, TikhonovTermIs255TimesThePixelsTimesTheWeight) {
+    std::mt19937 random(68);
+    const cv::Size size(40, 30);
+    const cv::Mat image = randomImage(size, random);
+    const cv::Mat blur = randomImage(size, random);
+    const cv::Mat mask = randomMask(size, 0.5, random);
+    const Sums sums = plainSums(image, blur, mask, cv::Size(1, 1));
+    for (const float lambda : {0.001f, 1.0f, 400.0f}) {
+        CPSFEst solver;
+        setUp(solver, cv::Size(1, 1), size, lambda);
+        solver.computeLA(image, blur, mask);
+        const double term = sums.count * 255.0 * static_cast<double>(lambda);
+        const double expected =
+            sums.rightHand.at<double>(0) / (sums.matrix.at<double>(0, 0) + term);
+        EXPECT_FLOAT_EQ(solver.computePSF().at<float>(0, 0), static_cast<float>(expected));
+    }
+}
+
 TEST(PSFEst, FindsTheBlurOfADrawnScene) {
     std::mt19937 random(63);
     Scene scene = drawnScene(200, 3, random);

@@ -109,6 +109,15 @@ TEST(LumaToMatValues, WeightsFollowTheSamplesInMemoryOrderAndTheSumIsTruncated) 
     EXPECT_EQ(eightBits(255, 255, 255), 255);
 }
 
+TEST(LumaToMatValues, GreysKeepTheirLevelAlthoughTheirSumsFallShortOfIt) {
+    for (int level = 0; level < 256; ++level) {
+        const auto eight = static_cast<std::uint8_t>(level);
+        const auto sixteen = static_cast<std::uint16_t>(level * 128);
+        EXPECT_EQ(eightBits(eight, eight, eight), level);
+        EXPECT_EQ(sixteenBits(sixteen, sixteen, sixteen), level);
+    }
+}
+
 TEST(LumaToMatValues, SixteenBitsComeDownFromTheFifteenBitScale) {
     EXPECT_EQ(sixteenBits(12800, 12800, 12800), 100);
     EXPECT_EQ(sixteenBits(12799, 12799, 12799), 99);
