@@ -107,7 +107,7 @@ command_help() {
 ./do test       install what is missing, build, run all tests
 ./do build      build only (./do build debug|asan|ubsan for the other presets)
 ./do bench      build and run the benchmarks; each prints its ratio to a reference of the same run
-./do demo       restore a blurred sample scene: pictures in demo/, PSNR before and after
+./do demo       restore a blurred sample scene, stage by stage: pictures in demo/, PSNR
 ./do sanitize   run all tests under the address and the undefined-behaviour sanitizer
 ./do format     lay out the code with clang-format
 TEXT
