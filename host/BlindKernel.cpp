@@ -2,6 +2,8 @@
 
 #include "DefaultStrength.h"
 #include "Failure.h"
+#include "KernelCentre.h"
+#include "KernelSpecks.h"
 #include "RestorationMeasure.h"
 #include "TexturedCrop.h"
 #include "TileLimit.h"
@@ -45,7 +47,7 @@ public:
             throw Failure("the picture has too few edges to find a kernel of " +
                           sidesOf(settings.size) + " in it");
         }
-        return *found;
+        return centred(withoutSpecks(*found));
     }
 
     BlurKernel turned(const BlurKernel& kernel, Turn turn,

@@ -8,9 +8,10 @@
 namespace velorn {
 
 /// How a picture's kernel is found when nothing is known about its blur.
+/// docs/blind-estimation.md tells how the standards were found.
 struct BlindSettings {
-    KernelSize size;
-    /// See `estimateKernel`; docs/blind-estimation.md tells how the standard was found.
+    KernelSize size{15, 15};
+    /// See `estimateKernel`.
     float strength = 0.0f;
     Turn turn = Turn::Auto;
     /// The kernel is looked for in the part of so many pixels a side that has the most texture.

@@ -69,10 +69,22 @@ class BlindOptions {
 public:
     explicit BlindOptions(CLI::App& command) : m_command(command) {}
 
-    CLI::Option* addSize(const std::string& name, const char* text) {
+    CLI::Option* addSize(const std::string& name, const std::string& text) {
         m_sizeName = name;
         return m_command.add_option(name, m_sizeText, text)->type_name("N[xM]");
     }
+    /// `words` with the standard size after every --blind that no size follows.
+    static std::vector<std::string> completed(std::vector<std::string> words) {
+        for (std::size_t i = 0; i < words.size() && words[i] != "--"; ++i) {
+            const bool isFollowed = i + 1 < words.size() && isSizeLike(words[i + 1]);
+            if (words[i] == "--blind" && !isFollowed) {
+                words[i] += "=" + standardSize();
+            }
+        }
+        return words;
+    }
+    static std::string standardSize() { return std::to_string(BlindSettings().size.width); }
+
     CLI::Option* addTurn() {
         return m_command
             .add_option("--turn", m_turnText,
@@ -108,10 +120,16 @@ public:
     }
 
 private:
+    /// Whether a word is meant for a size, right or wrong, and not for a file.
+    static bool isSizeLike(const std::string& word) {
+        return !word.empty() && word.front() >= '0' && word.front() <= '9' &&
+               word.find_first_not_of("0123456789x.,") == std::string::npos;
+    }
+
     CLI::App& m_command;
     BlindSettings m_settings;
     std::string m_sizeName;
-    std::string m_sizeText;
+    std::string m_sizeText = standardSize();
     std::string m_turnText = "auto";
 };
 
@@ -178,9 +196,12 @@ private:
                        ->group(m_motion->get_group());
         m_blind = m_blindOptions
                       .addSize("--blind",
-                               "Unknown: find the kernel in the picture itself. N (or N by M) "
-                               "is the\nside of the kernel to look for, odd, 3..63: somewhat more "
-                               "than the blur\nis wide. See also 'velorn estimate'.")
+                               "Unknown: find the kernel in the picture itself. N (or N wide, "
+                               "M high) is the\nsize of the kernel to look for: odd, 3..63, a "
+                               "little more than the blur is wide;\ntwice as much does harm. "
+                               "Without N it is " +
+                                   BlindOptions::standardSize() + ". See also 'velorn estimate'.")
+                      ->type_name("[N[xM]]")
                       ->group(m_motion->get_group());
         m_blindOptions.addTurn()->needs(m_blind);
         m_noDeconvolve =
@@ -321,10 +342,10 @@ public:
           m_blindOptions(m_command) {
         m_command.add_option("IN", m_options.input, "Blurred picture: 8 or 16 bits, grey or RGB.")
             ->required();
-        m_blindOptions
-            .addSize("--size", "Side of the kernel to look for (or N wide, M high): odd, 3..63, "
-                               "somewhat\nmore than the blur is wide.")
-            ->required();
+        m_blindOptions.addSize("--size",
+                               "odd, 3..63, default: " + BlindOptions::standardSize() +
+                                   "\nSide of the kernel to look for (or N wide, M high): a little "
+                                   "more than the blur\nis wide; twice as much does harm.");
         m_blindOptions.addStrength();
         m_blindOptions.addTurn();
         m_command
@@ -408,8 +429,8 @@ std::optional<Command> parseCommandLine(int argc, const char* const* argv, std::
     KernelParser kernel(app);
     PreviewParser preview(app);
     try {
-        std::vector<std::string> words =
-            SettingOptions::completed({argv + std::min(argc, 1), argv + argc});
+        std::vector<std::string> words = BlindOptions::completed(
+            SettingOptions::completed({argv + std::min(argc, 1), argv + argc}));
         std::ranges::reverse(words);
         app.parse(std::move(words));
     } catch (const CLI::Success& request) {

@@ -4,6 +4,8 @@
 #include "Pictures.h"
 #include "Scene.h"
 
+#include <algorithm>
+
 namespace velorn::tools {
 
 std::vector<NamedPicture> picturesFrom(std::span<const std::string> files) {
@@ -34,6 +36,19 @@ double Photograph::decibels() const {
 
 double Photograph::decibelsOf(const RgbPixels& restored) const {
     return tools::decibels(sharp, coloursOf(restored));
+}
+
+double Photograph::decibelsWhenMoved(const RgbPixels& restored) const {
+    const cv::Mat colours = coloursOf(restored);
+    const cv::Rect inside(kReach, kReach, sharp.cols - 2 * kReach, sharp.rows - 2 * kReach);
+    double best = 0.0;
+    for (int down = -kReach; down <= kReach; ++down) {
+        for (int right = -kReach; right <= kReach; ++right) {
+            const cv::Mat moved = colours(inside + cv::Point(right, down));
+            best = std::max(best, tools::decibels(sharp(inside), moved));
+        }
+    }
+    return best;
 }
 
 Photograph photographOf(const cv::Mat& picture, const BlurKernel& kernel, double noise,

@@ -34,6 +34,11 @@ struct Photograph {
     double decibels() const;
     /// Peak signal to noise ratio of `restored`, of the same size and 8 bits, in decibels.
     double decibelsOf(const RgbPixels& restored) const;
+    /// The most that `decibelsOf` comes to when `restored` is moved by up to `kReach` whole pixels
+    /// each way, a rim of as many pixels left out. Nothing tells a blind restoration where the
+    /// picture would lie without the blur.
+    double decibelsWhenMoved(const RgbPixels& restored) const;
+    static constexpr int kReach = 4;
 };
 
 /// `picture` blurred by `kernel`, with noise of standard deviation `noise` in every sample, at 8

@@ -1,11 +1,25 @@
-// Draws the sample scene of the demonstration, and what a camera that is out of focus makes of it.
+// Draws the sample scene of the demonstration, and what a camera that is out of focus or shaken
+// makes of it.
 #include "Degradation.h"
 #include "Failure.h"
+#include "KernelFile.h"
 #include "Pictures.h"
+#include "SampleBlurs.h"
 #include "Scene.h"
+#include "TemporaryFile.h"
 
 #include <CLI/CLI.hpp>
 #include <iostream>
+
+namespace {
+
+void writeKernel(const std::filesystem::path& path, const velorn::BlurKernel& kernel) {
+    velorn::TemporaryFile file(path);
+    file.write(velorn::KernelFile::encode(kernel, path));
+    file.commit();
+}
+
+} // namespace
 
 int main(int argc, char** argv) {
     using namespace velorn;
@@ -14,6 +28,8 @@ int main(int argc, char** argv) {
     CLI::App app{"Draws a scene, sharp and as a blurred and noisy photograph of it."};
     std::string sharp;
     std::string blurred;
+    std::string kernelPath;
+    bool isShaken = false;
     int width = 1024;
     int height = 768;
     float radius = 4.0f;
@@ -30,16 +46,22 @@ int main(int argc, char** argv) {
     app.add_option("--disc", radius, "Radius of the blur in pixels")
         ->capture_default_str()
         ->check(CLI::Range(0.5, 50.0));
+    app.add_flag("--shake", isShaken, "Blur by a curved shake of the camera instead");
+    app.add_option("--kernel", kernelPath, "Where to write the blur's kernel");
     app.add_option("--noise", noise, "Standard deviation of the noise in levels of 255")
         ->capture_default_str();
     app.add_option("--seed", seed, "What is left to chance")->capture_default_str();
     CLI11_PARSE(app, argc, argv);
     try {
-        const BlurKernel kernel = makeKernel({AnalyticBlur::Shape::Disc, radius, 0.0f});
+        const BlurKernel kernel =
+            isShaken ? curvedShake() : makeKernel({AnalyticBlur::Shape::Disc, radius, 0.0f});
         const int margin = kernel.width / 2;
         const cv::Mat scene = drawScene(width, height, margin, seed);
         writeColours(sharp, scene(cv::Rect(margin, margin, width, height)));
         writeColours(blurred, withNoise(blurInside(scene, kernel), noise, seed));
+        if (!kernelPath.empty()) {
+            writeKernel(kernelPath, kernel);
+        }
         return 0;
     } catch (const std::exception& failure) {
         std::cerr << "makeScene: " << failure.what() << '\n';

@@ -2,6 +2,8 @@
 // blurred on purpose with a kernel both ways round, and holds the choice against the truth. It does
 // so with the very kernel of the blur and with the kernel that is found in the picture.
 #include "BlindKernel.h"
+#include "KernelCentre.h"
+#include "KernelSpecks.h"
 #include "NoiseLevel.h"
 #include "Options.h"
 #include "SampleBlurs.h"
@@ -87,7 +89,7 @@ void study(const std::vector<NamedPicture>& pictures, KernelSize size) {
                 const auto estimate =
                     estimateKernel(photograph.taken, size, BlindSettings().strength, goOn);
                 if (estimate) {
-                    const Choice ofFound = choose(photograph, *estimate);
+                    const Choice ofFound = choose(photograph, centred(withoutSpecks(*estimate)));
                     found.count(ofFound);
                     print(ofFound);
                 }

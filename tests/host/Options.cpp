@@ -158,7 +158,7 @@ TEST(Options, HelpShowsEveryBlur) {
     std::string printed;
     EXPECT_FALSE(parse({"deblur", "--help"}, &printed).has_value());
     for (const char* text : {"--gaussian SIGMA", "--disc RADIUS", "--motion LENGTH,ANGLE",
-                             "--kernel FILE", "--blind N[xM]", "--no-deconvolve"}) {
+                             "--kernel FILE", "--blind [N[xM]]", "--no-deconvolve"}) {
         EXPECT_NE(printed.find(text), std::string::npos) << text << "\n" << printed;
     }
 }
@@ -193,7 +193,22 @@ TEST(Options, SidesOfUnknownKernelsAreOddAndOfAReasonableSize) {
                   "--size must be odd numbers from 3 to 63, like 15 or 15x9")
             << size;
     }
-    EXPECT_NE(estimateComplaint({}), "");
+}
+
+TEST(Options, SizeToLookForHasAStandard) {
+    EXPECT_EQ(estimate({}).blind.size.width, 15);
+    EXPECT_EQ(estimate({}).blind.size.height, 15);
+    const auto blindSize = [](std::vector<const char*> words) {
+        const auto command = std::get<DeblurOptions>(parse(std::move(words)).value());
+        EXPECT_EQ(command.input, "in.png");
+        EXPECT_EQ(command.output, "2.png");
+        return std::get<velorn::BlindSettings>(command.kernel).size.width;
+    };
+    EXPECT_EQ(blindSize({"deblur", "in.png", "2.png", "--blind"}), 15);
+    EXPECT_EQ(blindSize({"deblur", "in.png", "--blind", "2.png"}), 15);
+    EXPECT_EQ(blindSize({"deblur", "--blind", "in.png", "2.png", "--turn", "no"}), 15);
+    EXPECT_EQ(blindSize({"deblur", "--blind", "9x7", "in.png", "2.png"}), 9);
+    EXPECT_EQ(blindSize({"deblur", "--blind=9", "in.png", "2.png"}), 9);
 }
 
 TEST(Options, EstimatesStrengthAndTurnHaveTheirRange) {

@@ -284,7 +284,7 @@ TEST_F(Velorn, WrongCommandLinesExitWithTwo) {
              {"deblur", "a.png", "b.png", "--disc", "2", "--detail", "--detail-gain", "0.3"},
              {"preview", "a.png"},
              {"preview", "a.png", "b.png", "--scale", "0"},
-             {"estimate", "a.png", "-o", "k.png"},
+             {"estimate", "a.png"},
              {"deblur", "a.png", "b.png", "--blind", "6"},
              {"kernel", "disc", "2"}}) {
         const ProgramResult result = run(words);

@@ -1,0 +1,102 @@
+// Tells how alike kernels are to a reference, and shows them side by side.
+#include "Failure.h"
+#include "KernelFile.h"
+#include "KernelLikeness.h"
+#include "Pictures.h"
+
+#include <CLI/CLI.hpp>
+#include <iomanip>
+#include <iostream>
+#include <opencv2/imgproc.hpp>
+
+namespace {
+
+using namespace velorn;
+using namespace velorn::tools;
+
+constexpr int kPanelSide = 300;
+constexpr int kGap = 12;
+constexpr int kCaptionHeight = 34;
+const cv::Scalar kPaper(250, 250, 248);
+const cv::Scalar kInk(30, 30, 34);
+
+struct Panel {
+    BlurKernel kernel;
+    std::string caption;
+};
+
+/// The kernel in the middle of a square of `side` weights a side, the largest weight white.
+cv::Mat drawPanel(const Panel& panel, int side) {
+    const float peak = std::ranges::max(panel.kernel.weights);
+    cv::Mat weights(side, side, CV_32FC3, cv::Scalar::all(0));
+    for (int r = 0; r < panel.kernel.height; ++r) {
+        for (int c = 0; c < panel.kernel.width; ++c) {
+            const float level = 255.0f * panel.kernel.at(r, c) / peak;
+            weights.at<cv::Vec3f>(r + (side - panel.kernel.height) / 2,
+                                  c + (side - panel.kernel.width) / 2) = {level, level, level};
+        }
+    }
+    cv::Mat square;
+    cv::resize(weights, square, {kPanelSide, kPanelSide}, 0, 0, cv::INTER_NEAREST);
+    cv::Mat drawn;
+    cv::copyMakeBorder(square, drawn, kGap + kCaptionHeight, kGap, kGap, kGap, cv::BORDER_CONSTANT,
+                       kPaper);
+    cv::putText(drawn, panel.caption, {kGap + 2, kGap + kCaptionHeight - 11},
+                cv::FONT_HERSHEY_DUPLEX, 0.62, kInk, 1, cv::LINE_AA);
+    return drawn;
+}
+
+void writeSheet(const std::string& path, const std::vector<Panel>& panels) {
+    int side = 0;
+    for (const Panel& panel : panels) {
+        side = std::max(side, panel.kernel.largerSide());
+    }
+    std::vector<cv::Mat> drawn;
+    for (const Panel& panel : panels) {
+        drawn.push_back(drawPanel(panel, side));
+    }
+    cv::Mat sheet;
+    cv::hconcat(drawn, sheet);
+    writeColours(path, sheet);
+}
+
+void compare(const std::vector<std::string>& files, const std::vector<std::string>& labels,
+             const std::string& sheet) {
+    std::vector<Panel> panels;
+    for (std::size_t i = 0; i < files.size(); ++i) {
+        const std::string label =
+            i < labels.size() ? labels[i] : std::filesystem::path(files[i]).filename().string();
+        panels.push_back({KernelFile::read(files[i], std::nullopt), label});
+        if (i > 0) {
+            std::ostringstream value;
+            value << std::fixed << std::setprecision(3)
+                  << likeness(panels.back().kernel, panels.front().kernel);
+            std::cout << std::left << std::setw(24) << label << "likeness " << value.str() << '\n';
+            panels.back().caption += ", likeness " + value.str();
+        }
+    }
+    if (!sheet.empty()) {
+        writeSheet(sheet, panels);
+    }
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    CLI::App app{"Prints how alike blur kernels are to the first of them: 1 for the same shape,\n"
+                 "wherever it lies in the kernel."};
+    std::vector<std::string> files;
+    std::vector<std::string> labels;
+    std::string sheet;
+    app.add_option("KERNELS", files, "Kernel files, the reference first")->required();
+    app.add_option("--labels", labels, "Names shown")->delimiter(',');
+    app.add_option("--sheet", sheet, "Where to write all kernels side by side");
+    CLI11_PARSE(app, argc, argv);
+    try {
+        compare(files, labels, sheet);
+        return 0;
+    } catch (const std::exception& failure) {
+        std::cerr << "compareKernels: " << failure.what() << '\n';
+        return 1;
+    }
+}
