@@ -20,6 +20,9 @@
  *   time. The guard is a plain byte: it turns away a call made while another runs, from inside the
  *   progress callback for instance, but not two threads that enter in the same instant.
  *
+ *   A host that loads the library at run time may close it after its last call has returned. The
+ *   library's threads outlive the calls, so it stays in the process all the same.
+ *
  *   ornDeblurSharpen needs a ProgressRecord: a null pointer there is a crash. Its callback may be
  *   null. */
 #ifndef VELORNCORE10_H

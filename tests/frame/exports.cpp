@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <memory>
 #include <set>
 #include <string>
@@ -137,20 +138,26 @@ TEST_F(Exports, HeaderServesAHostWrittenInC) {
     EXPECT_FLOAT_EQ(values[2], 0.2f);
 }
 
-TEST(Attach, LeavesTheAttachingThreadFlushingDenormals) {
-    constexpr unsigned kDenormalsAreZero = 1u << 6;
-    constexpr unsigned kUnderflowMasked = 1u << 11;
-    constexpr unsigned kFlushToZero = 1u << 15;
-    const unsigned before = _mm_getcsr();
-    _mm_setcsr(before & ~(kDenormalsAreZero | kFlushToZero));
-    {
+TEST(Attach, HostThatClosesTheLibraryLeavesItToItsThreads) {
+    { const LoadedLibrary library; }
+    void* const handle = dlopen(VELORN_LIBRARY, RTLD_NOW | RTLD_NOLOAD);
+    ASSERT_NE(handle, nullptr);
+    dlclose(handle);
+}
+
+// In a process of its own: only the first load of a process attaches.
+TEST(AttachDeathTest, LeavesTheAttachingThreadFlushingDenormals) {
+    testing::FLAGS_gtest_death_test_style = "threadsafe";
+    const auto flagsAreSetByLoading = [] {
+        constexpr unsigned kDenormalsAreZero = 1u << 6;
+        constexpr unsigned kUnderflowMasked = 1u << 11;
+        constexpr unsigned kFlushToZero = 1u << 15;
+        constexpr unsigned kAll = kDenormalsAreZero | kUnderflowMasked | kFlushToZero;
+        _mm_setcsr(_mm_getcsr() & ~(kDenormalsAreZero | kFlushToZero));
         const LoadedLibrary library;
-        const unsigned after = _mm_getcsr();
-        EXPECT_NE(after & kDenormalsAreZero, 0u);
-        EXPECT_NE(after & kUnderflowMasked, 0u);
-        EXPECT_NE(after & kFlushToZero, 0u);
-    }
-    _mm_setcsr(before);
+        return (_mm_getcsr() & kAll) == kAll;
+    };
+    EXPECT_EXIT(std::_Exit(flagsAreSetByLoading() ? 0 : 1), testing::ExitedWithCode(0), "");
 }
 
 } // namespace
