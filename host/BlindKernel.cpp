@@ -17,6 +17,8 @@ namespace {
 /// What is done by when, in percent of the bar.
 constexpr int kEstimated = 70;
 constexpr int kTurned = 90;
+/// Restorations of this `doubtfulness` are as often worse than the picture as better.
+constexpr double kDoubtful = 0.44;
 
 std::string sidesOf(KernelSize size) {
     return std::to_string(size.width) + " by " + std::to_string(size.height);
@@ -64,7 +66,7 @@ public:
     bool isHelpful(const BlurKernel& kernel, const RestorationSettings& settings) const {
         const RgbPixels result = restore(m_pixels, kernel, settings, shown(kTurned, 100));
         m_interrupt.check();
-        return unsharpness(result) < unsharpness(m_pixels);
+        return doubtfulness(m_pixels, result, kernel) < kDoubtful;
     }
 
 private:

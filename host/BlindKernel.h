@@ -26,7 +26,7 @@ float blindStrength(double noiseLevel);
 /// A kernel that was found blindly.
 struct BlindKernel {
     BlurKernel kernel;
-    /// Whether a restoration with it looks better than the picture, by `unsharpness`.
+    /// Whether a restoration with it is likely to be better than the picture, by `doubtfulness`.
     bool isHelpful = false;
 };
 
@@ -39,7 +39,7 @@ BlindKernel findKernel(const RgbPixels& pixels, const BlindSettings& settings,
 
 /// The warning for a kernel that does not help.
 inline constexpr const char* kNotHelpful =
-    "the restoration with the kernel found looks worse than the picture: another --blind or "
-    "--size may do better";
+    "the kernel found explains the picture badly; the restoration may be worse than the picture, "
+    "and another kernel size may do better";
 
 } // namespace velorn

@@ -1,18 +1,9 @@
 #pragma once
 
+#include "BlurKernel.h"
 #include "RgbPixels.h"
 
 namespace velorn {
-
-/// How far a picture is from the look of a sharp one, told from the picture alone: the mean step
-/// between neighbouring pixels of its luminance over the root of the mean squared step. The lower,
-/// the better.
-///
-/// A sharp picture has few strong steps among calm areas. Blur spreads each step over many pixels,
-/// noise and ringing fill the calm areas with small ones: all of them raise the quotient. It knows
-/// no scale, so that contrast neither helps nor harms. An outer band, where a restoration has to
-/// guess, is left out. A picture without any step has 1, the worst.
-double unsharpness(const RgbPixels& pixels);
 
 /// How much goes on in a picture: the mean square root of the step between neighbouring pixels of
 /// its luminance, in levels of 255, an outer band left out. Many small steps count for more than
@@ -22,5 +13,14 @@ double unsharpness(const RgbPixels& pixels);
 /// take the same frequencies away: the one that fits puts the strength of the picture into its
 /// edges, the other spreads it in ripples beside them.
 double roughness(const RgbPixels& pixels);
+
+/// How badly a restoration explains the picture that it was made from: `restored` is blurred again
+/// by `kernel`, and the mean squared difference from `taken` is held against what the picture has
+/// of its own, the mean squared step between its neighbouring pixels, and against its noise. An
+/// outer band is left out; the pictures are of one size and depth.
+///
+/// A kernel that fits leaves little but noise unexplained. The two yardsticks count with the
+/// weights that told useful restorations from harmful ones best; see docs/blind-estimation.md.
+double doubtfulness(const RgbPixels& taken, const RgbPixels& restored, const BlurKernel& kernel);
 
 } // namespace velorn

@@ -2,7 +2,7 @@
 
 #include "DefaultStrength.h"
 #include "Failure.h"
-#include "Options.h"
+#include "SampleBlurs.h"
 #include "tests/support/BlurredPicture.h"
 
 #include <gtest/gtest.h>
@@ -16,11 +16,13 @@ using velorn::findKernel;
 using velorn::RgbPixels;
 using velorn::Turn;
 
+constexpr float kStrength = 2000.0f;
+
 class BlindKernel : public testing::Test {
 protected:
     velorn::BlindKernel find(const RgbPixels& pixels, int side, Turn turn = Turn::Auto) {
         velorn::RestorationSettings restoration;
-        restoration.lambda = 2000.0f;
+        restoration.lambda = kStrength;
         BlindSettings settings;
         settings.size = {side, side};
         settings.turn = turn;
@@ -47,6 +49,23 @@ TEST_F(BlindKernel, DiscBlurIsFoundAndHelps) {
     EXPECT_TRUE(found.isHelpful);
     EXPECT_EQ(found.kernel.width, 7);
     EXPECT_NE(m_terminal.str().find('%'), std::string::npos);
+}
+
+TEST_F(BlindKernel, KernelThatMakesThePictureWorseIsToldFromOneThatHelps) {
+    // Where there is hardly any contrast, only a shadow of the kernel is found.
+    const RgbPixels sharp = vel::test::faded(vel::test::drawnPicture(240, 200), 0.3);
+    const RgbPixels soft = vel::test::blurred(sharp, velorn::tools::curvedShake());
+    const auto found = find(soft, 15);
+    EXPECT_FALSE(found.isHelpful);
+    velorn::RestorationSettings settings;
+    settings.lambda = kStrength;
+    const RgbPixels result =
+        velorn::restore(soft, found.kernel, settings, [](int, int) { return true; });
+    const auto samplesOf = [](const RgbPixels& pixels) {
+        return std::get<std::vector<std::uint8_t>>(pixels.samples);
+    };
+    EXPECT_LT(vel::test::decibels(samplesOf(sharp), samplesOf(result), 255.0),
+              vel::test::decibels(samplesOf(sharp), samplesOf(soft), 255.0));
 }
 
 TEST_F(BlindKernel, TurnMayBeDecidedBeforehandAndAutoIsOneOfBoth) {

@@ -1,6 +1,6 @@
 #include "RestorationMeasure.h"
 
-#include "BlurKernel.h"
+#include "KernelTurn.h"
 #include "tests/support/BlurredPicture.h"
 
 #include <gtest/gtest.h>
@@ -9,37 +9,11 @@ namespace {
 
 using vel::test::blurred;
 using vel::test::drawnPicture;
+using velorn::BlurKernel;
+using velorn::doubtfulness;
 using velorn::RgbPixels;
 using velorn::roughness;
-using velorn::unsharpness;
 using Bytes = std::vector<std::uint8_t>;
-
-TEST(RestorationMeasure, BlurRaisesTheUnsharpness) {
-    const RgbPixels sharp = drawnPicture(160, 120);
-    const auto disc = velorn::makeKernel({velorn::AnalyticBlur::Shape::Disc, 3.0f, 0.0f});
-    EXPECT_GT(unsharpness(blurred(sharp, disc)), 1.2 * unsharpness(sharp));
-}
-
-TEST(RestorationMeasure, RipplesInCalmAreasRaiseTheUnsharpness) {
-    const RgbPixels sharp = drawnPicture(160, 120);
-    RgbPixels rippled = sharp;
-    auto& samples = std::get<Bytes>(rippled.samples);
-    for (std::size_t i = 0; i < samples.size(); ++i) {
-        samples[i] = static_cast<std::uint8_t>(samples[i] + (i / 6) % 2 * 8);
-    }
-    EXPECT_GT(unsharpness(rippled), unsharpness(sharp));
-}
-
-TEST(RestorationMeasure, ContrastDoesNotMatter) {
-    RgbPixels strong{40, 30, Bytes(3600)};
-    RgbPixels weak = strong;
-    for (std::size_t i = 0; i < 3600; ++i) {
-        const std::size_t column = i / 3 % 40;
-        std::get<Bytes>(strong.samples)[i] = column % 8 == 0 ? 200 : 0;
-        std::get<Bytes>(weak.samples)[i] = column % 8 == 0 ? 20 : 0;
-    }
-    EXPECT_NEAR(unsharpness(strong), unsharpness(weak), 1e-6);
-}
 
 TEST(RestorationMeasure, RoughnessIsTheMeanRootOfTheSteps) {
     // Steps of 16 levels at every eighth column, none downwards.
@@ -62,10 +36,34 @@ TEST(RestorationMeasure, RipplesAreRougherThanAnEdgeOfTheSameStrength) {
     EXPECT_GT(roughness(ripples), roughness(edge));
 }
 
-TEST(RestorationMeasure, EmptyPicturesAreUnsharpAndNotRough) {
-    EXPECT_EQ(unsharpness({40, 30, Bytes(3600, 77)}), 1.0);
-    EXPECT_EQ(unsharpness({1, 1, Bytes(3)}), 1.0);
+TEST(RestorationMeasure, PictureThatIsExplainedFullyLeavesNoDoubt) {
+    const RgbPixels sharp = drawnPicture(160, 120);
+    EXPECT_EQ(doubtfulness(sharp, sharp, velorn::pointKernel()), 0.0);
+    const BlurKernel disc = velorn::makeKernel({velorn::AnalyticBlur::Shape::Disc, 3.0f, 0.0f});
+    EXPECT_LT(doubtfulness(blurred(sharp, disc), sharp, disc), 0.05);
+}
+
+TEST(RestorationMeasure, KernelThatDoesNotFitIsDoubtful) {
+    const RgbPixels sharp = drawnPicture(160, 120);
+    const BlurKernel disc = velorn::makeKernel({velorn::AnalyticBlur::Shape::Disc, 3.0f, 0.0f});
+    const BlurKernel motion = velorn::makeKernel({velorn::AnalyticBlur::Shape::Motion, 9.0f, 0.0f});
+    EXPECT_GT(doubtfulness(blurred(sharp, disc), sharp, motion), 1.0);
+}
+
+TEST(RestorationMeasure, BlurringAgainTurnsNoKernelRound) {
+    const RgbPixels sharp = drawnPicture(160, 120);
+    const BlurKernel uneven{5, 1, {0.6f, 0.2f, 0.1f, 0.1f, 0.0f}};
+    const RgbPixels soft = blurred(sharp, uneven);
+    EXPECT_LT(doubtfulness(soft, sharp, uneven),
+              0.1 * doubtfulness(soft, sharp, velorn::turnedRound(uneven)));
+}
+
+TEST(RestorationMeasure, EmptyPicturesAreNeitherRoughNorDoubtful) {
+    const RgbPixels grey{40, 30, Bytes(3600, 77)};
+    EXPECT_EQ(roughness(grey), 0.0);
     EXPECT_EQ(roughness({1, 1, Bytes(3)}), 0.0);
+    EXPECT_EQ(doubtfulness(grey, grey, velorn::pointKernel()), 0.0);
+    EXPECT_EQ(doubtfulness({1, 1, Bytes(3)}, {1, 1, Bytes(3)}, velorn::pointKernel()), 0.0);
 }
 
 } // namespace

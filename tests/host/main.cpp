@@ -1,6 +1,7 @@
 #include "ImageFile.h"
 #include "KernelFile.h"
 #include "PixelScale.h"
+#include "SampleBlurs.h"
 #include "tests/support/BlurredPicture.h"
 #include "tests/support/RunProgram.h"
 #include "tests/support/TemporaryFolder.h"
@@ -101,6 +102,7 @@ TEST_F(Velorn, UnknownBlurIsFoundInThePictureItself) {
     const ProgramResult result = run({"deblur", at("in.png"), at("out.png"), "--blind", "9"});
     EXPECT_EQ(result.exitStatus, 0) << result.errors;
     EXPECT_EQ(result.output, "");
+    EXPECT_EQ(result.errors, "");
     EXPECT_GT(gainOf("out.png"), 1.0);
 }
 
@@ -111,6 +113,24 @@ TEST_F(Velorn, EstimateWritesAKernelAndShowsIt) {
     EXPECT_EQ(std::ranges::count(result.output, '\n'), 9);
     EXPECT_NE(result.output.find("██"), std::string::npos);
     EXPECT_EQ(run({"deblur", at("in.png"), at("out.png"), "--kernel", at("k.png")}).exitStatus, 0);
+}
+
+TEST_F(Velorn, WarnsWhenTheKernelFoundExplainsThePictureBadly) {
+    const auto shake = velorn::tools::curvedShake();
+    const auto sharp = vel::test::faded(vel::test::drawnPicture(240, 200), 0.3);
+    ImageFile picture(240, 200, 3, 8);
+    picture.setRgb(vel::test::blurred(sharp, shake));
+    writeBytes(at("in.png"), picture.encode("in.png"));
+    for (const std::vector<std::string>& words :
+         std::vector<std::vector<std::string>>{{"deblur", at("in.png"), at("out.png"), "--blind"},
+                                               {"estimate", at("in.png"), "-o", at("k.txt")}}) {
+        const ProgramResult result = run(words);
+        EXPECT_EQ(result.exitStatus, 0);
+        EXPECT_TRUE(isOneLine(result.errors)) << result.errors;
+        EXPECT_NE(result.errors.find("velorn: warning: "), std::string::npos) << result.errors;
+        EXPECT_NE(result.errors.find("may be worse than the picture"), std::string::npos);
+    }
+    EXPECT_EQ(m_folder.fileCount(), 3u);
 }
 
 TEST_F(Velorn, PictureWithoutEdgesHasNoKernelToFind) {

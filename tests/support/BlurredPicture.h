@@ -25,6 +25,15 @@ inline velorn::RgbPixels drawnPicture(int width, int height) {
     return {width, height, samples};
 }
 
+/// `picture` (8 bits) with its contrast cut to a share of what it was.
+inline velorn::RgbPixels faded(velorn::RgbPixels picture, double share) {
+    constexpr double kGrey = 110.0;
+    for (std::uint8_t& sample : std::get<std::vector<std::uint8_t>>(picture.samples)) {
+        sample = static_cast<std::uint8_t>(std::lround(kGrey + share * (sample - kGrey)));
+    }
+    return picture;
+}
+
 /// `sharp` (8 bits) blurred by plain summation; beyond the borders its edge pixels go on.
 inline velorn::RgbPixels blurred(const velorn::RgbPixels& sharp, const velorn::BlurKernel& kernel) {
     const auto& samples = std::get<std::vector<std::uint8_t>>(sharp.samples);
