@@ -72,7 +72,7 @@ command_format() {
 
 # Blurs a drawn scene, restores it with velorn, and shows the three side by side.
 command_demo() {
-    build release velorn makeScene comparePictures
+    build release velorn makeScene comparePictures compareKernels
     local bin=build/release/bin
     mkdir -p demo
     "$bin/makeScene" demo/sharp.png demo/blurred.png --disc 4 --noise 1
@@ -80,7 +80,9 @@ command_demo() {
     "$bin/comparePictures" demo/sharp.png demo/blurred.png demo/restored.png \
         --labels sharp,blurred,restored --sheet demo/side-by-side.png --inset 740,465,140,140
     demo_stages "$bin"
-    say "See demo/side-by-side.png and demo/stages.png"
+    demo_blind "$bin" focus --disc 4
+    demo_blind "$bin" shake --shake
+    say "See demo/side-by-side.png, demo/stages.png and, blurs found blindly, demo/{focus,shake}*.png"
 }
 
 # The same photograph with one stage more each.
@@ -102,12 +104,29 @@ demo_stages() {
         --columns 3 --sheet demo/stages.png --inset 740,465,140,140
 }
 
+# Restores a photograph whose blur nobody tells, beside one with the true kernel.
+demo_blind() {
+    local bin=$1 name=$2
+    shift 2
+    local at=demo/$name
+    say "Blur found blindly: $name"
+    "$bin/makeScene" "$at-sharp.png" "$at-blurred.png" "$@" --noise 1 --kernel "$at-true.txt"
+    "$bin/velorn" estimate "$at-blurred.png" -o "$at-found.txt"
+    "$bin/compareKernels" "$at-true.txt" "$at-found.txt" --labels true,found \
+        --sheet "$at-kernels.png"
+    "$bin/velorn" deblur "$at-blurred.png" "$at-blind.png" --blind
+    "$bin/velorn" deblur "$at-blurred.png" "$at-known.png" --kernel "$at-true.txt"
+    "$bin/comparePictures" "$at-sharp.png" "$at-blurred.png" "$at-blind.png" "$at-known.png" \
+        --labels "sharp,blurred,restored blind,kernel known" --sheet "$at-sheet.png" \
+        --inset 740,465,140,140
+}
+
 command_help() {
     cat <<'TEXT'
 ./do test       install what is missing, build, run all tests
 ./do build      build only (./do build debug|asan|ubsan for the other presets)
 ./do bench      build and run the benchmarks; each prints its ratio to a reference of the same run
-./do demo       restore a blurred sample scene, stage by stage: pictures in demo/, PSNR
+./do demo       restore blurred sample scenes, blindly too: pictures in demo/, PSNR before and after
 ./do sanitize   run all tests under the address and the undefined-behaviour sanitizer
 ./do format     lay out the code with clang-format
 TEXT
