@@ -155,7 +155,7 @@ struct RowGroup {
           m_blockFloats(static_cast<std::ptrdiff_t>(fft.blockFloats())) {}
 
     float* element(std::ptrdiff_t frequency) const {
-        return memory.elements + std::ptrdiff_t{places[frequency]} * kElementFloats;
+        return memory.elements + static_cast<std::ptrdiff_t>(places[frequency]) * kElementFloats;
     }
     float* blockRow(std::ptrdiff_t block) const { return m_blockRows + block * m_blockFloats; }
     bool fillsTiles() const { return rows == kTileSide && halfWidth >= kTileSide; }
