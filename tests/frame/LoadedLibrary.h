@@ -2,14 +2,39 @@
 
 #include "velorncore10.h"
 
-#include <dlfcn.h>
 #include <gtest/gtest.h>
+#ifdef _WIN32
+#ifndef NOMINMAX
+#define NOMINMAX
+#endif
+#include <windows.h>
+#else
+#include <dlfcn.h>
+#endif
 
 namespace vel::test {
 
 /// The shared library as a host meets it: loaded at run time, functions found by name.
 class LoadedLibrary {
 public:
+#ifdef _WIN32
+    using Handle = HMODULE;
+
+    LoadedLibrary() : m_handle(LoadLibraryA(VELORN_LIBRARY)) {
+        EXPECT_NE(m_handle, nullptr) << VELORN_LIBRARY << ": error " << GetLastError();
+    }
+    ~LoadedLibrary() {
+        if (m_handle != nullptr) {
+            FreeLibrary(m_handle);
+        }
+    }
+    /// True when the library is there, whoever loaded it.
+    static bool staysInTheProcess() {
+        return GetModuleHandleA(VELORN_LIBRARY) != nullptr;
+    }
+#else
+    using Handle = void*;
+
     LoadedLibrary() : m_handle(dlopen(VELORN_LIBRARY, RTLD_NOW | RTLD_LOCAL)) {
         EXPECT_NE(m_handle, nullptr) << dlerror();
     }
@@ -18,18 +43,36 @@ public:
             dlclose(m_handle);
         }
     }
+    /// True when the library is there, whoever loaded it.
+    static bool staysInTheProcess() {
+        void* const handle = dlopen(VELORN_LIBRARY, RTLD_NOW | RTLD_NOLOAD);
+        if (handle != nullptr) {
+            dlclose(handle);
+        }
+        return handle != nullptr;
+    }
+#endif
     LoadedLibrary(const LoadedLibrary&) = delete;
     LoadedLibrary& operator=(const LoadedLibrary&) = delete;
 
+    Handle handle() const {
+        return m_handle;
+    }
+
     template <class Function>
     Function* find(const char* name) const {
-        auto* const function = reinterpret_cast<Function*>(dlsym(m_handle, name));
-        EXPECT_NE(function, nullptr) << name;
-        return function;
+#ifdef _WIN32
+        // By way of void*: a cast between two types of functions looks like a mistake.
+        void* const symbol = reinterpret_cast<void*>(GetProcAddress(m_handle, name));
+#else
+        void* const symbol = dlsym(m_handle, name);
+#endif
+        EXPECT_NE(symbol, nullptr) << name;
+        return reinterpret_cast<Function*>(symbol);
     }
 
 private:
-    void* m_handle;
+    Handle m_handle;
 };
 
 } // namespace vel::test

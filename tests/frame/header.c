@@ -29,6 +29,14 @@ HOLDS(kernel_data, offsetof(KernelRecord, data) == 16);
 HOLDS(profiles_inSize, offsetof(PSProfilesRecord, inSize) == sizeof(void*));
 HOLDS(profiles_outData, offsetof(PSProfilesRecord, outData) == 2 * sizeof(void*));
 
+HOLDS(plane_format, offsetof(PlaneRecord, format) == 0);
+HOLDS(plane_width, offsetof(PlaneRecord, width) == 2 * sizeof(void*) + 4);
+HOLDS(kernel_width, offsetof(KernelRecord, width) == 0);
+HOLDS(kernel_height, offsetof(KernelRecord, height) == 4);
+HOLDS(kernel_anchorY, offsetof(KernelRecord, anchorY) == 12);
+HOLDS(profiles_inData, offsetof(PSProfilesRecord, inData) == 0);
+HOLDS(profiles_outSize, offsetof(PSProfilesRecord, outSize) == 3 * sizeof(void*));
+
 int callFromC(int32_t(VELORN_CALL* createKernel)(int32_t, float, float, KernelRecord*),
               float* values) {
     KernelRecord kernel = {0, 0, 0, 0, NULL};

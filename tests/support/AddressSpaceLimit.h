@@ -1,9 +1,17 @@
 #pragma once
 
 #include <cstddef>
+#ifdef _WIN32
+#ifndef NOMINMAX
+#define NOMINMAX
+#endif
+#include <vector>
+#include <windows.h>
+#else
 #include <fstream>
 #include <sys/resource.h>
 #include <unistd.h>
+#endif
 
 namespace vel::test {
 
@@ -12,17 +20,47 @@ namespace vel::test {
 /// address space of its own.
 class AddressSpaceLimit {
 public:
+#ifdef _WIN32
+    /// Takes the whole address space but for a room of that size.
+    explicit AddressSpaceLimit(std::size_t bytes) {
+        constexpr std::size_t kLargest = std::size_t{1} << 30;
+        constexpr std::size_t kSmallest = std::size_t{1} << 16;
+        m_blocks.reserve((std::size_t{1} << 31) / kSmallest);
+        void* const room = reserve(bytes);
+        for (std::size_t size = kLargest; size >= kSmallest; size /= 2) {
+            while (void* const block = reserve(size)) {
+                m_blocks.push_back(block);
+            }
+        }
+        VirtualFree(room, 0, MEM_RELEASE);
+    }
+    ~AddressSpaceLimit() {
+        for (void* const block : m_blocks) {
+            VirtualFree(block, 0, MEM_RELEASE);
+        }
+    }
+#else
     explicit AddressSpaceLimit(std::size_t bytes) {
         getrlimit(RLIMIT_AS, &m_before);
         struct rlimit narrow = m_before;
         narrow.rlim_cur = inUse() + bytes;
         setrlimit(RLIMIT_AS, &narrow);
     }
-    ~AddressSpaceLimit() { setrlimit(RLIMIT_AS, &m_before); }
+    ~AddressSpaceLimit() {
+        setrlimit(RLIMIT_AS, &m_before);
+    }
+#endif
     AddressSpaceLimit(const AddressSpaceLimit&) = delete;
     AddressSpaceLimit& operator=(const AddressSpaceLimit&) = delete;
 
 private:
+#ifdef _WIN32
+    static void* reserve(std::size_t bytes) {
+        return VirtualAlloc(nullptr, bytes, MEM_RESERVE, PAGE_NOACCESS);
+    }
+
+    std::vector<void*> m_blocks;
+#else
     static std::size_t inUse() {
         std::size_t pages = 0;
         std::ifstream("/proc/self/statm") >> pages;
@@ -30,6 +68,7 @@ private:
     }
 
     struct rlimit m_before {};
+#endif
 };
 
 } // namespace vel::test

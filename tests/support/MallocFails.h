@@ -1,10 +1,9 @@
 #pragma once
 
 #include <atomic>
-#include <cstddef>
 
 /// Lets tests see what happens when the heap has nothing left. In a test program that is linked
-/// with `-Wl,--wrap=malloc` and includes this, the library's calls of malloc come here; those of
+/// with `-Wl,--wrap=malloc` and MallocFails.cpp, the library's calls of malloc come here; those of
 /// shared libraries do not, so that exceptions and containers still find memory.
 namespace vel::test {
 
@@ -20,8 +19,3 @@ public:
 };
 
 } // namespace vel::test
-
-extern "C" void* __real_malloc(std::size_t bytes);
-extern "C" [[gnu::weak]] void* __wrap_malloc(std::size_t bytes) {
-    return vel::test::mallocFails ? nullptr : __real_malloc(bytes);
-}

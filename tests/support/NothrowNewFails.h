@@ -1,11 +1,9 @@
 #pragma once
 
 #include <atomic>
-#include <cstddef>
-#include <new>
 
 /// Lets tests see what happens when memory that is asked for with `new (std::nothrow) T[n]` is not
-/// there. A test program that includes this in any of its files gets the allocation below.
+/// there. The test program must be built with NothrowNewFails.cpp.
 namespace vel::test {
 
 inline std::atomic<bool> nothrowNewFails = false;
@@ -20,14 +18,3 @@ public:
 };
 
 } // namespace vel::test
-
-[[gnu::weak]] void* operator new[](std::size_t bytes, const std::nothrow_t&) noexcept {
-    if (vel::test::nothrowNewFails) {
-        return nullptr;
-    }
-    try {
-        return ::operator new[](bytes);
-    } catch (const std::bad_alloc&) {
-        return nullptr;
-    }
-}

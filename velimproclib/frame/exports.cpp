@@ -10,6 +10,11 @@
 
 #include <cstdint>
 
+// Hosts on 32 bits fill these records by offset, from languages that never see the header.
+static_assert(sizeof(void*) != 4 || (sizeof(ProgressRecord) == 20 && sizeof(ImageRecord) == 28 &&
+                                     sizeof(PlaneRecord) == 20 && sizeof(KernelRecord) == 20 &&
+                                     sizeof(PSProfilesRecord) == 16));
+
 int32_t ornDeblurSharpen(ProgressRecord* progress, ImageRecord* image, KernelRecord* kernel,
                          int32_t deconvolve, float deconvLambda, float deconvAlpha,
                          float limitStrength, float edgeRadius, float edgeSlope, float edgeGain,
