@@ -7,6 +7,7 @@ packages=(build-essential cmake ninja-build pkg-config git
     libopencv-core-dev libopencv-imgproc-dev libhwy-dev liblcms2-dev
     libgtest-dev libgmock-dev libbenchmark-dev libfftw3-dev
     libopenimageio-dev libcli11-dev)
+windows_packages=(g++-mingw-w64-i686-posix libz-mingw-w64-dev dpkg-dev debootstrap)
 
 say() { printf '\033[1m%s\033[0m\n' "$*" >&2; }
 die() { printf 'do: %s\n' "$*" >&2; exit 1; }
@@ -63,6 +64,21 @@ command_bench() {
         say "${program##*/bench_}"
         "$program" --benchmark_counters_tabular=true "$@" 2>/dev/null
     done
+}
+
+# Cross-builds velorncore10.dll for 32-bit Windows and runs its tests under Wine. What that takes
+# besides packages is made once and kept outside of the tree.
+command_windows() {
+    install_packages "${packages[@]}" "${windows_packages[@]}"
+    local cache=${XDG_CACHE_HOME:-$HOME/.cache}/velorncore10/windows-x86
+    local tools=$PWD/tools/windows dependencies
+    dependencies=$("$tools/dependencies" "$cache" | paste -sd ';')
+    "$tools/install-wine" "$cache/wine"
+    cmake --preset windows-x86 -DVELORN_WINDOWS_DEPENDENCIES="$dependencies" \
+        -DCMAKE_CROSSCOMPILING_EMULATOR="$tools/wine;$cache/wine" >/dev/null
+    cmake --build --preset windows-x86
+    ctest --preset windows-x86 "$@"
+    say "See build/windows-x86/bin/velorncore10.dll"
 }
 
 command_format() {
@@ -125,6 +141,7 @@ command_help() {
     cat <<'TEXT'
 ./do test       install what is missing, build, run all tests
 ./do build      build only (./do build debug|asan|ubsan for the other presets)
+./do windows    cross-build velorncore10.dll for 32-bit Windows and run its tests under Wine
 ./do bench      build and run the benchmarks; each prints its ratio to a reference of the same run
 ./do demo       restore blurred sample scenes, blindly too: pictures in demo/, PSNR before and after
 ./do sanitize   run all tests under the address and the undefined-behaviour sanitizer

@@ -3,8 +3,9 @@
 include(FindPackageHandleStandardArgs)
 
 find_path(OpenCVCoreImgproc_INCLUDE_DIR opencv2/imgproc.hpp PATH_SUFFIXES opencv4)
-find_library(OpenCVCoreImgproc_CORE_LIBRARY opencv_core)
-find_library(OpenCVCoreImgproc_IMGPROC_LIBRARY opencv_imgproc)
+# Built for Windows, the names of the libraries carry the version.
+find_library(OpenCVCoreImgproc_CORE_LIBRARY NAMES opencv_core opencv_core460)
+find_library(OpenCVCoreImgproc_IMGPROC_LIBRARY NAMES opencv_imgproc opencv_imgproc460)
 
 find_package_handle_standard_args(OpenCVCoreImgproc REQUIRED_VARS
     OpenCVCoreImgproc_IMGPROC_LIBRARY OpenCVCoreImgproc_CORE_LIBRARY
@@ -16,4 +17,9 @@ if(OpenCVCoreImgproc_FOUND AND NOT TARGET OpenCV::CoreImgproc)
     target_include_directories(OpenCV::CoreImgproc INTERFACE ${OpenCVCoreImgproc_INCLUDE_DIR})
     target_link_libraries(OpenCV::CoreImgproc INTERFACE
         ${OpenCVCoreImgproc_IMGPROC_LIBRARY} ${OpenCVCoreImgproc_CORE_LIBRARY})
+    if(WIN32)
+        # A static library does not bring along what it needs itself.
+        find_package(ZLIB REQUIRED)
+        target_link_libraries(OpenCV::CoreImgproc INTERFACE ZLIB::ZLIB)
+    endif()
 endif()

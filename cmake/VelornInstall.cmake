@@ -12,6 +12,11 @@ install(TARGETS velorncore10 EXPORT velorncore10Targets
         RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
         ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
         INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+if(WIN32)
+    # Whoever links with another compiler makes an import library of this.
+    install(FILES ${CMAKE_CURRENT_SOURCE_DIR}/cmake/velorncore10.def
+            DESTINATION ${CMAKE_INSTALL_LIBDIR})
+endif()
 install(EXPORT velorncore10Targets NAMESPACE velorncore10:: DESTINATION ${package_dir})
 
 configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/velorncore10Config.cmake.in
