@@ -174,6 +174,9 @@ TEST(BlurEst, OtherImageTypesAndKernelsWithoutDataAreRefused) {
 }
 
 TEST(BlurEst, HistogramWithoutMemoryIsATextFailure) {
+#ifdef _WIN32
+    GTEST_SKIP() << "linked statically, the C++ runtime has its malloc taken away as well";
+#endif
     std::string text;
     {
         const vel::test::MallocFails noMemory;

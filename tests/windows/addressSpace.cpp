@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdio>
 #include <psapi.h>
 #include <vector>
 
@@ -14,11 +15,16 @@ constexpr int kWidth = 6000;
 constexpr int kHeight = 4000;
 constexpr double kMebibyte = 1024.0 * 1024.0;
 
+/// Counted region by region: the system's own figure may be a second old.
 std::uint64_t freeAddressSpace() {
-    MEMORYSTATUSEX status{};
-    status.dwLength = sizeof status;
-    EXPECT_TRUE(GlobalMemoryStatusEx(&status));
-    return status.ullAvailVirtual;
+    std::uint64_t sum = 0;
+    const char* address = nullptr;
+    MEMORY_BASIC_INFORMATION region{};
+    while (VirtualQuery(address, &region, sizeof region) != 0) {
+        sum += region.State == MEM_FREE ? region.RegionSize : 0;
+        address = static_cast<const char*>(region.BaseAddress) + region.RegionSize;
+    }
+    return sum;
 }
 
 int32_t keepSmallest(int32_t, int32_t, void* smallest) {
