@@ -4,6 +4,7 @@
 #include "Failure.h"
 #include "KernelCentre.h"
 #include "KernelSpecks.h"
+#include "NoiseLevel.h"
 #include "RestorationMeasure.h"
 #include "TexturedCrop.h"
 #include "TileLimit.h"
@@ -52,18 +53,19 @@ public:
         return centred(withoutSpecks(*found));
     }
 
-    BlurKernel turned(const BlurKernel& kernel, Turn turn,
-                      const RestorationSettings& settings) const {
+    BlurKernel turned(const BlurKernel& kernel, Turn turn) const {
         if (turn != Turn::Auto) {
             return turn == Turn::Yes ? turnedRound(kernel) : kernel;
         }
         const std::optional<BlurKernel> better =
-            betterWayRound(m_pixels, kernel, settings, shown(kEstimated, kTurned));
+            betterWayRound(m_pixels, kernel, shown(kEstimated, kTurned));
         m_interrupt.check();
         return better.value();
     }
 
-    bool isHelpful(const BlurKernel& kernel, const RestorationSettings& settings) const {
+    bool isHelpful(const BlurKernel& kernel) const {
+        RestorationSettings settings;
+        settings.lambda = blindStrength(noiseLevel(m_pixels));
         const RgbPixels result = restore(m_pixels, kernel, settings, shown(kTurned, 100));
         m_interrupt.check();
         return doubtfulness(m_pixels, result, kernel) < kDoubtful;
@@ -92,13 +94,12 @@ float blindStrength(double noiseLevel) {
 }
 
 BlindKernel findKernel(const RgbPixels& pixels, const BlindSettings& settings,
-                       const RestorationSettings& restoration, const Interrupt& interrupt,
-                       ProgressBar& bar) {
+                       const Interrupt& interrupt, ProgressBar& bar) {
     const RgbPixels part = texturedCrop(pixels, settings.partSide);
     checkFits(part, settings.size);
     const Search search(part, interrupt, bar);
-    const BlurKernel kernel = search.turned(search.estimate(settings), settings.turn, restoration);
-    return {kernel, search.isHelpful(kernel, restoration)};
+    const BlurKernel kernel = search.turned(search.estimate(settings), settings.turn);
+    return {kernel, search.isHelpful(kernel)};
 }
 
 } // namespace velorn

@@ -26,16 +26,17 @@ float blindStrength(double noiseLevel);
 /// A kernel that was found blindly.
 struct BlindKernel {
     BlurKernel kernel;
-    /// Whether a restoration with it is likely to be better than the picture, by `doubtfulness`.
+    /// Whether a restoration with it, at `blindStrength`, is likely to be better than the picture,
+    /// by `doubtfulness`.
     bool isHelpful = false;
 };
 
-/// Finds the kernel of `pixels` in the part that has the most texture, and decides there which way
-/// round it is, by restorations with `restoration`.
+/// Finds the kernel of `pixels` in the part that has the most texture. Restorations of that part
+/// decide which way round it is and whether it helps: plain ones, whatever is to be done with the
+/// kernel afterwards.
 /// @throws Failure when there are too few edges; Interrupted, as soon as the estimate returns.
 BlindKernel findKernel(const RgbPixels& pixels, const BlindSettings& settings,
-                       const RestorationSettings& restoration, const Interrupt& interrupt,
-                       ProgressBar& bar);
+                       const Interrupt& interrupt, ProgressBar& bar);
 
 /// The warning for a kernel that does not help.
 inline constexpr const char* kNotHelpful =

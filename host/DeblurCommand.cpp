@@ -27,14 +27,14 @@ BlurKernel kernelFrom(const KernelSource& source) {
 /// The kernel of a blind restoration, for the pixels as stored. It is shown and warned about on the
 /// terminal.
 BlurKernel foundKernel(const RgbPixels& pixels, int orientation, const BlindSettings& wanted,
-                       const RestorationSettings& restoration, const DeblurOptions& options,
-                       const Interrupt& interrupt, std::ostream& terminal, bool isTerminal) {
+                       const DeblurOptions& options, const Interrupt& interrupt,
+                       std::ostream& terminal, bool isTerminal) {
     BlindSettings settings = wanted;
     settings.size = asStored(wanted.size, orientation);
     BlindKernel found;
     try {
         ProgressBar bar(terminal, isTerminal);
-        found = findKernel(pixels, settings, restoration, interrupt, bar);
+        found = findKernel(pixels, settings, interrupt, bar);
     } catch (const Failure& failure) {
         throw Failure(quoted(options.input) + ": " + failure.what());
     }
@@ -102,8 +102,8 @@ void runDeblur(const DeblurOptions& options, const Interrupt& interrupt, std::os
     RestorationSettings settings = options.settings;
     settings.lambda = strengthFor(blurred, options, terminal);
     if (const auto* blind = std::get_if<BlindSettings>(&options.kernel)) {
-        kernel = foundKernel(blurred, picture.orientation(), *blind, deconvolutionOnly(settings),
-                             options, interrupt, terminal, isTerminal);
+        kernel = foundKernel(blurred, picture.orientation(), *blind, options, interrupt, terminal,
+                             isTerminal);
     }
     {
         ProgressBar bar(terminal, isTerminal);

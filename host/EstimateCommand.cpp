@@ -4,7 +4,6 @@
 #include "ImageFile.h"
 #include "KernelFile.h"
 #include "KernelPicture.h"
-#include "NoiseLevel.h"
 #include "TemporaryFile.h"
 
 namespace velorn {
@@ -12,13 +11,10 @@ namespace {
 
 BlindKernel foundIn(const ImageFile& picture, const EstimateOptions& options,
                     const Interrupt& interrupt, ProgressBar& bar) {
-    const RgbPixels pixels = picture.rgb();
-    RestorationSettings restoration;
-    restoration.lambda = blindStrength(noiseLevel(pixels));
     BlindSettings settings = options.blind;
     settings.size = asStored(settings.size, picture.orientation());
     try {
-        return findKernel(pixels, settings, restoration, interrupt, bar);
+        return findKernel(picture.rgb(), settings, interrupt, bar);
     } catch (const Failure& failure) {
         throw Failure(quoted(options.input) + ": " + failure.what());
     }

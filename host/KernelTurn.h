@@ -15,12 +15,11 @@ enum class Turn { No, Yes, Auto };
 BlurKernel turnedRound(const BlurKernel& kernel);
 
 /// `kernel` as it is, or turned: the way round whose restoration of `pixels` is less rough
-/// (`roughness`). Both are restored more calmly than `settings` would have it: what is wrong with a
-/// kernel that was found in a picture then drowns less of what tells the ways apart;
-/// docs/blind-estimation.md has the figures. Nothing when `progress` cancelled.
+/// (`roughness`). Both are restored calmly: what is wrong with a kernel that was found in a picture
+/// then drowns less of what tells the ways apart; docs/blind-estimation.md has the figures. Nothing
+/// when `progress` cancelled.
 /// @throws Failure with the library's reason.
 std::optional<BlurKernel> betterWayRound(const RgbPixels& pixels, const BlurKernel& kernel,
-                                         const RestorationSettings& settings,
                                          const ProgressFunction& progress);
 
 } // namespace velorn

@@ -57,12 +57,11 @@ RgbPixels restored(const RgbPixels& pixels, const BlurKernel& kernel,
 }
 
 /// Nothing when the picture has too few edges.
-std::optional<BlindKernel> foundIn(const RgbPixels& pixels, const BlindSettings& blind,
-                                   const RestorationSettings& settings) {
+std::optional<BlindKernel> foundIn(const RgbPixels& pixels, const BlindSettings& blind) {
     const Interrupt interrupt;
     ProgressBar bar(std::cerr, false);
     try {
-        return findKernel(pixels, blind, settings, interrupt, bar);
+        return findKernel(pixels, blind, interrupt, bar);
     } catch (const Failure&) {
         return std::nullopt;
     }
@@ -73,7 +72,7 @@ std::optional<Trial> runTrial(const Photograph& photograph, const BlurKernel& tr
     const double noise = noiseLevel(photograph.taken);
     const RestorationSettings settings =
         settingsFor(study.lambda > 0.0f ? study.lambda : blindStrength(noise));
-    const auto found = foundIn(photograph.taken, study.blind, settings);
+    const auto found = foundIn(photograph.taken, study.blind);
     if (!found) {
         return std::nullopt;
     }

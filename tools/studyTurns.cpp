@@ -28,7 +28,8 @@ bool goOn(int, int) {
     return true;
 }
 
-/// What the two ways round make of a picture, in decibels, and which was chosen.
+/// What the two ways round make of a picture, in decibels after the best move, and which was
+/// chosen.
 struct Choice {
     double asItIs = 0.0;
     double turned = 0.0;
@@ -43,9 +44,9 @@ Choice choose(const Photograph& photograph, const BlurKernel& kernel) {
     settings.lambda = blindStrength(noiseLevel(photograph.taken));
     const BlurKernel turned = turnedRound(kernel);
     const auto decibelsWith = [&](const BlurKernel& way) {
-        return photograph.decibelsOf(restore(photograph.taken, way, settings, goOn));
+        return photograph.decibelsWhenMoved(restore(photograph.taken, way, settings, goOn));
     };
-    const auto better = betterWayRound(photograph.taken, kernel, settings, goOn);
+    const auto better = betterWayRound(photograph.taken, kernel, goOn);
     return {decibelsWith(kernel), decibelsWith(turned), better.value().weights == turned.weights};
 }
 

@@ -16,17 +16,13 @@ using velorn::findKernel;
 using velorn::RgbPixels;
 using velorn::Turn;
 
-constexpr float kStrength = 2000.0f;
-
 class BlindKernel : public testing::Test {
 protected:
     velorn::BlindKernel find(const RgbPixels& pixels, int side, Turn turn = Turn::Auto) {
-        velorn::RestorationSettings restoration;
-        restoration.lambda = kStrength;
         BlindSettings settings;
         settings.size = {side, side};
         settings.turn = turn;
-        return findKernel(pixels, settings, restoration, m_interrupt, m_bar);
+        return findKernel(pixels, settings, m_interrupt, m_bar);
     }
 
     std::string failureOf(const RgbPixels& pixels, int side) {
@@ -58,7 +54,7 @@ TEST_F(BlindKernel, KernelThatMakesThePictureWorseIsToldFromOneThatHelps) {
     const auto found = find(soft, 15);
     EXPECT_FALSE(found.isHelpful);
     velorn::RestorationSettings settings;
-    settings.lambda = kStrength;
+    settings.lambda = velorn::blindStrength(0.0);
     const RgbPixels result =
         velorn::restore(soft, found.kernel, settings, [](int, int) { return true; });
     const auto samplesOf = [](const RgbPixels& pixels) {

@@ -38,8 +38,8 @@ TEST(KernelTurn, LastWeightComesFirst) {
 
 TEST(KernelTurn, WayThatThePictureWasBlurredIsFoundFromEitherEnd) {
     const RgbPixels soft = vel::test::blurred(vel::test::drawnPicture(180, 140), kHook);
-    const auto fromRight = betterWayRound(soft, kHook, settings(), goOn);
-    const auto fromTurned = betterWayRound(soft, turnedRound(kHook), settings(), goOn);
+    const auto fromRight = betterWayRound(soft, kHook, goOn);
+    const auto fromTurned = betterWayRound(soft, turnedRound(kHook), goOn);
     ASSERT_TRUE(fromRight && fromTurned);
     EXPECT_EQ(fromRight->weights, kHook.weights);
     EXPECT_EQ(fromTurned->weights, kHook.weights);
@@ -56,7 +56,7 @@ TEST(KernelTurn, NineOfTenChoicesAreTheWayThatRestoresBetter) {
                     velorn::restore(photograph.taken, kernel, settings(), goOn));
             };
             const BlurKernel turned = turnedRound(blur.kernel);
-            const auto chosen = betterWayRound(photograph.taken, turned, settings(), goOn);
+            const auto chosen = betterWayRound(photograph.taken, turned, goOn);
             ASSERT_TRUE(chosen.has_value());
             const BlurKernel other = turnedRound(*chosen);
             right += decibelsWith(*chosen) > decibelsWith(other) ? 1 : 0;
@@ -70,15 +70,15 @@ TEST(KernelTurn, NineOfTenChoicesAreTheWayThatRestoresBetter) {
 TEST(KernelTurn, ProgressCoversBothWaysAndCancels) {
     const RgbPixels soft = vel::test::drawnPicture(90, 70);
     int last = 0;
-    ASSERT_TRUE(betterWayRound(soft, kHook, settings(), [&](int current, int limit) {
+    ASSERT_TRUE(betterWayRound(soft, kHook, [&](int current, int limit) {
         EXPECT_LE(current, limit);
         EXPECT_GE(current, last);
         last = current;
         return true;
     }));
     EXPECT_GT(last, 500);
-    EXPECT_FALSE(betterWayRound(soft, kHook, settings(), [](int, int) { return false; }));
-    EXPECT_FALSE(betterWayRound(soft, kHook, settings(), [](int done, int) { return done < 700; }));
+    EXPECT_FALSE(betterWayRound(soft, kHook, [](int, int) { return false; }));
+    EXPECT_FALSE(betterWayRound(soft, kHook, [](int done, int) { return done < 700; }));
 }
 
 } // namespace
