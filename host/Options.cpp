@@ -153,8 +153,9 @@ public:
         addKernelOptions();
         m_settings.addTo(m_command);
         addFramePasses();
-        m_command.add_flag("-v,--verbose", m_options.isVerbose,
-                           "Tell the noise found and the strength chosen.");
+        m_command.add_flag(
+            "-v,--verbose", m_options.isVerbose,
+            "Tell the noise found and the strength chosen, and show the kernel of --blind.");
         m_command.footer(kExitCodes);
     }
 
@@ -194,15 +195,17 @@ private:
                                    "or a picture.")
                        ->type_name("FILE")
                        ->group(m_motion->get_group());
-        m_blind = m_blindOptions
-                      .addSize("--blind",
-                               "Unknown: find the kernel in the picture itself. N (or N wide, "
-                               "M high) is the\nsize of the kernel to look for: odd, 3..63, a "
-                               "little more than the blur is wide;\ntwice as much does harm. "
-                               "Without N it is " +
-                                   BlindOptions::standardSize() + ". See also 'velorn estimate'.")
-                      ->type_name("[N[xM]]")
-                      ->group(m_motion->get_group());
+        m_blind =
+            m_blindOptions
+                .addSize("--blind", "Unknown: find the kernel in the picture itself. N (or N wide, "
+                                    "M high) is the\nsize of the kernel to look for: odd, 3..63, a "
+                                    "little more than the blur is wide;\ntwice as much does harm. "
+                                    "Without N it is " +
+                                        BlindOptions::standardSize() +
+                                        ".\nTells when that kernel explains the picture badly. See "
+                                        "also 'velorn estimate'.")
+                ->type_name("[N[xM]]")
+                ->group(m_motion->get_group());
         m_blindOptions.addTurn()->needs(m_blind);
         m_noDeconvolve =
             m_command
