@@ -1,8 +1,8 @@
 /// What a build with the address sanitizer asks for before main; other builds never call it.
 extern "C" {
 
-const char* __asan_default_options();
-const char* __lsan_default_suppressions();
+[[gnu::visibility("default")]] const char* __asan_default_options();
+[[gnu::visibility("default")]] const char* __lsan_default_suppressions();
 
 /// Frame pointers are missing where the image library leaks.
 const char* __asan_default_options() {
