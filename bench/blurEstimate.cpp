@@ -12,11 +12,11 @@
 // Each row is measured once: the large ones take long.
 
 #include "tests/support/DrawnScene.h"
-#include "velimproclib/veldeblurcv/AlphaBlend.h"
-#include "velimproclib/veldeblurcv/BlurEst.h"
-#include "velimproclib/veldeblurcv/EdgePrediction.h"
-#include "velimproclib/veldeblurcv/estKernel.h"
-#include "velimproclib/veldeblurcv/PSFEst.h"
+#include "velimproclib/veldeblurcv/estimation/AlphaBlend.h"
+#include "velimproclib/veldeblurcv/estimation/BlurEst.h"
+#include "velimproclib/veldeblurcv/estimation/EdgePrediction.h"
+#include "velimproclib/veldeblurcv/estimation/estKernel.h"
+#include "velimproclib/veldeblurcv/estimation/PSFEst.h"
 #include "velorncore10.h"
 
 #include <algorithm>

@@ -9,8 +9,8 @@
 //
 //   bench_deconvolution --benchmark_min_time=1
 
-#include "velimproclib/veldeblurcv/ChromaDeconv.h"
-#include "velimproclib/veldeblurcv/DeconvHL.h"
+#include "velimproclib/veldeblurcv/deconvolution/ChromaDeconv.h"
+#include "velimproclib/veldeblurcv/deconvolution/DeconvHL.h"
 
 #include <algorithm>
 #include <benchmark/benchmark.h>

@@ -12,7 +12,7 @@
 //   bench_detail --benchmark_min_time=2
 
 #include "bench/alternate.h"
-#include "velimproclib/frame/DetailStage.h"
+#include "velimproclib/veldeblurcv/detail/DetailStage.h"
 
 #include <benchmark/benchmark.h>
 #include <cmath>

@@ -3,13 +3,13 @@
 //   bench_filters --benchmark_min_time=1
 
 #include "bench/alternate.h"
-#include "velimproclib/primitives/AbsoluteDifference.h"
-#include "velimproclib/primitives/Histogram.h"
-#include "velimproclib/primitives/LinearFilters.h"
-#include "velimproclib/primitives/MeanFilter.h"
-#include "velimproclib/primitives/Medians.h"
-#include "velimproclib/primitives/Morphology.h"
-#include "velimproclib/primitives/Resampling.h"
+#include "velimproclib/primitives/arithmetic/AbsoluteDifference.h"
+#include "velimproclib/primitives/arithmetic/Histogram.h"
+#include "velimproclib/primitives/filters/LinearFilters.h"
+#include "velimproclib/primitives/filters/MeanFilter.h"
+#include "velimproclib/primitives/filters/Medians.h"
+#include "velimproclib/primitives/filters/Morphology.h"
+#include "velimproclib/primitives/pixels/Resampling.h"
 
 #include <benchmark/benchmark.h>
 #include <cstddef>

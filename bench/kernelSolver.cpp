@@ -10,7 +10,7 @@
 //
 // Solve: Cholesky against singular values on a matrix of drawn noise.
 
-#include "velimproclib/veldeblurcv/PSFEst.h"
+#include "velimproclib/veldeblurcv/estimation/PSFEst.h"
 
 #include <algorithm>
 #include <array>

@@ -4,10 +4,10 @@
 // machine disturbs both. One plane of 1024 by 1024 pixels, and one of 256 by 64 that stays in the
 // cache. Two things no variant can change: the planes of 1024 by 1024 do not fit the first cache,
 // and a move into one channel carries the bytes of the other channels along.
-#include "velimproclib/primitives/ChannelMoves.h"
-#include "velimproclib/primitives/Conversions.h"
-#include "velimproclib/primitives/Memory.h"
-#include "velimproclib/primitives/PlaneCopies.h"
+#include "velimproclib/primitives/base/Memory.h"
+#include "velimproclib/primitives/pixels/ChannelMoves.h"
+#include "velimproclib/primitives/pixels/Conversions.h"
+#include "velimproclib/primitives/pixels/PlaneCopies.h"
 
 #include <algorithm>
 #include <benchmark/benchmark.h>

@@ -4,11 +4,11 @@
 // come from the shortest times of the run, which other work on the machine disturbs least.
 // VELORN_TARGET in the environment names a processor variant to measure instead of the best one.
 
-#include "velimproclib/primitives/ColorTwist.h"
-#include "velimproclib/primitives/Lookups.h"
-#include "velimproclib/primitives/PlaneArithmetic.h"
-#include "velimproclib/primitives/ScaledU16.h"
-#include "velimproclib/primitives/Vectors.h"
+#include "velimproclib/primitives/arithmetic/Lookups.h"
+#include "velimproclib/primitives/arithmetic/PlaneArithmetic.h"
+#include "velimproclib/primitives/arithmetic/ScaledU16.h"
+#include "velimproclib/primitives/arithmetic/Vectors.h"
+#include "velimproclib/primitives/pixels/ColorTwist.h"
 
 #include <algorithm>
 #include <benchmark/benchmark.h>

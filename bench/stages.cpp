@@ -3,8 +3,8 @@
 //   bench_stages --benchmark_min_time=1
 
 #include "bench/alternate.h"
-#include "velimproclib/veldeblurcv/SharpenEdge.h"
-#include "velimproclib/veldeblurcv/SharpLimit.h"
+#include "velimproclib/veldeblurcv/sharpening/SharpenEdge.h"
+#include "velimproclib/veldeblurcv/sharpening/SharpLimit.h"
 
 #include <benchmark/benchmark.h>
 #include <cstddef>

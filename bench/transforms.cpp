@@ -5,8 +5,8 @@
 //                    --benchmark_report_aggregates_only=true
 
 #include "alternate.h"
-#include "velimproclib/primitives/FftSpec.h"
-#include "velimproclib/primitives/RealFft2D.h"
+#include "velimproclib/catalogue/FftSpec.h"
+#include "velimproclib/primitives/fft/RealFft2D.h"
 
 #include <algorithm>
 #include <benchmark/benchmark.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "BlurKernel.h"
+#include "hosts/command/kernels/BlurKernel.h"
 
 #include <cstdint>
 #include <opencv2/core.hpp>

@@ -1,6 +1,6 @@
 #include "KernelLikeness.h"
 
-#include "KernelTurn.h"
+#include "hosts/command/blind/KernelTurn.h"
 
 #include <algorithm>
 #include <cmath>

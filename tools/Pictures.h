@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ImageFile.h"
+#include "hosts/command/pictures/ImageFile.h"
 
 #include <filesystem>
 #include <opencv2/core.hpp>

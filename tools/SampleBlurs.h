@@ -1,6 +1,6 @@
 #pragma once
 
-#include "BlurKernel.h"
+#include "hosts/command/kernels/BlurKernel.h"
 
 #include <span>
 #include <string>

@@ -1,6 +1,6 @@
 // Tells how alike kernels are to a reference, and shows them side by side.
-#include "Failure.h"
-#include "KernelFile.h"
+#include "hosts/command/kernels/KernelFile.h"
+#include "hosts/command/terminal/Failure.h"
 #include "KernelLikeness.h"
 #include "Pictures.h"
 

@@ -1,5 +1,5 @@
 // Tells how near pictures come to a reference, and shows them on one sheet with a magnified part.
-#include "Failure.h"
+#include "hosts/command/terminal/Failure.h"
 #include "Pictures.h"
 
 #include <algorithm>

@@ -1,12 +1,12 @@
 // Tells how near the presets of the host come to a sharp picture, for blurs that are known and for
 // one that is known wrongly: a table for docs/presets.md.
-#include "DefaultStrength.h"
-#include "Failure.h"
-#include "FramedRestoration.h"
-#include "NoiseLevel.h"
-#include "Options.h"
+#include "hosts/command/commands/Options.h"
+#include "hosts/command/commands/Presets.h"
+#include "hosts/command/restoration/DefaultStrength.h"
+#include "hosts/command/restoration/FramedRestoration.h"
+#include "hosts/command/restoration/NoiseLevel.h"
+#include "hosts/command/terminal/Failure.h"
 #include "Pictures.h"
-#include "Presets.h"
 #include "SamplePictures.h"
 #include "Scene.h"
 

@@ -1,12 +1,12 @@
 // Draws the sample scene of the demonstration, and what a camera that is out of focus or shaken
 // makes of it.
 #include "Degradation.h"
-#include "Failure.h"
-#include "KernelFile.h"
+#include "hosts/command/kernels/KernelFile.h"
+#include "hosts/command/terminal/Failure.h"
+#include "hosts/command/terminal/TemporaryFile.h"
 #include "Pictures.h"
 #include "SampleBlurs.h"
 #include "Scene.h"
-#include "TemporaryFile.h"
 
 #include <CLI/CLI.hpp>
 #include <iostream>

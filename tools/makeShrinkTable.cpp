@@ -1,7 +1,7 @@
-// Writes velimproclib/veldeblurcv/ShrinkTableData.cpp, the stored shrinkage table.
+// Writes velimproclib/veldeblurcv/shrinkage/ShrinkTableData.cpp, the stored shrinkage table.
 //
-//     makeShrinkTable > velimproclib/veldeblurcv/ShrinkTableData.cpp
-//     makeShrinkTable --verify velimproclib/veldeblurcv/ShrinkTableData.cpp
+//     makeShrinkTable > velimproclib/veldeblurcv/shrinkage/ShrinkTableData.cpp
+//     makeShrinkTable --verify velimproclib/veldeblurcv/shrinkage/ShrinkTableData.cpp
 //
 // The table approximates, for alpha = 0, 0.1 .. 1 and beta = (2 sqrt 2)^0 .. (2 sqrt 2)^5,
 //
@@ -248,7 +248,7 @@ void writeRow(std::ostream& out, const std::vector<double>& numbers, double last
 std::string makeTable() {
     std::ostringstream out;
     out << "// Written by tools/makeShrinkTable.cpp: change it there and write this file anew.\n"
-           "#include \"velimproclib/veldeblurcv/ShrinkTable.h\"\n"
+           "#include \"velimproclib/veldeblurcv/shrinkage/ShrinkTable.h\"\n"
            "\n"
            "// clang-format off\n"
            "namespace vel {\n"

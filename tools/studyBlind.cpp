@@ -1,12 +1,12 @@
 // Tells how well blurs are found in the picture itself: blurs sharp pictures on purpose, restores
 // them as `velorn deblur --blind` does, and holds kernels and results against the truth.
-#include "BlindKernel.h"
-#include "DefaultStrength.h"
-#include "Failure.h"
-#include "FramedRestoration.h"
+#include "hosts/command/blind/BlindKernel.h"
+#include "hosts/command/commands/Options.h"
+#include "hosts/command/restoration/DefaultStrength.h"
+#include "hosts/command/restoration/FramedRestoration.h"
+#include "hosts/command/restoration/NoiseLevel.h"
+#include "hosts/command/terminal/Failure.h"
 #include "KernelLikeness.h"
-#include "NoiseLevel.h"
-#include "Options.h"
 #include "SampleBlurs.h"
 #include "SamplePictures.h"
 

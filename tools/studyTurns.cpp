@@ -1,11 +1,11 @@
 // Tells how often the way round of an uneven blur is decided well: restores pictures that were
 // blurred on purpose with a kernel both ways round, and holds the choice against the truth. It does
 // so with the very kernel of the blur and with the kernel that is found in the picture.
-#include "BlindKernel.h"
-#include "KernelCentre.h"
-#include "KernelSpecks.h"
-#include "NoiseLevel.h"
-#include "Options.h"
+#include "hosts/command/blind/BlindKernel.h"
+#include "hosts/command/blind/KernelCentre.h"
+#include "hosts/command/blind/KernelSpecks.h"
+#include "hosts/command/commands/Options.h"
+#include "hosts/command/restoration/NoiseLevel.h"
 #include "SampleBlurs.h"
 #include "SamplePictures.h"
 

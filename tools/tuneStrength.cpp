@@ -1,11 +1,11 @@
 // Finds the rule by which the host chooses its strength: restores pictures that were blurred and
 // made noisy on purpose with a range of strengths, and fits the strength that comes nearest to the
 // sharp picture to the noise that the host measures.
-#include "BlurKernel.h"
-#include "DefaultStrength.h"
-#include "FramedRestoration.h"
-#include "NoiseLevel.h"
-#include "Options.h"
+#include "hosts/command/commands/Options.h"
+#include "hosts/command/kernels/BlurKernel.h"
+#include "hosts/command/restoration/DefaultStrength.h"
+#include "hosts/command/restoration/FramedRestoration.h"
+#include "hosts/command/restoration/NoiseLevel.h"
 #include "SamplePictures.h"
 #include "Scene.h"
 

@@ -1,5 +1,5 @@
 // ornBlurEstimate as a host meets it: through the shared library.
-#include "LoadedLibrary.h"
+#include "tests/frame/LoadedLibrary.h"
 #include "tests/support/DrawnScene.h"
 #include "tests/support/NullWhenOutOfMemory.h"
 #include "tests/support/ProgressListener.h"

@@ -1,5 +1,5 @@
 // ornDeblurSharpen as a host meets it: through the shared library.
-#include "LoadedLibrary.h"
+#include "tests/frame/LoadedLibrary.h"
 #include "tests/support/ProgressListener.h"
 
 #include <cmath>

@@ -1,6 +1,6 @@
 // Results of the exports as digests. Every platform must come to the same ones: the inputs are made
 // in integers, and the outputs are compared to the byte.
-#include "LoadedLibrary.h"
+#include "tests/frame/LoadedLibrary.h"
 #include "tests/support/IccProfiles.h"
 
 #include <algorithm>

@@ -1,5 +1,5 @@
 // The display and scale exports, as a host sees them through the shared library.
-#include "LoadedLibrary.h"
+#include "tests/frame/LoadedLibrary.h"
 #include "tests/support/GuardedPlane.h"
 #include "tests/support/IccProfiles.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "LoadedLibrary.h"
+#include "tests/frame/LoadedLibrary.h"
 
 #include <cstdint>
 #include <cstdio>

@@ -1,6 +1,6 @@
 // Frame, kernel and export-list behaviour, as a host sees it through the shared library.
-#include "exportedNames.h"
-#include "LoadedLibrary.h"
+#include "tests/frame/exportedNames.h"
+#include "tests/frame/LoadedLibrary.h"
 #include "tests/support/NullWhenOutOfMemory.h"
 
 #include <cmath>

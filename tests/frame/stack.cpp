@@ -2,7 +2,7 @@
 // small. Vector code that trusted the stack would fault.
 #if defined(__i386__)
 
-#include "LoadedLibrary.h"
+#include "tests/frame/LoadedLibrary.h"
 #include "tests/support/IccProfiles.h"
 
 #include <array>

@@ -1,5 +1,5 @@
 // Hosts load the library, use it, and let it go while their process lives on.
-#include "LoadedLibrary.h"
+#include "tests/frame/LoadedLibrary.h"
 
 #include <thread>
 #include <vector>

@@ -2,7 +2,7 @@
 
 #include "tests/support/NullWhenOutOfMemory.h"
 
-#include "velimproclib/primitives/Memory.h"
+#include "velimproclib/primitives/base/Memory.h"
 
 #include <cstdint>
 #include <cstdlib>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "BlurKernel.h"
-#include "RgbPixels.h"
+#include "hosts/command/kernels/BlurKernel.h"
+#include "hosts/command/pictures/RgbPixels.h"
 
 #include <algorithm>
 #include <cmath>

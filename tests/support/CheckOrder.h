@@ -1,6 +1,6 @@
 #pragma once
 
-#include "velimproclib/primitives/Status.h"
+#include "velimproclib/primitives/base/Status.h"
 
 #include <array>
 #include <cstddef>

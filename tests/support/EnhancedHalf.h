@@ -1,6 +1,6 @@
 #pragma once
 
-#include "velimproclib/veldeblurcv/enhanceHalf.h"
+#include "velimproclib/veldeblurcv/detail/enhanceHalf.h"
 
 #include <opencv2/core.hpp>
 

@@ -1,6 +1,6 @@
 #include "KernelLikeness.h"
 
-#include "KernelTurn.h"
+#include "hosts/command/blind/KernelTurn.h"
 
 #include <cmath>
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 #include "SampleBlurs.h"
 
+#include "hosts/command/blind/KernelTurn.h"
 #include "KernelLikeness.h"
-#include "KernelTurn.h"
 
 #include <array>
 #include <gtest/gtest.h>

@@ -3,9 +3,9 @@
 #include "velimproclib/bridge/displayRows.h"
 #include "velimproclib/images/FormatCodes.h"
 #include "velimproclib/images/Image.h"
-#include "velimproclib/primitives/ChannelMoves.h"
-#include "velimproclib/primitives/Resampling.h"
-#include "velimproclib/primitives/rows.h"
+#include "velimproclib/primitives/base/rows.h"
+#include "velimproclib/primitives/pixels/ChannelMoves.h"
+#include "velimproclib/primitives/pixels/Resampling.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -2,7 +2,7 @@
 
 #include "velimproclib/bridge/DisplayImage.h"
 #include "velimproclib/bridge/displayRows.h"
-#include "velimproclib/primitives/rows.h"
+#include "velimproclib/primitives/base/rows.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,6 +1,6 @@
 #include "velimproclib/bridge/displayRows.h"
 
-#include "velimproclib/primitives/rows.h"
+#include "velimproclib/primitives/base/rows.h"
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "velimproclib/bridge/displayRows.cpp"

@@ -1,5 +1,5 @@
 // What happens when a process loads and unloads the library.
-#include "velimproclib/primitives/ProcessorVariants.h"
+#include "velimproclib/primitives/base/ProcessorVariants.h"
 
 #if defined(__SSE__)
 #include <xmmintrin.h>

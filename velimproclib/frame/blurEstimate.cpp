@@ -1,8 +1,8 @@
 #include "velimproclib/frame/blurEstimate.h"
 
-#include "velimproclib/veldeblurcv/BlurEst.h"
-#include "velimproclib/veldeblurcv/lumaToMat.h"
-#include "velimproclib/veldeblurcv/ProgressSpan.h"
+#include "velimproclib/veldeblurcv/estimation/BlurEst.h"
+#include "velimproclib/veldeblurcv/estimation/lumaToMat.h"
+#include "velimproclib/veldeblurcv/estimation/ProgressSpan.h"
 
 #include <algorithm>
 

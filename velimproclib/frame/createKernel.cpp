@@ -1,8 +1,8 @@
 #include "velimproclib/frame/createKernel.h"
 
-#include "velimproclib/veldeblurcv/DiscKernel.h"
-#include "velimproclib/veldeblurcv/GaussianKernel.h"
-#include "velimproclib/veldeblurcv/MotionKernel.h"
+#include "velimproclib/veldeblurcv/kernels/DiscKernel.h"
+#include "velimproclib/veldeblurcv/kernels/GaussianKernel.h"
+#include "velimproclib/veldeblurcv/kernels/MotionKernel.h"
 
 #include <algorithm>
 

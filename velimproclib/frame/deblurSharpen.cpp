@@ -1,11 +1,11 @@
 #include "velimproclib/frame/deblurSharpen.h"
 
 #include "velimproclib/frame/CallFrame.h"
-#include "velimproclib/frame/DeblurTile.h"
-#include "velimproclib/frame/DetailStage.h"
 #include "velimproclib/frame/notifyProgress.h"
 #include "velimproclib/tiles/BlockProcP3.h"
 #include "velimproclib/tiles/ColorTwistTile.h"
+#include "velimproclib/veldeblurcv/DeblurTile.h"
+#include "velimproclib/veldeblurcv/detail/DetailStage.h"
 
 #include <algorithm>
 #include <cstdint>

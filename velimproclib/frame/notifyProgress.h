@@ -1,6 +1,6 @@
 #pragma once
 
-#include "velimproclib/tiles/narrowToInt32.h"
+#include "velimproclib/primitives/base/narrowToInt32.h"
 #include "velorncore10.h"
 
 #include <algorithm>

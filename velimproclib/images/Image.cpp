@@ -1,6 +1,6 @@
 #include "velimproclib/images/Image.h"
 
-#include "velimproclib/primitives/Memory.h"
+#include "velimproclib/primitives/base/Memory.h"
 
 #include <cstddef>
 #include <cstdlib>

@@ -1,8 +1,8 @@
 #include "velimproclib/images/ScaleConverters.h"
 
 #include "velimproclib/images/Image.h"
-#include "velimproclib/primitives/Conversions.h"
-#include "velimproclib/primitives/ScaledU16.h"
+#include "velimproclib/primitives/arithmetic/ScaledU16.h"
+#include "velimproclib/primitives/pixels/Conversions.h"
 
 namespace vel {
 namespace {

@@ -1,7 +1,7 @@
 #include "velimproclib/tiles/AxisPlan.h"
 
-#include "velimproclib/primitives/truncate.h"
-#include "velimproclib/tiles/narrowToInt32.h"
+#include "velimproclib/primitives/base/narrowToInt32.h"
+#include "velimproclib/primitives/base/truncate.h"
 
 #include <algorithm>
 #include <limits>

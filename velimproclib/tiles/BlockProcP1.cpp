@@ -1,10 +1,10 @@
 #include "velimproclib/tiles/BlockProcP1.h"
 
-#include "velimproclib/primitives/Conversions.h"
-#include "velimproclib/primitives/PlaneArithmetic.h"
+#include "velimproclib/images/stepOf.h"
+#include "velimproclib/primitives/arithmetic/PlaneArithmetic.h"
+#include "velimproclib/primitives/pixels/Conversions.h"
 #include "velimproclib/tiles/fillRamp.h"
 #include "velimproclib/tiles/imageExtendBorder.h"
-#include "velimproclib/tiles/stepOf.h"
 #include "velimproclib/tiles/stripBlends.h"
 #include "velimproclib/tiles/worthATeam.h"
 

@@ -1,11 +1,11 @@
 #include "velimproclib/tiles/BlockProcP3.h"
 
-#include "velimproclib/primitives/ChannelMoves.h"
-#include "velimproclib/primitives/Conversions.h"
+#include "velimproclib/images/stepOf.h"
+#include "velimproclib/primitives/pixels/ChannelMoves.h"
+#include "velimproclib/primitives/pixels/Conversions.h"
 #include "velimproclib/tiles/fillRamp.h"
 #include "velimproclib/tiles/forRowChunks.h"
 #include "velimproclib/tiles/imageExtendBorder.h"
-#include "velimproclib/tiles/stepOf.h"
 #include "velimproclib/tiles/stripBlends.h"
 
 #include <algorithm>

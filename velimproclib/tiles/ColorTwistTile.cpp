@@ -1,8 +1,8 @@
 #include "velimproclib/tiles/ColorTwistTile.h"
 
-#include "velimproclib/primitives/ColorTwist.h"
+#include "velimproclib/primitives/base/narrowToInt32.h"
+#include "velimproclib/primitives/pixels/ColorTwist.h"
 #include "velimproclib/tiles/forRowChunks.h"
-#include "velimproclib/tiles/narrowToInt32.h"
 
 namespace vel {
 

@@ -1,6 +1,6 @@
 #include "velimproclib/tiles/TileTaper.h"
 
-#include "velimproclib/primitives/TeamLoop.h"
+#include "velimproclib/primitives/base/TeamLoop.h"
 #include "velimproclib/tiles/blend.h"
 #include "velimproclib/tiles/worthATeam.h"
 

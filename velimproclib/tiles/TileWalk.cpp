@@ -1,6 +1,6 @@
 #include "velimproclib/tiles/TileWalk.h"
 
-#include "velimproclib/tiles/narrowToInt32.h"
+#include "velimproclib/primitives/base/narrowToInt32.h"
 
 #include <algorithm>
 

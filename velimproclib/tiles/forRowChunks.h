@@ -1,6 +1,6 @@
 #pragma once
 
-#include "velimproclib/primitives/TeamLoop.h"
+#include "velimproclib/primitives/base/TeamLoop.h"
 #include "velimproclib/tiles/worthATeam.h"
 
 #include <cstdint>

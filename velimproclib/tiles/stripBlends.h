@@ -1,6 +1,6 @@
 #pragma once
 
-#include "velimproclib/primitives/rows.h"
+#include "velimproclib/primitives/base/rows.h"
 #include "velimproclib/tiles/blend.h"
 #include "velimproclib/tiles/fillRamp.h"
 #include "velimproclib/tiles/TileWalk.h"

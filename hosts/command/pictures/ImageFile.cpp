@@ -1,0 +1,348 @@
+#include "hosts/command/pictures/ImageFile.h"
+
+#include "hosts/command/metadata/MemoryFile.h"
+#include "hosts/command/metadata/MetadataNames.h"
+#include "hosts/command/pictures/PixelScale.h"
+#include "hosts/command/terminal/Failure.h"
+#include "hosts/command/terminal/SilencedErrors.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <OpenImageIO/filesystem.h>
+
+namespace velorn {
+namespace {
+
+using OIIO::ImageInput;
+using OIIO::ImageOutput;
+using OIIO::ImageSpec;
+using OIIO::TypeDesc;
+
+constexpr const char* kProfile = "ICCProfile";
+constexpr const char* kUnassociatedAlpha = "oiio:UnassociatedAlpha";
+
+/// The file's metadata blocks. The whole file is only held when it is of a kind that has some.
+MetadataBlocks blocksOfFile(const std::filesystem::path& path) {
+    errno = 0;
+    std::ifstream file(path, std::ios::binary);
+    std::vector<unsigned char> bytes(16);
+    file.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    if (!file.is_open() || file.bad()) {
+        throw Failure("cannot read " + quoted(path) + ": " + std::strerror(errno));
+    }
+    const bool isJpeg = bytes[0] == 0xFF && bytes[1] == 0xD8;
+    const bool isPng = bytes[0] == 0x89 && bytes[1] == 'P';
+    const bool isRiff = bytes[0] == 'R' && bytes[1] == 'I';
+    if (!isJpeg && !isPng && !isRiff) {
+        return {};
+    }
+    file.clear();
+    file.seekg(0);
+    bytes.assign(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+    return readMetadataBlocks(bytes);
+}
+
+std::unique_ptr<ImageInput> openInput(const std::filesystem::path& path) {
+    ImageSpec wishes;
+    wishes.attribute(kUnassociatedAlpha, 1); // alpha and colours as the file holds them
+    auto input = ImageInput::open(path.string(), &wishes);
+    if (!input) {
+        throw Failure("cannot read " + quoted(path) + ": " + onOneLine(OIIO::geterror()));
+    }
+    return input;
+}
+
+void checkChannels(const ImageSpec& spec, const std::filesystem::path& path) {
+    const int colours = spec.nchannels - (spec.alpha_channel >= 0 ? 1 : 0);
+    if (spec.nchannels > 4 || (colours != 1 && colours != 3)) {
+        throw Failure(quoted(path) + " has " + std::to_string(spec.nchannels) +
+                      " channels; only grey and RGB are supported, each with or without alpha");
+    }
+    if (spec.alpha_channel >= 0 && spec.alpha_channel != spec.nchannels - 1) {
+        throw Failure(quoted(path) + " has its alpha before its colours, which is not supported");
+    }
+    for (const char* name : {"jpeg:ColorSpace", "tiff:ColorSpace"}) {
+        const auto space = spec.get_string_attribute(name);
+        if (space == "CMYK" || space == "YCCK") {
+            throw Failure(quoted(path) + " is a " + std::string(space) +
+                          " picture; convert it to RGB first");
+        }
+    }
+}
+
+/// Looks with an input of its own: some readers do not find back to the first picture.
+void checkSinglePicture(const std::filesystem::path& path) {
+    const auto input = openInput(path);
+    if (input->spec().depth > 1 || input->spec().deep) {
+        throw Failure(quoted(path) + " is a volume or a deep picture, which is not supported");
+    }
+    if (input->seek_subimage(1, 0)) {
+        throw Failure(quoted(path) + " holds more than one picture; split it first");
+    }
+    input->geterror();
+}
+
+template <class T>
+std::vector<T> readSamples(ImageInput& input, TypeDesc type, const std::filesystem::path& path) {
+    const ImageSpec spec = input.spec();
+    std::vector<T> samples(spec.image_pixels() * static_cast<std::size_t>(spec.nchannels));
+    if (!input.read_image(0, 0, 0, spec.nchannels, type, samples.data()) || input.has_error()) {
+        throw Failure("cannot read " + quoted(path) + ": " + onOneLine(input.geterror()));
+    }
+    return samples;
+}
+
+std::vector<std::uint16_t> sixteenBits(const std::vector<float>& samples,
+                                       const std::filesystem::path& path) {
+    std::vector<std::uint16_t> rounded(samples.size());
+    std::ranges::transform(samples, rounded.begin(), [&](float sample) {
+        if (!(sample >= 0.0f && sample <= 1.0f)) {
+            throw Failure(quoted(path) + " has floating-point samples outside 0..1; scale it to "
+                                         "that range first");
+        }
+        return static_cast<std::uint16_t>(sample * 65535.0f + 0.5f);
+    });
+    return rounded;
+}
+
+Samples readSamples(ImageInput& input, const std::filesystem::path& path) {
+    const TypeDesc format = input.spec().format;
+    if (format.is_floating_point()) {
+        return sixteenBits(readSamples<float>(input, TypeDesc::FLOAT, path), path);
+    }
+    if (format.size() == 1) {
+        return readSamples<std::uint8_t>(input, TypeDesc::UINT8, path);
+    }
+    return readSamples<std::uint16_t>(input, TypeDesc::UINT16, path);
+}
+
+void attachProfile(ImageSpec& spec, const auto& bytes) {
+    spec.attribute(kProfile, TypeDesc(TypeDesc::UINT8, static_cast<int>(bytes.size())),
+                   bytes.data());
+}
+
+/// What the pixels' reader of these formats leaves to others: `spec` so knows the metadata by name,
+/// for formats without opaque blocks and for the orientation.
+void learnFromBlocks(const MetadataBlocks& blocks, const std::string& format, ImageSpec& spec) {
+    if (format == "png" || format == "webp") {
+        addNamedMetadata(blocks, spec);
+    }
+    if (!blocks.icc.empty() && spec.find_attribute(kProfile) == nullptr) {
+        attachProfile(spec, blocks.icc);
+    }
+}
+
+/// How the samples are stored is the writer's business, and what the reader says of it no longer
+/// holds.
+void forgetCoding(ImageSpec& spec) {
+    for (const char* name :
+         {"oiio:BitsPerSample", "oiio:subimages", "planarconfig", "tiff:bilevel", "tiff:ColorSpace",
+          "tiff:Compression", "tiff:PlanarConfiguration", "tiff:PhotometricInterpretation",
+          "tiff:RowsPerStrip", "tiff:UnassociatedAlpha", "jpeg:ColorSpace", "jpeg:subsampling"}) {
+        spec.erase_attribute(name);
+    }
+    spec.tile_width = spec.tile_height = spec.tile_depth = 0;
+    spec.channelformats.clear();
+}
+
+void chooseCompression(ImageSpec& spec, const std::string& format) {
+    static const std::array<std::string, 5> lossless{"none", "lzw", "zip", "packbits", "deflate"};
+    const std::string inherited{spec.get_string_attribute("compression")};
+    if (format == "jpeg") {
+        spec.attribute("compression", "jpeg:97");
+        spec.attribute("jpeg:subsampling", "4:4:4");
+    } else if (format == "webp") {
+        spec.attribute("compression", "webp:100");
+    } else if (std::ranges::find(lossless, inherited) == lossless.end()) {
+        spec.attribute("compression", "zip");
+    }
+}
+
+std::unique_ptr<ImageOutput> createOutput(const std::filesystem::path& path) {
+    auto output = ImageOutput::create(path.string());
+    if (!output || !output->supports("ioproxy")) {
+        OIIO::geterror();
+        throw Failure("cannot write " + quoted(path) + ": no picture format is known for '" +
+                      path.extension().string() + "'");
+    }
+    return output;
+}
+
+} // namespace
+
+ImageFile ImageFile::read(const std::filesystem::path& path) {
+    checkReadable(path);
+    MetadataBlocks blocks = blocksOfFile(path);
+    const SilencedErrors silenced;
+    const auto input = openInput(path);
+    checkChannels(input->spec(), path);
+    checkSinglePicture(path);
+    ImageFile file(input->spec());
+    file.m_samples = readSamples(*input, path);
+    const std::string format = input->format_name();
+    learnFromBlocks(blocks, format, file.m_spec);
+    forgetCoding(file.m_spec);
+    if (format != "tiff" && format != "openexr") {
+        // Only those two know premultiplied colours, and say which kind they hold.
+        file.m_spec.attribute(kUnassociatedAlpha, 1);
+    }
+    file.m_blocks = format == "tiff" ? blocksOfNamedMetadata(file.m_spec) : std::move(blocks);
+    return file;
+}
+
+ImageFile::ImageFile(int width, int height, int channels, int bits)
+    : m_spec(width, height, channels, bits == 8 ? TypeDesc::UINT8 : TypeDesc::UINT16) {
+    const std::size_t count = m_spec.image_pixels() * static_cast<std::size_t>(channels);
+    if (bits == 8) {
+        m_samples = std::vector<std::uint8_t>(count);
+    } else {
+        m_samples = std::vector<std::uint16_t>(count);
+    }
+}
+
+RgbPixels ImageFile::rgb() const {
+    RgbPixels pixels{width(), height(), {}};
+    std::visit(
+        [&]<class T>(const std::vector<T>& samples) {
+            const auto channels = static_cast<std::size_t>(m_spec.nchannels);
+            const std::array<std::size_t, 3> offsets = isGrey()
+                                                           ? std::array<std::size_t, 3>{0, 0, 0}
+                                                           : std::array<std::size_t, 3>{0, 1, 2};
+            std::vector<T> colours(3 * pixels.pixelCount());
+            for (std::size_t i = 0; i < pixels.pixelCount(); ++i) {
+                for (std::size_t c = 0; c < 3; ++c) {
+                    const T sample = samples[i * channels + offsets[c]];
+                    if constexpr (sizeof(T) == 1) {
+                        colours[3 * i + c] = sample;
+                    } else {
+                        colours[3 * i + c] = toFifteenBits(sample);
+                    }
+                }
+            }
+            pixels.samples = std::move(colours);
+        },
+        m_samples);
+    return pixels;
+}
+
+void ImageFile::setRgb(const RgbPixels& pixels) {
+    std::visit(
+        [&]<class T>(std::vector<T>& samples) {
+            const auto& colours = std::get<std::vector<T>>(pixels.samples);
+            const auto channels = static_cast<std::size_t>(m_spec.nchannels);
+            const auto toFile = [](std::uint32_t value) {
+                if constexpr (sizeof(T) == 1) {
+                    return static_cast<T>(value);
+                } else {
+                    return fromFifteenBits(static_cast<T>(value));
+                }
+            };
+            for (std::size_t i = 0; i < pixels.pixelCount(); ++i) {
+                const T* colour = &colours[3 * i];
+                T* sample = &samples[i * channels];
+                if (isGrey()) {
+                    *sample = toFile((colour[0] + colour[1] + colour[2] + 1u) / 3u);
+                } else {
+                    std::transform(colour, colour + 3, sample, toFile);
+                }
+            }
+        },
+        m_samples);
+}
+
+int ImageFile::orientation() const {
+    const int orientation = m_spec.get_int_attribute("Orientation", 1);
+    return orientation >= 1 && orientation <= 8 ? orientation : 1;
+}
+
+std::string ImageFile::description() const {
+    return std::string(m_spec.get_string_attribute("ImageDescription"));
+}
+
+void ImageFile::setDescription(const std::string& text) {
+    m_spec.attribute("ImageDescription", text);
+}
+
+OIIO::ImageSpec ImageFile::outputSpec(const OIIO::ImageOutput& output) const {
+    ImageSpec spec = m_spec;
+    const std::string format = output.format_name();
+    const bool isSixteenBit = std::holds_alternative<std::vector<std::uint16_t>>(m_samples);
+    // The floating-point format has no 16-bit integers, and its halves would lose some.
+    spec.set_format(format == "openexr" ? TypeDesc::FLOAT
+                    : isSixteenBit      ? TypeDesc::UINT16
+                                        : TypeDesc::UINT8);
+    chooseCompression(spec, format);
+    if (spec.alpha_channel >= 0 && !output.supports("alpha")) {
+        --spec.nchannels;
+        spec.alpha_channel = -1;
+        spec.channelnames.resize(static_cast<std::size_t>(spec.nchannels));
+    }
+    return spec;
+}
+
+/// Encoded in memory: some encoders end the process when a write to a file fails. `name` is what
+/// `output` opens, and stands for a file in memory already, or for nothing.
+void ImageFile::encodeTo(OIIO::ImageOutput& output, const std::filesystem::path& name) const {
+    const TypeDesc type = std::holds_alternative<std::vector<std::uint8_t>>(m_samples)
+                              ? TypeDesc::UINT8
+                              : TypeDesc::UINT16;
+    const auto pixelStep = static_cast<OIIO::stride_t>(type.size()) * m_spec.nchannels;
+    const auto write = [&](const auto& samples) {
+        return output.write_image(type, samples.data(), pixelStep);
+    };
+    if (!output.open(name.string(), outputSpec(output)) || !std::visit(write, m_samples) ||
+        !output.close()) {
+        throw Failure(output.geterror());
+    }
+}
+
+std::vector<unsigned char> ImageFile::profile() const {
+    const auto* profile = m_spec.find_attribute(kProfile);
+    if (profile == nullptr) {
+        return {};
+    }
+    const auto* bytes = static_cast<const unsigned char*>(profile->data());
+    return {bytes, bytes + profile->type().size()};
+}
+
+void ImageFile::setProfile(const std::vector<unsigned char>& profile) {
+    attachProfile(m_spec, profile);
+}
+
+std::vector<unsigned char> ImageFile::encode(const std::filesystem::path& path) const {
+    const SilencedErrors silenced;
+    const auto output = createOutput(path);
+    std::vector<unsigned char> bytes;
+    try {
+        if (std::string(output->format_name()) == "tiff") {
+            const MemoryFile memory;
+            encodeTo(*output, memory.path());
+            bytes = memory.content();
+        } else {
+            OIIO::Filesystem::IOVecOutput memory(bytes);
+            output->set_ioproxy(&memory);
+            encodeTo(*output, path);
+        }
+    } catch (const Failure& failure) {
+        throw Failure("cannot write " + quoted(path) + ": " + onOneLine(failure.what()));
+    }
+    return withMetadataBlocks(std::move(bytes), outputBlocks());
+}
+
+MetadataBlocks ImageFile::outputBlocks() const {
+    MetadataBlocks blocks = m_blocks;
+    const std::vector<unsigned char> icc = profile();
+    if (!icc.empty()) {
+        blocks.icc.assign(icc.begin(), icc.end());
+    }
+    return blocks;
+}
+
+void ImageFile::checkWritable(const std::filesystem::path& path) {
+    createOutput(path);
+}
+
+} // namespace velorn

@@ -1,0 +1,47 @@
+#include "hosts/command/terminal/Interrupt.h"
+
+#include "hosts/command/terminal/Failure.h"
+
+namespace velorn {
+namespace {
+
+/// The number of the signal that came, 0 for none. A handler can reach nothing but a global.
+volatile std::sig_atomic_t g_signal = 0;
+
+void takeNote(int signal) {
+    g_signal = signal;
+}
+
+} // namespace
+
+Interrupt::Interrupt() {
+    g_signal = 0;
+    struct sigaction action {};
+    action.sa_handler = takeNote;
+    action.sa_flags = SA_RESTART;
+    sigemptyset(&action.sa_mask);
+    for (std::size_t i = 0; i < kSignals.size(); ++i) {
+        sigaction(kSignals[i], nullptr, &m_former[i]);
+        if (m_former[i].sa_handler != SIG_IGN) {
+            sigaction(kSignals[i], &action, nullptr);
+        }
+    }
+}
+
+Interrupt::~Interrupt() {
+    for (std::size_t i = 0; i < kSignals.size(); ++i) {
+        sigaction(kSignals[i], &m_former[i], nullptr);
+    }
+}
+
+bool Interrupt::isRequested() const {
+    return g_signal != 0;
+}
+
+void Interrupt::check() const {
+    if (isRequested()) {
+        throw Interrupted(g_signal);
+    }
+}
+
+} // namespace velorn

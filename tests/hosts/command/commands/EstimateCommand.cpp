@@ -1,0 +1,88 @@
+#include "hosts/command/commands/EstimateCommand.h"
+
+#include "hosts/command/kernels/KernelFile.h"
+#include "hosts/command/pictures/ImageFile.h"
+#include "hosts/command/terminal/Failure.h"
+#include "tests/support/BlurredPicture.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/TestPictures.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <sstream>
+
+namespace {
+
+using velorn::EstimateOptions;
+
+class EstimateCommand : public testing::Test {
+protected:
+    void SetUp() override {
+        const auto blur = velorn::makeKernel({velorn::AnalyticBlur::Shape::Motion, 7.0f, 0.0f});
+        m_soft = vel::test::blurred(vel::test::drawnPicture(200, 160), blur);
+        m_options.input = m_folder / "in.tif";
+        m_options.output = m_folder / "k.txt";
+        m_options.blind.size = {9, 5};
+    }
+
+    void writeSoft(int orientation) {
+        OIIO::ImageSpec spec(200, 160, 3, OIIO::TypeDesc::UINT8);
+        spec.attribute("Orientation", orientation);
+        vel::test::writePicture(m_options.input.string(), spec,
+                                std::get<std::vector<std::uint8_t>>(m_soft.samples));
+    }
+
+    velorn::BlurKernel run() {
+        const velorn::Interrupt interrupt;
+        velorn::runEstimate(m_options, interrupt, m_out, m_terminal, false);
+        return velorn::KernelFile::read(m_options.output, std::nullopt);
+    }
+
+    vel::test::TemporaryFolder m_folder;
+    velorn::RgbPixels m_soft;
+    EstimateOptions m_options;
+    std::ostringstream m_out;
+    std::ostringstream m_terminal;
+};
+
+TEST_F(EstimateCommand, WritesTheKernelAndShowsIt) {
+    writeSoft(1);
+    const auto kernel = run();
+    EXPECT_EQ(kernel.width, 9);
+    EXPECT_EQ(kernel.height, 5);
+    EXPECT_EQ(std::ranges::count(m_out.str(), '\n'), 5);
+    EXPECT_NE(m_out.str().find("██"), std::string::npos);
+}
+
+TEST_F(EstimateCommand, KernelSpeaksOfThePictureAsItIsShown) {
+    writeSoft(1);
+    m_options.blind.turn = velorn::Turn::No;
+    const auto stored = run();
+    writeSoft(6);
+    m_options.blind.size = {5, 9};
+    const auto shown = run();
+    EXPECT_EQ(shown.width, 5);
+    EXPECT_EQ(shown.height, 9);
+    EXPECT_EQ(velorn::asStored(shown, 6).weights, stored.weights);
+}
+
+TEST_F(EstimateCommand, PictureWithoutEdgesIsToldWithItsNameAndNothingIsWritten) {
+    velorn::ImageFile grey(80, 60, 1, 8);
+    vel::test::writeBytes(m_options.input.string(), grey.encode(m_options.input));
+    try {
+        run();
+        FAIL() << "no failure";
+    } catch (const velorn::Failure& failure) {
+        const std::string text = failure.what();
+        EXPECT_NE(text.find("too few edges"), std::string::npos) << text;
+        EXPECT_NE(text.find("in.tif"), std::string::npos) << text;
+    }
+    EXPECT_FALSE(std::filesystem::exists(m_options.output));
+}
+
+TEST_F(EstimateCommand, NameThatNoKernelGoesUnderIsToldAtOnce) {
+    m_options.output = m_folder / "k.xyz";
+    EXPECT_THROW(run(), velorn::Failure);
+}
+
+} // namespace

@@ -1,0 +1,38 @@
+// The manual page against what the program says of itself.
+#include "hosts/command/commands/Options.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+#include <regex>
+#include <set>
+#include <sstream>
+
+namespace {
+
+std::set<std::string> optionsIn(const std::string& text) {
+    const std::regex option("--[a-z][a-z-]*[a-z]");
+    return {std::sregex_token_iterator(text.begin(), text.end(), option),
+            std::sregex_token_iterator()};
+}
+
+std::string helpOf(const char* command) {
+    const std::vector<const char*> words{"velorn", command, "--help"};
+    std::ostringstream out;
+    velorn::parseCommandLine(static_cast<int>(words.size()), words.data(), out);
+    return out.str();
+}
+
+TEST(ManualPage, TellsOfEveryOptionAndOfNoOther) {
+    const auto bytes = vel::test::bytesOfFile(MANUAL_PAGE);
+    const std::string page =
+        std::regex_replace(std::string(bytes.begin(), bytes.end()), std::regex(R"(\\-)"), "-");
+    std::set<std::string> known{"--help", "--version"};
+    for (const char* command : {"deblur", "estimate", "kernel", "preview"}) {
+        EXPECT_NE(page.find(".B velorn " + std::string(command)), std::string::npos) << command;
+        known.merge(optionsIn(helpOf(command)));
+    }
+    known.insert("--output"); // of the shapes of 'velorn kernel', each with a help of its own
+    EXPECT_EQ(optionsIn(page), known);
+}
+
+} // namespace

@@ -1,0 +1,53 @@
+#include "hosts/command/terminal/ProgressBar.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <sstream>
+
+namespace {
+
+using velorn::ProgressBar;
+
+TEST(ProgressBar, DrawsNothingWhenItIsNotShown) {
+    std::ostringstream terminal;
+    {
+        ProgressBar bar(terminal, false);
+        bar.show(1, 2);
+    }
+    EXPECT_EQ(terminal.str(), "");
+}
+
+TEST(ProgressBar, ShowsItsShareAndWipesItselfInTheEnd) {
+    std::ostringstream terminal;
+    {
+        ProgressBar bar(terminal, true);
+        bar.show(1, 2);
+        EXPECT_EQ(terminal.str(), "\r[" + std::string(20, '#') + std::string(20, '.') + "]  50%");
+    }
+    EXPECT_EQ(terminal.str().back(), '\r');
+    EXPECT_EQ(terminal.str().find('\n'), std::string::npos);
+}
+
+TEST(ProgressBar, RedrawsOnlyWhenThePercentageChanges) {
+    std::ostringstream terminal;
+    ProgressBar bar(terminal, true);
+    bar.show(500, 1000);
+    const std::string once = terminal.str();
+    bar.show(501, 1000);
+    EXPECT_EQ(terminal.str(), once);
+    bar.show(510, 1000);
+    EXPECT_NE(terminal.str(), once);
+}
+
+TEST(ProgressBar, StaysInItsBoundsForAnyNumbers) {
+    std::ostringstream terminal;
+    ProgressBar bar(terminal, true);
+    bar.show(2147483647, 1000000);
+    EXPECT_NE(terminal.str().find("100%"), std::string::npos);
+    bar.show(-5, 100);
+    EXPECT_NE(terminal.str().find("  0%"), std::string::npos);
+    bar.show(1000001, 1000001);
+    bar.show(5, 0);
+}
+
+} // namespace

@@ -1,0 +1,122 @@
+#include "velimproclib/primitives/base/Memory.h"
+
+#include "tests/support/NullWhenOutOfMemory.h"
+
+#include <cstdint>
+#include <cstring>
+#include <gtest/gtest.h>
+#include <limits>
+#include <utility>
+
+namespace {
+
+using namespace vel;
+
+constexpr std::int32_t kHuge = std::numeric_limits<std::int32_t>::max();
+
+bool isAligned(const void* block) {
+    return reinterpret_cast<std::uintptr_t>(block) % 32 == 0;
+}
+
+TEST(Memory, ImageAllocRoundsTheStepUpToThirtyTwoBytes) {
+    std::int32_t step = -1;
+    unsigned char* block = imageAlloc(100, 5, &step);
+    ASSERT_NE(block, nullptr);
+    EXPECT_EQ(step, 128);
+    EXPECT_TRUE(isAligned(block));
+    std::memset(block, 0x5A, 640);
+    alignedFree(block);
+}
+
+TEST(Memory, ImageAllocKeepsAStepThatIsAMultipleOfThirtyTwo) {
+    std::int32_t step = -1;
+    unsigned char* block = imageAlloc(64, 1, &step);
+    EXPECT_EQ(step, 64);
+    alignedFree(block);
+}
+
+TEST(Memory, ImageAllocRefusesSizesBelowOneWithStepZero) {
+    for (const auto& [rowBytes, height] : {std::pair{0, 5}, {5, 0}, {-1, 5}, {5, -7}}) {
+        std::int32_t step = 99;
+        EXPECT_EQ(imageAlloc(rowBytes, height, &step), nullptr);
+        EXPECT_EQ(step, 0);
+        step = 99;
+        EXPECT_EQ(imageAllocF32(rowBytes, height, &step), nullptr);
+        EXPECT_EQ(step, 0);
+        step = 99;
+        EXPECT_EQ(imageAllocC32(rowBytes, height, &step), nullptr);
+        EXPECT_EQ(step, 0);
+    }
+}
+
+TEST(Memory, StepStaysSetWhenTheHeapFails) {
+    std::int32_t step = 0;
+    EXPECT_EQ(imageAlloc(kHuge - 70, kHuge, &step), nullptr);
+    EXPECT_EQ(step, kHuge - 63);
+}
+
+TEST(Memory, StepsBeyondThirtyTwoBitsAreRefused) {
+    std::int32_t step = 99;
+    EXPECT_EQ(imageAlloc(kHuge, 1, &step), nullptr);
+    EXPECT_EQ(step, 0);
+    step = 99;
+    EXPECT_EQ(imageAllocF32(kHuge / 4 + 1, 1, &step), nullptr);
+    EXPECT_EQ(step, 0);
+    step = 99;
+    EXPECT_EQ(imageAllocC32(kHuge / 2, 1, &step), nullptr);
+    EXPECT_EQ(step, 0);
+}
+
+TEST(Memory, ImageAllocWithoutAPlaceForTheStepGivesNull) {
+    EXPECT_EQ(imageAlloc(1, 1, nullptr), nullptr);
+}
+
+TEST(Memory, FloatAndComplexImagesCountTheirElements) {
+    std::int32_t step = 0;
+    float* plane = imageAllocF32(9, 3, &step);
+    ASSERT_NE(plane, nullptr);
+    EXPECT_EQ(step, 64);
+    EXPECT_TRUE(isAligned(plane));
+    std::memset(plane, 0, 3 * 64);
+    alignedFree(plane);
+    float* spectrum = imageAllocC32(9, 3, &step);
+    ASSERT_NE(spectrum, nullptr);
+    EXPECT_EQ(step, 96);
+    EXPECT_TRUE(isAligned(spectrum));
+    std::memset(spectrum, 0, 3 * 96);
+    alignedFree(spectrum);
+}
+
+TEST(Memory, AlignedAllocGivesAnAlignedBlockOfTheCountedFloats) {
+    for (std::int32_t count = 1; count < 70; ++count) {
+        float* block = alignedAllocF32(count);
+        ASSERT_NE(block, nullptr);
+        EXPECT_TRUE(isAligned(block));
+        for (std::int32_t i = 0; i < count; ++i) {
+            block[i] = 1.0f;
+        }
+        alignedFree(block);
+    }
+}
+
+TEST(Memory, AlignedAllocRefusesCountsBelowOne) {
+    EXPECT_EQ(alignedAllocF32(0), nullptr);
+    EXPECT_EQ(alignedAllocF32(-4), nullptr);
+}
+
+TEST(Memory, TheWordBeforeABlockHoldsTheHeapsPointerAtMostFortyBytesBack) {
+    float* block = alignedAllocF32(10);
+    std::uintptr_t heapAddress;
+    std::memcpy(&heapAddress, reinterpret_cast<unsigned char*>(block) - sizeof(void*),
+                sizeof(void*));
+    const auto distance = reinterpret_cast<std::uintptr_t>(block) - heapAddress;
+    EXPECT_GE(distance, sizeof(void*));
+    EXPECT_LE(distance, 32 + sizeof(void*));
+    alignedFree(block);
+}
+
+TEST(Memory, FreeingANullBlockDoesNothing) {
+    alignedFree(nullptr);
+}
+
+} // namespace

@@ -1,0 +1,86 @@
+#include "velimproclib/veldeblurcv/kernels/Gaussian1D.h"
+
+#include <cmath>
+#include <gtest/gtest.h>
+#include <vector>
+
+namespace {
+
+using vel::gaussian1D;
+
+template <class Call>
+std::string textOf(Call&& call) {
+    try {
+        call();
+    } catch (const char* text) {
+        return text;
+    }
+    return "no failure";
+}
+
+TEST(Gaussian1D, EvenAndNonPositiveSizesFailInBothFormsWithNothingWritten) {
+    for (const int size : {-3, -2, -1, 0, 2, 4, 100}) {
+        float taps[1] = {-7.0f};
+        EXPECT_EQ(textOf([&] { gaussian1D(taps, size, 1.0f); }), "gaussian1D - (s2*2+1 != size)");
+        EXPECT_EQ(taps[0], -7.0f);
+        int fixed[1] = {-7};
+        int sum = -9;
+        EXPECT_EQ(textOf([&] { gaussian1D(fixed, &sum, size, 1.0f); }),
+                  "gaussian1D - (s2*2+1 != size)");
+        EXPECT_EQ(fixed[0], -7);
+        EXPECT_EQ(sum, -9);
+    }
+}
+
+TEST(Gaussian1D, FloatTapsAreTheRoundedExponentialsOverTheirRoundedSum) {
+    for (int size = 1; size <= 15; size += 2) {
+        for (const float sigma : {0.3f, 0.5f, 0.85f, 1.0f, 1.7f, 4.0f, 20.0f}) {
+            std::vector<float> taps(static_cast<std::size_t>(size));
+            gaussian1D(taps.data(), size, sigma);
+            double sum = 0.0;
+            for (int i = -(size / 2); i <= size / 2; ++i) {
+                sum += static_cast<float>(
+                    std::exp(-0.5 * i * i / (static_cast<double>(sigma) * sigma)));
+            }
+            for (int i = -(size / 2); i <= size / 2; ++i) {
+                const auto tap = static_cast<float>(
+                    std::exp(-0.5 * i * i / (static_cast<double>(sigma) * sigma)));
+                EXPECT_EQ(taps[static_cast<std::size_t>(i + size / 2)],
+                          tap / static_cast<float>(sum));
+            }
+        }
+    }
+}
+
+TEST(Gaussian1D, FixedPointTapsTruncateAfterAddingJustBelowOneHalf) {
+    int taps[5];
+    int sum = 0;
+    gaussian1D(taps, &sum, 5, 1.0f);
+    EXPECT_EQ(taps[0], 554);
+    EXPECT_EQ(taps[1], 2484);
+    EXPECT_EQ(taps[2], 4096);
+    EXPECT_EQ(taps[3], 2484);
+    EXPECT_EQ(taps[4], 554);
+    EXPECT_EQ(sum, 10172);
+}
+
+TEST(Gaussian1D, FarFixedPointTapsMayBeZero) {
+    int taps[5];
+    int sum = 0;
+    gaussian1D(taps, &sum, 5, 0.2f);
+    EXPECT_EQ(taps[0], 0);
+    EXPECT_EQ(taps[1], 0);
+    EXPECT_EQ(sum, 4096);
+}
+
+TEST(Gaussian1D, SigmaOfZeroOrNaNIsSurvived) {
+    float taps[3];
+    gaussian1D(taps, 3, 0.0f);
+    EXPECT_TRUE(std::isnan(taps[1]));
+    int fixed[3];
+    int sum = 0;
+    gaussian1D(fixed, &sum, 3, std::nanf(""));
+    EXPECT_EQ(sum, 0);
+}
+
+} // namespace

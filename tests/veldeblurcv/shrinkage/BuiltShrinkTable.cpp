@@ -1,0 +1,112 @@
+#include "velimproclib/veldeblurcv/shrinkage/BuiltShrinkTable.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+namespace {
+
+using namespace vel;
+
+constexpr int kN = BuiltShrinkTable::kLutSize;
+const double kRate = std::sqrt(2.0) + std::sqrt(2.0);
+
+BuiltShrinkTable built(double alpha, int lastLevel = 0) {
+    BuiltShrinkTable table;
+    table.allocate(lastLevel);
+    table.build(alpha, kRate, 4);
+    return table;
+}
+
+TEST(BuiltShrinkTable, GridStartsAtEntryOneBehindAZero) {
+    BuiltShrinkTable table;
+    table.allocate(5);
+    ASSERT_EQ(table.grid().size(), 200002u);
+    EXPECT_EQ(table.grid()[0], 0.0f);
+    EXPECT_EQ(table.grid()[1], -10.0f);
+    EXPECT_EQ(table.grid()[2], static_cast<float>(0.0001 - 10));
+    EXPECT_EQ(table.grid()[100001], static_cast<float>(100000 * 0.0001 - 10));
+    EXPECT_EQ(table.grid()[200001], 10.0f);
+    for (int level = 0; level <= 5; ++level) {
+        EXPECT_EQ(table.values(level).size(), 200002u);
+        EXPECT_EQ(table.values(level)[77], 0.0f);
+    }
+}
+
+TEST(BuiltShrinkTable, HardThresholdAtAlphaZero) {
+    const BuiltShrinkTable table = built(0.0);
+    EXPECT_EQ(table.at(0, 1.4f), 0.0f);
+    EXPECT_NEAR(table.at(0, 1.4143f), 1.4143f, 1e-6);
+    EXPECT_NEAR(table.at(0, -7.3f), -7.3f, 2e-6);
+}
+
+TEST(BuiltShrinkTable, SoftThresholdAtAlphaOne) {
+    const BuiltShrinkTable table = built(1.0);
+    EXPECT_NEAR(table.at(0, 2.0f), 1.0f, 1e-6);
+    EXPECT_EQ(table.at(0, 0.5f), 0.0f);
+    EXPECT_NEAR(table.at(0, -4.25f), -3.25f, 1e-6);
+}
+
+TEST(BuiltShrinkTable, JumpsToTwoThirdsOfTheThresholdAtAlphaOneHalf) {
+    const BuiltShrinkTable table = built(0.5);
+    EXPECT_EQ(table.at(0, 1.49f), 0.0f);
+    EXPECT_NEAR(table.at(0, 1.5001f), 1.00013f, 2e-4);
+}
+
+TEST(BuiltShrinkTable, ZeroStaysZeroAtEveryLevel) {
+    for (const double alpha : {0.0, 0.6, 1.0}) {
+        const BuiltShrinkTable table = built(alpha, 5);
+        for (int level = 0; level <= 5; ++level) {
+            EXPECT_EQ(table.at(level, 0.0f), 0.0f) << alpha << " " << level;
+        }
+    }
+}
+
+TEST(BuiltShrinkTable, SolvesTheScalarProblemAtEveryLevel) {
+    const double alpha = 0.66;
+    const BuiltShrinkTable table = built(alpha, 5);
+    double beta = 1;
+    for (int level = 0; level <= 5; ++level, beta *= kRate) {
+        const double jump = std::pow(2 * (1 - alpha) / beta, 1 / (2 - alpha));
+        const double threshold = jump + alpha / beta * std::pow(jump, alpha - 1);
+        for (const double share : {1.02, 1.1, 1.7, 4.0}) {
+            const double v = share * threshold;
+            const double w = table.at(level, static_cast<float>(v));
+            EXPECT_NEAR(alpha * std::pow(w, alpha - 1) + beta * (w - v), 0.0, 1e-3 * beta * v)
+                << level << " " << share;
+            EXPECT_NEAR(table.at(level, static_cast<float>(-v)), -w, 1e-5);
+        }
+        EXPECT_EQ(table.at(level, static_cast<float>(0.98 * threshold)), 0.0f);
+    }
+}
+
+TEST(BuiltShrinkTable, AboveTheGridTheLastCellButOneIsContinued) {
+    const BuiltShrinkTable table = built(0.5);
+    const auto& x = table.grid();
+    const auto& lut = table.values(0);
+    const float slope = (lut[kN - 1] - lut[kN - 2]) / (x[kN - 1] - x[kN - 2]);
+    for (const float v : {10.0f, 12.0f, 1e6f, 1e30f}) {
+        EXPECT_EQ(table.at(0, v), slope * (v - x[kN - 2]) + lut[kN - 2]) << v;
+    }
+}
+
+TEST(BuiltShrinkTable, BelowTheGridTheLineRunsThroughTheOrigin) {
+    const BuiltShrinkTable table = built(0.5);
+    const float slope = table.values(0)[1] / table.grid()[1];
+    for (const float v : {-10.001f, -20.0f, -1e6f, -1e30f}) {
+        EXPECT_EQ(table.at(0, v), slope * v) << v;
+    }
+}
+
+TEST(BuiltShrinkTable, AnyGradientAndAnyAlphaGiveAValue) {
+    const float infinity = std::numeric_limits<float>::infinity();
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    const BuiltShrinkTable table = built(0.5);
+    EXPECT_EQ(table.at(0, infinity), infinity);
+    EXPECT_EQ(table.at(0, -infinity), -infinity);
+    EXPECT_TRUE(std::isnan(table.at(0, nan)));
+    EXPECT_EQ(built(nan).at(0, 3.0f), 0.0f);
+}
+
+} // namespace

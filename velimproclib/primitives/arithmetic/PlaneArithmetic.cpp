@@ -1,0 +1,393 @@
+#include "velimproclib/primitives/arithmetic/PlaneArithmetic.h"
+
+#include "velimproclib/primitives/base/argumentChecks.h"
+#include "velimproclib/primitives/base/repeatedPixel.h"
+#include "velimproclib/primitives/base/rows.h"
+
+#include <cstddef>
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "velimproclib/primitives/arithmetic/PlaneArithmetic.cpp"
+#include <hwy/foreach_target.h>
+#include <hwy/highway.h>
+
+#include "velimproclib/primitives/arithmetic/elementary-inl.h"
+#include "velimproclib/primitives/arithmetic/floatRows-inl.h"
+#include "velimproclib/primitives/arithmetic/operations-inl.h"
+
+// The loops below carry `omp simd`: a target may be one of the sources, but then it is the same
+// plane, so that the elements are independent of each other. Without it the compiler's overlap
+// test would send exactly that case down the scalar path.
+
+HWY_BEFORE_NAMESPACE();
+namespace vel::HWY_NAMESPACE {
+namespace {
+
+struct AtMost {
+    static float of(float v, float level) { return v > level ? level : v; }
+};
+struct AtLeast {
+    static float of(float v, float level) { return v < level ? level : v; }
+};
+
+struct Less {
+    static bool of(float a, float b) { return a < b; }
+};
+struct LessOrEqual {
+    static bool of(float a, float b) { return a <= b; }
+};
+struct Equal {
+    static bool of(float a, float b) { return a == b; }
+};
+struct GreaterOrEqual {
+    static bool of(float a, float b) { return a >= b; }
+};
+struct Greater {
+    static bool of(float a, float b) { return a > b; }
+};
+
+template <class Operation>
+void combineRows(const float* a, std::int32_t aStep, const float* b, std::int32_t bStep, float* dst,
+                 std::int32_t dstStep, Extent extent) {
+    for (std::size_t y = 0; y < extent.rows; ++y) {
+        const auto* aRow = unaligned(rowAt(a, aStep, y));
+        const auto* bRow = unaligned(rowAt(b, bStep, y));
+        auto* dstRow = unaligned(rowAt(dst, dstStep, y));
+#pragma omp simd
+        for (std::size_t x = 0; x < extent.columns; ++x) {
+            dstRow[x].value = Operation::of(aRow[x].value, bRow[x].value);
+        }
+    }
+}
+
+template <class Operation>
+void combineRowsWithConst(const float* src, std::int32_t srcStep, float c, float* dst,
+                          std::int32_t dstStep, Extent extent) {
+    for (std::size_t y = 0; y < extent.rows; ++y) {
+        const auto* srcRow = unaligned(rowAt(src, srcStep, y));
+        auto* dstRow = unaligned(rowAt(dst, dstStep, y));
+#pragma omp simd
+        for (std::size_t x = 0; x < extent.columns; ++x) {
+            dstRow[x].value = Operation::of(srcRow[x].value, c);
+        }
+    }
+}
+
+template <class Operation>
+void combineRowsWithPixel(const RepeatedPixel<float>& pixel, float* srcDst, std::int32_t step,
+                          Extent elements) {
+    constexpr std::size_t kRun = RepeatedPixel<float>::kLength;
+    const float* run = pixel.run();
+    for (std::size_t y = 0; y < elements.rows; ++y) {
+        auto* row = unaligned(rowAt(srcDst, step, y));
+        std::size_t x = 0;
+        for (; x + kRun <= elements.columns; x += kRun) {
+#pragma omp simd
+            for (std::size_t i = 0; i < kRun; ++i) {
+                row[x + i].value = Operation::of(row[x + i].value, run[i]);
+            }
+        }
+        for (std::size_t i = 0; x + i < elements.columns; ++i) {
+            row[x + i].value = Operation::of(row[x + i].value, run[i]);
+        }
+    }
+}
+
+template <class Relation>
+void compareRowsBy(const float* a, std::int32_t aStep, const float* b, std::int32_t bStep,
+                   std::uint8_t* dst, std::int32_t dstStep, Extent extent) {
+    for (std::size_t y = 0; y < extent.rows; ++y) {
+        const auto* aRow = unaligned(rowAt(a, aStep, y));
+        const auto* bRow = unaligned(rowAt(b, bStep, y));
+        std::uint8_t* dstRow = rowAt(dst, dstStep, y);
+#pragma omp simd
+        for (std::size_t x = 0; x < extent.columns; ++x) {
+            dstRow[x] = Relation::of(aRow[x].value, bRow[x].value) ? 255 : 0;
+        }
+    }
+}
+
+} // namespace
+
+void addRows(const float* a, std::int32_t aStep, const float* b, std::int32_t bStep, float* dst,
+             std::int32_t dstStep, Extent extent) {
+    combineRows<Sum>(a, aStep, b, bStep, dst, dstStep, extent);
+}
+
+void subtractRows(const float* a, std::int32_t aStep, const float* b, std::int32_t bStep,
+                  float* dst, std::int32_t dstStep, Extent extent) {
+    combineRows<Difference>(a, aStep, b, bStep, dst, dstStep, extent);
+}
+
+void multiplyRows(const float* a, std::int32_t aStep, const float* b, std::int32_t bStep,
+                  float* dst, std::int32_t dstStep, Extent extent) {
+    combineRows<Product>(a, aStep, b, bStep, dst, dstStep, extent);
+}
+
+/// True when a divisor was zero.
+bool divideRows(const float* src, std::int32_t srcStep, float* srcDst, std::int32_t srcDstStep,
+                Extent extent) {
+    std::int32_t zeros = 0;
+    for (std::size_t y = 0; y < extent.rows; ++y) {
+        const auto* srcRow = unaligned(rowAt(src, srcStep, y));
+        auto* srcDstRow = unaligned(rowAt(srcDst, srcDstStep, y));
+#pragma omp simd reduction(| : zeros)
+        for (std::size_t x = 0; x < extent.columns; ++x) {
+            const float divisor = srcRow[x].value;
+            zeros |= divisor == 0.0f ? 1 : 0;
+            srcDstRow[x].value = srcDstRow[x].value / divisor;
+        }
+    }
+    return zeros != 0;
+}
+
+void addConstRows(const float* src, std::int32_t srcStep, float c, float* dst, std::int32_t dstStep,
+                  Extent extent) {
+    combineRowsWithConst<Sum>(src, srcStep, c, dst, dstStep, extent);
+}
+
+void mulConstRows(const float* src, std::int32_t srcStep, float c, float* dst, std::int32_t dstStep,
+                  Extent extent) {
+    combineRowsWithConst<Product>(src, srcStep, c, dst, dstStep, extent);
+}
+
+void clampAboveRows(const float* src, std::int32_t srcStep, float level, float* dst,
+                    std::int32_t dstStep, Extent extent) {
+    combineRowsWithConst<AtMost>(src, srcStep, level, dst, dstStep, extent);
+}
+
+void clampBelowRows(const float* src, std::int32_t srcStep, float level, float* dst,
+                    std::int32_t dstStep, Extent extent) {
+    combineRowsWithConst<AtLeast>(src, srcStep, level, dst, dstStep, extent);
+}
+
+void addPixelRows(const RepeatedPixel<float>& pixel, float* srcDst, std::int32_t step,
+                  Extent elements) {
+    combineRowsWithPixel<Sum>(pixel, srcDst, step, elements);
+}
+
+void mulPixelRows(const RepeatedPixel<float>& pixel, float* srcDst, std::int32_t step,
+                  Extent elements) {
+    combineRowsWithPixel<Product>(pixel, srcDst, step, elements);
+}
+
+/// True when an element was zero or negative.
+bool logRows(float* srcDst, std::int32_t step, Extent extent) {
+    const hn::ScalableTag<double> wide;
+    const hn::Rebind<float, decltype(wide)> narrow;
+    std::int32_t outside = 0;
+    for (std::size_t y = 0; y < extent.rows; ++y) {
+        float* row = rowAt(srcDst, step, y);
+        const auto* values = unaligned(row);
+#pragma omp simd reduction(| : outside)
+        for (std::size_t x = 0; x < extent.columns; ++x) {
+            outside |= values[x].value <= 0.0f ? 1 : 0;
+        }
+        mapFloats(narrow, row, row, extent.columns, [=](auto v) HWY_ATTR {
+            return roundedToFloats(narrow, naturalLog(wide, hn::PromoteTo(wide, v)));
+        });
+    }
+    return outside != 0;
+}
+
+void compareRows(const float* a, std::int32_t aStep, const float* b, std::int32_t bStep,
+                 std::uint8_t* dst, std::int32_t dstStep, Extent extent, Comparison op) {
+    switch (op) {
+    case kLess:
+        return compareRowsBy<Less>(a, aStep, b, bStep, dst, dstStep, extent);
+    case kLessOrEqual:
+        return compareRowsBy<LessOrEqual>(a, aStep, b, bStep, dst, dstStep, extent);
+    case kEqual:
+        return compareRowsBy<Equal>(a, aStep, b, bStep, dst, dstStep, extent);
+    case kGreaterOrEqual:
+        return compareRowsBy<GreaterOrEqual>(a, aStep, b, bStep, dst, dstStep, extent);
+    case kGreater:
+        return compareRowsBy<Greater>(a, aStep, b, bStep, dst, dstStep, extent);
+    }
+}
+
+} // namespace vel::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace vel {
+namespace {
+
+constexpr std::size_t kF32 = sizeof(float);
+constexpr std::size_t kC3F32 = 3 * sizeof(float);
+
+HWY_EXPORT(addRows);
+HWY_EXPORT(subtractRows);
+HWY_EXPORT(multiplyRows);
+HWY_EXPORT(divideRows);
+HWY_EXPORT(addConstRows);
+HWY_EXPORT(mulConstRows);
+HWY_EXPORT(clampAboveRows);
+HWY_EXPORT(clampBelowRows);
+HWY_EXPORT(addPixelRows);
+HWY_EXPORT(mulPixelRows);
+HWY_EXPORT(logRows);
+HWY_EXPORT(compareRows);
+
+Extent joined(std::int32_t w, std::int32_t h, std::int32_t step) {
+    return joinAdjacentRows(w, h, {{step, kF32}});
+}
+
+Extent joined(std::int32_t w, std::int32_t h, std::int32_t step, std::int32_t otherStep) {
+    return joinAdjacentRows(w, h, {{step, kF32}, {otherStep, kF32}});
+}
+
+/// The extent in elements of a region of three-element pixels.
+Extent joinedC3(std::int32_t w, std::int32_t h, std::int32_t step) {
+    const Extent pixels = joinAdjacentRows(w, h, {{step, kC3F32}});
+    return {3 * pixels.columns, pixels.rows};
+}
+
+using CombineRows = void (*)(const float*, std::int32_t, const float*, std::int32_t, float*,
+                             std::int32_t, Extent);
+using CombineRowsWithConst = void (*)(const float*, std::int32_t, float, float*, std::int32_t,
+                                      Extent);
+using CombineRowsWithPixel = void (*)(const RepeatedPixel<float>&, float*, std::int32_t, Extent);
+
+Status combinePlanes(CombineRows combine, const float* a, std::int32_t aStep, const float* b,
+                     std::int32_t bStep, float* dst, std::int32_t dstStep, std::int32_t w,
+                     std::int32_t h) noexcept {
+    if (const Status status = checkArguments({a, b, dst}, {w, h}, {aStep, bStep, dstStep})) {
+        return status;
+    }
+    combine(a, aStep, b, bStep, dst, dstStep,
+            joinAdjacentRows(w, h, {{aStep, kF32}, {bStep, kF32}, {dstStep, kF32}}));
+    return kOk;
+}
+
+Status combineWithConst(CombineRowsWithConst combine, const float* src, std::int32_t srcStep,
+                        float c, float* dst, std::int32_t dstStep, std::int32_t w,
+                        std::int32_t h) noexcept {
+    if (const Status status = checkArguments({src, dst}, {w, h}, {srcStep, dstStep})) {
+        return status;
+    }
+    combine(src, srcStep, c, dst, dstStep, joined(w, h, srcStep, dstStep));
+    return kOk;
+}
+
+Status combineWithPixel(CombineRowsWithPixel combine, const float c[3], float* srcDst,
+                        std::int32_t step, std::int32_t w, std::int32_t h) noexcept {
+    if (const Status status = checkArguments({c, srcDst}, {w, h}, {step})) {
+        return status;
+    }
+    combine(RepeatedPixel<float>(c, 3), srcDst, step, joinedC3(w, h, step));
+    return kOk;
+}
+
+} // namespace
+
+Status addPlaneF32(const float* src, std::int32_t srcStep, float* srcDst, std::int32_t srcDstStep,
+                   std::int32_t w, std::int32_t h) noexcept {
+    return combinePlanes(HWY_DYNAMIC_DISPATCH(addRows), srcDst, srcDstStep, src, srcStep, srcDst,
+                         srcDstStep, w, h);
+}
+
+Status subPlaneF32(const float* src, std::int32_t srcStep, float* srcDst, std::int32_t srcDstStep,
+                   std::int32_t w, std::int32_t h) noexcept {
+    return combinePlanes(HWY_DYNAMIC_DISPATCH(subtractRows), srcDst, srcDstStep, src, srcStep,
+                         srcDst, srcDstStep, w, h);
+}
+
+Status mulPlaneF32(const float* src, std::int32_t srcStep, float* srcDst, std::int32_t srcDstStep,
+                   std::int32_t w, std::int32_t h) noexcept {
+    return combinePlanes(HWY_DYNAMIC_DISPATCH(multiplyRows), srcDst, srcDstStep, src, srcStep,
+                         srcDst, srcDstStep, w, h);
+}
+
+Status divPlaneInPlaceF32(const float* src, std::int32_t srcStep, float* srcDst,
+                          std::int32_t srcDstStep, std::int32_t w, std::int32_t h) noexcept {
+    if (const Status status = checkArguments({src, srcDst}, {w, h}, {srcStep, srcDstStep})) {
+        return status;
+    }
+    const bool zeros = HWY_DYNAMIC_DISPATCH(divideRows)(src, srcStep, srcDst, srcDstStep,
+                                                        joined(w, h, srcStep, srcDstStep));
+    return zeros ? kDivisionByZero : kOk;
+}
+
+Status addPlanesF32(const float* a, std::int32_t aStep, const float* b, std::int32_t bStep,
+                    float* dst, std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept {
+    return combinePlanes(HWY_DYNAMIC_DISPATCH(addRows), a, aStep, b, bStep, dst, dstStep, w, h);
+}
+
+Status subPlanesF32(const float* a, std::int32_t aStep, const float* b, std::int32_t bStep,
+                    float* dst, std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept {
+    return combinePlanes(HWY_DYNAMIC_DISPATCH(subtractRows), b, bStep, a, aStep, dst, dstStep, w,
+                         h);
+}
+
+Status mulPlanesF32(const float* a, std::int32_t aStep, const float* b, std::int32_t bStep,
+                    float* dst, std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept {
+    return combinePlanes(HWY_DYNAMIC_DISPATCH(multiplyRows), a, aStep, b, bStep, dst, dstStep, w,
+                         h);
+}
+
+Status mulConstF32(const float* src, std::int32_t srcStep, float c, float* dst,
+                   std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept {
+    return combineWithConst(HWY_DYNAMIC_DISPATCH(mulConstRows), src, srcStep, c, dst, dstStep, w,
+                            h);
+}
+
+Status addConstInPlaceF32(float c, float* srcDst, std::int32_t step, std::int32_t w,
+                          std::int32_t h) noexcept {
+    return combineWithConst(HWY_DYNAMIC_DISPATCH(addConstRows), srcDst, step, c, srcDst, step, w,
+                            h);
+}
+
+Status mulConstInPlaceF32(float c, float* srcDst, std::int32_t step, std::int32_t w,
+                          std::int32_t h) noexcept {
+    return combineWithConst(HWY_DYNAMIC_DISPATCH(mulConstRows), srcDst, step, c, srcDst, step, w,
+                            h);
+}
+
+Status addConstInPlaceC3F32(const float c[3], float* srcDst, std::int32_t step, std::int32_t w,
+                            std::int32_t h) noexcept {
+    return combineWithPixel(HWY_DYNAMIC_DISPATCH(addPixelRows), c, srcDst, step, w, h);
+}
+
+Status mulConstInPlaceC3F32(const float c[3], float* srcDst, std::int32_t step, std::int32_t w,
+                            std::int32_t h) noexcept {
+    return combineWithPixel(HWY_DYNAMIC_DISPATCH(mulPixelRows), c, srcDst, step, w, h);
+}
+
+Status clampAboveInPlaceF32(float* srcDst, std::int32_t step, std::int32_t w, std::int32_t h,
+                            float level) noexcept {
+    return combineWithConst(HWY_DYNAMIC_DISPATCH(clampAboveRows), srcDst, step, level, srcDst, step,
+                            w, h);
+}
+
+Status clampBelowInPlaceF32(float* srcDst, std::int32_t step, std::int32_t w, std::int32_t h,
+                            float level) noexcept {
+    return combineWithConst(HWY_DYNAMIC_DISPATCH(clampBelowRows), srcDst, step, level, srcDst, step,
+                            w, h);
+}
+
+Status logInPlaceF32(float* srcDst, std::int32_t step, std::int32_t w, std::int32_t h) noexcept {
+    if (const Status status = checkArguments({srcDst}, {w, h}, {step})) {
+        return status;
+    }
+    const bool outside = HWY_DYNAMIC_DISPATCH(logRows)(srcDst, step, joined(w, h, step));
+    return outside ? kDivisionByZero : kOk;
+}
+
+Status comparePlanesF32(const float* a, std::int32_t aStep, const float* b, std::int32_t bStep,
+                        std::uint8_t* dst, std::int32_t dstStep, std::int32_t w, std::int32_t h,
+                        Comparison op) noexcept {
+    if (const Status status = checkArguments({a, b, dst}, {w, h}, {aStep, bStep, dstStep})) {
+        return status;
+    }
+    if (op < kLess || op > kGreater) {
+        return kBadMask;
+    }
+    const Extent extent =
+        joinAdjacentRows(w, h, {{aStep, kF32}, {bStep, kF32}, {dstStep, sizeof(std::uint8_t)}});
+    HWY_DYNAMIC_DISPATCH(compareRows)(a, aStep, b, bStep, dst, dstStep, extent, op);
+    return kOk;
+}
+
+} // namespace vel
+#endif

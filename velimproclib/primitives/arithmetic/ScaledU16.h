@@ -1,0 +1,38 @@
+#pragma once
+
+#include "velimproclib/primitives/base/Status.h"
+
+#include <cstdint>
+
+/// Integer arithmetic on rows of unsigned 16-bit elements.
+///
+/// `scale` below 0 multiplies a result by 2^-scale; above 0 it divides by 2^scale with rounding to
+/// nearest, ties to even. Any scale is legal, and the result saturates at 65535.
+///
+/// All return `kNullPointer`, `kBadSize` or `kBadStep`, looked for in this order, and then have
+/// written nothing.
+namespace vel {
+
+/// srcDst = (srcDst + value), scaled. The sum itself does not saturate before it is scaled.
+Status addConstScaledU16(std::uint16_t value, std::uint16_t* srcDst, std::int32_t step,
+                         std::int32_t w, std::int32_t h, std::int32_t scale) noexcept;
+
+/// dst = max(src - value, 0), scaled. `src` and `dst` are the same plane or lie apart.
+Status subConstScaledU16(const std::uint16_t* src, std::int32_t srcStep, std::uint16_t value,
+                         std::uint16_t* dst, std::int32_t dstStep, std::int32_t w, std::int32_t h,
+                         std::int32_t scale) noexcept;
+
+/// Values above `level` become `level`.
+Status clampAboveU16(std::uint16_t* srcDst, std::int32_t step, std::int32_t w, std::int32_t h,
+                     std::uint16_t level) noexcept;
+
+/// The same on pixels of three elements with a level for each; `w` counts pixels.
+Status clampAboveC3U16(std::uint16_t* srcDst, std::int32_t step, std::int32_t w, std::int32_t h,
+                       const std::uint16_t level[3]) noexcept;
+
+/// The same on pixels of four elements: the three levels belong to elements 1, 2 and 3, and element
+/// 0 of every pixel keeps what it holds.
+Status clampAboveC4U16(std::uint16_t* srcDst, std::int32_t step, std::int32_t w, std::int32_t h,
+                       const std::uint16_t level[3]) noexcept;
+
+} // namespace vel

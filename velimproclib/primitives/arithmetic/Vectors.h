@@ -1,0 +1,56 @@
+#pragma once
+
+#include "velimproclib/primitives/base/Status.h"
+
+#include <cstdint>
+
+/// Operations on flat vectors of `len` (or `n`) elements.
+///
+/// A target may be one of the sources of the same element type, or lie apart from them; vectors
+/// that overlap otherwise are not allowed. All return `kNullPointer` or `kBadSize` (a length below
+/// 1), looked for in this order, and then have written nothing. The results are the same on every
+/// processor, apart from which NaN comes out of an operation on two.
+namespace vel {
+
+/// dst = src
+Status copyVecF32(const float* src, float* dst, std::int32_t len) noexcept;
+
+/// dst = src, exactly.
+Status vecF32toF64(const float* src, double* dst, std::int32_t len) noexcept;
+
+/// dst = src, rounded to nearest. Values beyond the range of floats, infinities included, become
+/// the largest finite float of their sign; NaN stays NaN.
+Status vecF64toF32(const double* src, float* dst, std::int32_t len) noexcept;
+
+/// dst = b - a; mind the order.
+Status subVecF64(const double* a, const double* b, double* dst, std::int32_t len) noexcept;
+
+/// srcDst -= src
+Status subVecInPlaceF64(const double* src, double* srcDst, std::int32_t len) noexcept;
+
+/// srcDst /= src. A zero in `src`, of either sign, gives infinity or NaN there and the warning
+/// `kDivisionByZero`; the rest of the vector is divided all the same.
+Status divVecInPlaceF64(const double* src, double* srcDst, std::int32_t len) noexcept;
+
+/// dst = |src|; the sign of a NaN is cleared too.
+Status absVecF64(const double* src, double* dst, std::int32_t len) noexcept;
+
+/// dst[2i] = re[i], dst[2i + 1] = im[i]: `dst` takes 2 `len` floats and lies apart from the
+/// sources. A null `re` or `im` counts as zeros.
+Status realToComplexVec(const float* re, const float* im, float* dst, std::int32_t len) noexcept;
+
+/// y = a + b
+Status vsAdd(std::int32_t n, const float* a, const float* b, float* y) noexcept;
+
+/// y = a - b
+Status vsSub(std::int32_t n, const float* a, const float* b, float* y) noexcept;
+
+/// y = |a|; the sign of a NaN is cleared too.
+Status vsAbs(std::int32_t n, const float* a, float* y) noexcept;
+
+/// y = a^x, within 0.501 units in the last place. Zeros, infinities, NaN, negative bases and any
+/// `x` follow the rules of `std::pow`: among others a^0 is 1 for every a, 0 to a negative power is
+/// infinite, and a negative number to a power that is no integer is NaN.
+Status vsPowx(std::int32_t n, const float* a, float x, float* y) noexcept;
+
+} // namespace vel

@@ -1,0 +1,205 @@
+#include "velimproclib/primitives/filters/Morphology.h"
+
+#include "velimproclib/primitives/base/argumentChecks.h"
+#include "velimproclib/primitives/base/rows.h"
+#include "velimproclib/primitives/filters/neighbourhoods.h"
+
+#include <array>
+#include <cstddef>
+#include <initializer_list>
+#include <memory>
+#include <new>
+#include <utility>
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "velimproclib/primitives/filters/Morphology.cpp"
+#include <hwy/foreach_target.h>
+#include <hwy/highway.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace vel::HWY_NAMESPACE {
+namespace {
+
+// Of equal or unordered values the first stays.
+struct Larger {
+    template <class T>
+    T operator()(T first, T second) const {
+        return second > first ? second : first;
+    }
+};
+
+struct Smaller {
+    template <class T>
+    T operator()(T first, T second) const {
+        return second < first ? second : first;
+    }
+};
+
+template <class Pick, class Row>
+auto pickOfThree(const Row* row, std::ptrdiff_t x) {
+    return Pick()(Pick()(row[x - 1].value, row[x].value), row[x + 1].value);
+}
+
+template <class Pick>
+void morphRowF32(const float* above, const float* middle, const float* below,
+                 float* HWY_RESTRICT dst, std::ptrdiff_t w) {
+    Unaligned<float>* HWY_RESTRICT out = unaligned(dst);
+    for (std::ptrdiff_t x = 0; x < w; ++x) {
+        const float upper = pickOfThree<Pick>(unaligned(above), x);
+        const float centre = pickOfThree<Pick>(unaligned(middle), x);
+        const float lower = pickOfThree<Pick>(unaligned(below), x);
+        out[x].value = Pick()(Pick()(upper, centre), lower);
+    }
+}
+
+template <class Pick>
+void morphF32(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep,
+              std::int32_t w, std::int32_t h) {
+    for (std::int32_t y = 0; y < h; ++y) {
+        const float* middle = rowAt(src, srcStep, static_cast<std::size_t>(y));
+        morphRowF32<Pick>(bytesAway(middle, -srcStep), middle, rowAt(middle, srcStep, 1),
+                          rowAt(dst, dstStep, static_cast<std::size_t>(y)), w);
+    }
+}
+
+template <class Pick>
+void pickAlongRow(const std::uint8_t* HWY_RESTRICT row, std::uint8_t* HWY_RESTRICT picked,
+                  std::ptrdiff_t w) {
+    for (std::ptrdiff_t x = 0; x < w; ++x) {
+        picked[x] = Pick()(Pick()(row[x - 1], row[x]), row[x + 1]);
+    }
+}
+
+template <class Pick>
+void morphRowInPlace(std::uint8_t* HWY_RESTRICT row, const std::uint8_t* HWY_RESTRICT below,
+                     std::uint8_t* HWY_RESTRICT pickedAbove,
+                     const std::uint8_t* HWY_RESTRICT picked, std::ptrdiff_t w) {
+    for (std::ptrdiff_t x = 0; x < w; ++x) {
+        const std::uint8_t pickedBelow = Pick()(Pick()(below[x - 1], below[x]), below[x + 1]);
+        row[x] = Pick()(Pick()(pickedAbove[x], picked[x]), pickedBelow);
+        pickedAbove[x] = pickedBelow;
+    }
+}
+
+// The extremes along the row above and along the row itself are kept from before these rows were
+// overwritten; those along the row below come from the image and take the place of the former.
+template <class Pick>
+void morphInPlaceU8(std::uint8_t* srcDst, std::int32_t step, std::int32_t w, std::int32_t h,
+                    std::uint8_t* twoRows) {
+    std::uint8_t* pickedAbove = twoRows;
+    std::uint8_t* picked = twoRows + w;
+    pickAlongRow<Pick>(bytesAway(srcDst, -step), pickedAbove, w);
+    pickAlongRow<Pick>(srcDst, picked, w);
+    for (std::int32_t y = 0; y < h; ++y) {
+        std::uint8_t* row = rowAt(srcDst, step, static_cast<std::size_t>(y));
+        morphRowInPlace<Pick>(row, rowAt(row, step, 1), pickedAbove, picked, w);
+        std::swap(pickedAbove, picked);
+    }
+}
+
+} // namespace
+
+void dilateF32(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep,
+               std::int32_t w, std::int32_t h) {
+    morphF32<Larger>(src, srcStep, dst, dstStep, w, h);
+}
+
+void erodeF32(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep,
+              std::int32_t w, std::int32_t h) {
+    morphF32<Smaller>(src, srcStep, dst, dstStep, w, h);
+}
+
+void dilateInPlaceU8(std::uint8_t* srcDst, std::int32_t step, std::int32_t w, std::int32_t h,
+                     std::uint8_t* twoRows) {
+    morphInPlaceU8<Larger>(srcDst, step, w, h, twoRows);
+}
+
+void erodeInPlaceU8(std::uint8_t* srcDst, std::int32_t step, std::int32_t w, std::int32_t h,
+                    std::uint8_t* twoRows) {
+    morphInPlaceU8<Smaller>(srcDst, step, w, h, twoRows);
+}
+
+} // namespace vel::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace vel {
+namespace {
+
+HWY_EXPORT(dilateF32);
+HWY_EXPORT(erodeF32);
+HWY_EXPORT(dilateInPlaceU8);
+HWY_EXPORT(erodeInPlaceU8);
+
+Status checkMorphology(std::initializer_list<const void*> pointers, std::int32_t w, std::int32_t h,
+                       std::initializer_list<std::int32_t> steps, std::int32_t srcStep,
+                       std::size_t pixelBytes) noexcept {
+    const Status status = checkArguments(pointers, {w, h}, steps);
+    return status != kOk ? status : checkBorderStep(srcStep, w, 2, pixelBytes);
+}
+
+template <class Morph>
+Status withTwoRows(std::int32_t w, Morph&& morph) noexcept {
+    constexpr std::int32_t kWidthOnStack = 4096;
+    if (w <= kWidthOnStack) {
+        std::array<std::uint8_t, 2 * kWidthOnStack> rows;
+        morph(rows.data());
+        return kOk;
+    }
+    const std::unique_ptr<std::uint8_t[]> rows(new (std::nothrow)
+                                                   std::uint8_t[2 * static_cast<std::size_t>(w)]);
+    if (!rows) {
+        return kOutOfMemory;
+    }
+    morph(rows.get());
+    return kOk;
+}
+
+} // namespace
+
+Status dilate3x3F32(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep,
+                    std::int32_t w, std::int32_t h) noexcept {
+    const Status status =
+        checkMorphology({src, dst}, w, h, {srcStep, dstStep}, srcStep, sizeof(float));
+    if (status != kOk) {
+        return status;
+    }
+    HWY_DYNAMIC_DISPATCH(dilateF32)(src, srcStep, dst, dstStep, w, h);
+    return kOk;
+}
+
+Status erode3x3F32(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep,
+                   std::int32_t w, std::int32_t h) noexcept {
+    const Status status =
+        checkMorphology({src, dst}, w, h, {srcStep, dstStep}, srcStep, sizeof(float));
+    if (status != kOk) {
+        return status;
+    }
+    HWY_DYNAMIC_DISPATCH(erodeF32)(src, srcStep, dst, dstStep, w, h);
+    return kOk;
+}
+
+Status dilate3x3InPlaceU8(std::uint8_t* srcDst, std::int32_t step, std::int32_t w,
+                          std::int32_t h) noexcept {
+    const Status status = checkMorphology({srcDst}, w, h, {step}, step, 1);
+    if (status != kOk) {
+        return status;
+    }
+    return withTwoRows(w, [&](std::uint8_t* twoRows) {
+        HWY_DYNAMIC_DISPATCH(dilateInPlaceU8)(srcDst, step, w, h, twoRows);
+    });
+}
+
+Status erode3x3InPlaceU8(std::uint8_t* srcDst, std::int32_t step, std::int32_t w,
+                         std::int32_t h) noexcept {
+    const Status status = checkMorphology({srcDst}, w, h, {step}, step, 1);
+    if (status != kOk) {
+        return status;
+    }
+    return withTwoRows(w, [&](std::uint8_t* twoRows) {
+        HWY_DYNAMIC_DISPATCH(erodeInPlaceU8)(srcDst, step, w, h, twoRows);
+    });
+}
+
+} // namespace vel
+#endif

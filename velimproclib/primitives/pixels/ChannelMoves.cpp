@@ -1,0 +1,245 @@
+#include "velimproclib/primitives/pixels/ChannelMoves.h"
+
+#include "velimproclib/primitives/base/argumentChecks.h"
+#include "velimproclib/primitives/base/rows.h"
+
+#include <bit>
+#include <cstddef>
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "velimproclib/primitives/pixels/ChannelMoves.cpp"
+#include <hwy/foreach_target.h>
+#include <hwy/highway.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace vel::HWY_NAMESPACE {
+namespace {
+
+/// The plain move, from element `begin` on.
+template <std::size_t channels, class T>
+void intoChannel(const Unaligned<T>* HWY_RESTRICT src, Unaligned<T>* HWY_RESTRICT dst,
+                 std::size_t begin, std::size_t n) {
+    for (std::size_t i = begin; i < n; ++i) {
+        dst[channels * i].value = src[i].value;
+    }
+}
+
+/// The compiler's shuffles of this are as fast as written ones.
+template <std::size_t channels, class T>
+void fromChannel(const Unaligned<T>* HWY_RESTRICT src, Unaligned<T>* HWY_RESTRICT dst,
+                 std::size_t n) {
+    for (std::size_t i = 0; i < n; ++i) {
+        dst[i].value = src[channels * i].value;
+    }
+}
+
+/// A pixel of four elements as one word, its low element the channel. Spelled as arithmetic on
+/// whole words, filling a channel compiles to a few vector instructions; as a store to every fourth
+/// element it compiles to one element at a time. The last pixel is left to the plain move: the
+/// region ends with its first element.
+template <class Word>
+struct [[gnu::packed, gnu::may_alias]] Pixel {
+    Word value;
+};
+
+template <class Word, class T>
+void intoWords(const Unaligned<T>* HWY_RESTRICT src, Unaligned<T>* HWY_RESTRICT dst,
+               std::size_t n) {
+    static_assert(std::endian::native == std::endian::little && sizeof(Word) == 4 * sizeof(T));
+    constexpr Word kOthers = ~static_cast<Word>(static_cast<T>(~T{0}));
+    auto* HWY_RESTRICT pixels = reinterpret_cast<Pixel<Word>*>(dst);
+    for (std::size_t i = 0; i + 1 < n; ++i) {
+        pixels[i].value = (pixels[i].value & kOthers) | src[i].value;
+    }
+    intoChannel<4>(src, dst, n - 1, n);
+}
+
+#if HWY_TARGET != HWY_SCALAR
+namespace hn = hwy::HWY_NAMESPACE;
+
+/// Pixels of three elements, taken 48 bytes at a time: 16 bytes of the plane and three blocks of 16
+/// bytes of the image, whatever the width of the processor's vectors. A table for each block says
+/// which of the plane's bytes goes to each of the block's; a place of another channel has none.
+constexpr std::size_t kBlockBytes = 16;
+constexpr std::uint8_t kNone = 0x80;
+
+struct alignas(kBlockBytes) BlockTables {
+    std::uint8_t byte[3][kBlockBytes];
+};
+
+/// For each byte of the image, its byte in the plane.
+template <std::size_t elementBytes>
+constexpr BlockTables spreadTables() {
+    BlockTables tables{};
+    for (std::size_t i = 0; i < 3 * kBlockBytes; ++i) {
+        const std::size_t element = i / elementBytes;
+        const std::size_t from = element / 3 * elementBytes + i % elementBytes;
+        tables.byte[i / kBlockBytes][i % kBlockBytes] =
+            element % 3 == 0 ? static_cast<std::uint8_t>(from) : kNone;
+    }
+    return tables;
+}
+
+using BlockTag = hn::FixedTag<std::uint8_t, kBlockBytes>;
+using BlockVector = hn::Vec<BlockTag>;
+
+/// Fills a channel of whole triples of blocks; gives the number of elements done. The last element
+/// stays undone always: the two behind it may not be touched.
+template <class T>
+std::size_t intoBlocks(const Unaligned<T>* HWY_RESTRICT src, Unaligned<T>* HWY_RESTRICT dst,
+                       std::size_t n) {
+    static constexpr BlockTables kSpread = spreadTables<sizeof(T)>();
+    constexpr std::size_t kElements = kBlockBytes / sizeof(T);
+    const BlockTag d;
+    BlockVector table[3];
+    hn::Mask<BlockTag> isChannel[3];
+    for (std::size_t block = 0; block < 3; ++block) {
+        table[block] = hn::Load(d, kSpread.byte[block]);
+        isChannel[block] = hn::Ne(table[block], hn::Set(d, kNone));
+    }
+    const auto* from = reinterpret_cast<const std::uint8_t*>(src);
+    auto* to = reinterpret_cast<std::uint8_t*>(dst);
+    std::size_t i = 0;
+    for (; i + kElements < n; i += kElements) {
+        const BlockVector plane = hn::LoadU(d, from);
+        from += kBlockBytes;
+        for (std::size_t block = 0; block < 3; ++block, to += kBlockBytes) {
+            const BlockVector spread = hn::TableLookupBytes(plane, table[block]);
+            hn::StoreU(hn::IfThenElse(isChannel[block], spread, hn::LoadU(d, to)), d, to);
+        }
+    }
+    return i;
+}
+#else
+template <class T>
+std::size_t intoBlocks(const Unaligned<T>*, Unaligned<T>*, std::size_t) {
+    return 0;
+}
+#endif
+
+} // namespace
+
+void intoC3U8(const Unaligned<std::uint8_t>* src, Unaligned<std::uint8_t>* dst, std::size_t n) {
+    intoChannel<3>(src, dst, intoBlocks(src, dst, n), n);
+}
+void intoC3U16(const Unaligned<std::uint16_t>* src, Unaligned<std::uint16_t>* dst, std::size_t n) {
+    intoChannel<3>(src, dst, intoBlocks(src, dst, n), n);
+}
+void intoC4U8(const Unaligned<std::uint8_t>* src, Unaligned<std::uint8_t>* dst, std::size_t n) {
+    intoWords<std::uint32_t>(src, dst, n);
+}
+void intoC4U16(const Unaligned<std::uint16_t>* src, Unaligned<std::uint16_t>* dst, std::size_t n) {
+    intoWords<std::uint64_t>(src, dst, n);
+}
+void fromC3U8(const Unaligned<std::uint8_t>* src, Unaligned<std::uint8_t>* dst, std::size_t n) {
+    fromChannel<3>(src, dst, n);
+}
+void fromC3U16(const Unaligned<std::uint16_t>* src, Unaligned<std::uint16_t>* dst, std::size_t n) {
+    fromChannel<3>(src, dst, n);
+}
+void fromC4U8(const Unaligned<std::uint8_t>* src, Unaligned<std::uint8_t>* dst, std::size_t n) {
+    fromChannel<4>(src, dst, n);
+}
+void fromC4U16(const Unaligned<std::uint16_t>* src, Unaligned<std::uint16_t>* dst, std::size_t n) {
+    fromChannel<4>(src, dst, n);
+}
+void fillC4U8(std::uint8_t value, std::uint8_t* dst, std::size_t n) {
+    auto* pixels = reinterpret_cast<Pixel<std::uint32_t>*>(dst);
+    for (std::size_t i = 0; i + 1 < n; ++i) {
+        pixels[i].value = (pixels[i].value & 0xFFFFFF00u) | value;
+    }
+    dst[4 * (n - 1)] = value;
+}
+
+} // namespace vel::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace vel {
+
+HWY_EXPORT(intoC3U8);
+HWY_EXPORT(intoC3U16);
+HWY_EXPORT(intoC4U8);
+HWY_EXPORT(intoC4U16);
+HWY_EXPORT(fromC3U8);
+HWY_EXPORT(fromC3U16);
+HWY_EXPORT(fromC4U8);
+HWY_EXPORT(fromC4U16);
+HWY_EXPORT(fillC4U8);
+
+namespace {
+
+/// Checks, and runs the row kernel over the rows; pixels have `srcChannels` and `dstChannels`
+/// elements.
+template <std::size_t srcChannels, std::size_t dstChannels, class Row, class T>
+Status moveRows(Row&& row, const T* src, std::int32_t srcStep, T* dst, std::int32_t dstStep,
+                std::int32_t w, std::int32_t h) noexcept {
+    const Status status = checkArguments({src, dst}, {w, h}, {srcStep, dstStep});
+    if (status != kOk) {
+        return status;
+    }
+    const Extent extent = joinAdjacentRows(
+        w, h, {{srcStep, srcChannels * sizeof(T)}, {dstStep, dstChannels * sizeof(T)}});
+    for (std::size_t y = 0; y < extent.rows; ++y) {
+        row(unaligned(rowAt(src, srcStep, y)), unaligned(rowAt(dst, dstStep, y)), extent.columns);
+    }
+    return kOk;
+}
+
+} // namespace
+
+Status planeToChannelC3U8(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst,
+                          std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept {
+    return moveRows<1, 3>(HWY_DYNAMIC_DISPATCH(intoC3U8), src, srcStep, dst, dstStep, w, h);
+}
+
+Status planeToChannelC3U16(const std::uint16_t* src, std::int32_t srcStep, std::uint16_t* dst,
+                           std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept {
+    return moveRows<1, 3>(HWY_DYNAMIC_DISPATCH(intoC3U16), src, srcStep, dst, dstStep, w, h);
+}
+
+Status channelToPlaneC3U8(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst,
+                          std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept {
+    return moveRows<3, 1>(HWY_DYNAMIC_DISPATCH(fromC3U8), src, srcStep, dst, dstStep, w, h);
+}
+
+Status channelToPlaneC3U16(const std::uint16_t* src, std::int32_t srcStep, std::uint16_t* dst,
+                           std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept {
+    return moveRows<3, 1>(HWY_DYNAMIC_DISPATCH(fromC3U16), src, srcStep, dst, dstStep, w, h);
+}
+
+Status planeToChannelC4U8(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst,
+                          std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept {
+    return moveRows<1, 4>(HWY_DYNAMIC_DISPATCH(intoC4U8), src, srcStep, dst, dstStep, w, h);
+}
+
+Status planeToChannelC4U16(const std::uint16_t* src, std::int32_t srcStep, std::uint16_t* dst,
+                           std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept {
+    return moveRows<1, 4>(HWY_DYNAMIC_DISPATCH(intoC4U16), src, srcStep, dst, dstStep, w, h);
+}
+
+Status channelToPlaneC4U8(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst,
+                          std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept {
+    return moveRows<4, 1>(HWY_DYNAMIC_DISPATCH(fromC4U8), src, srcStep, dst, dstStep, w, h);
+}
+
+Status channelToPlaneC4U16(const std::uint16_t* src, std::int32_t srcStep, std::uint16_t* dst,
+                           std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept {
+    return moveRows<4, 1>(HWY_DYNAMIC_DISPATCH(fromC4U16), src, srcStep, dst, dstStep, w, h);
+}
+
+Status setChannelC4U8(std::uint8_t value, std::uint8_t* dst, std::int32_t dstStep, std::int32_t w,
+                      std::int32_t h) noexcept {
+    const Status status = checkArguments({dst}, {w, h}, {dstStep});
+    if (status != kOk) {
+        return status;
+    }
+    const Extent extent = joinAdjacentRows(w, h, {{dstStep, 4}});
+    for (std::size_t y = 0; y < extent.rows; ++y) {
+        HWY_DYNAMIC_DISPATCH(fillC4U8)(value, rowAt(dst, dstStep, y), extent.columns);
+    }
+    return kOk;
+}
+
+} // namespace vel
+#endif

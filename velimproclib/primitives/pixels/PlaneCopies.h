@@ -1,0 +1,29 @@
+#pragma once
+
+#include "velimproclib/primitives/base/Status.h"
+
+#include <cstdint>
+
+/// Copying and filling float planes.
+///
+/// Regions are `w` by `h` pixels and do not overlap; steps are bytes between rows, above 0 and of
+/// any alignment. The result is `kOk`, `kNullPointer`, `kBadSize` or `kBadStep`, complained of in
+/// that order; after a complaint nothing has been written. Values are copied bit for bit. All are
+/// re-entrant.
+namespace vel {
+
+/// `dst = src`.
+Status copyPlaneF32(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep,
+                    std::int32_t w, std::int32_t h) noexcept;
+
+/// `dst = value`.
+Status setPlaneF32(float value, float* dst, std::int32_t dstStep, std::int32_t w,
+                   std::int32_t h) noexcept;
+
+/// `dst = src` where the mask's byte is not 0. The other pixels of the region keep their value, but
+/// are written with it again: no other thread may write to any pixel of the region meanwhile.
+Status copyMaskedF32(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep,
+                     std::int32_t w, std::int32_t h, const std::uint8_t* mask,
+                     std::int32_t maskStep) noexcept;
+
+} // namespace vel

@@ -1,0 +1,68 @@
+#include "velimproclib/veldeblurcv/estimation/EdgePrediction.h"
+
+#include "velimproclib/images/InnerRegion.h"
+#include "velimproclib/primitives/base/FailureRelay.h"
+#include "velimproclib/primitives/filters/Morphology.h"
+
+#include <cstdint>
+#include <new>
+#include <opencv2/imgproc.hpp>
+
+namespace vel {
+
+namespace {
+
+using InPlaceMorphology = decltype(dilate3x3InPlaceU8);
+
+/// An image without pixels inside the frame stays as it is.
+void applyInsideFrame(cv::Mat& image, int passes, InPlaceMorphology* morphology) {
+    const InnerRegion<std::uint8_t> inside(image, 1, 1);
+    for (int pass = 0; pass < passes; ++pass) {
+        if (morphology(inside.data, inside.step, inside.w, inside.h) == kOutOfMemory) {
+            throw std::bad_alloc();
+        }
+    }
+}
+
+/// The nearer extreme; a tie goes to the higher one.
+void jumpToNearerExtreme(const cv::Mat& high, const cv::Mat& low, cv::Mat& image) {
+#pragma omp parallel for schedule(static)
+    for (int y = 0; y < image.rows; ++y) {
+        const std::uint8_t* const highs = high.ptr<std::uint8_t>(y);
+        const std::uint8_t* const lows = low.ptr<std::uint8_t>(y);
+        std::uint8_t* const pixels = image.ptr<std::uint8_t>(y);
+        for (int x = 0; x < image.cols; ++x) {
+            const int toHigh = highs[x] - pixels[x];
+            const int toLow = pixels[x] - lows[x];
+            pixels[x] = toHigh > toLow ? lows[x] : highs[x];
+        }
+    }
+}
+
+} // namespace
+
+void estEdge(const cv::Mat& src, cv::Mat& dst, int d, float sigmaColor, float sigmaSpace,
+             int shockIters) {
+    if (d > 0) {
+        cv::bilateralFilter(src, dst, d, sigmaColor, sigmaSpace, cv::BORDER_REFLECT_101);
+    } else {
+        src.copyTo(dst);
+    }
+    if (shockIters <= 0) {
+        return;
+    }
+    cv::Mat high = dst.clone();
+    cv::Mat low = dst.clone();
+    FailureRelay failures;
+#pragma omp parallel sections
+    {
+#pragma omp section
+        failures.run([&] { applyInsideFrame(high, shockIters, dilate3x3InPlaceU8); });
+#pragma omp section
+        failures.run([&] { applyInsideFrame(low, shockIters, erode3x3InPlaceU8); });
+    }
+    failures.rethrow();
+    jumpToNearerExtreme(high, low, dst);
+}
+
+} // namespace vel

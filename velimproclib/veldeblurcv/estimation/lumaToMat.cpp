@@ -1,0 +1,58 @@
+#include "velimproclib/veldeblurcv/estimation/lumaToMat.h"
+
+#include "velimproclib/primitives/base/rows.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+
+namespace vel {
+
+namespace {
+
+struct Weights {
+    double first;
+    double second;
+    double third;
+};
+
+constexpr Weights kEightBits{0.299, 0.587, 0.114};
+
+// The 15-bit scale comes down to 8 bits inside the weights, which are single-precision numbers.
+constexpr Weights kSixteenBits{static_cast<float>(0.299 / 128), static_cast<float>(0.587 / 128),
+                               static_cast<float>(0.114 / 128)};
+
+template <class Sample>
+void luminanceRow(const Unaligned<Sample>* pixels, std::uint8_t* out, std::size_t width,
+                  const Weights& weights) {
+    for (std::size_t x = 0; x < width; ++x, pixels += 3) {
+        const auto luminance =
+            static_cast<float>(weights.first * pixels[0].value + weights.second * pixels[1].value +
+                               weights.third * pixels[2].value);
+        out[x] = static_cast<std::uint8_t>(std::min(luminance, 255.0f));
+    }
+}
+
+template <class Sample>
+void luminanceRows(const PlaneRecord& image, cv::Mat& luminance, const Weights& weights) {
+    const auto* const first = static_cast<const Sample*>(image.data);
+#pragma omp parallel for schedule(static)
+    for (int y = 0; y < image.height; ++y) {
+        const Sample* const row = rowAt(first, image.step, static_cast<std::size_t>(y));
+        luminanceRow(unaligned(row), luminance.ptr<std::uint8_t>(y),
+                     static_cast<std::size_t>(image.width), weights);
+    }
+}
+
+} // namespace
+
+void lumaToMat(const PlaneRecord& image, cv::Mat& luminance) {
+    luminance.create(image.height, image.width, CV_8UC1);
+    if (image.format == psC3U8) {
+        luminanceRows<std::uint8_t>(image, luminance, kEightBits);
+    } else {
+        luminanceRows<std::uint16_t>(image, luminance, kSixteenBits);
+    }
+}
+
+} // namespace vel

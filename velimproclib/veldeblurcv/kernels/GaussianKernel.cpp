@@ -1,0 +1,39 @@
+#include "velimproclib/veldeblurcv/kernels/GaussianKernel.h"
+
+#include "velimproclib/primitives/base/truncate.h"
+#include "velimproclib/veldeblurcv/kernels/KernelMatrix.h"
+
+#include <cmath>
+
+namespace vel {
+
+std::int64_t gaussianKernelSize(float sigma) noexcept {
+    return 2 * std::int64_t{truncateToInt(3.0 * sigma + 0.5)} + 1;
+}
+
+cv::Mat createGaussianKernel(std::int64_t size, float sigma) {
+    cv::Mat kernel = zeroKernel(size, size);
+    const double centre = static_cast<double>(size - 1) * 0.5;
+    const double deviation = sigma;
+    const double denominator = (deviation + deviation) * deviation;
+    float sum = 0.0f;
+    for (int row = 0; row < kernel.rows; ++row) {
+        const double dy = static_cast<float>(row - centre);
+        float* const elements = kernel.ptr<float>(row);
+        for (int column = 0; column < kernel.cols; ++column) {
+            const double dx = static_cast<float>(column - centre);
+            const float exponent = static_cast<float>(-(dx * dx + dy * dy) / denominator);
+            elements[column] = static_cast<float>(std::exp(double{exponent}));
+            sum += elements[column];
+        }
+    }
+    for (int row = 0; row < kernel.rows; ++row) {
+        float* const elements = kernel.ptr<float>(row);
+        for (int column = 0; column < kernel.cols; ++column) {
+            elements[column] /= sum;
+        }
+    }
+    return kernel;
+}
+
+} // namespace vel
