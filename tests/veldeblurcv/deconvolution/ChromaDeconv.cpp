@@ -64,23 +64,14 @@ TEST(ChromaDeconv, ConstantPlaneComesBack) {
     }
 }
 
-TEST(ChromaDeconv, OrderFollowsTheWidthAndIsTenOtherwise) {
-    const int expected[][2] = {{256, 8}, {512, 9}, {1024, 10}, {300, 10}};
-    for (const auto& [side, order] : expected) {
-        CChromaDeconv chroma;
-        EXPECT_EQ(chroma.order(), 10);
-        chroma.setup(unevenKernel(3, 3), cv::Point(), {side, side}, kWeight);
-        EXPECT_EQ(chroma.order(), order) << side;
-    }
-}
-
-TEST(ChromaDeconv, OtherSizesAreFilledUpOrCutToTheTransform) {
-    cv::Mat unit(1, 1, CV_32FC1, cv::Scalar(1));
-    for (const cv::Size size : {cv::Size(300, 200), cv::Size(256, 300), cv::Size(1024, 1100)}) {
-        cv::Mat large = scene(1100);
-        const cv::Mat in = large(cv::Rect({0, 0}, size));
-        EXPECT_LT(cv::norm(restore(in, unit, 0.0f), in, cv::NORM_INF), 1e-5) << size;
-    }
+TEST(ChromaDeconv, AnyOtherSideGivesATransformOf1024) {
+    const cv::Mat kernel = unevenKernel(3, 3);
+    CChromaDeconv chroma;
+    chroma.setup(kernel, cv::Point(), {300, 300}, kWeight);
+    cv::Mat in = blurred(scene(1024), kernel);
+    cv::Mat out;
+    chroma.Proc(in, out);
+    EXPECT_TRUE(sameBits(out, restore(in, kernel)));
 }
 
 TEST(ChromaDeconv, EveryNumberOfThreadsAndEveryVariantGivesTheSameBits) {
@@ -131,20 +122,17 @@ TEST(ChromaDeconv, AnchorIsIgnored) {
 
 TEST(ChromaDeconv, PlanesMayHaveAnyRowStep) {
     const cv::Mat kernel = unevenKernel(5, 5);
-    for (const cv::Size size : {cv::Size(256, 256), cv::Size(300, 200)}) {
-        cv::Mat large = blurred(scene(512), kernel);
-        const cv::Mat in = large(cv::Rect({0, 0}, size)).clone();
-        cv::Mat widerIn(size.height + 2, size.width + 5, CV_32FC1, cv::Scalar(9));
-        cv::Mat widerOut(size.height + 1, size.width + 7, CV_32FC1, cv::Scalar(-7));
-        cv::Mat inside = widerIn(cv::Rect(cv::Point(3, 1), size));
-        cv::Mat outside = widerOut(cv::Rect(cv::Point(5, 1), size));
-        in.copyTo(inside);
-        CChromaDeconv chroma;
-        chroma.setup(kernel, cv::Point(), size, kWeight);
-        chroma.Proc(inside, outside);
-        EXPECT_TRUE(sameBits(outside, restore(in, kernel))) << size;
-        EXPECT_EQ(cv::countNonZero(widerOut != -7.0f), size.area());
-    }
+    const cv::Mat in = blurred(scene(256), kernel);
+    cv::Mat widerIn(258, 261, CV_32FC1, cv::Scalar(9));
+    cv::Mat widerOut(257, 263, CV_32FC1, cv::Scalar(-7));
+    cv::Mat inside = widerIn(cv::Rect(3, 1, 256, 256));
+    cv::Mat outside = widerOut(cv::Rect(5, 1, 256, 256));
+    in.copyTo(inside);
+    CChromaDeconv chroma;
+    chroma.setup(kernel, cv::Point(), in.size(), kWeight);
+    chroma.Proc(inside, outside);
+    EXPECT_TRUE(sameBits(outside, restore(in, kernel)));
+    EXPECT_EQ(cv::countNonZero(widerOut != -7.0f), in.size().area());
 }
 
 TEST(ChromaDeconv, KernelSumScalesTheResult) {

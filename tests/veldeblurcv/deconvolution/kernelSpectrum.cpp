@@ -43,12 +43,12 @@ TEST(KernelSpectrum, KernelLargerThanThePlaneAddsUp) {
 
 TEST(KernelSpectrum, SpectrumOfASingleWeightHasItsMagnitudeEverywhere) {
     const RealFft2D fft(8, 8);
-    AlignedFloats scratch;
-    scratch.resize(fft.scratchFloats());
+    ThreadScratch scratch;
+    scratch.allocate(fft.scratchFloats());
     cv::Mat kernel = cv::Mat::zeros(3, 3, CV_32FC1);
     kernel.at<float>(0, 2) = 0.5f;
     AlignedFloats spectrum;
-    transformKernel(kernel, fft, scratch.data(), spectrum);
+    transformKernel(kernel, fft, scratch, spectrum);
     ASSERT_EQ(spectrum.size(), fft.spectrumFloats());
     for (int v = 0; v < fft.height(); ++v) {
         const float* row = spectrum.data() + fft.blockFloats() + v * RealFft2D::kRowFloats;

@@ -1,23 +1,29 @@
 #include "velimproclib/veldeblurcv/deconvolution/DeconvHL.h"
 
-#include "velimproclib/primitives/arithmetic/Lookups.h"
-#include "velimproclib/primitives/arithmetic/PlaneArithmetic.h"
 #include "velimproclib/primitives/base/TeamLoop.h"
-#include "velimproclib/primitives/base/truncate.h"
-#include "velimproclib/veldeblurcv/deconvolution/GradientRows.h"
+#include "velimproclib/veldeblurcv/deconvolution/adjointRow.h"
+#include "velimproclib/veldeblurcv/deconvolution/betaSchedule.h"
 #include "velimproclib/veldeblurcv/deconvolution/kernelSpectrum.h"
-#include "velimproclib/veldeblurcv/deconvolution/rowGroups.h"
+#include "velimproclib/veldeblurcv/deconvolution/planeTransforms.h"
+#include "velimproclib/veldeblurcv/deconvolution/transformOrder.h"
 #include "velimproclib/veldeblurcv/shrinkage/ShrinkCurve.h"
 #include "velimproclib/veldeblurcv/shrinkage/ShrinkTable.h"
 
 #include <algorithm>
-#include <cmath>
+#include <cstddef>
+#include <optional>
 #include <utility>
 
 namespace vel {
 namespace {
 
-/// The working memory of one thread: that of the transform, the rows of a group and three lines.
+constexpr int kGroupRows = RealFft2D::kLanes; // rows that the transform takes at a time
+
+std::size_t groupFloats(const RealFft2D& fft) {
+    return kGroupRows * static_cast<std::size_t>(fft.width());
+}
+
+/// The working memory of one thread: that of the transform, a group of rows and three lines.
 struct RowScratch {
     RowScratch(float* memory, const RealFft2D& fft)
         : adjoint(memory + fft.scratchFloats()), wx(adjoint + groupFloats(fft)),
@@ -29,13 +35,14 @@ struct RowScratch {
                kLines * static_cast<std::size_t>(fft.width());
     }
 
-    float* adjoint;
+    float* adjoint; ///< `kGroupRows` rows without gaps
     float* wx;
     float* wyAbove;
     float* wy;
 };
 
-/// The rows of `group` of the transposed differences of the shrunk gradients of `estimate`.
+/// Shrinks the gradients of `estimate` and writes the rows of `group` of their transposed
+/// differences to `scratch.adjoint`.
 template <class Shrink>
 void makeAdjointRows(const cv::Mat& estimate, int group, RowScratch scratch,
                      const Shrink& shrinkDifferences) {
@@ -66,68 +73,59 @@ void CDeconvHL::setup(const cv::Mat& kernel, cv::Point, cv::Size size, float lam
                       bool useStored) {
     m_useStored = useStored;
     m_kernel = kernel;
-    m_imSize = size;
-    m_w = size.width;
-    m_h = size.height;
-    if (m_w != m_h) {
-        throw "CDeconvHL::setup - m_w != m_h";
-    }
-    switch (m_w) {
-    case 1024:
-        m_order = 10;
-        break;
-    case 512:
-        m_order = 9;
-        break;
-    case 256:
-        m_order = 8;
-        break;
-    default:
-        throw "CDeconvHL::setup - size not 256/512/1024";
-    }
+    setSize(size);
     m_lambda = lambda;
-    m_alpha = std::clamp(static_cast<double>(alpha), 0.0, 1.0); // keeps not-a-number
-    m_tableKnots = shrinkKnots(shrinkAlphaIndex(m_alpha));
-    m_beta = 1.0;
-    m_betaSteps = truncateToInt(std::log(m_betaMax) / std::log(m_betaRate));
+    m_alpha = std::clamp(static_cast<double>(alpha), 0.0, 1.0); // a NaN stays
+    m_beta = kFirstBeta;
 
     m_fft = std::make_unique<RealFft2D>(m_order, m_order);
     m_numerator.resize(m_fft->spectrumFloats());
     m_spectrum.resize(m_fft->spectrumFloats());
     m_scratch.allocate(RowScratch::floats(*m_fft));
     if (!m_useStored) {
-        m_lut.allocate(m_betaSteps);
-        buildShrinkTable();
+        m_lut.allocate(kShrinkLevels - 1);
+        m_lut.build(m_alpha, kBetaRate, m_newtonIters);
     }
-    transformKernel(m_kernel, *m_fft, m_scratch.of(0), m_kernelSpectrum);
-    m_quotient.setKernel(*m_fft, m_kernelSpectrum.data());
+    prepareKernel();
 }
 
-void CDeconvHL::buildShrinkTable() {
-    m_lut.build(m_alpha, m_betaRate, m_newtonIters);
+void CDeconvHL::setSize(cv::Size size) {
+    m_imSize = size;
+    m_w = size.width;
+    m_h = size.height;
+    if (m_w != m_h) {
+        throw "CDeconvHL::setup - m_w != m_h";
+    }
+    const std::optional<int> order = transformOrder(m_w);
+    if (!order) {
+        throw "CDeconvHL::setup - size not 256/512/1024";
+    }
+    m_order = *order;
+}
+
+void CDeconvHL::prepareKernel() {
+    transformKernel(m_kernel, *m_fft, m_scratch, m_kernelSpectrum);
+    m_quotient.setKernel(*m_fft, m_kernelSpectrum.data());
 }
 
 void CDeconvHL::Proc(cv::Mat& in, cv::Mat& out) {
     out.create(m_h, m_w, CV_32FC1);
     m_scratch.fitTeam();
-    m_beta = 1.0;
     runInTeam([&] {
         makeNumerator(in);
-        runPass(in, out);
-        for (m_beta = m_betaRate * m_beta; m_beta < m_betaMax; m_beta = m_betaRate * m_beta) {
-            runPass(out, out);
-        }
+        const cv::Mat* estimate = &in;
+        forEachBeta([&](double beta) {
+            m_beta = beta;
+            runPass(*estimate, out);
+            estimate = &out;
+        });
     });
 }
 
 void CDeconvHL::makeNumerator(const cv::Mat& in) {
     const RealFft2D& fft = *m_fft;
-    forEachPiece(fft.groupCount(), [&](int group, int thread) {
-        fft.forwardRows(in.ptr<float>(), static_cast<std::ptrdiff_t>(in.step), group,
-                        m_numerator.data(), m_scratch.of(thread));
-    });
-    forEachPiece(fft.blockCount(), [&](int index, int) {
-        const std::size_t offset = static_cast<std::size_t>(index) * fft.blockFloats();
+    forwardRows(fft, in, m_numerator.data(), m_scratch);
+    forEachBlock(fft, [&](int index, std::size_t offset) {
         float* block = m_numerator.data() + offset;
         fft.forwardColumns(block, index);
         multiplyByConjugate(fft, index, block, m_kernelSpectrum.data() + offset, block);
@@ -135,7 +133,7 @@ void CDeconvHL::makeNumerator(const cv::Mat& in) {
 }
 
 void CDeconvHL::runPass(const cv::Mat& estimate, cv::Mat& out) {
-    const int level = shrinkLevel(m_beta, m_betaRate);
+    const int level = shrinkLevel(m_beta, kBetaRate);
     if (m_useStored) {
         const ShrinkCurve curve(storedShrink(level, shrinkAlphaIndex(m_alpha)));
         transformAdjoint(estimate, [&](const float* minuend, const float* subtrahend, float* w,
@@ -151,55 +149,29 @@ void CDeconvHL::runPass(const cv::Mat& estimate, cv::Mat& out) {
         });
     }
     divideBlocks(static_cast<float>(m_beta / m_lambda));
-    inverseRows(out);
+    inverseRows(*m_fft, m_spectrum.data(), out, m_scratch);
 }
 
 template <class Shrink>
 void CDeconvHL::transformAdjoint(const cv::Mat& estimate, const Shrink& shrinkDifferences) {
     const RealFft2D& fft = *m_fft;
+    const auto rowBytes = static_cast<std::ptrdiff_t>(sizeof(float)) * fft.width();
     forEachPiece(fft.groupCount(), [&](int group, int thread) {
         float* memory = m_scratch.of(thread);
         const RowScratch rows(memory, fft);
         makeAdjointRows(estimate, group, rows, shrinkDifferences);
-        fft.forwardRowGroup(rows.adjoint, groupRowBytes(fft), group, m_spectrum.data(), memory);
+        fft.forwardRowGroup(rows.adjoint, rowBytes, group, m_spectrum.data(), memory);
     });
 }
 
 void CDeconvHL::divideBlocks(float gamma) {
     const RealFft2D& fft = *m_fft;
-    forEachPiece(fft.blockCount(), [&](int index, int) {
-        const std::size_t offset = static_cast<std::size_t>(index) * fft.blockFloats();
+    forEachBlock(fft, [&](int index, std::size_t offset) {
         float* block = m_spectrum.data() + offset;
         fft.forwardColumns(block, index);
         m_quotient.divide(index, m_numerator.data() + offset, gamma, block);
         fft.inverseColumns(block, index);
     });
-}
-
-void CDeconvHL::inverseRows(cv::Mat& out) {
-    const RealFft2D& fft = *m_fft;
-    forEachPiece(fft.groupCount(), [&](int group, int thread) {
-        fft.inverseRows(m_spectrum.data(), group, out.ptr<float>(),
-                        static_cast<std::ptrdiff_t>(out.step), m_scratch.of(thread));
-    });
-}
-
-void CDeconvHL::applyShrink(cv::Mat& w, cv::Mat& v) const {
-    const int level = shrinkLevel(m_beta, m_betaRate);
-    if (m_useStored) {
-        const StoredShrink row = storedShrink(level, shrinkAlphaIndex(m_alpha));
-        const auto vStep = static_cast<std::int32_t>(v.step);
-        const auto wStep = static_cast<std::int32_t>(w.step);
-        clampBelowInPlaceF32(v.ptr<float>(), vStep, m_w, m_h, row.levels[0]);
-        clampAboveInPlaceF32(v.ptr<float>(), vStep, m_w, m_h, row.levels[m_tableKnots - 1]);
-        lutLinearF32(v.ptr<float>(), vStep, w.ptr<float>(), wStep, m_w, m_h, row.values, row.levels,
-                     m_tableKnots);
-        return;
-    }
-    for (int r = 0; r < m_h; ++r) {
-        std::transform(v.ptr<float>(r), v.ptr<float>(r) + m_w, w.ptr<float>(r),
-                       [&](float gradient) { return m_lut.at(level, gradient); });
-    }
 }
 
 } // namespace vel

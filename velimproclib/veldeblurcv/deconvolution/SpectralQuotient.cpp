@@ -44,7 +44,8 @@ void squaredMagnitudeRows(const float* HWY_RESTRICT spectrum, float* HWY_RESTRIC
     }
 }
 
-/// `columnPower` belongs to the lanes, `rowPower` to the rows.
+/// x = (numerator + gamma x) / (denomKernel + gamma (columnPower + rowPower)): `columnPower` has
+/// one element per lane, `rowPower` one per row.
 void divideRows(const float* denomKernel, const float* columnPower, const float* rowPower,
                 const float* numerator, float gamma, float* x, std::size_t rows) {
     namespace hn = hwy::HWY_NAMESPACE;
@@ -119,13 +120,25 @@ void multiplyByConjugate(const RealFft2D& fft, int blockIndex, const float* a, c
 void SpectralQuotient::setKernel(const RealFft2D& fft, const float* kernelSpectrum) {
     m_side = fft.height();
     m_realSlots = realSlots(fft);
+    storeDifferences(fft);
+    storeMagnitudes(fft, kernelSpectrum);
+}
+
+void SpectralQuotient::storeDifferences(const RealFft2D& fft) {
     m_denomGrad = differencePower(m_side);
     m_rowFrequencies.clear();
     m_rowDenomGrad.clear();
     for (int row = 0; row < m_side; ++row) {
-        m_rowFrequencies.push_back(fft.frequencyOf(row));
-        m_rowDenomGrad.push_back(m_denomGrad[static_cast<std::size_t>(fft.frequencyOf(row))]);
+        const int frequency = fft.frequencyOf(row);
+        m_rowFrequencies.push_back(frequency);
+        m_rowDenomGrad.push_back(m_denomGrad[static_cast<std::size_t>(frequency)]);
     }
+    const float zero = m_denomGrad[0];
+    const float half = m_denomGrad[static_cast<std::size_t>(m_side / 2)];
+    m_realDenomGrad = {zero + zero, half + zero, zero + half, half + half};
+}
+
+void SpectralQuotient::storeMagnitudes(const RealFft2D& fft, const float* kernelSpectrum) {
     const auto rows = static_cast<std::size_t>(m_side);
     const auto blocks = static_cast<std::size_t>(fft.blockCount());
     m_denomKernel.resize(blocks * rows * kLanes);
@@ -134,9 +147,6 @@ void SpectralQuotient::setKernel(const RealFft2D& fft, const float* kernelSpectr
         (kernelSpectrum + block * fft.blockFloats(), m_denomKernel.data() + block * rows * kLanes,
          rows);
     }
-    const float zero = m_denomGrad[0];
-    const float half = m_denomGrad[rows / 2];
-    m_realDenomGrad = {zero + zero, half + zero, zero + half, half + half};
     for (std::size_t k = 0; k < m_realSlots.size(); ++k) {
         const float value = kernelSpectrum[m_realSlots[k]];
         m_realDenomKernel[k] = value * value;
@@ -162,11 +172,11 @@ void SpectralQuotient::divide(int blockIndex, const float* numerator, float gamm
         return;
     }
     const std::array<float, 4> real = gather(m_realSlots, x);
-    // The first lane holds column 0 up to the middle frequency and column n/2 beyond it.
-    alignas(64) ColumnPowers beyond = columns;
-    beyond[0] = m_denomGrad[rows / 2];
+    // The first lane holds column 0 up to the middle frequency and column n/2 above it.
+    alignas(64) ColumnPowers aboveMiddle = columns;
+    aboveMiddle[0] = m_denomGrad[rows / 2];
     for (std::size_t row = 0; row < rows; ++row) {
-        divideRange(m_rowFrequencies[row] > m_side / 2 ? beyond : columns, row, row + 1);
+        divideRange(m_rowFrequencies[row] > m_side / 2 ? aboveMiddle : columns, row, row + 1);
     }
     for (std::size_t k = 0; k < real.size(); ++k) {
         const float denominator = m_realDenomKernel[k] + gamma * m_realDenomGrad[k];

@@ -12,7 +12,7 @@ namespace vel {
 /// Working memory for every thread of a team.
 class ThreadScratch {
 public:
-    /// Makes room for the largest team that the runtime's settings give at present.
+    /// Allocates memory for the largest team that the runtime's settings give at present.
     /// @throws std::bad_alloc
     void allocate(std::size_t floatsPerThread) {
         m_floatsPerThread = (floatsPerThread + kAlignment - 1) / kAlignment * kAlignment;
@@ -20,8 +20,8 @@ public:
         fitTeam();
     }
 
-    /// Grows, if the team of the caller, or the one that it would get, has become larger. To be
-    /// called before any thread of the team holds a pointer.
+    /// Grows when the caller's team, or the team that the caller would get, has become larger. Call
+    /// it before any thread of the team holds a pointer: the memory moves.
     /// @throws std::bad_alloc
     void fitTeam() {
         const int threads = std::max({1, omp_get_max_threads(), omp_get_num_threads()});
@@ -31,7 +31,7 @@ public:
         }
     }
 
-    /// The memory of the team's thread `thread`, aligned to 64 bytes.
+    /// The memory of thread `thread` of the team, aligned to 64 bytes.
     float* of(int thread) noexcept {
         return m_floats.data() + static_cast<std::size_t>(thread) * m_floatsPerThread;
     }

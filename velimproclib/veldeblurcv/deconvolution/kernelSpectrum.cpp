@@ -1,5 +1,7 @@
 #include "velimproclib/veldeblurcv/deconvolution/kernelSpectrum.h"
 
+#include "velimproclib/veldeblurcv/deconvolution/planeTransforms.h"
+
 namespace vel {
 namespace {
 
@@ -22,18 +24,14 @@ cv::Mat placeKernel(const cv::Mat& kernel, int side) {
     return plane;
 }
 
-void transformKernel(const cv::Mat& kernel, const RealFft2D& fft, float* scratch,
+void transformKernel(const cv::Mat& kernel, const RealFft2D& fft, ThreadScratch& scratch,
                      AlignedFloats& spectrum) {
     const cv::Mat plane = placeKernel(kernel, fft.width());
     spectrum.resize(fft.spectrumFloats());
-    for (int group = 0; group < fft.groupCount(); ++group) {
-        fft.forwardRows(plane.ptr<float>(), static_cast<std::ptrdiff_t>(plane.step), group,
-                        spectrum.data(), scratch);
-    }
-    for (int block = 0; block < fft.blockCount(); ++block) {
-        fft.forwardColumns(spectrum.data() + static_cast<std::size_t>(block) * fft.blockFloats(),
-                           block);
-    }
+    forwardRows(fft, plane, spectrum.data(), scratch);
+    forEachBlock(fft, [&](int block, std::size_t offset) {
+        fft.forwardColumns(spectrum.data() + offset, block);
+    });
 }
 
 } // namespace vel

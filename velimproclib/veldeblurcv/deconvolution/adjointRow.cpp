@@ -1,9 +1,9 @@
 #undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "velimproclib/veldeblurcv/deconvolution/GradientRows.cpp"
+#define HWY_TARGET_INCLUDE "velimproclib/veldeblurcv/deconvolution/adjointRow.cpp"
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
-#include "velimproclib/veldeblurcv/deconvolution/GradientRows.h"
+#include "velimproclib/veldeblurcv/deconvolution/adjointRow.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace vel::HWY_NAMESPACE {
