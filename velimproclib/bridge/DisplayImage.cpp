@@ -4,6 +4,7 @@
 #include "velimproclib/images/FormatCodes.h"
 #include "velimproclib/images/Image.h"
 #include "velimproclib/primitives/base/rows.h"
+#include "velimproclib/primitives/base/Team.h"
 #include "velimproclib/primitives/pixels/ChannelMoves.h"
 #include "velimproclib/primitives/pixels/Resampling.h"
 
@@ -37,12 +38,11 @@ void copyOverlap(const PlaneRecord& image, const Display& display) noexcept {
     if (width < 1) {
         return;
     }
-#pragma omp parallel for schedule(static)
-    for (int32_t y = 0; y < height; ++y) {
+    forEachRow(height, [&](int32_t y) {
         displayRow(sourceRow<Element>(image, y),
                    rowAt(display.pixels, display.step, static_cast<std::size_t>(y)),
                    static_cast<std::size_t>(width));
-    }
+    });
 }
 
 template <class Element>
@@ -50,11 +50,10 @@ void extractColour(const PlaneRecord& image, int colour, GIMG<unsigned char>& pl
     if (image.width < 1) {
         return;
     }
-#pragma omp parallel for schedule(static)
-    for (int32_t y = 0; y < image.height; ++y) {
+    forEachRow(image.height, [&](int32_t y) {
         colourRow(sourceRow<Element>(image, y), colour, plane.row(y),
                   static_cast<std::size_t>(image.width));
-    }
+    });
 }
 
 void clear(GIMG<unsigned char>& plane) noexcept {

@@ -3,6 +3,7 @@
 #include "velimproclib/bridge/DisplayImage.h"
 #include "velimproclib/bridge/displayRows.h"
 #include "velimproclib/primitives/base/rows.h"
+#include "velimproclib/primitives/base/Team.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -88,13 +89,12 @@ void transformRows(const Transform& transform, int32_t width, int32_t height, Lo
     const int threads = teamSize();
     std::vector<RowBuffers<Element>> buffers(static_cast<std::size_t>(threads),
                                              RowBuffers<Element>(width));
-#pragma omp parallel for schedule(static) num_threads(threads)
-    for (int32_t y = 0; y < height; ++y) {
+    forEachRow(height, threads, [&](int32_t y) {
         auto& [in, out] = buffers[static_cast<std::size_t>(omp_get_thread_num())];
         load(y, in);
         cmsDoTransform(transform.get(), in.data(), out.data(), static_cast<cmsUInt32Number>(width));
         store(y, out);
-    }
+    });
 }
 
 std::uint8_t* bytesOfRow(std::uint8_t* first, int32_t step, int32_t y) noexcept {

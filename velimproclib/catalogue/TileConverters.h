@@ -31,7 +31,8 @@
 /// image holds the result of the last primitive that ran over it in place.
 ///
 /// No threads, no state: calls on disjoint memory may run at once.
-/// @throws int 102 and 103 of the scratch images that the four-channel and the plane forms use
+/// @throws `kNoPixels` and `kGuardOverwritten` of the scratch images that the four-channel and the
+/// plane forms use
 namespace vel {
 
 std::int32_t psTileToF32C3Dup(std::int32_t format, const void* base, std::int32_t step,
@@ -79,8 +80,8 @@ std::int32_t psGreyFromF32(GIMG<float>& img, std::int32_t format, void* dst, std
 /// (`x`, `y`). A plane of that size is kept; another one is deleted and a null one made, with
 /// `new`: the planes belong to the caller. `imageW` and `imageH` are not looked at.
 /// @return 3, always
-/// @throws int 102 or std::bad_alloc, and 103 when a plane that is replaced finds its guard row
-/// overwritten; the entry is then null
+/// @throws `kNoPixels` or std::bad_alloc, and `kGuardOverwritten` when a plane that is replaced
+/// finds its guard row overwritten; the entry is then null
 std::int32_t psEnsurePlanes(std::int32_t format, const void* base, std::int32_t step,
                             std::int32_t imageW, std::int32_t imageH, std::int32_t x,
                             std::int32_t y, std::int32_t width, std::int32_t height,

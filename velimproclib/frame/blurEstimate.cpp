@@ -1,5 +1,6 @@
 #include "velimproclib/frame/blurEstimate.h"
 
+#include "velimproclib/primitives/base/failures.h"
 #include "velimproclib/veldeblurcv/estimation/BlurEst.h"
 #include "velimproclib/veldeblurcv/estimation/lumaToMat.h"
 #include "velimproclib/veldeblurcv/estimation/ProgressSpan.h"
@@ -28,7 +29,7 @@ void checkImage(const PlaneRecord* image) {
         throw "ornBlurEstimate - image_p ==NULL";
     }
     if (image->width < 1 || image->height < 1) {
-        throw 102;
+        throw kNoPixels;
     }
     if (image->data == nullptr) {
         throw "ornBlurEstimate - image data ==NULL";

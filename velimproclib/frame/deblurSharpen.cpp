@@ -2,6 +2,7 @@
 
 #include "velimproclib/frame/CallFrame.h"
 #include "velimproclib/frame/notifyProgress.h"
+#include "velimproclib/primitives/base/failures.h"
 #include "velimproclib/tiles/BlockProcP3.h"
 #include "velimproclib/tiles/ColorTwistTile.h"
 #include "velimproclib/veldeblurcv/DeblurTile.h"
@@ -55,7 +56,7 @@ void checkRecords(const ImageRecord* image, const KernelRecord* kernel, bool run
         throw "ornDeblurSharpen - kernel data ==NULL";
     }
     if (image->width < 1 || image->height < 1) {
-        throw 102;
+        throw kNoPixels;
     }
     if (image->source == nullptr || image->target == nullptr) {
         throw "ornDeblurSharpen - source or target ==NULL";

@@ -24,8 +24,8 @@ struct DeblurSettings {
 /// @param progress must not be null; its callback may be
 /// @return VELORN_OK, or VELORN_CANCELLED when the callback said so; cancelled, the busy byte is
 /// clear before the call's objects go
-/// @throws const char* for records that cannot be used, 102 for an image without pixels, 101 for a
-/// kernel too large for the tiles, and whatever the stages throw
+/// @throws const char* for records that cannot be used, `kNoPixels` for an image without pixels,
+/// `kColumnGap` for a kernel too large for the tiles, and whatever the stages throw
 int32_t deblurSharpen(ProgressRecord* progress, const ImageRecord* image,
                       const KernelRecord* kernel, const DeblurSettings& settings);
 

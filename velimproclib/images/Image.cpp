@@ -1,5 +1,6 @@
 #include "velimproclib/images/Image.h"
 
+#include "velimproclib/primitives/base/failures.h"
 #include "velimproclib/primitives/base/Memory.h"
 
 #include <cstddef>
@@ -11,8 +12,6 @@
 namespace vel {
 namespace {
 
-constexpr int kNoMemory = 102;
-constexpr int kGuardOverwritten = 103;
 constexpr std::int64_t kInt32Max = std::numeric_limits<std::int32_t>::max();
 
 } // namespace
@@ -42,7 +41,7 @@ void IMG<T, N>::allocate() {
     // A stride or a row count beyond 32 bits cannot be asked for, and a negative height leaves no
     // row for the guard: both would pass for small blocks on the heap.
     if (rowLength > kInt32Max - 31 || m_height < 0 || m_height == kInt32Max) {
-        throw kNoMemory;
+        throw kNoPixels;
     }
     // A row length far below 0 is as good as any other that the allocator refuses.
     m_base =
@@ -63,7 +62,7 @@ void IMG<T, N>::allocateFromHeap() {
         m_base = static_cast<std::uint8_t*>(std::malloc(static_cast<std::size_t>(bytes)));
     }
     if (m_base == nullptr) {
-        throw kNoMemory;
+        throw kNoPixels;
     }
 }
 

@@ -75,7 +75,7 @@ struct IMG {
     /// allocator, or, when that refuses, the general heap with the `heapStride` of it. A size below
     /// 1 is such a refusal, with stride 0. Otherwise `data` is wrapped with `step` as it stands,
     /// and must outlive the image.
-    /// @throws int 102 when there is no memory, or the sizes fit neither a 32-bit stride nor a
+    /// @throws `kNoPixels` when there is no memory, or the sizes fit neither a 32-bit stride nor a
     /// guard row inside the block.
     IMG(std::int32_t width, std::int32_t height, void* data = nullptr, std::int32_t step = 0);
 
@@ -90,9 +90,9 @@ struct IMG {
     virtual void resetRoi();
 
     /// Verifies the guard row of an owned image and returns its memory.
-    /// @throws int 103 when the guard was overwritten; the memory is then not returned. While
-    /// another exception is in flight nothing is thrown, since a second one would end the process:
-    /// the first tells the caller enough.
+    /// @throws `kGuardOverwritten` when the guard was overwritten; the memory is then not returned.
+    /// While another exception is in flight nothing is thrown, since a second one would end the
+    /// process: the first tells the caller enough.
     virtual ~IMG() noexcept(false);
 
     /// First element of row `y` of the region of interest.

@@ -13,7 +13,7 @@ void convertU8toU15(const std::uint8_t* src, std::int32_t srcStep, std::int32_t 
                     std::int32_t height, std::uint16_t* dst, std::int32_t dstStep) noexcept;
 
 /// `max(v - 128, 0) / 128` to the nearest integer, ties to even, cut at 255.
-/// @throws int 102 when there is no memory for the plane between the two steps
+/// @throws `kNoPixels` when there is no memory for the plane between the two steps
 void convertU15toU8(const std::uint16_t* src, std::int32_t srcStep, std::int32_t width,
                     std::int32_t height, std::uint8_t* dst, std::int32_t dstStep);
 

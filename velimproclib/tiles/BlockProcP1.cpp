@@ -4,9 +4,9 @@
 #include "velimproclib/primitives/arithmetic/PlaneArithmetic.h"
 #include "velimproclib/primitives/pixels/Conversions.h"
 #include "velimproclib/tiles/fillRamp.h"
+#include "velimproclib/tiles/forRowChunks.h"
 #include "velimproclib/tiles/imageExtendBorder.h"
 #include "velimproclib/tiles/stripBlends.h"
-#include "velimproclib/tiles/worthATeam.h"
 
 #include <algorithm>
 #include <span>
@@ -152,12 +152,13 @@ void CBlockProcP1::storeBlock() {
         const auto overlapX = static_cast<std::int32_t>(m_walk.overlapX());
         scaleBlock(Depth<T>::kFullScale);
         fillRamp(m_ramp, overlapX);
-#pragma omp parallel for schedule(static) if (worthATeam(overlapX, height))
-        for (std::int32_t y = 0; y < height; ++y) {
-            fadeInColumns(m_blk.ptr<float>(m_border + y) + m_border,
-                          m_strip.ptr<T>(y) + m_walk.m_curX, 1, m_ramp.data(),
-                          static_cast<std::size_t>(overlapX));
-        }
+        forRowChunks(overlapX, height, [&](cv::Range rows) {
+            for (std::int32_t y = rows.start; y < rows.end; ++y) {
+                fadeInColumns(m_blk.ptr<float>(m_border + y) + m_border,
+                              m_strip.ptr<T>(y) + m_walk.m_curX, 1, m_ramp.data(),
+                              static_cast<std::size_t>(overlapX));
+            }
+        });
         Depth<T>::kFromFloat(useful.ptr<float>(), stepOf(useful), m_strip.ptr<T>(0) + m_walk.m_curX,
                              stepOf(m_strip), width, height, kToNearestEven);
     }

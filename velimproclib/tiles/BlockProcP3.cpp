@@ -1,6 +1,7 @@
 #include "velimproclib/tiles/BlockProcP3.h"
 
 #include "velimproclib/images/stepOf.h"
+#include "velimproclib/primitives/base/failures.h"
 #include "velimproclib/primitives/pixels/ChannelMoves.h"
 #include "velimproclib/primitives/pixels/Conversions.h"
 #include "velimproclib/tiles/fillRamp.h"
@@ -13,10 +14,6 @@
 namespace vel {
 
 namespace {
-
-constexpr int kBadColumnOverlap = 101;
-constexpr int kBadRowOverlap = 0;
-constexpr int kNoSourcePixels = 102;
 
 constexpr std::size_t kChannels = 3;
 
@@ -106,7 +103,7 @@ bool CBlockProcP3::advance() {
     const WalkState state = m_walk.advance();
     if (state == WalkState::kStuck) {
         // The overlap takes up the whole tile; walking on would never end.
-        throw kBadColumnOverlap;
+        throw kColumnGap;
     }
     return state == WalkState::kTileAhead;
 }
@@ -114,7 +111,7 @@ bool CBlockProcP3::advance() {
 void CBlockProcP3::convertBlkDupBorder() {
     TileWindow window;
     if (!m_walk.windowOf(m_border, window)) {
-        throw kNoSourcePixels;
+        throw kNoPixels;
     }
     forRowChunks(window.width, window.height, [&](cv::Range rows) {
         if (isEightBits(m_in)) {
@@ -152,7 +149,7 @@ void CBlockProcP3::loadRows(const TileWindow& window, cv::Range rows) {
 
 void CBlockProcP3::doneABlock() {
     if (m_walk.overlapX() < 0) {
-        throw kBadColumnOverlap;
+        throw kColumnGap;
     }
     storeTile();
     if (m_walk.endsARow()) {
@@ -200,7 +197,7 @@ void CBlockProcP3::storeRows(std::int32_t overlapX, std::int32_t width, cv::Rang
 
 void CBlockProcP3::mergeRowOfTiles() {
     if (m_walk.overlapY() < 0) {
-        throw kBadRowOverlap;
+        throw kRowGap;
     }
     if (isEightBits(m_in)) {
         mergeStrip<std::uint8_t>(m_strip, m_out, m_walk, m_ramp);

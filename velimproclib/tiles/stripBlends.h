@@ -3,8 +3,8 @@
 #include "velimproclib/primitives/base/rows.h"
 #include "velimproclib/tiles/blend.h"
 #include "velimproclib/tiles/fillRamp.h"
+#include "velimproclib/tiles/forRowChunks.h"
 #include "velimproclib/tiles/TileWalk.h"
-#include "velimproclib/tiles/worthATeam.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -50,16 +50,17 @@ void mergeStrip(const cv::Mat& strip, cv::Mat& target, const TileWalk& walk,
     const std::size_t count =
         static_cast<std::size_t>(strip.cols) * static_cast<std::size_t>(strip.channels());
     fillRamp(ramp, overlap);
-#pragma omp parallel for schedule(static) if (worthATeam(strip.cols, height))
-    for (std::int32_t y = 0; y < height; ++y) {
-        const T* const fresh = reinterpret_cast<const T*>(strip.ptr(y));
-        T* const row = reinterpret_cast<T*>(target.ptr(walk.m_curY + y));
-        if (y >= overlap) {
-            std::memcpy(row, fresh, count * sizeof(T));
-        } else {
-            fadeInRow(fresh, row, ramp[static_cast<std::size_t>(y)], count);
+    forRowChunks(strip.cols, height, [&](cv::Range rows) {
+        for (std::int32_t y = rows.start; y < rows.end; ++y) {
+            const T* const fresh = reinterpret_cast<const T*>(strip.ptr(y));
+            T* const row = reinterpret_cast<T*>(target.ptr(walk.m_curY + y));
+            if (y >= overlap) {
+                std::memcpy(row, fresh, count * sizeof(T));
+            } else {
+                fadeInRow(fresh, row, ramp[static_cast<std::size_t>(y)], count);
+            }
         }
-    }
+    });
 }
 
 } // namespace vel

@@ -1,6 +1,6 @@
 #include "velimproclib/veldeblurcv/DeblurTile.h"
 
-#include "velimproclib/primitives/base/FailureRelay.h"
+#include "velimproclib/primitives/base/Team.h"
 #include "velimproclib/primitives/base/truncate.h"
 #include "velimproclib/veldeblurcv/sharpening/SharpenEdge.h"
 
@@ -51,18 +51,11 @@ void CDeblurTile::process(TilePlanes& planes, bool runDeconv, bool runEdge) {
     createPlane(m_luma, size);
 
     if (runDeconv) {
-        FailureRelay failures;
-#pragma omp parallel sections
-        {
-#pragma omp section
-            failures.run([&] { restoreLuminance(planes[0]); });
-#pragma omp section
-            failures.run([&] {
-                restoreChroma(planes[1]);
-                restoreChroma(planes[2]);
-            });
-        }
-        failures.rethrow();
+        runSideBySide([&] { restoreLuminance(planes[0]); },
+                      [&] {
+                          restoreChroma(planes[1]);
+                          restoreChroma(planes[2]);
+                      });
     }
     if (runEdge) {
         sharpenEdges(planes[0]);

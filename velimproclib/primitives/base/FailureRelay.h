@@ -6,9 +6,9 @@
 
 namespace vel {
 
-/// Carries the failure of a parallel region's threads or tasks out to the calling thread: no
-/// exception may cross the edge of a region. Of several failures the first in time is carried, the
-/// others are lost. `run` inside, `rethrow` behind the region.
+/// Carries a failure from the threads and tasks of a parallel region to the calling thread: no
+/// exception may cross the edge of a region. It keeps the first failure in time and drops the
+/// others. Call `run` inside the region and `rethrow` after it.
 class FailureRelay {
 public:
     template <class Work>
@@ -22,7 +22,7 @@ public:
         }
     }
 
-    /// To be called when the region has ended.
+    /// Rethrows the failure, if there was one. Call it after the region has ended.
     void rethrow() const {
         if (m_failure) {
             std::rethrow_exception(m_failure);

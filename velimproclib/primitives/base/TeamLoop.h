@@ -1,6 +1,7 @@
 #pragma once
 
 #include "velimproclib/primitives/base/FailureRelay.h"
+#include "velimproclib/primitives/base/Team.h"
 
 #include <algorithm>
 #include <omp.h>
@@ -8,42 +9,43 @@
 
 /// Loops of independent pieces that spread inside a section as well as outside.
 ///
-/// A parallel region inside a section of another one stays with one thread, since the runtime does
-/// not fan out nested regions by default. Tasks do spread: they belong to the whole team, and a
-/// thread that waits at the end of the sections takes them. So the loops are made of tasks of
-/// whatever team exists, and `runInTeam` opens a region only where there is none.
+/// A parallel region inside a section of another region has one thread, since the runtime does not
+/// nest regions by default. Tasks do spread: they belong to the whole team, and a thread that waits
+/// at the end of the sections runs them. Therefore the loops are made of tasks of the existing
+/// team, and `runInTeam` opens a region only where there is none. Threads run tasks inside a region
+/// that `openTeam` opened, and therefore under the control word of the caller.
 namespace vel {
 
-/// Runs `work` so that its loops find a team: the one that the caller is part of or, outside of any
-/// active region, a new one. Failures of `work` reach the caller.
+/// Runs `work` so that its loops find a team: the caller's own or, outside of any active region, a
+/// new one. Failures of `work` reach the caller.
 template <class Work>
 void runInTeam(Work&& work) {
     if (omp_in_parallel() != 0) {
         std::forward<Work>(work)();
         return;
     }
-    FailureRelay relay;
-#pragma omp parallel default(none) shared(relay, work)
+    FailureRelay failures;
+    openTeam([&]() noexcept {
 #pragma omp single
-    relay.run(work);
-    relay.rethrow();
+        failures.run(work);
+    });
+    failures.rethrow();
 }
 
-/// body(piece, thread) for 0 <= piece < pieces, in any order, shared out among the caller's team;
-/// outside of any region the caller runs them alone. `thread` numbers the executing thread in its
-/// team. Returns when all pieces have ended; the first failure is rethrown then, and the other
-/// pieces have run all the same.
+/// body(piece, thread) for 0 <= piece < pieces, in any order, shared among the caller's team;
+/// outside of any region the caller runs all pieces. `thread` is the number of the executing thread
+/// in its team. Returns after all pieces have run, then rethrows the first failure.
 template <class Body>
 void forEachPiece(int pieces, const Body& body) {
-    FailureRelay relay;
-    const auto run = [&](int piece) { relay.run([&] { body(piece, omp_get_thread_num()); }); };
+    FailureRelay failures;
+    const auto run = [&](int piece) { failures.run([&] { body(piece, omp_get_thread_num()); }); };
     const int threads = omp_get_num_threads();
     if (threads == 1) {
         for (int piece = 0; piece < pieces; ++piece) {
             run(piece);
         }
     } else {
-        // Enough tasks for threads that come and go, few enough that they cost nothing.
+        // Enough tasks to balance threads of unequal speed, few enough to cost nothing.
         constexpr int kTasksPerThread = 4;
         const int tasks = std::clamp(pieces, 1, kTasksPerThread * threads);
 #pragma omp taskloop default(none) shared(run) firstprivate(pieces) num_tasks(tasks)
@@ -51,7 +53,7 @@ void forEachPiece(int pieces, const Body& body) {
             run(piece);
         }
     }
-    relay.rethrow();
+    failures.rethrow();
 }
 
 /// body(begin, end) for bands of at most `bandRows` (at least 1) rows that cover 0 .. rows, as

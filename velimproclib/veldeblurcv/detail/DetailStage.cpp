@@ -1,6 +1,6 @@
 #include "velimproclib/veldeblurcv/detail/DetailStage.h"
 
-#include "velimproclib/primitives/base/FailureRelay.h"
+#include "velimproclib/primitives/base/Team.h"
 #include "velimproclib/veldeblurcv/detail/enhanceHalf.h"
 #include "velimproclib/veldeblurcv/detail/HalfTiles.h"
 
@@ -28,15 +28,7 @@ void CDetailStage::Proc(cv::Mat& luminance, float detailGain, float detailGamma)
         enhanceHalf(half.pixels, half.detail, half.guide, half.smoother, m_curve, detailGain,
                     detailGamma);
     };
-    FailureRelay failures;
-#pragma omp parallel sections
-    {
-#pragma omp section
-        failures.run([&] { enhance(m_top); });
-#pragma omp section
-        failures.run([&] { enhance(m_bottom); });
-    }
-    failures.rethrow();
+    runSideBySide([&] { enhance(m_top); }, [&] { enhance(m_bottom); });
     TBMerge(m_top.pixels, m_bottom.pixels, luminance);
 }
 

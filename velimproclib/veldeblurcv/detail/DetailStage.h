@@ -15,13 +15,13 @@ namespace vel {
 class CDetailStage {
 public:
     /// Allocates the scratch images for tiles of that size, also for a stage that never runs.
-    /// @throws int 102 when there is no memory
+    /// @throws `kNoPixels` when there is no memory
     CDetailStage(std::int32_t tileWidth, std::int32_t tileHeight);
 
     /// Enhances the detail of one tile in place.
     /// @param luminance CV_32FC1 of the tile's size, 1.0 = full scale
     /// @param detailGain, detailGamma see `enhanceHalf`
-    /// @throws int 120 when there is no memory for the workspaces
+    /// @throws `kNoSmootherMemory` when there is no memory for the workspaces
     void Proc(cv::Mat& luminance, float detailGain, float detailGamma);
 
 private:

@@ -2,6 +2,7 @@
 
 #include "velimproclib/primitives/arithmetic/PlaneArithmetic.h"
 #include "velimproclib/primitives/arithmetic/Vectors.h"
+#include "velimproclib/primitives/base/failures.h"
 #include "velimproclib/primitives/base/TeamLoop.h"
 #include "velimproclib/primitives/base/truncate.h"
 
@@ -14,7 +15,6 @@ namespace vel {
 
 namespace {
 
-constexpr int kNoMemory = 120;
 constexpr double kTolerance = 1e-5;
 
 void clampToUnit(GIMG<float>& image) {
@@ -57,7 +57,7 @@ void CEdgeSmoother::resize(std::int32_t width, std::int32_t height) {
     }
     if (!m_rhs || !m_solution || !m_guide || !m_cgWork || !m_rowSums) {
         release();
-        throw kNoMemory;
+        throw kNoSmootherMemory;
     }
     m_w = width;
     m_h = height;

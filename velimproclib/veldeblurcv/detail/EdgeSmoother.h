@@ -51,13 +51,13 @@ public:
     /// to 1e-5 of its start
     /// @return 1, or 0 for `iterations` below 1: then nothing but the cut has happened to the
     /// images
-    /// @throws int 120 when there is no memory
+    /// @throws `kNoSmootherMemory` when there is no memory
     int smooth(GIMG<float>& rhs, GIMG<float>& io, GIMG<float>& guide, float lambda, float exponent,
                bool logGuide, int iterations);
 
     /// Gives the arrays a new size; nothing happens for the size that they have, or a side below 1.
-    /// @throws int 120 when there is no memory, or more pixels than an int32 counts; the workspace
-    /// is then empty.
+    /// @throws `kNoSmootherMemory` when there is no memory, or more pixels than an int32 counts;
+    /// the workspace is then empty.
     void resize(std::int32_t width, std::int32_t height);
 
     /// 32-byte aligned at least; null while there is none.

@@ -17,7 +17,7 @@ namespace vel {
 /// @param curve may serve several halves at once, with the same two settings
 /// @param detailGain strength: negative weakens, above 0 counts threefold
 /// @param detailGamma above 0 lifts fine detail and holds strong detail back; below 0 the reverse
-/// @throws int 120 when there is no memory for the workspace
+/// @throws `kNoSmootherMemory` when there is no memory for the workspace
 void enhanceHalf(cv::Mat& half, IMG<float, 1>& detail, IMG<float, 1>& guide,
                  CEdgeSmoother& smoother, CDetailCurve& curve, float detailGain, float detailGamma);
 

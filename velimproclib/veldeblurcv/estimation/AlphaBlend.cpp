@@ -1,5 +1,7 @@
 #include "velimproclib/veldeblurcv/estimation/AlphaBlend.h"
 
+#include "velimproclib/primitives/base/Team.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -56,10 +58,7 @@ void blendRows(const cv::Mat& src, cv::Mat& dst, BlendRow&& blendRow) {
     const std::size_t w = std::min(
         {static_cast<std::size_t>(src.cols), elementsInRow<T>(src), elementsInRow<T>(dst)});
     const int h = std::min(src.rows, dst.rows);
-#pragma omp parallel for schedule(static)
-    for (int y = 0; y < h; ++y) {
-        blendRow(src.ptr<T>(y), dst.ptr<T>(y), w);
-    }
+    forEachRow(h, [&](int y) { blendRow(src.ptr<T>(y), dst.ptr<T>(y), w); });
 }
 
 } // namespace

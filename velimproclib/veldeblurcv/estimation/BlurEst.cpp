@@ -4,6 +4,7 @@
 #include "velimproclib/primitives/arithmetic/AbsoluteDifference.h"
 #include "velimproclib/primitives/arithmetic/Histogram.h"
 #include "velimproclib/primitives/base/Status.h"
+#include "velimproclib/primitives/base/Team.h"
 #include "velimproclib/primitives/filters/LinearFilters.h"
 #include "velimproclib/primitives/filters/MeanFilter.h"
 #include "velimproclib/primitives/filters/Medians.h"
@@ -56,13 +57,12 @@ void filterInsideRing(PixelFilter* filter, int mask, int ring, const cv::Mat& sr
 }
 
 void clearBelow(int threshold, cv::Mat& mask) {
-#pragma omp parallel for schedule(static)
-    for (int y = 0; y < mask.rows; ++y) {
+    forEachRow(mask.rows, [&](int y) {
         std::uint8_t* const pixels = mask.ptr<std::uint8_t>(y);
         std::replace_if(
             pixels, pixels + mask.cols, [=](int pixel) { return pixel < threshold; },
             std::uint8_t{0});
-    }
+    });
 }
 
 void clearBand(int band, cv::Mat& mask) {

@@ -1,7 +1,7 @@
 #include "velimproclib/veldeblurcv/estimation/EdgePrediction.h"
 
 #include "velimproclib/images/InnerRegion.h"
-#include "velimproclib/primitives/base/FailureRelay.h"
+#include "velimproclib/primitives/base/Team.h"
 #include "velimproclib/primitives/filters/Morphology.h"
 
 #include <cstdint>
@@ -26,8 +26,7 @@ void applyInsideFrame(cv::Mat& image, int passes, InPlaceMorphology* morphology)
 
 /// The nearer extreme; a tie goes to the higher one.
 void jumpToNearerExtreme(const cv::Mat& high, const cv::Mat& low, cv::Mat& image) {
-#pragma omp parallel for schedule(static)
-    for (int y = 0; y < image.rows; ++y) {
+    forEachRow(image.rows, [&](int y) {
         const std::uint8_t* const highs = high.ptr<std::uint8_t>(y);
         const std::uint8_t* const lows = low.ptr<std::uint8_t>(y);
         std::uint8_t* const pixels = image.ptr<std::uint8_t>(y);
@@ -36,7 +35,7 @@ void jumpToNearerExtreme(const cv::Mat& high, const cv::Mat& low, cv::Mat& image
             const int toLow = pixels[x] - lows[x];
             pixels[x] = toHigh > toLow ? lows[x] : highs[x];
         }
-    }
+    });
 }
 
 } // namespace
@@ -53,15 +52,8 @@ void estEdge(const cv::Mat& src, cv::Mat& dst, int d, float sigmaColor, float si
     }
     cv::Mat high = dst.clone();
     cv::Mat low = dst.clone();
-    FailureRelay failures;
-#pragma omp parallel sections
-    {
-#pragma omp section
-        failures.run([&] { applyInsideFrame(high, shockIters, dilate3x3InPlaceU8); });
-#pragma omp section
-        failures.run([&] { applyInsideFrame(low, shockIters, erode3x3InPlaceU8); });
-    }
-    failures.rethrow();
+    runSideBySide([&] { applyInsideFrame(high, shockIters, dilate3x3InPlaceU8); },
+                  [&] { applyInsideFrame(low, shockIters, erode3x3InPlaceU8); });
     jumpToNearerExtreme(high, low, dst);
 }
 

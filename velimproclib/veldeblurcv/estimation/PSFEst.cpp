@@ -1,6 +1,7 @@
 #include "velimproclib/veldeblurcv/estimation/PSFEst.h"
 
 #include "velimproclib/primitives/base/FailureRelay.h"
+#include "velimproclib/primitives/base/Team.h"
 #include "velimproclib/veldeblurcv/estimation/NormalEquations.h"
 #include "velimproclib/veldeblurcv/estimation/ProgressSpan.h"
 #include "velimproclib/veldeblurcv/estimation/SelectedPixels.h"
@@ -84,8 +85,7 @@ public:
     /// Adds all equations to `sums`.
     /// @return the number of pixels
     std::int64_t addTo(const NormalSums& sums) {
-#pragma omp parallel
-        {
+        openTeam([&]() noexcept {
 #pragma omp master
             gather(m_batches[0]);
 #pragma omp barrier
@@ -96,7 +96,7 @@ public:
                 accumulate(static_cast<int>(m_batches[turn].size()), sums);
             }
             mirror(sums);
-        }
+        });
         m_failures.rethrow();
         return m_count;
     }

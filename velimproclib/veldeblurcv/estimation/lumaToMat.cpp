@@ -1,6 +1,7 @@
 #include "velimproclib/veldeblurcv/estimation/lumaToMat.h"
 
 #include "velimproclib/primitives/base/rows.h"
+#include "velimproclib/primitives/base/Team.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -36,12 +37,11 @@ void luminanceRow(const Unaligned<Sample>* pixels, std::uint8_t* out, std::size_
 template <class Sample>
 void luminanceRows(const PlaneRecord& image, cv::Mat& luminance, const Weights& weights) {
     const auto* const first = static_cast<const Sample*>(image.data);
-#pragma omp parallel for schedule(static)
-    for (int y = 0; y < image.height; ++y) {
+    forEachRow(image.height, [&](int y) {
         const Sample* const row = rowAt(first, image.step, static_cast<std::size_t>(y));
         luminanceRow(unaligned(row), luminance.ptr<std::uint8_t>(y),
                      static_cast<std::size_t>(image.width), weights);
-    }
+    });
 }
 
 } // namespace

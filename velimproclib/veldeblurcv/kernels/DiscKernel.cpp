@@ -1,5 +1,7 @@
 #include "velimproclib/veldeblurcv/kernels/DiscKernel.h"
 
+#include "velimproclib/primitives/base/pi.h"
+#include "velimproclib/primitives/base/toFloat.h"
 #include "velimproclib/primitives/base/truncate.h"
 #include "velimproclib/veldeblurcv/kernels/KernelMatrix.h"
 
@@ -11,14 +13,6 @@
 namespace vel {
 
 namespace {
-
-// Pi to six decimals, and half of it: kernels are compared to the last bit, so these stand.
-constexpr double kPi = 3.141592;
-constexpr double kHalfPi = 1.570796;
-
-float toFloat(double value) {
-    return static_cast<float>(value);
-}
 
 double square(double value) {
     return value * value;

@@ -1,5 +1,7 @@
 #include "velimproclib/veldeblurcv/kernels/MotionKernel.h"
 
+#include "velimproclib/primitives/base/pi.h"
+#include "velimproclib/primitives/base/toFloat.h"
 #include "velimproclib/primitives/base/truncate.h"
 #include "velimproclib/veldeblurcv/kernels/KernelMatrix.h"
 
@@ -8,14 +10,6 @@
 namespace vel {
 
 namespace {
-
-// Pi to six decimals: kernels are compared to the last bit, so the angle of 90 degrees keeps its
-// tiny positive cosine.
-constexpr double kPi = 3.141592;
-
-float toFloat(double value) {
-    return static_cast<float>(value);
-}
 
 /// Folds an angle into 0..180 degrees, rounding after every step of 180. An angle so large that a
 /// step no longer moves it is folded by its remainder instead.
