@@ -2,6 +2,7 @@
 
 #include "velimproclib/primitives/base/Team.h"
 #include "velimproclib/primitives/base/truncate.h"
+#include "velimproclib/tiles/tileSide.h"
 #include "velimproclib/veldeblurcv/sharpening/SharpenEdge.h"
 
 #include <algorithm>
@@ -21,15 +22,8 @@ void createPlane(cv::Mat& plane, cv::Size size) {
 } // namespace
 
 int CDeblurTile::tileSizeFor(cv::Size imageSize) {
-    const int side = std::max(imageSize.width, imageSize.height);
-    int tile = 512;
-    if (side <= 256) {
-        tile = 256;
-    } else if (side > 512 && side <= 1024) {
-        tile = 1024;
-    }
-    m_w = m_h = tile;
-    return tile;
+    m_w = m_h = tileSideFor(imageSize.width, imageSize.height);
+    return m_w;
 }
 
 void CDeblurTile::setLimiter(float limitStrength, int kernelSide) {

@@ -14,8 +14,7 @@ namespace vel {
 /// and the scratch planes. One object serves one call, from the calling thread.
 class CDeblurTile {
 public:
-    /// Side of the square tiles for an image: 256 up to 256 pixels on the larger side, 1024 from
-    /// 513 to 1024, 512 for everything else. Stored in `m_w` and `m_h`.
+    /// Returns the tile side for an image, see `tileSideFor`, and stores it in `m_w` and `m_h`.
     int tileSizeFor(cv::Size imageSize);
 
     /// Sets the limiter for tiles of the chosen size.

@@ -9,6 +9,7 @@
 #include "velimproclib/primitives/filters/MeanFilter.h"
 #include "velimproclib/primitives/filters/Medians.h"
 #include "velimproclib/tiles/BlockProcP1.h"
+#include "velimproclib/tiles/tileSide.h"
 #include "velimproclib/veldeblurcv/deconvolution/DeconvHL.h"
 #include "velimproclib/veldeblurcv/estimation/AlphaBlend.h"
 #include "velimproclib/veldeblurcv/estimation/EdgePrediction.h"
@@ -270,12 +271,7 @@ int CBlurEst::estKernel(const cv::Mat& edge, const cv::Mat& mask, const cv::Mat&
 }
 
 int CBlurEst::deconvBlockSize(int width, int height) {
-    const int side = std::max(width, height);
-    if (side <= 256) {
-        return 256;
-    }
-    // Above 1024 the level is tiled rather than restored in one block.
-    return side <= 512 || side > 1024 ? 512 : 1024;
+    return tileSideFor(width, height);
 }
 
 void CBlurEst::deconvLevel(int mode, const cv::Mat& in, const cv::Mat& kernel, cv::Mat& out) {
