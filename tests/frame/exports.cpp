@@ -1,4 +1,4 @@
-// Frame, kernel and export-list behaviour, as a host sees it through the shared library.
+// The list of exports, ornCreateKernel, and process attach, tested through the shared library.
 #include "tests/frame/exportedNames.h"
 #include "tests/frame/LoadedLibrary.h"
 #include "tests/support/NullWhenOutOfMemory.h"
@@ -49,7 +49,7 @@ TEST_F(Exports, SetupAndTraceReturnZeroAndChangeNothing) {
     EXPECT_STREQ(errorMessage(), "");
 }
 
-TEST_F(Exports, CreateKernelWithoutDataIsRefusedAndLeavesTheOtherFields) {
+TEST_F(Exports, CreateKernelRefusesNullDataAndLeavesTheRecordUnchanged) {
     KernelRecord record{-11, -12, -13, -14, nullptr};
     EXPECT_EQ(createKernel(0, 1.0f, 0.0f, &record), VELORN_BAD_ARGUMENT);
     EXPECT_EQ(record.width, -11);
@@ -60,7 +60,7 @@ TEST_F(Exports, CreateKernelWithoutDataIsRefusedAndLeavesTheOtherFields) {
     EXPECT_EQ(createKernel(0, 1.0f, 0.0f, nullptr), VELORN_BAD_ARGUMENT);
 }
 
-TEST_F(Exports, CreateKernelOfUnknownTypeIsRefusedAndLeavesTheRecord) {
+TEST_F(Exports, CreateKernelRefusesUnknownTypesAndLeavesTheRecordUnchanged) {
     for (const int32_t type : {3, -1, 100}) {
         Kernel kernel;
         EXPECT_EQ(createKernel(type, 1.0f, 0.0f, &kernel.record), VELORN_BAD_ARGUMENT);
@@ -83,7 +83,7 @@ TEST_F(Exports, CreateKernelFillsTheRecordWithoutRowPadding) {
     EXPECT_EQ(kernel.values[15], -1.0f);
 }
 
-TEST_F(Exports, CreateKernelMakesEachShape) {
+TEST_F(Exports, CreateKernelCreatesEachShape) {
     Kernel gaussian;
     ASSERT_EQ(createKernel(0, 1.0f, 99.0f, &gaussian.record), VELORN_OK);
     EXPECT_EQ(gaussian.record.width, 7);
@@ -102,7 +102,7 @@ TEST_F(Exports, CreateKernelMakesEachShape) {
     }
 }
 
-TEST_F(Exports, KernelThatNoMemoryHoldsIsAFailureThatLeavesTheLibraryIdle) {
+TEST_F(Exports, KernelTooLargeToAllocateFailsAndLeavesTheLibraryIdle) {
     Kernel kernel;
     EXPECT_EQ(createKernel(0, INFINITY, 0.0f, &kernel.record), VELORN_FAILURE);
     EXPECT_EQ(createKernel(1, 1e9f, 0.0f, &kernel.record), VELORN_FAILURE);
@@ -111,7 +111,7 @@ TEST_F(Exports, KernelThatNoMemoryHoldsIsAFailureThatLeavesTheLibraryIdle) {
     EXPECT_EQ(createKernel(2, 5.0f, 0.0f, &kernel.record), VELORN_OK);
 }
 
-TEST_F(Exports, NotANumberArgumentsAreSurvived) {
+TEST_F(Exports, NaNArgumentsGiveAKernelOfOneElement) {
     for (const int32_t type : {0, 1, 2}) {
         Kernel kernel;
         EXPECT_EQ(createKernel(type, NAN, NAN, &kernel.record), VELORN_OK);
@@ -120,18 +120,18 @@ TEST_F(Exports, NotANumberArgumentsAreSurvived) {
     }
 }
 
-TEST_F(Exports, HeaderServesAHostWrittenInC) {
+TEST_F(Exports, HeaderCompilesInAHostWrittenInC) {
     std::vector<float> values(5);
     EXPECT_TRUE(callFromC(createKernel, values.data()));
     EXPECT_FLOAT_EQ(values[2], 0.2f);
 }
 
-TEST(Attach, HostThatClosesTheLibraryLeavesItToItsThreads) {
+TEST(Attach, LibraryRemainsInTheProcessAfterTheHostClosesIt) {
     { const LoadedLibrary library; }
     EXPECT_TRUE(LoadedLibrary::staysInTheProcess());
 }
 
-// In a process of its own: only the first load of a process attaches.
+// Runs in a process of its own, because only the first load in a process attaches.
 TEST(AttachDeathTest, LeavesTheAttachingThreadFlushingDenormals) {
     testing::FLAGS_gtest_death_test_style = "threadsafe";
     const auto flagsAreSetByLoading = [] {
@@ -139,7 +139,7 @@ TEST(AttachDeathTest, LeavesTheAttachingThreadFlushingDenormals) {
         constexpr unsigned kUnderflowMasked = 1u << 11;
         constexpr unsigned kFlushToZero = 1u << 15;
         constexpr unsigned kAll = kDenormalsAreZero | kUnderflowMasked | kFlushToZero;
-        _mm_setcsr(_mm_getcsr() & ~(kDenormalsAreZero | kFlushToZero));
+        _mm_setcsr(_mm_getcsr() & ~kAll);
         const LoadedLibrary library;
         return (_mm_getcsr() & kAll) == kAll;
     };

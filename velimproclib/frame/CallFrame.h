@@ -2,10 +2,12 @@
 
 #include "velorncore10.h"
 
+#include <utility>
+
 namespace vel {
 
-/// The busy byte: non-zero while a guarded call runs. A plain byte, tested and then set: it turns
-/// away a call made from inside another, not two threads that enter in the same instant.
+/// Set while a guarded call runs. A plain byte that is tested and then set: it refuses a call that
+/// is made from inside another one, but not one of two threads that enter at the same instant.
 class BusyByte {
 public:
     bool isSet() const noexcept { return m_busy != 0; }
@@ -16,27 +18,31 @@ private:
     unsigned char m_busy = 0;
 };
 
+/// The busy byte of the process.
 BusyByte& busyByte() noexcept;
 
-/// The text of the last text failure, 4096 characters, process-wide.
+/// The text of the last text failure, in a process-wide buffer of 4096 characters.
 const char* errorText() noexcept;
 
-/// Empties the error text by clearing its first character; what stood behind stays there.
+/// Clears the first character of the error text. The characters after it remain.
 void clearErrorText() noexcept;
 
-/// Copies `text` to the error text, at most 4094 characters. The terminating zero is written one
-/// place too far on: the character at the text's length stays as it was. Hosts know it that way.
+/// Copies at most 4094 characters of `text` to the error text. The terminating zero is written one
+/// place too late, as hosts expect it: the character at the length of the text remains.
 void storeErrorText(const char* text) noexcept;
 
-/// The status that stands for the exception in flight: a text is stored and gives -5, an integer n
-/// gives n - 1000, everything else -1000. To be called from a catch clause only.
+/// Returns the status of the exception in flight: -5 for a text, which is stored, n - 1000 for an
+/// integer n, and -1000 for anything else. Call it from a catch clause only.
 int32_t statusOfCurrentFailure() noexcept;
 
-/// The frame of the guarded exports: empties the error text, turns away a call into the busy
-/// library with status 1, keeps the busy byte set while `body` runs and turns its failures into
-/// statuses. `body` returns the status of a call that did not fail.
-template <class Body>
-int32_t runGuarded(Body&& body) noexcept {
+/// The frame of the guarded exports. Clears the error text, refuses the call with status 1 if the
+/// library is busy, keeps the busy byte set while the call runs and turns failures into statuses.
+///
+/// @param open returns the call: an object that owns everything the call allocates. Its `run`
+///        returns the status of a call that does not fail. Opening, running and destroying the
+///        call may throw.
+template <class Open>
+int32_t runGuardedCall(Open&& open) noexcept {
     clearErrorText();
     if (busyByte().isSet()) {
         return VELORN_OK;
@@ -44,12 +50,27 @@ int32_t runGuarded(Body&& body) noexcept {
     busyByte().set();
     int32_t status;
     try {
-        status = body();
+        auto call = std::forward<Open>(open)();
+        status = call.run();
+        if (status == VELORN_CANCELLED) {
+            // A cancelled call ends the busy state before it destroys its objects; every other call
+            // destroys them first.
+            busyByte().clear();
+        }
     } catch (...) {
         status = statusOfCurrentFailure();
     }
     busyByte().clear();
     return status;
+}
+
+/// The same for a call without objects that outlive `body`, which returns the status.
+template <class Body>
+int32_t runGuarded(Body&& body) noexcept {
+    struct Call {
+        Body& run;
+    };
+    return runGuardedCall([&] { return Call{body}; });
 }
 
 } // namespace vel

@@ -1,4 +1,4 @@
-// What happens when a process loads and unloads the library.
+// Process attach and detach.
 #include "velimproclib/primitives/base/ProcessorVariants.h"
 
 #if defined(__SSE__)
@@ -21,8 +21,8 @@ constexpr unsigned kUnderflowMasked = 1u << 11;
 constexpr unsigned kFlushToZero = 1u << 15;
 #endif
 
-/// Denormals cost hundreds of cycles each and carry nothing that a picture shows. The setting stays
-/// with the attaching thread, and where threads inherit it, with those that it starts from now on.
+/// Denormals cost hundreds of cycles each and contribute nothing visible. The setting remains with
+/// the attaching thread; threads that help with a call adopt the control word of its caller.
 void flushDenormals() noexcept {
 #if defined(__SSE__)
     _mm_setcsr(_mm_getcsr() | kDenormalsAreZero | kUnderflowMasked | kFlushToZero);
@@ -44,8 +44,8 @@ void attachProcess() noexcept {
 
 namespace {
 
-/// The OpenMP runtime is part of the library, and its threads wait inside it for the next call: the
-/// code must stay where it is when the host unloads it.
+/// Keeps the library in the process after the host unloads it: the OpenMP runtime is part of the
+/// library, and its threads wait inside it for the next call.
 void stayLoaded() noexcept {
     HMODULE self = nullptr;
     GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_PIN,

@@ -1,5 +1,6 @@
 #include "velimproclib/frame/blurEstimate.h"
 
+#include "velimproclib/frame/hostRows.h"
 #include "velimproclib/primitives/base/failures.h"
 #include "velimproclib/veldeblurcv/estimation/BlurEst.h"
 #include "velimproclib/veldeblurcv/estimation/lumaToMat.h"
@@ -11,12 +12,12 @@ namespace vel {
 
 namespace {
 
-/// An even side grows by one.
+/// Increases an even side by one.
 int oddSide(std::int32_t side) {
     return (side / 2) * 2 + 1;
 }
 
-/// Strengths too small to matter act as 0, and 2 is the most. Not-a-number passes, and acts as 0.
+/// Strengths below 0.2 become 0, strengths above 2 become 2. NaN is returned and acts as 0.
 float cutStrength(float strength) {
     if (strength < 0.2f) {
         return 0.0f;
@@ -34,13 +35,12 @@ void checkImage(const PlaneRecord* image) {
     if (image->data == nullptr) {
         throw "ornBlurEstimate - image data ==NULL";
     }
-    const std::int64_t pixelBytes = image->format == psC3U8 ? 3 : 6;
-    if (image->height > 1 && image->step < image->width * pixelBytes) {
+    if (isShorterThanARow(image->step, image->format, image->width, image->height)) {
         throw "ornBlurEstimate - step shorter than a row";
     }
 }
 
-/// The top left part that the host asked for: an even request loses the last row or column.
+/// Copies the upper left part that the host asked for: an even side drops the last row or column.
 void copyKernel(const cv::Mat& estimated, const KernelRecord& record) {
     float* out = record.data;
     for (int y = 0; y < record.height; ++y) {
@@ -66,15 +66,17 @@ int32_t blurEstimate(ProgressRecord* progress, const PlaneRecord* image, KernelR
         throw "ornBlurEstimate - kernel data ==NULL";
     }
     checkImage(image);
+    // Callbacks may change the record of the host.
+    const KernelRecord wanted = *kernel;
 
     CProgressSpan span(progress);
     cv::Mat luminance;
     lumaToMat(*image, luminance);
-    cv::Mat estimated(oddSide(kernel->height), oddSide(kernel->width), CV_32FC1);
+    cv::Mat estimated(oddSide(wanted.height), oddSide(wanted.width), CV_32FC1);
     CBlurEst estimator;
     estimator.setup(luminance, estimated, &span);
     estimator.estimate(cutStrength(strength));
-    copyKernel(estimator.m_kPyr[0], *kernel);
+    copyKernel(estimator.m_kPyr[0], wanted);
     span.finish();
     return VELORN_OK;
 }

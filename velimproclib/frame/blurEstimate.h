@@ -4,12 +4,15 @@
 
 namespace vel {
 
-/// Body of `ornBlurEstimate`: luminance of the image, estimation of an odd-sided kernel, copy of
-/// the wanted part into the host's record. The record's anchors stay as they are.
-/// @return VELORN_OK, also for a kernel of no size, whose record is zeroed instead
-/// @throws const char* "ornBlurEstimate - kernel_p ==NULL", a text for records that cannot be used,
-/// `kNoPixels` for an image without pixels, and whatever the estimator throws; the kernel's data is
-/// then as it was
+/// Body of `ornBlurEstimate`: converts the image to luminance, estimates a kernel with odd sides
+/// and copies the requested part to the record of the host. The anchors of the record are
+/// unchanged. The kernel record is read once, before the first callback.
+/// @return VELORN_OK, also for a kernel with a side below 1, which sets the first four fields of
+///         the record to 0
+/// @throws const char* "ornBlurEstimate - kernel_p ==NULL", a text for unusable records,
+/// `kNoPixels`
+///         for an image without pixels, and the failures of the estimator. The kernel data is then
+///         unchanged.
 int32_t blurEstimate(ProgressRecord* progress, const PlaneRecord* image, KernelRecord* kernel,
                      float strength);
 

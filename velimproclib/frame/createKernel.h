@@ -4,10 +4,11 @@
 
 namespace vel {
 
-/// Body of `ornCreateKernel`: makes the shape of `type` and fills the record, data included.
-/// @return VELORN_OK, or VELORN_BAD_ARGUMENT, with the record untouched, when there is no record,
-/// no data or no such type
-/// @throws std::bad_alloc or cv::Exception for shapes that no memory holds
+/// Body of `ornCreateKernel`: creates the kernel of `type` and fills the record, including its
+/// data.
+/// @return VELORN_OK, or VELORN_BAD_ARGUMENT for a null record, null data or an unknown type, with
+///         the record unchanged
+/// @throws std::bad_alloc or cv::Exception when the allocation of the kernel fails
 int32_t createKernel(int32_t type, float paramA, float paramB, KernelRecord* kernel);
 
 } // namespace vel

@@ -1,4 +1,4 @@
-// The exported functions: a thin layer that opens the call frame where there is one, and hands on.
+// The exported functions: a thin layer that opens the call frame of the guarded calls.
 #include "velimproclib/bridge/DisplayImage.h"
 #include "velimproclib/bridge/IccTransform.h"
 #include "velimproclib/frame/blurEstimate.h"
@@ -10,7 +10,7 @@
 
 #include <cstdint>
 
-// Hosts on 32 bits fill these records by offset, from languages that never see the header.
+// 32-bit hosts written in other languages fill these records by offset.
 static_assert(sizeof(void*) != 4 || (sizeof(ProgressRecord) == 20 && sizeof(ImageRecord) == 28 &&
                                      sizeof(PlaneRecord) == 20 && sizeof(KernelRecord) == 20 &&
                                      sizeof(PSProfilesRecord) == 16));
@@ -22,7 +22,8 @@ int32_t ornDeblurSharpen(ProgressRecord* progress, ImageRecord* image, KernelRec
     const vel::DeblurSettings settings{deconvolve != 0, deconvLambda, deconvAlpha, limitStrength,
                                        edgeRadius,      edgeSlope,    edgeGain,    edgeFloor,
                                        detailGain,      detailGamma};
-    return vel::runGuarded([&] { return vel::deblurSharpen(progress, image, kernel, settings); });
+    return vel::runGuardedCall(
+        [&] { return vel::deblurSharpen(progress, image, kernel, settings); });
 }
 
 int32_t ornBlurEstimate(ProgressRecord* progress, PlaneRecord* image, KernelRecord* kernel,
@@ -69,7 +70,7 @@ int32_t psC1U15toU8(const void* src, int32_t srcStep, int32_t width, int32_t hei
         vel::convertU15toU8(static_cast<const std::uint16_t*>(src), srcStep, width, height,
                             static_cast<std::uint8_t*>(dst), dstStep);
     } catch (...) {
-        // The only answer is 1. Without memory the target stays as it was.
+        // The result is always 1. Exhausted memory leaves the target unchanged.
     }
     return VELORN_OK;
 }

@@ -8,9 +8,9 @@
 
 namespace vel {
 
-/// Sets `current` to `value`, cut to `limit`, and tells the host when both callback and user data
-/// are there.
-/// @return false when a callback was made and asks for cancellation
+/// Sets `current` to `value`, at most `limit`, and calls the host back if both callback and user
+/// data are set.
+/// @return false if the callback was made and asks for cancellation
 inline bool notifyProgress(ProgressRecord& progress, std::int64_t value) {
     progress.current = std::min(narrowToInt32(value), progress.limit);
     if (progress.callback == nullptr || progress.userData == nullptr) {
