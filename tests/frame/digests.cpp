@@ -1,15 +1,10 @@
-// Results of the exports as digests. Every platform must come to the same ones: the inputs are made
-// in integers, and the outputs are compared to the byte.
+// Digests of the results of the exports. Every platform and every processor must give the same
+// ones: the inputs are made in integers, and the outputs are compared to the byte.
 #include "tests/frame/LoadedLibrary.h"
+#include "tests/support/Digest.h"
 #include "tests/support/IccProfiles.h"
 
-#include <algorithm>
-#include <cinttypes>
-#include <cmath>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
-#include <opencv2/core.hpp>
 #include <span>
 #include <string>
 #include <vector>
@@ -17,29 +12,6 @@
 namespace {
 
 using namespace vel::test;
-
-/// 64-bit FNV-1a.
-class Digest {
-public:
-    template <class T>
-    void add(std::span<const T> values) {
-        for (const std::byte byte : std::as_bytes(values)) {
-            m_value = (m_value ^ std::to_integer<std::uint64_t>(byte)) * 0x100000001B3u;
-        }
-    }
-    template <class T>
-    void add(const std::vector<T>& values) {
-        add(std::span<const T>(values));
-    }
-    std::string text() const {
-        char digits[17];
-        std::snprintf(digits, sizeof digits, "%016" PRIX64, m_value);
-        return digits;
-    }
-
-private:
-    std::uint64_t m_value = 0xCBF29CE484222325u;
-};
 
 /// Interleaved colour pixels without padding: bars, rings and grain, softened by a box of 5 by 5.
 /// 8 bits, or 16 on the 15-bit scale.
@@ -97,13 +69,8 @@ struct Settings {
 
 constexpr Settings kAllStages{1, 0.7f, 1.8f, 0.4f, 0.3f};
 
-/// On some processors OpenCV filters floats with fused operations, which round once where there are
-/// two roundings elsewhere. The digests are those without.
 class Digests : public ::testing::Test {
 protected:
-    Digests() { cv::setUseOptimized(false); }
-    ~Digests() override { cv::setUseOptimized(m_wasOptimized); }
-
     KernelRecord kernelOf(int32_t type, float first, float second) {
         KernelRecord kernel{0, 0, 0, 0, kernelValues.data()};
         EXPECT_EQ(createKernel(type, first, second, &kernel), VELORN_OK);
@@ -188,9 +155,6 @@ protected:
     decltype(psC1U8toU15)* toU15 = VELORN_FIND(library, psC1U8toU15);
     decltype(psC1U15toU8)* toU8 = VELORN_FIND(library, psC1U15toU8);
     std::vector<float> kernelValues = std::vector<float>(128 * 128);
-
-private:
-    bool m_wasOptimized = cv::useOptimized();
 };
 
 constexpr const char* kGaussianKernels = "9A66191681E10DCD";
@@ -278,28 +242,6 @@ TEST_F(Digests, PicturesWithEnhancedDetail) {
 TEST_F(Digests, PicturesThroughAllStages) {
     EXPECT_EQ(restored(kAllStages), "2656061A7BD886C3");
 }
-
-#ifndef _WIN32 // where the library has an OpenCV of its own, built without fused operations
-
-TEST_F(Digests, FusedFiltersMoveSingleSamplesOnly) {
-    // They touch the margins of tiles alone, in the last place. Where a threshold of a later stage
-    // falls between the two values, a sample goes another way, and a few around it with it.
-    const auto plain = restoredSamples<std::uint16_t>(kAllStages, 1100, 480);
-    cv::setUseOptimized(true);
-    const auto fused = restoredSamples<std::uint16_t>(kAllStages, 1100, 480);
-    std::size_t moved = 0;
-    double squares = 0.0;
-    for (std::size_t i = 0; i < plain.size(); ++i) {
-        constexpr int kVisible = 128; // one level of 8 bits
-        const int difference = std::abs(int{plain[i]} - int{fused[i]});
-        moved += difference >= kVisible ? 1u : 0u;
-        squares += static_cast<double>(difference) * difference;
-    }
-    EXPECT_LT(moved, plain.size() / 1000);
-    EXPECT_LT(std::sqrt(squares / static_cast<double>(plain.size())), 16.0);
-}
-
-#endif
 
 TEST_F(Digests, EstimatedKernels) {
     Digest digest;

@@ -5,123 +5,118 @@
 #include "velimproclib/tiles/worthATeam.h"
 
 #include <algorithm>
-#include <cstring>
-#include <opencv2/imgproc.hpp>
 
 namespace vel {
 
 namespace {
 
-/// Length of the parts of a seam that are blurred in one go. Fixed, so that neither the work nor
-/// the result depends on the number of threads.
-constexpr int kPartLength = 256;
-
-int partsOf(int length) {
-    return std::max(length / kPartLength, 1);
-}
-
-/// The last part takes what is left.
-cv::Range partOf(int length, int part) {
-    const bool isLast = part + 1 == partsOf(length);
-    return {part * kPartLength, isLast ? length : (part + 1) * kPartLength};
-}
-
-/// The weight of the plane by distance from the edge: a quarter of the margin and two rows more are
-/// pure seam, then the plane comes in evenly, and is not quite all at the margin's inner end.
-void fillFade(std::vector<float>& fade, int border) {
+/// The weight of the plane by distance from the edge. It is 0 for a quarter of the margin and two
+/// rows more, then grows evenly, and stays below 1 at the inner end of the margin.
+std::vector<float> fadeWeights(int border) {
     const int replaced = border / 4;
     const float delta = 1.0f / static_cast<float>(border - replaced);
     float alpha = 0;
-    fade.resize(static_cast<std::size_t>(border));
+    std::vector<float> weights;
     for (int i = 0; i < border; ++i) {
-        fade[static_cast<std::size_t>(i)] = alpha;
+        weights.push_back(alpha);
         if (i > replaced) {
             alpha += delta;
         }
     }
+    return weights;
 }
 
-void fadeIn(float* plane, const float* seam, int count, float alpha) {
-    for (int x = 0; x < count; ++x) {
-        plane[x] = blend(static_cast<double>(seam[x]), static_cast<double>(plane[x]), alpha);
+/// What one taper does to every plane.
+struct Taper {
+    std::vector<float> weights; ///< of the plane, by distance from the edge
+    GaussianBlur blur;
+
+    int margin() const { return static_cast<int>(weights.size()); }
+    /// Rows or columns taken from each edge. The blur of the margin reads all of them, and nothing
+    /// beyond.
+    int edge() const { return margin() + blur.reach(); }
+};
+
+/// The index in 0 .. size - 1 that `index` meets when the plane is reflected at its edges without
+/// repeating the edge pixel. `index` is at most size - 1 outside.
+int reflected(int index, int size) {
+    if (index < 0) {
+        return -index;
     }
+    return index < size ? index : 2 * (size - 1) - index;
 }
 
-void joinRows(const cv::Mat& plane, cv::Mat& joined, int edge) {
-    joined.create(2 * edge, plane.cols, CV_32FC1);
-    plane.rowRange(plane.rows - edge, plane.rows).copyTo(joined.rowRange(0, edge));
-    plane.rowRange(0, edge).copyTo(joined.rowRange(edge, 2 * edge));
-}
-
-void joinColumns(const cv::Mat& plane, cv::Mat& joined, int edge) {
-    joined.create(plane.rows, 2 * edge, CV_32FC1);
-    plane.colRange(plane.cols - edge, plane.cols).copyTo(joined.colRange(0, edge));
-    plane.colRange(0, edge).copyTo(joined.colRange(edge, 2 * edge));
-}
-
-void fadeRows(cv::Mat& plane, const cv::Mat& seam, cv::Range columns,
-              const std::vector<float>& fade) {
-    const int middle = seam.rows / 2;
-    for (int i = 0; i < static_cast<int>(fade.size()); ++i) {
-        const float alpha = fade[static_cast<std::size_t>(i)];
-        const int last = plane.rows - 1 - i;
-        fadeIn(plane.ptr<float>(i, columns.start), seam.ptr<float>(middle + i, columns.start),
-               columns.size(), alpha);
-        fadeIn(plane.ptr<float>(last, columns.start),
-               seam.ptr<float>(middle - 1 - i, columns.start), columns.size(), alpha);
-    }
-}
-
-void fadeColumns(cv::Mat& plane, const cv::Mat& seam, cv::Range rows,
-                 const std::vector<float>& fade) {
-    const int middle = seam.cols / 2;
-    for (int y = rows.start; y < rows.end; ++y) {
-        float* left = plane.ptr<float>(y);
-        float* right = left + plane.cols - 1;
-        const float* leftSeam = seam.ptr<float>(y, middle);
-        const float* rightSeam = leftSeam - 1;
-        for (int i = 0; i < static_cast<int>(fade.size()); ++i) {
-            const float alpha = fade[static_cast<std::size_t>(i)];
-            fadeIn(left + i, leftSeam + i, 1, alpha);
-            fadeIn(right - i, rightSeam - i, 1, alpha);
+/// The last `edge` rows of the plane above the first ones, continued by reflection on both sides.
+void joinRows(const cv::Mat& plane, const Taper& taper, cv::Mat& joined) {
+    const int edge = taper.edge();
+    const int reach = taper.blur.reach();
+    joined.create(2 * edge, plane.cols + 2 * reach, CV_32FC1);
+    for (int y = 0; y < joined.rows; ++y) {
+        const float* source = plane.ptr<float>(y < edge ? plane.rows - edge + y : y - edge);
+        float* target = joined.ptr<float>(y) + reach;
+        std::copy_n(source, plane.cols, target);
+        for (int i = 1; i <= reach; ++i) {
+            target[-i] = source[reflected(-i, plane.cols)];
+            target[plane.cols - 1 + i] = source[reflected(plane.cols - 1 + i, plane.cols)];
         }
     }
 }
 
+/// The last `edge` columns of the plane beside the first ones, continued by reflection above and
+/// below.
+void joinColumns(const cv::Mat& plane, const Taper& taper, cv::Mat& joined) {
+    const int edge = taper.edge();
+    const int reach = taper.blur.reach();
+    joined.create(plane.rows + 2 * reach, 2 * edge, CV_32FC1);
+    for (int y = 0; y < joined.rows; ++y) {
+        const float* source = plane.ptr<float>(reflected(y - reach, plane.rows));
+        std::copy_n(source + plane.cols - edge, edge, joined.ptr<float>(y));
+        std::copy_n(source, edge, joined.ptr<float>(y) + edge);
+    }
+}
+
+float faded(float seam, float plane, float weight) {
+    return blend(static_cast<double>(seam), static_cast<double>(plane), weight);
+}
+
+/// Length of the bands that are faded in one go.
+constexpr int kBandLength = 128;
+
+void fadeRows(cv::Mat& plane, const cv::Mat& seam, const std::vector<float>& weights) {
+    const int margin = static_cast<int>(weights.size());
+    forEachRowBand(plane.cols, kBandLength, [&](int begin, int end) {
+        for (int i = 0; i < margin; ++i) {
+            const float weight = weights[static_cast<std::size_t>(i)];
+            float* top = plane.ptr<float>(i);
+            float* bottom = plane.ptr<float>(plane.rows - 1 - i);
+            const float* topSeam = seam.ptr<float>(margin + i);
+            const float* bottomSeam = seam.ptr<float>(margin - 1 - i);
+            for (int x = begin; x < end; ++x) {
+                top[x] = faded(topSeam[x], top[x], weight);
+                bottom[x] = faded(bottomSeam[x], bottom[x], weight);
+            }
+        }
+    });
+}
+
+void fadeColumns(cv::Mat& plane, const cv::Mat& seam, const std::vector<float>& weights) {
+    const int margin = static_cast<int>(weights.size());
+    forEachRowBand(plane.rows, kBandLength, [&](int begin, int end) {
+        for (int y = begin; y < end; ++y) {
+            float* left = plane.ptr<float>(y);
+            float* right = left + plane.cols - 1;
+            const float* leftSeam = seam.ptr<float>(y) + margin;
+            const float* rightSeam = leftSeam - 1;
+            for (int i = 0; i < margin; ++i) {
+                const float weight = weights[static_cast<std::size_t>(i)];
+                left[i] = faded(leftSeam[i], left[i], weight);
+                right[-i] = faded(rightSeam[-i], right[-i], weight);
+            }
+        }
+    });
+}
+
 } // namespace
-
-// Only what the fade reads is blurred: the `border` rows or columns on each side of the seam, and
-// those in parts, side by side. Each part is a view into the joined strip, so that the filter reads
-// its neighbours from there, and comes out as it would from the whole strip: the strip is just so
-// wide that its own reflecting ends are never reached across the seam.
-
-void CTileTaper::blurPart(const Seam& seam, cv::Rect part, cv::Point offset) const {
-    cv::Mat blurred = seam.blurred(part);
-    cv::GaussianBlur(seam.joined(part + offset), blurred, m_blurSize, m_sigma, m_sigma,
-                     cv::BORDER_REFLECT_101);
-}
-
-void CTileTaper::taperRows(cv::Mat& plane, Seam& seam) const {
-    const int margin = static_cast<int>(m_fade.size());
-    joinRows(plane, seam.joined, m_edge);
-    seam.blurred.create(2 * margin, plane.cols, CV_32FC1);
-    forEachPiece(partsOf(plane.cols), [&](int part, int) {
-        const cv::Range columns = partOf(plane.cols, part);
-        blurPart(seam, {columns.start, 0, columns.size(), 2 * margin}, {0, m_edge - margin});
-        fadeRows(plane, seam.blurred, columns, m_fade);
-    });
-}
-
-void CTileTaper::taperColumns(cv::Mat& plane, Seam& seam) const {
-    const int margin = static_cast<int>(m_fade.size());
-    joinColumns(plane, seam.joined, m_edge);
-    seam.blurred.create(plane.rows, 2 * margin, CV_32FC1);
-    forEachPiece(partsOf(plane.rows), [&](int part, int) {
-        const cv::Range rows = partOf(plane.rows, part);
-        blurPart(seam, {0, rows.start, 2 * margin, rows.size()}, {m_edge - margin, 0});
-        fadeColumns(plane, seam.blurred, rows, m_fade);
-    });
-}
 
 void CTileTaper::taperBlock(std::span<cv::Mat> planes, std::int32_t border) {
     if (border < 1 || planes.empty()) {
@@ -134,21 +129,22 @@ void CTileTaper::taperBlock(std::span<cv::Mat> planes, std::int32_t border) {
         return;
     }
     const int blurSide = 2 * (border / 2) + 3;
-    m_edge = static_cast<std::int32_t>(edge);
-    m_blurSize = {blurSide, blurSide};
-    m_sigma = 0.2 * blurSide;
-    fillFade(m_fade, border);
+    const Taper taper{fadeWeights(border), GaussianBlur(blurSide, 0.2 * blurSide)};
     m_rowSeams.resize(planes.size());
     m_columnSeams.resize(planes.size());
-    const int count = static_cast<int>(planes.size());
-    // Loops within a loop, so that a thread that has no plane left takes parts of another's.
-    const auto taperPlanes = [&] {
-        forEachPiece(count, [&](int p, int) {
-            const auto index = static_cast<std::size_t>(p);
-            taperRows(planes[index], m_rowSeams[index]);
-            taperColumns(planes[index], m_columnSeams[index]);
-        });
+    const auto taperPlane = [&](int p, int) {
+        cv::Mat& plane = planes[static_cast<std::size_t>(p)];
+        Seam& rows = m_rowSeams[static_cast<std::size_t>(p)];
+        joinRows(plane, taper, rows.joined);
+        taper.blur.blur(rows.joined, rows.along, rows.blurred);
+        fadeRows(plane, rows.blurred, taper.weights);
+        Seam& columns = m_columnSeams[static_cast<std::size_t>(p)];
+        joinColumns(plane, taper, columns.joined);
+        taper.blur.blur(columns.joined, columns.along, columns.blurred);
+        fadeColumns(plane, columns.blurred, taper.weights);
     };
+    // Loops within a loop, so that a thread that has no plane left takes bands of another's.
+    const auto taperPlanes = [&] { forEachPiece(static_cast<int>(planes.size()), taperPlane); };
     if (worthATeam(first.cols, first.rows)) {
         runInTeam(taperPlanes);
     } else {
