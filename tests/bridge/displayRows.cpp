@@ -23,8 +23,8 @@ int level(std::uint16_t element) {
     return std::min(element / 128, 255);
 }
 
-/// Calls `check` for rows of every length, start and processor variant; only the first rows of the
-/// shapes matter.
+/// Calls `check` for rows of many lengths and start addresses on every processor variant. Only the
+/// first row of each shape is used.
 template <class Check>
 void forRows(Check&& check) {
     std::mt19937 random(1);
@@ -40,7 +40,7 @@ void expectColoursInDisplayOrder() {
         auto rgb = shape.plane<Element>(3);
         auto bgra = shape.plane<std::uint8_t>(4);
         rgb.fill([&] { return randomPixel<Element>(random); });
-        displayRow(rgb.data(), bgra.data(), static_cast<std::size_t>(shape.width));
+        displayRow(unaligned(rgb.data()), bgra.data(), static_cast<std::size_t>(shape.width));
         EXPECT_TRUE(bgra.intact());
         for (int x = 0; x < shape.width; ++x) {
             for (int c = 0; c < 3; ++c) {
@@ -51,19 +51,20 @@ void expectColoursInDisplayOrder() {
     });
 }
 
-TEST(DisplayRows, ColoursStandInDisplayOrderBeforeAnOpaqueAlpha) {
+TEST(DisplayRows, ConvertsToBlueGreenRedAndOpaqueAlpha) {
     expectColoursInDisplayOrder<std::uint8_t>();
     expectColoursInDisplayOrder<std::uint16_t>();
 }
 
 template <class Element>
-void expectOneColourComesOut() {
+void expectOneColourIsExtracted() {
     forRows([](const PlaneShape& shape, std::mt19937& random) {
         auto rgb = shape.plane<Element>(3);
         rgb.fill([&] { return randomPixel<Element>(random); });
         for (int c = 0; c < 3; ++c) {
             auto plane = shape.plane<std::uint8_t>();
-            colourRow(rgb.data(), c, plane.data(), static_cast<std::size_t>(shape.width));
+            colourRow(unaligned(rgb.data()), c, plane.data(),
+                      static_cast<std::size_t>(shape.width));
             EXPECT_TRUE(plane.intact());
             for (int x = 0; x < shape.width; ++x) {
                 ASSERT_EQ(plane.at(x, 0), level(rgb.at(3 * x + c, 0)));
@@ -72,26 +73,26 @@ void expectOneColourComesOut() {
     });
 }
 
-TEST(DisplayRows, OneColourComesOut) {
-    expectOneColourComesOut<std::uint8_t>();
-    expectOneColourComesOut<std::uint16_t>();
+TEST(DisplayRows, ExtractsOneColour) {
+    expectOneColourIsExtracted<std::uint8_t>();
+    expectOneColourIsExtracted<std::uint16_t>();
 }
 
-TEST(DisplayRows, EveryValueOfSixteenBitsIsCutDownByTruncation) {
+TEST(DisplayRows, EverySixteenBitValueIsReducedByTruncation) {
     std::vector<std::uint16_t> values(65536);
     std::iota(values.begin(), values.end(), std::uint16_t{0});
     values.insert(values.end(), {0, 1});
     const std::size_t pixels = values.size() / 3;
     forEachTarget([&] {
         std::vector<std::uint8_t> bgra(4 * pixels);
-        displayRow(values.data(), bgra.data(), pixels);
+        displayRow(unaligned(values.data()), bgra.data(), pixels);
         for (std::size_t i = 0; i < 3 * pixels; ++i) {
             ASSERT_EQ(bgra[i / 3 * 4 + 2 - i % 3], level(values[i])) << values[i];
         }
     });
 }
 
-TEST(DisplayRows, PackedColoursComeBackAndAlphaKeepsItsValue) {
+TEST(DisplayRows, UnpackingRestoresPackedColoursAndKeepsAlpha) {
     forRows([](const PlaneShape& shape, std::mt19937& random) {
         auto bgra = shape.plane<std::uint8_t>(4);
         auto rgb = shape.plane<std::uint8_t>(3);

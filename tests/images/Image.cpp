@@ -1,7 +1,7 @@
 #include "velimproclib/images/Image.h"
 
+#include "tests/support/MallocFails.h"
 #include "tests/support/NullWhenOutOfMemory.h"
-
 #include "velimproclib/primitives/base/Memory.h"
 
 #include <cstdint>
@@ -19,7 +19,7 @@ namespace {
 
 using namespace vel;
 
-/// The integer that `action` throws; 0 when it throws nothing.
+/// The integer that `action` throws, 0 if it throws nothing.
 template <class Action>
 int thrownBy(Action&& action) {
     try {
@@ -30,7 +30,7 @@ int thrownBy(Action&& action) {
     return 0;
 }
 
-/// An image whose memory the test can return after the destructor refused to.
+/// An image whose memory the test releases if the destructor does not.
 template <class Image>
 struct Breakable {
     std::optional<Image> image;
@@ -40,10 +40,10 @@ struct Breakable {
         image.emplace(width, height);
         base = image->m_base;
     }
-    /// Destroys the image and tells what that threw.
+    /// Destroys the image and returns the integer that the destructor throws, 0 for none.
     int destroy() {
         const int failure = thrownBy([this] { image->~Image(); });
-        // The object is gone either way; build one that may go quietly in its place.
+        // The optional destroys its value once more, therefore it needs a new one.
         new (&*image) Image(1, 1);
         if (failure != 0) {
             alignedFree(base);
@@ -131,7 +131,7 @@ TYPED_TEST(ImageFamily, PixelSizeIsChannelsTimesElement) {
               TypeParam::kChannels * static_cast<int>(sizeof(typename TypeParam::Element)));
 }
 
-TEST(Image, DerivedTypesAddNothingButTheirRunTimeType) {
+TEST(Image, DerivedTypesDifferOnlyInTheirRunTimeType) {
     EXPECT_EQ(sizeof(GIMG<float>), sizeof(IMG<float, 1>));
     EXPECT_EQ(sizeof(IMG3<short>), sizeof(IMG<short, 3>));
     GIMG<float> grey(2, 2);
@@ -150,18 +150,56 @@ TEST(Image, GuardCoversOnlyTheFirstThirdOfAThreeChannelSpareRow) {
     EXPECT_EQ(broken.destroy(), 103);
 }
 
-TEST(Image, OneByteBehindTheLastPixelIsNoticedWhenTheRowHasNoPadding) {
+TEST(Image, ByteAfterTheLastPixelIsDetectedIfTheRowHasNoPadding) {
     Breakable<GIMG<unsigned char>> full(64, 7);
     full.base[7 * 64] = 0;
     EXPECT_EQ(full.destroy(), 103);
 }
 
-TEST(Image, OneByteBehindTheLastPixelGoesUnnoticedInThePadding) {
+TEST(Image, ByteAfterTheLastPixelIsNotDetectedInThePadding) {
     EXPECT_EQ(thrownBy([] {
                   GIMG<unsigned char> padded(60, 7);
                   padded.row(6)[60] = 0;
               }),
               0);
+}
+
+template <class Image>
+void expectHeapFallback(std::int32_t step) {
+    std::optional<Image> image;
+    {
+        const vel::test::MallocFails first(1);
+        image.emplace(8, 3);
+    }
+    EXPECT_FALSE(image->m_aligned);
+    EXPECT_FALSE(image->m_wrapped);
+    EXPECT_EQ(image->m_step, step);
+    EXPECT_EQ(image->m_data, image->m_base);
+    for (int y = 0; y < 3; ++y) {
+        std::memset(image->m_base + y * step, 0, static_cast<std::size_t>(step));
+    }
+    EXPECT_EQ(thrownBy([&] { image->~Image(); }), 0);
+    new (&*image) Image(1, 1);
+}
+
+TEST(Image, HeapFallbackHasRowsOfTheHeapStride) {
+    expectHeapFallback<GIMG<float>>(48);
+    expectHeapFallback<IMG3<float>>(112);
+    expectHeapFallback<GIMG<unsigned char>>(48);
+    expectHeapFallback<IMG3<short>>(80);
+}
+
+TEST(Image, HeapFallbackChecksItsGuardRow) {
+    std::optional<GIMG<float>> image;
+    {
+        const vel::test::MallocFails first(1);
+        image.emplace(8, 3);
+    }
+    std::uint8_t* const base = image->m_base;
+    base[3 * 48 + 31] ^= 1;
+    EXPECT_EQ(thrownBy([&] { image->~GIMG(); }), 103);
+    new (&*image) GIMG<float>(1, 1);
+    std::free(base);
 }
 
 TEST(Image, ZeroWidthFallsBackToTheHeapWithSixteenByteRowsAndNoGuard) {
@@ -171,13 +209,13 @@ TEST(Image, ZeroWidthFallsBackToTheHeapWithSixteenByteRowsAndNoGuard) {
                   EXPECT_EQ(image.m_step, 16);
                   EXPECT_FALSE(image.m_aligned);
                   EXPECT_FALSE(image.m_wrapped);
-                  // Eleven rows are there, and nothing in them is verified.
+                  // The block has eleven rows, none of which is checked.
                   std::memset(image.m_base, 0x33, 11 * 16);
               }),
               0);
 }
 
-TEST(Image, StrideOnTheHeapIsAFullSixteenBytesMoreThanAMultipleOfSixteen) {
+TEST(Image, HeapStrideAddsSixteenBytesToAMultipleOfSixteen) {
     EXPECT_EQ(heapStride(0), 16);
     EXPECT_EQ(heapStride(32), 48);
     EXPECT_EQ(heapStride(128), 144);
@@ -185,7 +223,7 @@ TEST(Image, StrideOnTheHeapIsAFullSixteenBytesMoreThanAMultipleOfSixteen) {
     EXPECT_EQ(heapStride(std::numeric_limits<std::int32_t>::max()), 2147483648);
 }
 
-TEST(Image, NegativeWidthIsAnImageWithoutPixelsToo) {
+TEST(Image, NegativeWidthGivesAnImageWithoutPixels) {
     EXPECT_EQ(thrownBy([] {
                   IMG<float, 3> image(std::numeric_limits<std::int32_t>::min(), 2);
                   EXPECT_EQ(image.m_step, 16);
@@ -194,18 +232,18 @@ TEST(Image, NegativeWidthIsAnImageWithoutPixelsToo) {
               0);
 }
 
-TEST(Image, ZeroHeightLeavesTheGuardRowAlone) {
+TEST(Image, ZeroHeightGivesAnImageOfTheGuardRowOnly) {
     GIMG<short> image(5, 0);
     EXPECT_TRUE(image.m_aligned);
     EXPECT_EQ(image.m_step, 32);
 }
 
-TEST(Image, MemoryThatNeitherAllocatorHasThrows102) {
+TEST(Image, FailureOfBothAllocatorsThrows102) {
     EXPECT_EQ(thrownBy([] { GIMG<float> image(500'000'000, 2'000'000'000); }), 102);
     EXPECT_EQ(thrownBy([] { GIMG<unsigned char> image(2'147'483'616, 2'147'483'646); }), 102);
 }
 
-TEST(Image, SizesBeyondThirtyTwoBitsThrow102InsteadOfGettingASmallBlock) {
+TEST(Image, SizesBeyondThirtyTwoBitsThrow102) {
     constexpr std::int32_t kMax = std::numeric_limits<std::int32_t>::max();
     EXPECT_EQ(thrownBy([] { GIMG<float> image(kMax, 1); }), 102);
     EXPECT_EQ(thrownBy([] { GIMG<float> image(1 << 30, 1); }), 102);
@@ -214,12 +252,12 @@ TEST(Image, SizesBeyondThirtyTwoBitsThrow102InsteadOfGettingASmallBlock) {
     EXPECT_EQ(thrownBy([] { GIMG<unsigned char> image(1, kMax); }), 102);
 }
 
-TEST(Image, NegativeHeightThrows102SinceThereIsNoGuardRow) {
+TEST(Image, NegativeHeightThrows102) {
     EXPECT_EQ(thrownBy([] { GIMG<float> image(10, -1); }), 102);
     EXPECT_EQ(thrownBy([] { GIMG<float> image(0, -5); }), 102);
 }
 
-TEST(Image, WrappedImageTakesMemoryAndStepAsTheyStand) {
+TEST(Image, WrappedImageUsesTheGivenMemoryAndStep) {
     float pixels[12] = {};
     EXPECT_EQ(thrownBy([&] {
                   GIMG<float> image(3, 2, pixels, 20);
@@ -230,7 +268,7 @@ TEST(Image, WrappedImageTakesMemoryAndStepAsTheyStand) {
                   EXPECT_FALSE(image.m_aligned);
                   EXPECT_EQ(image.m_status, 1);
                   image.row(1)[2] = 4.0f;
-                  // No guard is written, none is verified.
+                  // The guard row is neither written nor checked.
                   EXPECT_EQ(pixels[10], 0.0f);
               }),
               0);
@@ -243,7 +281,7 @@ TEST(Image, NullDataMeansAllocate) {
     EXPECT_EQ(image.m_step, 32);
 }
 
-TEST(Image, ShiftThenResetLeavesTheImageAsConstructed) {
+TEST(Image, ResetUndoesAShift) {
     IMG<short, 3> image(20, 9);
     image.shiftOrigin(4, 4);
     EXPECT_EQ(image.m_data, image.m_base + 4 * image.m_step + 4 * 6);
@@ -255,7 +293,7 @@ TEST(Image, ShiftThenResetLeavesTheImageAsConstructed) {
     EXPECT_EQ(image.m_roiH, 9);
 }
 
-TEST(Image, ShiftsAccumulateAndMayBeNegativeAndLeaveTheFarCornerInPlace) {
+TEST(Image, ShiftsAccumulateMayBeNegativeAndKeepTheBottomRightCorner) {
     GIMG<unsigned char> image(20, 9);
     image.shiftOrigin(4, 4);
     image.shiftOrigin(-1, -3);
@@ -272,7 +310,7 @@ TEST(Image, MovedRegionDoesNotMoveTheGuard) {
               0);
 }
 
-TEST(Image, DestructionThroughTheBaseVerifiesTheGuard) {
+TEST(Image, DestructionThroughTheBaseChecksTheGuard) {
     auto* image = new GIMG<short>(16, 2);
     std::uint8_t* base = image->m_base;
     base[2 * image->m_step] = 0;
@@ -281,7 +319,29 @@ TEST(Image, DestructionThroughTheBaseVerifiesTheGuard) {
     alignedFree(base);
 }
 
-TEST(Image, BrokenGuardDuringAnotherFailureLeavesThatFailureInFlight) {
+/// Builds and destroys an image with a damaged guard while an exception unwinds the stack.
+struct ImageInACleanup {
+    int* failure;
+
+    ~ImageInACleanup() {
+        Breakable<GIMG<float>> broken(8, 2);
+        broken.base[2 * broken.image->m_step] = 0;
+        *failure = broken.destroy();
+    }
+};
+
+TEST(Image, DamagedGuardThrows103AlsoInACleanupDuringAnotherFailure) {
+    int failure = 0;
+    EXPECT_THROW(
+        {
+            const ImageInACleanup cleanup{&failure};
+            throw std::runtime_error("first");
+        },
+        std::runtime_error);
+    EXPECT_EQ(failure, 103);
+}
+
+TEST(Image, DamagedGuardDuringAnotherFailureLeavesThatFailureInFlight) {
     std::uint8_t* base = nullptr;
     EXPECT_THROW(
         {

@@ -2,18 +2,21 @@
 
 #include <atomic>
 
-/// Lets tests see what happens when the heap has nothing left. In a test program that is linked
-/// with `-Wl,--wrap=malloc` and MallocFails.cpp, the library's calls of malloc come here; those of
-/// shared libraries do not, so that exceptions and containers still find memory.
+/// Makes malloc fail. The test program must be linked with `-Wl,--wrap=malloc` and MallocFails.cpp.
+/// This affects the calls of the statically linked library, not those of shared libraries:
+/// exceptions and containers still get memory.
 namespace vel::test {
 
-inline std::atomic<bool> mallocFails = false;
+inline constexpr int kEveryCall = -1;
 
-/// While one lives, malloc gives null.
+/// The number of calls of malloc that still fail, or `kEveryCall`.
+inline std::atomic<int> failingMallocs = 0;
+
+/// While an object lives, the next `calls` calls of malloc return null.
 class MallocFails {
 public:
-    MallocFails() { mallocFails = true; }
-    ~MallocFails() { mallocFails = false; }
+    explicit MallocFails(int calls = kEveryCall) { failingMallocs = calls; }
+    ~MallocFails() { failingMallocs = 0; }
     MallocFails(const MallocFails&) = delete;
     MallocFails& operator=(const MallocFails&) = delete;
 };

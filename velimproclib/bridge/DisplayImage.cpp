@@ -26,9 +26,12 @@ struct Display {
     int32_t height;
 };
 
+/// Row `y` of the image; hosts may place rows of 16-bit elements at odd addresses.
 template <class Element>
-const Element* sourceRow(const PlaneRecord& image, int32_t y) noexcept {
-    return rowAt(static_cast<const Element*>(image.data), image.step, static_cast<std::size_t>(y));
+const Unaligned<Element>* sourceRow(const PlaneRecord& image, int32_t y) noexcept {
+    const auto* const first = static_cast<const std::uint8_t*>(image.data);
+    return reinterpret_cast<const Unaligned<Element>*>(
+        rowAt(first, image.step, static_cast<std::size_t>(y)));
 }
 
 template <class Element>
@@ -68,7 +71,7 @@ template <class Element>
 void resample(const PlaneRecord& image, const Display& display, float scale) {
     GIMG<unsigned char> planeIn(image.width, image.height);
     GIMG<unsigned char> planeOut(display.width, display.height);
-    // What the resampled picture does not reach shows black and never chance memory.
+    // The pixels that the resampled image does not reach are black.
     clear(planeOut);
     const PixelRect whole{0, 0, image.width, image.height};
     for (int colour = 0; colour < 3; ++colour) {
@@ -84,7 +87,7 @@ void resample(const PlaneRecord& image, const Display& display, float scale) {
 
 template <class Element>
 void show(const PlaneRecord& image, const Display& display, float scale) {
-    // The bounds are doubles: the floats nearest to 1.01 and 0.99 lie on the near side of them.
+    // The bounds are doubles, therefore the floats 0.99 and 1.01 take the direct path. So does NaN.
     if (scale > 1.01 || scale < 0.99) {
         resample<Element>(image, display, scale);
     } else {

@@ -43,32 +43,38 @@ bool areAbsent(const PSProfilesRecord& profiles) noexcept {
            (profiles.inSize < 1 && profiles.outSize < 1);
 }
 
-/// The two profiles of a pass, both open or neither of use.
-struct OpenProfiles {
-    Profile source;
-    Profile target;
-
-    explicit OpenProfiles(const PSProfilesRecord& profiles)
-        : source(openProfile(profiles.inData, profiles.inSize)) {
-        if (source) {
-            target = openProfile(profiles.outData, profiles.outSize);
-        }
+/// Opens the profiles, creates the transform for `format` on both sides and passes it to `convert`.
+/// The transform has no cache of the last pixel, therefore all threads may share it.
+/// @return kDone, also without profiles; kNoTransform if a profile cannot be read; `refused` if the
+///         transform cannot be created
+template <class Convert>
+int32_t withTransform(const PSProfilesRecord& profiles, cmsUInt32Number format, int32_t refused,
+                      const Convert& convert) {
+    if (areAbsent(profiles)) {
+        return kDone;
     }
-    bool areOpen() const noexcept { return source && target; }
-
-    /// `format` on both sides. Without the cache of the last pixel one transform serves all
-    /// threads.
-    Transform transform(cmsUInt32Number format) const {
-        return Transform(cmsCreateTransform(source.get(), format, target.get(), format,
-                                            INTENT_RELATIVE_COLORIMETRIC, cmsFLAGS_NOCACHE));
+    const Profile source = openProfile(profiles.inData, profiles.inSize);
+    if (!source) {
+        return kNoTransform;
     }
-};
+    const Profile target = openProfile(profiles.outData, profiles.outSize);
+    if (!target) {
+        return kNoTransform;
+    }
+    const Transform transform(cmsCreateTransform(source.get(), format, target.get(), format,
+                                                 INTENT_RELATIVE_COLORIMETRIC, cmsFLAGS_NOCACHE));
+    if (!transform) {
+        return refused;
+    }
+    convert(transform);
+    return kDone;
+}
 
 int teamSize() noexcept {
     return std::clamp(omp_get_max_threads(), 1, kMostThreads);
 }
 
-/// What a thread needs to run one row of red, green, blue elements through a transform.
+/// The buffers of a thread: one row of red, green, blue elements before and after the transform.
 template <class Element>
 struct RowBuffers {
     std::vector<Element> in;
@@ -78,8 +84,9 @@ struct RowBuffers {
         : in(3 * static_cast<std::size_t>(width)), out(3 * static_cast<std::size_t>(width)) {}
 };
 
-/// Lets every row of elements be loaded, transformed and stored by a thread with buffers of its
-/// own. All memory is taken before the team starts: no failure has to cross its edge.
+/// Loads, transforms and stores every row, on a team of threads with buffers of their own. All
+/// memory is allocated before the team starts.
+/// @param load fills a row buffer from row y; `store` writes one back to row y
 template <class Element, class Load, class Store>
 void transformRows(const Transform& transform, int32_t width, int32_t height, Load&& load,
                    Store&& store) {
@@ -101,6 +108,19 @@ std::uint8_t* bytesOfRow(std::uint8_t* first, int32_t step, int32_t y) noexcept 
     return rowAt(first, step, static_cast<std::size_t>(y));
 }
 
+void transformDisplay(const Transform& transform, std::uint8_t* pixels, int32_t step, int32_t width,
+                      int32_t height) {
+    const auto count = static_cast<std::size_t>(std::max(width, int32_t{0}));
+    transformRows<std::uint8_t>(
+        transform, width, height,
+        [&](int32_t y, std::vector<std::uint8_t>& in) {
+            packRgbRow(bytesOfRow(pixels, step, y), in.data(), count);
+        },
+        [&](int32_t y, const std::vector<std::uint8_t>& out) {
+            unpackRgbRow(out.data(), bytesOfRow(pixels, step, y), count);
+        });
+}
+
 void transformBytes(const Transform& transform, std::uint8_t* data, int32_t step, int32_t width,
                     int32_t height) {
     transformRows<std::uint8_t>(
@@ -113,7 +133,7 @@ void transformBytes(const Transform& transform, std::uint8_t* data, int32_t step
         });
 }
 
-/// The 15-bit scale is stretched to the transform's 16 bits and back.
+/// Doubles the 15-bit elements to the 16 bits of the transform, and halves the results.
 void transform15Bits(const Transform& transform, std::uint8_t* data, int32_t step, int32_t width,
                      int32_t height) {
     transformRows<std::uint16_t>(
@@ -136,51 +156,23 @@ void transform15Bits(const Transform& transform, std::uint8_t* data, int32_t ste
 
 int32_t iccTransformDisplayRows(const PSProfilesRecord& profiles, void* dst, int32_t dstStep,
                                 int32_t width, int32_t height) {
-    if (areAbsent(profiles)) {
-        return kDone;
-    }
-    const OpenProfiles open(profiles);
-    if (!open.areOpen()) {
-        return kNoTransform;
-    }
-    const Transform transform = open.transform(TYPE_RGB_8);
-    if (!transform) {
-        return kNoTransform;
-    }
-    auto* const pixels = static_cast<std::uint8_t*>(dst);
-    const auto count = static_cast<std::size_t>(std::max(width, int32_t{0}));
-    transformRows<std::uint8_t>(
-        transform, width, height,
-        [&](int32_t y, std::vector<std::uint8_t>& in) {
-            packRgbRow(bytesOfRow(pixels, dstStep, y), in.data(), count);
-        },
-        [&](int32_t y, const std::vector<std::uint8_t>& out) {
-            unpackRgbRow(out.data(), bytesOfRow(pixels, dstStep, y), count);
-        });
-    return kDone;
+    return withTransform(profiles, TYPE_RGB_8, kNoTransform, [&](const Transform& transform) {
+        transformDisplay(transform, static_cast<std::uint8_t*>(dst), dstStep, width, height);
+    });
 }
 
 int32_t iccTransformHostRows(const PSProfilesRecord& profiles, void* data, bool is8, int32_t step,
                              int32_t width, int32_t height) {
-    if (areAbsent(profiles)) {
-        return kDone;
-    }
-    const OpenProfiles open(profiles);
-    if (!open.areOpen()) {
-        return kNoTransform;
-    }
-    const Transform transform = open.transform(is8 ? TYPE_RGB_8 : TYPE_RGB_16);
-    if (!transform) {
-        // Only the 8-bit form tells that there is no transform: callers know it that way.
-        return is8 ? kNoTransform : kDone;
-    }
     auto* const bytes = static_cast<std::uint8_t*>(data);
     if (is8) {
-        transformBytes(transform, bytes, step, width, height);
-    } else {
-        transform15Bits(transform, bytes, step, width, height);
+        return withTransform(profiles, TYPE_RGB_8, kNoTransform, [&](const Transform& transform) {
+            transformBytes(transform, bytes, step, width, height);
+        });
     }
-    return kDone;
+    // Callers rely on the difference: a refused transform is a failure for 8 bits only.
+    return withTransform(profiles, TYPE_RGB_16, kDone, [&](const Transform& transform) {
+        transform15Bits(transform, bytes, step, width, height);
+    });
 }
 
 int32_t displayImageWithProfiles(const PSProfilesRecord* profiles, const PlaneRecord* image,

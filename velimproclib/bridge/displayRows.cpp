@@ -1,7 +1,5 @@
 #include "velimproclib/bridge/displayRows.h"
 
-#include "velimproclib/primitives/base/rows.h"
-
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "velimproclib/bridge/displayRows.cpp"
 #include <hwy/foreach_target.h>
@@ -27,7 +25,7 @@ std::uint8_t displayLevel(std::uint16_t element) {
     return static_cast<std::uint8_t>(level < 255 ? level : 255);
 }
 
-/// The plain row, from pixel `begin` on.
+/// Plain loop over the pixels from `begin` on.
 template <class Element>
 void displayFrom(std::size_t begin, const Unaligned<Element>* HWY_RESTRICT rgb,
                  std::uint8_t* HWY_RESTRICT bgra, std::size_t pixels) {
@@ -40,9 +38,11 @@ void displayFrom(std::size_t begin, const Unaligned<Element>* HWY_RESTRICT rgb,
 }
 
 #if HWY_TARGET != HWY_SCALAR
+/// Converts whole vectors and returns the number of pixels done. The interleaved loads and stores
+/// accept any address.
 template <class Element>
-std::size_t displayVectors(const Element* HWY_RESTRICT rgb, std::uint8_t* HWY_RESTRICT bgra,
-                           std::size_t pixels) {
+std::size_t displayVectors(const Unaligned<Element>* HWY_RESTRICT rgb,
+                           std::uint8_t* HWY_RESTRICT bgra, std::size_t pixels) {
     const hn::ScalableTag<Element> d;
     const hn::Rebind<std::uint8_t, decltype(d)> bytes;
     const auto levels = [&](auto elements) HWY_ATTR {
@@ -59,7 +59,7 @@ std::size_t displayVectors(const Element* HWY_RESTRICT rgb, std::uint8_t* HWY_RE
     std::size_t x = 0;
     for (; x + lanes <= pixels; x += lanes) {
         hn::VFromD<decltype(d)> red, green, blue;
-        hn::LoadInterleaved3(d, rgb + 3 * x, red, green, blue);
+        hn::LoadInterleaved3(d, reinterpret_cast<const Element*>(rgb + 3 * x), red, green, blue);
         hn::StoreInterleaved4(levels(blue), levels(green), levels(red), opaque, bytes,
                               bgra + 4 * x);
     }
@@ -67,14 +67,14 @@ std::size_t displayVectors(const Element* HWY_RESTRICT rgb, std::uint8_t* HWY_RE
 }
 #else
 template <class Element>
-std::size_t displayVectors(const Element*, std::uint8_t*, std::size_t) {
+std::size_t displayVectors(const Unaligned<Element>*, std::uint8_t*, std::size_t) {
     return 0;
 }
 #endif
 
 template <class Element>
-void colourRow(const Unaligned<Element>* HWY_RESTRICT rgb, int colour,
-               std::uint8_t* HWY_RESTRICT plane, std::size_t pixels) {
+void extractColour(const Unaligned<Element>* HWY_RESTRICT rgb, int colour,
+                   std::uint8_t* HWY_RESTRICT plane, std::size_t pixels) {
     const auto* const elements = rgb + colour;
     for (std::size_t x = 0; x < pixels; ++x) {
         plane[x] = displayLevel(elements[3 * x].value);
@@ -83,17 +83,19 @@ void colourRow(const Unaligned<Element>* HWY_RESTRICT rgb, int colour,
 
 } // namespace
 
-void displayPixelsU8(const std::uint8_t* rgb, std::uint8_t* bgra, std::size_t pixels) {
-    displayFrom(displayVectors(rgb, bgra, pixels), unaligned(rgb), bgra, pixels);
+void displayPixelsU8(const Unaligned<std::uint8_t>* rgb, std::uint8_t* bgra, std::size_t pixels) {
+    displayFrom(displayVectors(rgb, bgra, pixels), rgb, bgra, pixels);
 }
-void displayPixelsU16(const std::uint16_t* rgb, std::uint8_t* bgra, std::size_t pixels) {
-    displayFrom(displayVectors(rgb, bgra, pixels), unaligned(rgb), bgra, pixels);
+void displayPixelsU16(const Unaligned<std::uint16_t>* rgb, std::uint8_t* bgra, std::size_t pixels) {
+    displayFrom(displayVectors(rgb, bgra, pixels), rgb, bgra, pixels);
 }
-void colourBytesU8(const std::uint8_t* rgb, int colour, std::uint8_t* plane, std::size_t pixels) {
-    colourRow(unaligned(rgb), colour, plane, pixels);
+void colourBytesU8(const Unaligned<std::uint8_t>* rgb, int colour, std::uint8_t* plane,
+                   std::size_t pixels) {
+    extractColour(rgb, colour, plane, pixels);
 }
-void colourBytesU16(const std::uint16_t* rgb, int colour, std::uint8_t* plane, std::size_t pixels) {
-    colourRow(unaligned(rgb), colour, plane, pixels);
+void colourBytesU16(const Unaligned<std::uint16_t>* rgb, int colour, std::uint8_t* plane,
+                    std::size_t pixels) {
+    extractColour(rgb, colour, plane, pixels);
 }
 void packPixels(const std::uint8_t* HWY_RESTRICT bgra, std::uint8_t* HWY_RESTRICT rgb,
                 std::size_t pixels) {
@@ -125,20 +127,22 @@ HWY_EXPORT(colourBytesU16);
 HWY_EXPORT(packPixels);
 HWY_EXPORT(unpackPixels);
 
-void displayRow(const std::uint8_t* rgb, std::uint8_t* bgra, std::size_t pixels) noexcept {
+void displayRow(const Unaligned<std::uint8_t>* rgb, std::uint8_t* bgra,
+                std::size_t pixels) noexcept {
     HWY_DYNAMIC_DISPATCH(displayPixelsU8)(rgb, bgra, pixels);
 }
 
-void displayRow(const std::uint16_t* rgb, std::uint8_t* bgra, std::size_t pixels) noexcept {
+void displayRow(const Unaligned<std::uint16_t>* rgb, std::uint8_t* bgra,
+                std::size_t pixels) noexcept {
     HWY_DYNAMIC_DISPATCH(displayPixelsU16)(rgb, bgra, pixels);
 }
 
-void colourRow(const std::uint8_t* rgb, int colour, std::uint8_t* plane,
+void colourRow(const Unaligned<std::uint8_t>* rgb, int colour, std::uint8_t* plane,
                std::size_t pixels) noexcept {
     HWY_DYNAMIC_DISPATCH(colourBytesU8)(rgb, colour, plane, pixels);
 }
 
-void colourRow(const std::uint16_t* rgb, int colour, std::uint8_t* plane,
+void colourRow(const Unaligned<std::uint16_t>* rgb, int colour, std::uint8_t* plane,
                std::size_t pixels) noexcept {
     HWY_DYNAMIC_DISPATCH(colourBytesU16)(rgb, colour, plane, pixels);
 }

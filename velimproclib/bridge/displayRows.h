@@ -1,27 +1,31 @@
 #pragma once
 
+#include "velimproclib/primitives/base/rows.h"
+
 #include <cstddef>
 #include <cstdint>
 
-/// Rows of the display conversions. Rows stand at any address and do not overlap; the same bytes on
-/// every processor variant. The 16-bit forms take the 15-bit scale: every element is shifted right
-/// by 7 and cut at 255.
+/// Rows of the display conversions. Source and target do not overlap. The results are the same on
+/// every processor variant. The 16-bit forms shift every element of the 15-bit scale right by 7 and
+/// limit it to 255.
 namespace vel {
 
-/// Red, green, blue to display pixels: bytes blue, green, red, 255.
-void displayRow(const std::uint8_t* rgb, std::uint8_t* bgra, std::size_t pixels) noexcept;
-void displayRow(const std::uint16_t* rgb, std::uint8_t* bgra, std::size_t pixels) noexcept;
+/// Converts red, green, blue to display pixels: bytes blue, green, red, 255.
+void displayRow(const Unaligned<std::uint8_t>* rgb, std::uint8_t* bgra,
+                std::size_t pixels) noexcept;
+void displayRow(const Unaligned<std::uint16_t>* rgb, std::uint8_t* bgra,
+                std::size_t pixels) noexcept;
 
-/// One of the three colours, 0 to 2, as bytes.
-void colourRow(const std::uint8_t* rgb, int colour, std::uint8_t* plane,
+/// Extracts one of the three colours, 0 to 2, as bytes.
+void colourRow(const Unaligned<std::uint8_t>* rgb, int colour, std::uint8_t* plane,
                std::size_t pixels) noexcept;
-void colourRow(const std::uint16_t* rgb, int colour, std::uint8_t* plane,
+void colourRow(const Unaligned<std::uint16_t>* rgb, int colour, std::uint8_t* plane,
                std::size_t pixels) noexcept;
 
-/// The colours of display pixels as red, green, blue without gaps.
+/// Packs the colours of display pixels as red, green, blue, three bytes per pixel.
 void packRgbRow(const std::uint8_t* bgra, std::uint8_t* rgb, std::size_t pixels) noexcept;
 
-/// The reverse; alpha keeps its value.
+/// Writes packed colours back to display pixels. Alpha is unchanged.
 void unpackRgbRow(const std::uint8_t* rgb, std::uint8_t* bgra, std::size_t pixels) noexcept;
 
 } // namespace vel

@@ -5,7 +5,7 @@
 namespace vel {
 namespace {
 
-/// Bytes of a pixel of any valid format, 0 for the others.
+/// Bytes per pixel; 0 for an invalid format.
 std::int32_t bytesPerPixel(std::int32_t format) noexcept {
     switch (format) {
     case psC1U8:

@@ -6,7 +6,6 @@
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
-#include <exception>
 #include <limits>
 
 namespace vel {
@@ -38,12 +37,12 @@ void IMG<T, N>::wrap(void* data, std::int32_t step) noexcept {
 template <class T, int N>
 void IMG<T, N>::allocate() {
     const std::int64_t rowLength = std::int64_t{m_width} * kPixelBytes;
-    // A stride or a row count beyond 32 bits cannot be asked for, and a negative height leaves no
-    // row for the guard: both would pass for small blocks on the heap.
+    // The heap fallback would turn these sizes into small blocks: a stride or row count beyond 32
+    // bits wraps, and a negative height has no room for the guard row.
     if (rowLength > kInt32Max - 31 || m_height < 0 || m_height == kInt32Max) {
         throw kNoPixels;
     }
-    // A row length far below 0 is as good as any other that the allocator refuses.
+    // The allocator refuses every length below 1, therefore 0 stands for all negative ones.
     m_base =
         imageAlloc(rowLength < 0 ? 0 : static_cast<std::int32_t>(rowLength), m_height + 1, &m_step);
     m_aligned = m_base != nullptr;
@@ -113,7 +112,7 @@ IMG<T, N>::~IMG() noexcept(false) {
         return;
     }
     if (!guardIsIntact()) {
-        if (std::uncaught_exceptions() == 0) {
+        if (std::uncaught_exceptions() <= m_exceptionsAtStart) {
             throw kGuardOverwritten;
         }
         return;

@@ -3,14 +3,14 @@
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
+#include <exception>
 #include <type_traits>
 
-/// The library's scratch images. A member of the family is a pixel buffer with a row stride, a
-/// rectangular region of interest inside it, and a corruption detector: a guard row behind the last
-/// image row, verified by the destructor.
+/// Scratch images. Each is a pixel buffer with a row stride, a rectangular region of interest, and
+/// a guard row after the last image row, which the destructor checks for overwrites.
 namespace vel {
 
-/// What stands in the guard row of images of `T`, one element per pixel of the width.
+/// The pattern in the guard row of images of `T`: one element per pixel of the width.
 template <class T>
 struct GuardElement;
 
@@ -38,61 +38,62 @@ struct GuardElement<short> {
     static constexpr Type kPattern = 0x6D6E;
 };
 
-/// The stride of an image on the general heap, from the one that the aligned allocator was asked
-/// for or, after it refused a size, from 0: `(step / 16 + 1) * 16` with the division truncating, a
-/// full 16 bytes more even where `step` is a multiple of 16.
+/// Stride of an image on the general heap: `(step / 16 + 1) * 16`, which adds 16 bytes even if
+/// `step` is a multiple of 16. `step` is the stride of the aligned allocator, 0 if it refused the
+/// size.
 constexpr std::int64_t heapStride(std::int64_t step) noexcept {
     return (step / 16 + 1) * 16;
 }
 
-/// An image of `N` interleaved elements `T` a pixel, owned or laid over somebody else's memory.
+/// An image of `N` interleaved elements `T` per pixel. It owns its memory or wraps memory of
+/// another object.
 ///
-/// An owned image has one row more than its height: the guard row. Row starts of an owned image are
-/// 32-byte aligned, except on the heap fallback, where they are as aligned as the heap gives. Pixel
-/// bytes are not initialised. One thread constructs, destroys and moves the region of interest;
-/// threads may share the pixels read-only or write disjoint rows.
+/// An owned image has one row more than its height: the guard row. Its rows start at multiples of
+/// 32 bytes; on the heap fallback they have the alignment of the heap. Pixels are not initialised.
+/// One thread constructs the image, destroys it and moves its region of interest. Several threads
+/// may read the pixels or write disjoint rows.
 template <class T, int N>
 struct IMG {
     static_assert(N == 1 || (N == 3 && !std::is_same_v<T, unsigned short>),
-                  "three channels of 16 bits travel as IMG<short, 3>");
+                  "three channels of 16 bits are stored as IMG<short, 3>");
 
     using Element = T;
     static constexpr int kChannels = N;
     static constexpr std::int32_t kPixelBytes = static_cast<std::int32_t>(sizeof(T)) * N;
 
     std::uint8_t* m_base = nullptr; ///< start of the buffer; never moves
-    bool m_aligned = false;         ///< `m_base` is returned with `alignedFree`
-    bool m_wrapped = false;         ///< the pixels are somebody else's: destruction does nothing
+    bool m_aligned = false;         ///< `m_base` is released with `alignedFree`
+    bool m_wrapped = false;         ///< the pixels belong to another object
     std::uint8_t* m_data = nullptr; ///< top-left pixel of the region of interest
-    std::int32_t m_step = 0;        ///< bytes from row to row
+    std::int32_t m_step = 0;        ///< bytes from one row to the next
     std::int32_t m_width;           ///< full size in pixels
     std::int32_t m_height;
     std::int32_t m_roiW; ///< size of the region of interest in pixels
     std::int32_t m_roiH;
-    std::int32_t m_status; ///< of the last primitive applied through the image; 1 before the first
+    std::int32_t m_status; ///< of the last primitive applied through the image, initially 1
 
-    /// With `data` null, an image of its own: a stride that is a multiple of 32 from the aligned
-    /// allocator, or, when that refuses, the general heap with the `heapStride` of it. A size below
-    /// 1 is such a refusal, with stride 0. Otherwise `data` is wrapped with `step` as it stands,
-    /// and must outlive the image.
-    /// @throws `kNoPixels` when there is no memory, or the sizes fit neither a 32-bit stride nor a
-    /// guard row inside the block.
+    /// If `data` is null, allocates an image with a stride that is a multiple of 32. If the aligned
+    /// allocator fails or a size is below 1, the image is allocated on the general heap with
+    /// `heapStride`. If `data` is not null, wraps it with the given `step`; it must outlive the
+    /// image.
+    /// @throws `kNoPixels` if the allocation fails, if the stride does not fit 32 bits, or if the
+    ///         guard row would lie outside the block
     IMG(std::int32_t width, std::int32_t height, void* data = nullptr, std::int32_t step = 0);
 
     IMG(const IMG&) = delete;
     IMG& operator=(const IMG&) = delete;
 
     /// Moves the top-left corner of the region of interest by (`dx`, `dy`) pixels, which may be
-    /// negative; its bottom-right corner stays. Nothing is checked.
+    /// negative. The bottom-right corner does not move. No bounds are checked.
     virtual void shiftOrigin(std::int32_t dx, std::int32_t dy);
 
     /// Sets the region of interest to the whole image.
     virtual void resetRoi();
 
-    /// Verifies the guard row of an owned image and returns its memory.
-    /// @throws `kGuardOverwritten` when the guard was overwritten; the memory is then not returned.
-    /// While another exception is in flight nothing is thrown, since a second one would end the
-    /// process: the first tells the caller enough.
+    /// Checks the guard row of an owned image and releases its memory.
+    /// @throws `kGuardOverwritten` if the guard row was overwritten; the memory is then not
+    ///         released. Throws nothing while an exception unwinds the stack that the image lives
+    ///         on, because a second one would end the process.
     virtual ~IMG() noexcept(false);
 
     /// First element of row `y` of the region of interest.
@@ -104,6 +105,8 @@ struct IMG {
     const T* pixels() const noexcept { return row(0); }
 
 private:
+    int m_exceptionsAtStart = std::uncaught_exceptions();
+
     std::uint8_t* rowBytes(std::int64_t y) const noexcept {
         return m_data + static_cast<std::ptrdiff_t>(y * m_step);
     }
@@ -120,7 +123,7 @@ template <class T>
 struct GIMG : IMG<T, 1> {
     GIMG(std::int32_t width, std::int32_t height) : IMG<T, 1>(width, height) {}
 
-    /// Laid over the memory of a matrix of floats: its columns, rows, data and step in bytes.
+    /// Wraps a matrix of floats: its columns, rows, data and step in bytes.
     GIMG(std::int32_t width, std::int32_t height, void* data, std::int32_t step)
     requires std::same_as<T, float> : IMG<T, 1>(width, height, data, step) {}
 };
@@ -131,7 +134,7 @@ struct IMG3 : IMG<T, 3> {
     IMG3(std::int32_t width, std::int32_t height) : IMG<T, 3>(width, height) {}
 };
 
-// The whole family.
+// All instances.
 extern template struct IMG<float, 1>;
 extern template struct IMG<float, 3>;
 extern template struct IMG<unsigned char, 1>;

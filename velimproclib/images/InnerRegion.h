@@ -6,12 +6,12 @@
 
 namespace vel {
 
-/// A plane without some columns at either side and some rows above and below, in the terms of the
-/// primitives. A plane too small for that gives a width or height below 1, which they refuse.
+/// The inner part of a plane, without `insetX` columns at both sides and `insetY` rows at the top
+/// and bottom, as arguments for the primitives. If the plane is too small, the width or height is
+/// below 1, which the primitives refuse.
 template <class T>
 struct InnerRegion {
-    /// @param plane one channel of elements T; like any header of a plane it may be constant while
-    /// its pixels are not
+    /// @param plane one channel of elements T. A constant header does not make its pixels constant.
     InnerRegion(const cv::Mat& plane, int insetX, int insetY)
         : data(firstPixel(plane, insetX, insetY)), step(static_cast<std::int32_t>(plane.step[0])),
           w(plane.cols - 2 * insetX), h(plane.rows - 2 * insetY) {}

@@ -7,8 +7,8 @@
 
 namespace vel {
 
-/// The bytes between the rows of `image`, in the terms of the primitives. A step that they cannot
-/// express becomes the largest that they can.
+/// Bytes from one row of `image` to the next, as an argument for the primitives. A step beyond 32
+/// bits becomes the largest 32-bit integer.
 inline std::int32_t stepOf(const cv::Mat& image) {
     return narrowToInt32(static_cast<std::int64_t>(image.step[0]));
 }
