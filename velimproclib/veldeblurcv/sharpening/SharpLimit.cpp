@@ -2,9 +2,9 @@
 
 #include "velimproclib/images/copyFrame.h"
 #include "velimproclib/images/InnerRegion.h"
+#include "velimproclib/images/morphInside.h"
 #include "velimproclib/primitives/base/TeamLoop.h"
 #include "velimproclib/primitives/filters/Medians.h"
-#include "velimproclib/primitives/filters/Morphology.h"
 
 #include <cstddef>
 
@@ -32,7 +32,7 @@ struct BoundRows {
     const std::uint8_t* minSource;
 };
 
-// An 8-bit level on the scale of the planes, a trifle below 1/255.
+// One 8-bit level on the scale of the planes, slightly below 1/255.
 constexpr float kLevel = 0.003921568393707275f;
 
 } // namespace
@@ -72,20 +72,8 @@ HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
 namespace vel {
-namespace {
 
 HWY_EXPORT(limitRow);
-
-using MorphInPlace = decltype(&dilate3x3InPlaceU8);
-
-void morphInside(MorphInPlace morph, cv::Mat& plane, std::int32_t passes) {
-    const InnerRegion<std::uint8_t> inside(plane, 1, 1);
-    for (std::int32_t pass = 0; pass < passes; ++pass) {
-        morph(inside.data, inside.step, inside.w, inside.h);
-    }
-}
-
-} // namespace
 
 void CSharpLimit::Proc(const cv::Mat& imSource, const cv::Mat& imBlur, cv::Mat& out) {
     if (m_imSize.width < 1 || m_imSize.height < 1 || m_mix >= 0.99f) {
@@ -121,7 +109,7 @@ void CSharpLimit::findBounds() {
     struct Bound {
         const cv::Mat& origin;
         cv::Mat& plane;
-        MorphInPlace morph;
+        MorphInPlace* morph;
         std::int32_t passes;
     };
     const Bound bounds[] = {{m_work8, m_maxSource, dilate3x3InPlaceU8, m_radius},
@@ -131,7 +119,7 @@ void CSharpLimit::findBounds() {
     forEachPiece(4, [&](int i, int) {
         const Bound& bound = bounds[i];
         bound.origin.copyTo(bound.plane);
-        morphInside(bound.morph, bound.plane, bound.passes);
+        morphInside(bound.plane, bound.passes, bound.morph);
     });
 }
 

@@ -10,20 +10,22 @@
 #include "velimproclib/veldeblurcv/kernels/Gaussian1D.h"
 
 #include <algorithm>
+#include <array>
+#include <cstdint>
 
-// The planes are worked on in bands of rows, all steps of a band while it is in the cache, and the
-// bands are shared out among the threads. A filter down the columns reads into the neighbouring
-// bands, and so there are three rounds, none of which writes what another band of it reads:
+// The planes are processed in bands of rows, all steps of a band while it is in the cache, and the
+// threads share the bands. A filter down the columns reads rows of the neighbouring bands,
+// therefore there are three rounds. In no round does a band write what another band reads:
 //
 //     measure     m_low: contrast   m_high: distance to the maximum   m_ratio: raw edge measure
 //     normalise                     m_high: smoothed contrast         m_ratio: edge measure
 //     sharpen     m_low: base       m_high: detail                    out: result
 //
-// The object is made anew for every tile: planes that it does without need not be fetched from the
-// system.
+// The driver makes a new object for every tile: three planes instead of more save memory that the
+// system would have to supply each time.
 //
-// A status of a primitive is of no use here: what planes below seven pixels cannot be smoothed
-// stays as the frames' copies leave it.
+// The status of the primitives is ignored on purpose: they refuse regions without pixels, which
+// leaves out the smoothing of planes below seven pixels, and warn of divisions by zero.
 
 namespace vel {
 namespace {
@@ -83,7 +85,7 @@ bool CSharpenEdge::Proc(cv::Mat& in, cv::Mat& out) {
     return true;
 }
 
-/// The rows that are not in the plane's frame; `end` is not above `begin` when there is none.
+/// The part of `rows` outside of the plane's frame; empty when `end` is not above `begin`.
 CSharpenEdge::Rows CSharpenEdge::without(Rows rows, int frame) const {
     return {std::max(rows.begin, frame), std::min(rows.end, m_h - frame)};
 }
@@ -95,8 +97,8 @@ void CSharpenEdge::copyFrameRows(const cv::Mat& src, cv::Mat& dst, Rows rows, in
               rows.end - inner.end, frame, frame);
 }
 
-/// Down the columns into `scratch`, leaving out the rows of the frame, and then along all rows into
-/// `dst`, leaving out the columns of the frame.
+/// Filters down the columns of `src` into `scratch`, without the rows of the frame, then along the
+/// rows of `scratch` into `dst`, without the columns of the frame.
 void CSharpenEdge::smoothRows(const cv::Mat& src, const Taps& taps, cv::Mat& scratch, cv::Mat& dst,
                               Rows rows) const {
     const Rows inner = without(rows, kReach);
@@ -111,8 +113,8 @@ void CSharpenEdge::smoothRows(const cv::Mat& src, const Taps& taps, cv::Mat& scr
     filterRowF32(from.data, from.step, to.data, to.step, to.w, to.h, taps.data(), kTaps, kReach);
 }
 
-/// The local contrast, and as the raw edge measure the smaller of the distance to the local maximum
-/// and the plane itself.
+/// Computes the local contrast and the raw edge measure: the smaller of the distance to the local
+/// maximum and the plane itself.
 void CSharpenEdge::measureRows(const cv::Mat& in, Rows rows) {
     const Rows inner = without(rows, 1);
     if (inner.begin < inner.end) {
