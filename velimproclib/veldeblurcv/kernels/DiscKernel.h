@@ -5,10 +5,10 @@
 namespace vel {
 
 /// Blur kernel of a lens out of focus: a disc of `radius` pixels whose rim pixels hold the share of
-/// their area that the disc covers. CV_32FC1, odd square, sum 1; side 2 * trunc(radius + 0.5) + 1,
-/// so that a radius of exactly a half pixel more keeps an outer ring of zeros. Radius 0 gives a
-/// single not-a-number element.
-/// @throws std::bad_alloc or cv::Exception when there is no matrix of that size
+/// their area that the disc covers. CV_32FC1, odd square, sum 1. The side is
+/// 2 * trunc(radius + 0.5) + 1, therefore a radius with a fraction of exactly one half has an outer
+/// ring of zeros. Radius 0 gives a single NaN element.
+/// @throws std::bad_alloc or cv::Exception when no matrix can have that size
 cv::Mat createDiscKernel(float radius);
 
 } // namespace vel

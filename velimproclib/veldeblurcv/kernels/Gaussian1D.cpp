@@ -1,5 +1,6 @@
 #include "velimproclib/veldeblurcv/kernels/Gaussian1D.h"
 
+#include "velimproclib/primitives/base/toFloat.h"
 #include "velimproclib/primitives/base/truncate.h"
 
 #include <cmath>
@@ -8,7 +9,7 @@ namespace vel {
 
 namespace {
 
-/// Half of an odd size.
+/// Half of `size`, which must be odd and positive.
 int checkedHalf(int size) {
     const int half = size / 2;
     if (half * 2 + 1 != size) {
@@ -27,11 +28,11 @@ void gaussian1D(float* out, int size, float sigma) {
     const int half = checkedHalf(size);
     double sum = 0.0;
     for (int i = -half; i <= half; ++i) {
-        const float tap = static_cast<float>(gaussian(i, sigma));
+        const float tap = toFloat(gaussian(i, sigma));
         out[i + half] = tap;
         sum += tap;
     }
-    const float divisor = static_cast<float>(sum);
+    const float divisor = toFloat(sum);
     for (int i = 0; i < size; ++i) {
         out[i] /= divisor;
     }

@@ -1,7 +1,9 @@
 #include "velimproclib/veldeblurcv/kernels/GaussianKernel.h"
 
+#include "velimproclib/primitives/base/toFloat.h"
 #include "velimproclib/primitives/base/truncate.h"
 #include "velimproclib/veldeblurcv/kernels/KernelMatrix.h"
+#include "velimproclib/veldeblurcv/kernels/normaliseKernel.h"
 
 #include <cmath>
 
@@ -18,21 +20,16 @@ cv::Mat createGaussianKernel(std::int64_t size, float sigma) {
     const double denominator = (deviation + deviation) * deviation;
     float sum = 0.0f;
     for (int row = 0; row < kernel.rows; ++row) {
-        const double dy = static_cast<float>(row - centre);
+        const double dy = toFloat(row - centre);
         float* const elements = kernel.ptr<float>(row);
         for (int column = 0; column < kernel.cols; ++column) {
-            const double dx = static_cast<float>(column - centre);
-            const float exponent = static_cast<float>(-(dx * dx + dy * dy) / denominator);
-            elements[column] = static_cast<float>(std::exp(double{exponent}));
+            const double dx = toFloat(column - centre);
+            const float exponent = toFloat(-(dx * dx + dy * dy) / denominator);
+            elements[column] = toFloat(std::exp(double{exponent}));
             sum += elements[column];
         }
     }
-    for (int row = 0; row < kernel.rows; ++row) {
-        float* const elements = kernel.ptr<float>(row);
-        for (int column = 0; column < kernel.cols; ++column) {
-            elements[column] /= sum;
-        }
-    }
+    normaliseKernel(kernel, sum);
     return kernel;
 }
 

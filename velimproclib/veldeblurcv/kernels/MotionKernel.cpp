@@ -4,15 +4,17 @@
 #include "velimproclib/primitives/base/toFloat.h"
 #include "velimproclib/primitives/base/truncate.h"
 #include "velimproclib/veldeblurcv/kernels/KernelMatrix.h"
+#include "velimproclib/veldeblurcv/kernels/normaliseKernel.h"
 
 #include <cmath>
+#include <cstdint>
 
 namespace vel {
 
 namespace {
 
-/// Folds an angle into 0..180 degrees, rounding after every step of 180. An angle so large that a
-/// step no longer moves it is folded by its remainder instead.
+/// Folds an angle into 0..180 degrees, rounding after every step of 180. An angle too large for a
+/// step to change it is folded by its remainder instead.
 float foldedAngle(float angle) {
     while (angle < 0.0f || angle >= 180.0f) {
         const float next = toFloat(angle < 0.0f ? angle + 180.0 : angle - 180.0);
@@ -68,17 +70,11 @@ private:
     double m_sine;
 };
 
-} // namespace
-
-cv::Mat createMotionKernel(float lengthArgument, float angleDegrees) {
-    const double length = lengthArgument > 1.0f ? lengthArgument : 1.0f;
-    const LineQuadrant quadrant(length, foldedAngle(angleDegrees));
-    cv::Mat line = zeroKernel(2 * quadrant.rows() - 1, 2 * quadrant.columns() - 1);
+/// Writes both halves of the line to `line` and returns the sum of the weights. The halves share
+/// the centre, which the sum counts twice.
+float drawLine(const LineQuadrant& quadrant, cv::Mat& line) {
     const int rows = line.rows / 2 + 1;
     const int columns = line.cols / 2 + 1;
-
-    // The two quadrants share the centre, which the sum counts twice and the divisor takes off
-    // once.
     float sum = 0.0f;
     for (const int side : {-1, 1}) {
         for (int row = 0; row < rows; ++row) {
@@ -89,20 +85,25 @@ cv::Mat createMotionKernel(float lengthArgument, float angleDegrees) {
             }
         }
     }
-    const float divisor = toFloat(LineQuadrant::epsilon() * length * length + sum -
-                                  line.at<float>(rows - 1, columns - 1));
+    return sum;
+}
+
+} // namespace
+
+cv::Mat createMotionKernel(float lengthArgument, float angleDegrees) {
+    const double length = lengthArgument > 1.0f ? lengthArgument : 1.0f;
+    const LineQuadrant quadrant(length, foldedAngle(angleDegrees));
+    cv::Mat line = zeroKernel(2 * quadrant.rows() - 1, 2 * quadrant.columns() - 1);
+    const float sum = drawLine(quadrant, line);
+    const float centre = line.at<float>(line.rows / 2, line.cols / 2);
+    const float divisor = toFloat(LineQuadrant::epsilon() * length * length + sum - centre);
 
     cv::Mat kernel = line;
     if (quadrant.risesToTheRight()) {
         kernel = cv::Mat();
         cv::flip(line, kernel, 0);
     }
-    for (int row = 0; row < kernel.rows; ++row) {
-        float* const elements = kernel.ptr<float>(row);
-        for (int column = 0; column < kernel.cols; ++column) {
-            elements[column] /= divisor;
-        }
-    }
+    normaliseKernel(kernel, divisor);
     return kernel;
 }
 
