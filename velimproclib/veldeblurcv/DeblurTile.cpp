@@ -1,6 +1,7 @@
 #include "velimproclib/veldeblurcv/DeblurTile.h"
 
 #include "velimproclib/primitives/base/Team.h"
+#include "velimproclib/primitives/base/toFloat.h"
 #include "velimproclib/primitives/base/truncate.h"
 #include "velimproclib/tiles/tileSide.h"
 #include "velimproclib/veldeblurcv/sharpening/SharpenEdge.h"
@@ -11,8 +12,9 @@ namespace vel {
 
 namespace {
 
-/// Zeroed when it is made: the edge sharpener reads rows of its output plane that nothing wrote on
-/// the first tile. From then on a plane keeps what the tile before left in it.
+/// Creates a plane of zeros when `plane` has another size: on the first tile the edge sharpener
+/// reads rows of its output plane before anything has written them. Otherwise the plane keeps the
+/// content of the previous tile.
 void createPlane(cv::Mat& plane, cv::Size size) {
     if (plane.size() != size || plane.type() != CV_32FC1) {
         plane = cv::Mat::zeros(size, CV_32FC1);
@@ -32,10 +34,10 @@ void CDeblurTile::setLimiter(float limitStrength, int kernelSide) {
     m_limit.m_imSize = cv::Size(m_w, m_h);
     m_limit.m_innerPasses = 1;
     m_limit.m_radius = std::clamp(truncateToInt((kernelSide + 0.8) / 3.0), 1, 5);
-    m_limit.m_upper = static_cast<float>(upper);
-    m_limit.m_lower = static_cast<float>(1.0 / upper);
+    m_limit.m_upper = toFloat(upper);
+    m_limit.m_lower = toFloat(1.0 / upper);
     // A share of 1 bypasses the limiter.
-    m_limit.m_mix = strength < 0.1 ? 1.0f : static_cast<float>(1.0 - strength);
+    m_limit.m_mix = strength < 0.1 ? 1.0f : toFloat(1.0 - strength);
 }
 
 void CDeblurTile::process(TilePlanes& planes, bool runDeconv, bool runEdge) {

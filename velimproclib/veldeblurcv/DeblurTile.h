@@ -10,27 +10,30 @@
 
 namespace vel {
 
-/// Stages 1 and 2 of a call, with what they keep from tile to tile: the transforms of the kernel
-/// and the scratch planes. One object serves one call, from the calling thread.
+/// Stages 1 and 2 of a call, deconvolution and edge sharpening, with the data that they keep from
+/// tile to tile: the transforms of the kernel and the scratch planes. An object serves one call,
+/// from the calling thread.
 class CDeblurTile {
 public:
     /// Returns the tile side for an image, see `tileSideFor`, and stores it in `m_w` and `m_h`.
     int tileSizeFor(cv::Size imageSize);
 
     /// Sets the limiter for tiles of the chosen size.
-    /// @param limitStrength 0 allows overshoot up to four times the local bounds and lets it
-    /// through in full, 1 holds the result to the bounds; below 0.1 the limiter is bypassed
-    /// @param kernelSide larger side of the kernel: a third of it is how far the bounds look around
+    /// @param limitStrength 0 allows overshoot up to four times the local bounds and keeps all of
+    /// it, 1 limits the result to the bounds; values below 0.1 bypass the limiter
+    /// @param kernelSide larger side of the kernel; the bounds cover a neighbourhood of a third of
+    /// it
     void setLimiter(float limitStrength, int kernelSide);
 
     /// Restores one tile in place.
     /// @param planes luminance and two chroma planes, CV_32FC1 of the tile's size, 1.0 = full scale
     /// @param runDeconv stage 1: deconvolution of all planes, limiter on luminance
     /// @param runEdge stage 2: edge sharpening of luminance
-    /// @throws whatever the stages throw
+    /// @throws what `CDeconvHL::Proc`, `CChromaDeconv::Proc`, `CSharpLimit::Proc` and
+    /// `CSharpenEdge::Proc` throw
     void process(TilePlanes& planes, bool runDeconv, bool runEdge);
 
-    std::int32_t m_w = 1024; ///< tile width in pixels, its margin included
+    std::int32_t m_w = 1024; ///< tile width in pixels, including the margin
     std::int32_t m_h = 1024;
     CDeconvHL m_deconv;
     CChromaDeconv m_chroma;
@@ -39,9 +42,9 @@ public:
     float m_edgeSlope = 0.0f;
     float m_edgeGain = 1.0f;
     float m_edgeFloor = 0.005f;
-    cv::Mat m_deblurred; ///< deconvolved luminance; also what the edge sharpener writes
-    cv::Mat m_chromaTmp; ///< a deconvolved chroma plane
-    cv::Mat m_luma;      ///< luminance as it was before stage 1
+    cv::Mat m_deblurred; ///< deconvolved luminance; also the output of the edge sharpener
+    cv::Mat m_chromaTmp; ///< deconvolved chroma plane
+    cv::Mat m_luma;      ///< luminance before stage 1
 
 private:
     void restoreLuminance(cv::Mat& luminance);

@@ -5,9 +5,8 @@
 #include "velimproclib/primitives/arithmetic/Vectors.h"
 #include "velimproclib/primitives/pixels/PlaneCopies.h"
 
+#include <algorithm>
 #include <array>
-#include <atomic>
-#include <cmath>
 #include <cstddef>
 #include <optional>
 
@@ -17,17 +16,7 @@ namespace {
 
 using Knots = std::array<float, CDetailCurve::kCount>;
 
-Knots evenLevels(float lower, float upper) {
-    const float step = (upper - lower) / static_cast<float>(CDetailCurve::kCount - 1);
-    Knots levels;
-    float level = lower;
-    for (float& knot : levels) {
-        knot = level;
-        level += step;
-    }
-    return levels;
-}
-
+/// The power of the curve, or nothing for a straight line.
 std::optional<float> powerFor(float gamma) {
     if (gamma > 0.01) {
         return 1.0f / (1.0f + 2.0f * gamma);
@@ -38,24 +27,16 @@ std::optional<float> powerFor(float gamma) {
     return std::nullopt;
 }
 
-/// centre*(|t|/centre)^power with the sign of t
-Knots bend(const Knots& levels, float centre, float power) {
+/// Replaces every value t by centre*(|t|/centre)^power with the sign of t.
+void bend(Knots& values, float centre, float power) {
     Knots amplitudes;
-    for (std::size_t i = 0; i < levels.size(); ++i) {
-        amplitudes[i] = (levels[i] >= 0.0f ? levels[i] : -levels[i]) / centre;
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        amplitudes[i] = (values[i] >= 0.0f ? values[i] : -values[i]) / centre;
     }
     Knots bent;
     vsPowx(CDetailCurve::kCount, amplitudes.data(), power, bent.data());
-    for (std::size_t i = 0; i < levels.size(); ++i) {
-        bent[i] = (levels[i] >= 0.0f ? centre : -centre) * bent[i];
-    }
-    return bent;
-}
-
-/// Other threads may be writing the same numbers at the same time.
-void publish(const Knots& knots, float* shared) {
-    for (std::size_t i = 0; i < knots.size(); ++i) {
-        std::atomic_ref<float>(shared[i]).store(knots[i], std::memory_order_relaxed);
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        values[i] = (values[i] >= 0.0f ? centre : -centre) * bent[i];
     }
 }
 
@@ -76,19 +57,33 @@ void CDetailCurve::apply(GIMG<float>& plane, float gamma, float gain, float knee
         return;
     }
     const float slope = gain > 0.0f ? 1.0f + boost * gain : 1.0f + gain;
-    const Knots levels = evenLevels(lower, upper);
-    const std::optional<float> power = powerFor(gamma);
-    Knots values = power ? bend(levels, slope * knee, *power) : levels;
-    for (float& value : values) {
-        value *= slope;
-    }
-    publish(levels, m_levels.get());
-    publish(values, m_values.get());
+    makeLevels(lower, upper);
+    makeValues(gamma, slope, knee);
 
     plane.m_status = clampBelowInPlaceF32(plane.pixels(), plane.m_step, w, h, lower);
     plane.m_status = clampAboveInPlaceF32(plane.pixels(), plane.m_step, w, h, upper);
-    plane.m_status = lutCubicInPlaceF32(plane.pixels(), plane.m_step, w, h, values.data(),
-                                        levels.data(), kCount - 1);
+    plane.m_status = lutCubicInPlaceF32(plane.pixels(), plane.m_step, w, h, m_values.get(),
+                                        m_levels.get(), m_count - 1);
+}
+
+void CDetailCurve::makeLevels(float lower, float upper) {
+    const float step = (upper - lower) / static_cast<float>(m_count - 1);
+    float level = lower;
+    for (std::size_t i = 0; i < kCount; ++i) {
+        m_levels[i] = level;
+        level += step;
+    }
+}
+
+void CDetailCurve::makeValues(float gamma, float slope, float knee) {
+    Knots values;
+    std::copy_n(m_levels.get(), kCount, values.begin());
+    if (const std::optional<float> power = powerFor(gamma)) {
+        bend(values, slope * knee, *power);
+    }
+    for (std::size_t i = 0; i < kCount; ++i) {
+        m_values[i] = values[i] * slope;
+    }
 }
 
 } // namespace vel

@@ -8,7 +8,8 @@ namespace vel {
 
 namespace {
 
-/// Rows of each half beyond the middle of the tile: what the halves' own edges show stays inside.
+/// Rows of each half beyond the middle of the tile. The merge uses only rows far enough from the
+/// half's own edge.
 constexpr std::int32_t kExtraRows = 24;
 
 } // namespace
@@ -25,7 +26,7 @@ void CDetailStage::Proc(cv::Mat& luminance, float detailGain, float detailGamma)
     bottom.copyTo(m_bottom.pixels);
 
     const auto enhance = [&](Half& half) {
-        enhanceHalf(half.pixels, half.detail, half.guide, half.smoother, m_curve, detailGain,
+        enhanceHalf(half.pixels, half.detail, half.guide, half.smoother, half.curve, detailGain,
                     detailGamma);
     };
     runSideBySide([&] { enhance(m_top); }, [&] { enhance(m_bottom); });

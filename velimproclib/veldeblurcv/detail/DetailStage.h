@@ -9,23 +9,24 @@
 
 namespace vel {
 
-/// Stage 3 of a call, with the workspaces and scratch images that it keeps from tile to tile. A
-/// tile's luminance is cut into two overlapping halves that are enhanced at once and joined again.
-/// One object serves one call, from the calling thread.
+/// Stage 3 of a call, detail enhancement of the luminance, with the workspaces and scratch images
+/// that it keeps from tile to tile. It cuts the luminance of a tile into two overlapping halves,
+/// enhances both halves in parallel and merges them. An object serves one call, from the calling
+/// thread.
 class CDetailStage {
 public:
-    /// Allocates the scratch images for tiles of that size, also for a stage that never runs.
-    /// @throws `kNoPixels` when there is no memory
+    /// Allocates the scratch images for tiles of that size, even when the stage never runs.
+    /// @throws `kNoPixels` when memory is exhausted
     CDetailStage(std::int32_t tileWidth, std::int32_t tileHeight);
 
     /// Enhances the detail of one tile in place.
     /// @param luminance CV_32FC1 of the tile's size, 1.0 = full scale
     /// @param detailGain, detailGamma see `enhanceHalf`
-    /// @throws `kNoSmootherMemory` when there is no memory for the workspaces
+    /// @throws `kNoSmootherMemory` when memory for the workspaces is exhausted
     void Proc(cv::Mat& luminance, float detailGain, float detailGamma);
 
 private:
-    /// What one section works with.
+    /// Everything that one section works on; the sections share nothing.
     struct Half {
         Half(std::int32_t width, std::int32_t height)
             : detail(width, height), guide(width, height) {}
@@ -34,11 +35,11 @@ private:
         IMG<float, 1> detail;
         IMG<float, 1> guide;
         CEdgeSmoother smoother;
+        CDetailCurve curve;
     };
 
     Half m_top;
     Half m_bottom;
-    CDetailCurve m_curve;
 };
 
 } // namespace vel

@@ -184,7 +184,7 @@ std::size_t CEdgeSmoother::at(std::int32_t row) const {
 }
 
 CouplingRows CEdgeSmoother::couplings(std::int32_t row) const {
-    // The last row has no pixels below: its zeros also serve for what is above the first one.
+    // The couplings below the last row are zero; they also serve as the couplings above the first.
     const std::int32_t before = row > 0 ? row - 1 : m_h - 1;
     return {m_wx + at(row), m_wy + at(row), m_wy + at(before)};
 }

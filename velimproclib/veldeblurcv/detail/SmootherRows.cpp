@@ -19,14 +19,14 @@ double addLanes(const double* lanes) {
            ((lanes[4] + lanes[5]) + (lanes[6] + lanes[7]));
 }
 
-/// The columns of a row that `sumColumns` may take in blocks of eight.
+/// The columns of a row that `sumColumns` may process in blocks of eight.
 struct Blocks {
     std::size_t begin; ///< a multiple of eight
     std::size_t end;
 };
 
-/// Calls `terms(d, c, t)` for all columns; it stores in `t` the vectors of what columns c and
-/// following add to each of the sums.
+/// Adds up `kSums` sums over all columns. `terms(d, c, t)` stores in `t` one vector for each sum:
+/// the terms of the columns from c on.
 template <std::size_t kSums, class Terms>
 HWY_INLINE void sumColumns(std::size_t count, const Blocks& blocks, double* sums,
                            const Terms& terms) {
@@ -143,7 +143,7 @@ double productLanes(const CouplingRows& coupling, const NeighbourRows& v, double
     const CouplingRows w = coupling;
     const NeighbourRows rows = v;
     double sum;
-    // The first and the last column have one neighbour less and stay out of the blocks.
+    // The first and the last column have one neighbour less, therefore no block contains them.
     sumColumns<1>(
         count, {kSumLanes, count - 1}, &sum, [=](auto d, std::size_t c, auto* term) HWY_ATTR {
             const double* p = rows.here + c;

@@ -5,26 +5,26 @@
 
 /// The row operations of the edge-preserving smoother, in double.
 ///
-/// The smoother's matrix is A = I + L with L the weighted graph Laplacian of the pixel grid. Its
-/// off-diagonal elements, all 0 or below, are what this file calls couplings; D is the diagonal of
-/// A. A residual r is kept as D^-1 r, which is all that the preconditioned iteration asks for.
+/// The smoother's matrix is A = I + L, with L the weighted graph Laplacian of the pixel grid. This
+/// file calls its off-diagonal elements, all 0 or negative, couplings; D is the diagonal of A. A
+/// residual r is stored as D^-1 r, the only form that the preconditioned iteration needs.
 ///
-/// Sums go column by column into eight lanes, column c into lane c mod 8, and the lanes are then
-/// added in pairs: the results have the same bits on every processor variant. Rows have any
-/// alignment and at least one column; target rows lie apart from all others. Nothing is allocated
-/// or thrown, and different rows can be worked on by different threads.
+/// Sums add column c to lane c mod 8 of eight lanes, then add the lanes in pairs: the results have
+/// the same bits on every processor variant. Rows have any alignment and at least one column;
+/// target rows overlap no other row. Nothing allocates or throws, and different threads may work on
+/// different rows.
 namespace vel {
 
-/// How the coupling of two neighbours follows from their guide values.
+/// The coupling of two neighbours as a function of their guide values.
 struct CouplingRule {
     double lambda;         ///< weight of the smoothing
-    double epsilon;        ///< keeps the coupling of equal guide values finite
+    double epsilon;        ///< bounds the coupling of equal guide values
     std::int32_t exponent; ///< of the guide's step; any integer
 };
 
-/// coupling[c] = -lambda/(|b[c] - a[c]|^exponent + epsilon), the power by repeated squaring and,
-/// for negative exponents, as 1 over the power of |exponent|; exponent 0 gives the power 1 for
-/// every step. `a` and `b` may overlap.
+/// coupling[c] = -lambda/(|b[c] - a[c]|^exponent + epsilon). The power is computed by repeated
+/// squaring; for a negative exponent it is 1 over the power of |exponent|, for exponent 0 it is 1.
+/// `a` and `b` may overlap.
 void couplingRow(const CouplingRule& rule, const double* a, const double* b, double* coupling,
                  std::size_t count) noexcept;
 
@@ -38,15 +38,15 @@ struct CouplingRows {
 /// diagonal[c] = 1 - right[c] - below[c] - right[c - 1] - above[c], from left to right.
 void diagonalRow(const CouplingRows& coupling, double* diagonal, std::size_t count) noexcept;
 
-/// A row of a vector between its neighbours. Where there is no neighbour, `here` stands in.
+/// A row of a vector and its neighbours. `here` replaces a neighbour that does not exist.
 struct NeighbourRows {
     const double* above;
     const double* here;
     const double* below;
 };
 
-/// One row of A v into `product`. The terms of L are taken as coupling*(neighbour - v): they vanish
-/// exactly where v is constant.
+/// Writes one row of A v to `product`. The terms of L have the form coupling*(neighbour - v): they
+/// are exactly 0 where v is constant.
 /// @return the row's part of v . A v
 double productRow(const CouplingRows& coupling, const NeighbourRows& v, double* product,
                   std::size_t count) noexcept;
@@ -57,8 +57,8 @@ struct ResidualSums {
     double square; ///< r . r
 };
 
-/// Turns the right-hand side b into the residual of the start vector, D^-1 (b - product), and
-/// copies it to `direction`.
+/// Replaces the right-hand side b in `residual` by the residual of the start vector,
+/// D^-1 (b - product), and copies it to `direction`.
 ResidualSums startRow(const double* product, const double* diagonal, double* residual,
                       double* direction, std::size_t count) noexcept;
 

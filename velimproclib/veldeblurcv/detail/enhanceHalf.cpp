@@ -10,7 +10,7 @@ namespace vel {
 namespace {
 
 constexpr float kSmoothing = 0.05f;
-constexpr float kSmoothingExponent = 1.2f; // counts as 1: the smoother cuts the fraction off
+constexpr float kSmoothingExponent = 1.2f; // the smoother truncates it to 1
 constexpr bool kLogGuide = true;
 constexpr int kIterations = 20;
 constexpr float kKnee = 0.18f;
