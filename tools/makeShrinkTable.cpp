@@ -7,20 +7,24 @@
 //
 //     w(v) = argmin over w of |w|^alpha + (beta / 2) (w - v)^2
 //
-// by one polyline per pair. w is odd, so everything is solved for v > 0. There w is 0 up to a
-// threshold, jumps, and rises from the jump as a concave curve whose inverse has a closed form,
+// by one polyline per pair. w is odd, therefore all equations are solved for v > 0. There w is 0 up
+// to a threshold, jumps, and rises after the jump as a concave curve whose inverse has a closed
+// form,
 //
 //     v(w) = w + (alpha / beta) w^(alpha - 1).
 //
-// A chord of a concave curve errs to one side and most where the curve runs parallel to it; that
-// point has a closed form too, so the largest error of a segment is known without sampling. The
-// longest segment within a bound is found by bisection over the grid of the knots, a side is laid
-// greedily with longest segments, and the bound is lowered until the knots just reach the end.
+// A chord of a concave curve has an error of one sign, largest where the curve is parallel to the
+// chord. That point has a closed form too, which gives the largest error of a segment without
+// sampling. Bisection over the grid of the knots finds the longest segment within an error bound. A
+// side is a greedy sequence of longest segments, and the bound is lowered until the knots just
+// reach the end.
 //
-// The two sides are laid to different ends, and so do not mirror each other. On the negative side
-// the bound of a segment is proportional to the gradient at which it begins: its knots crowd the
-// jump, where the gradients of real images are. On the positive side all segments have the same
-// bound: its largest error is the smallest that its knots allow.
+// The two sides have different aims and are not mirror images. On the negative side the bound of a
+// segment is proportional to the gradient at its begin: the knots are dense near the jump, where
+// the gradients of real images are. On the positive side all segments have the same bound, which
+// makes the largest error as small as the number of knots allows.
+
+#include "velimproclib/veldeblurcv/shrinkage/ShrinkTable.h"
 
 #include <algorithm>
 #include <array>
@@ -37,13 +41,13 @@
 
 namespace {
 
-constexpr int kLevels = 6;
-constexpr int kAlphas = 11;
+using vel::kShrinkAlphas;
+using vel::kShrinkLevels;
+
 constexpr double kEnd = 10.0;
-constexpr double kGridPerUnit = 10000.0; // knots stand on multiples of 0.0001
+constexpr double kGridPerUnit = 10000.0; // knots are multiples of 0.0001
 constexpr int kEndIndex = 100000;
 
-constexpr std::array<int, kAlphas> kKnots = {6, 6, 8, 8, 10, 12, 14, 16, 18, 22, 6};
 constexpr int kAlphaOfTheEstimator = 5; // alpha = 0.5
 
 struct Problem {
@@ -56,8 +60,9 @@ struct Row {
     std::vector<double> values;
 };
 
-// The rows of alpha = 0.5 are part of the table's definition: the estimator's results hang on them.
-const std::array<Row, kLevels> kEstimatorRows = {{
+// The rows of alpha = 0.5 are part of the table's definition: the estimator's results depend on
+// them.
+const std::array<Row, kShrinkLevels> kEstimatorRows = {{
     {{-10, -2.2374, -1.7233, -1.5306, -1.5001, -1.5, 1.5, 1.5001, 1.6601, 2.0427, 4.1799, 10},
      {-9.84061, -1.87195, -1.28164, -1.04041, -1.00013, 0, 0, 1.00013, 1.20452, 1.65391, 3.92761,
       9.84061}},
@@ -82,15 +87,16 @@ double toGradient(int index) {
     return index / kGridPerUnit;
 }
 
-/// The gradient at which zero and the solution beside it cost the same, for alpha < 1.
+/// The gradient at which zero and the non-zero solution cost the same, for alpha < 1.
 double threshold(const Problem& p) {
     const double w = std::pow(2 * (1 - p.alpha) / p.beta, 1 / (2 - p.alpha));
     return w + p.alpha / p.beta * std::pow(w, p.alpha - 1);
 }
 
-/// The non-zero solution for v beyond the threshold. Newton's method from w = v falls steadily
-/// towards the root, as the derivative of the cost is convex there; the bracket only guards it.
-double solveBeyondThreshold(const Problem& p, double v) {
+/// The non-zero solution for v above the threshold. Newton's method from w = v falls monotonically
+/// to the root, because the derivative of the cost is convex there; the bracket is only a
+/// safeguard.
+double solveAboveThreshold(const Problem& p, double v) {
     double low =
         std::pow(p.alpha * (1 - p.alpha) / p.beta, 1 / (2 - p.alpha)); // the cost's inflection
     double high = v;
@@ -112,14 +118,14 @@ double solveBeyondThreshold(const Problem& p, double v) {
     return w;
 }
 
-/// The largest error of the chord between two grid points beyond the threshold.
+/// The largest error of the chord between two grid points above the threshold.
 double chordError(const Problem& p, int from, int to) {
     const double v0 = toGradient(from);
     const double v1 = toGradient(to);
-    const double w0 = solveBeyondThreshold(p, v0);
-    const double slope = (solveBeyondThreshold(p, v1) - w0) / (v1 - v0);
+    const double w0 = solveAboveThreshold(p, v0);
+    const double slope = (solveAboveThreshold(p, v1) - w0) / (v1 - v0);
     if (slope <= 1) {
-        return 0; // the curve is steeper than 1 throughout: nothing left but rounding
+        return 0; // the curve is steeper than 1 everywhere: only rounding remains
     }
     const double w =
         std::pow(p.alpha * (1 - p.alpha) / p.beta / (1 - 1 / slope), 1 / (2 - p.alpha));
@@ -129,7 +135,7 @@ double chordError(const Problem& p, int from, int to) {
 
 enum class Bound { Uniform, ProportionalToGradient };
 
-/// At most `segments` segments from `first` on, each the longest within the bound.
+/// The knots of at most `segments` segments from `first`, each the longest within the bound.
 std::vector<int> layGreedily(const Problem& p, int first, int segments, Bound kind, double bound) {
     std::vector<int> knots = {first};
     for (int s = 0; s < segments && knots.back() < kEndIndex; ++s) {
@@ -151,7 +157,8 @@ std::vector<int> layGreedily(const Problem& p, int first, int segments, Bound ki
     return knots;
 }
 
-/// The knots of one side, from just past the jump to the end, under the lowest bound that reaches.
+/// The knots of one side, from just after the jump to the end, for the lowest bound that reaches
+/// the end.
 std::vector<int> placeKnots(const Problem& p, int first, int segments, Bound kind) {
     double tooLow = 0;
     double enough = 1;
@@ -166,21 +173,23 @@ std::vector<int> placeKnots(const Problem& p, int first, int segments, Bound kin
 void appendNegativeSide(Row& row, const Problem& p, const std::vector<int>& knots) {
     for (auto knot = knots.rbegin(); knot != knots.rend(); ++knot) {
         row.levels.push_back(-toGradient(*knot));
-        row.values.push_back(-solveBeyondThreshold(p, toGradient(*knot)));
+        row.values.push_back(-solveAboveThreshold(p, toGradient(*knot)));
     }
 }
 
 void appendPositiveSide(Row& row, const Problem& p, const std::vector<int>& knots) {
     for (const int knot : knots) {
         row.levels.push_back(toGradient(knot));
-        row.values.push_back(solveBeyondThreshold(p, toGradient(knot)));
+        row.values.push_back(solveAboveThreshold(p, toGradient(knot)));
     }
 }
 
-/// With a jump: two ends, two jump pairs, the other knots shared out between the sides.
+/// The row for an alpha with a jump: two ends, two jump pairs, and half of the other knots on each
+/// side.
 Row fitRowWithJump(const Problem& p, int knots) {
-    // (2 sqrt 2)^2 is a little above 8 in double: where the threshold meets the grid it lies a hair
-    // below, and the knot on it is the outer one, as in the estimator's rows.
+    // (2 sqrt 2)^2 is slightly above 8 in double. Therefore a threshold on the grid comes out
+    // slightly below its grid point, and the knot there is the outer one, as in the estimator's
+    // rows.
     const int inner = static_cast<int>(std::floor(threshold(p) * kGridPerUnit));
     const int segments = knots / 2 - 2;
     Row row;
@@ -191,7 +200,7 @@ Row fitRowWithJump(const Problem& p, int knots) {
     return row;
 }
 
-/// alpha = 1, the soft threshold: a polyline by itself.
+/// The row for alpha = 1, the soft threshold, which is a polyline itself.
 Row softThresholdRow(double beta) {
     const double edge = 1 / beta;
     const double middle = (kEnd + edge) / 2;
@@ -207,10 +216,10 @@ Row makeRow(int level, int tenths) {
     if (tenths == 10) {
         return softThresholdRow(beta);
     }
-    return fitRowWithJump({tenths / 10.0, beta}, kKnots[static_cast<std::size_t>(tenths)]);
+    return fitRowWithJump({tenths / 10.0, beta}, vel::shrinkKnots(tenths));
 }
 
-/// A float literal that reads back as the float nearest to `value`.
+/// The shortest float literal that reads back as the float nearest to `value`.
 std::string literal(double value) {
     std::array<char, 32> text{};
     const auto single = static_cast<float>(value);
@@ -227,7 +236,7 @@ std::string literal(double value) {
     return result + "f";
 }
 
-/// One row as a braced list, broken into lines.
+/// Writes one row as a braced list with line breaks.
 void writeRow(std::ostream& out, const std::vector<double>& numbers, double last) {
     constexpr std::size_t kColumns = 100;
     std::string line = "    {";
@@ -247,15 +256,15 @@ void writeRow(std::ostream& out, const std::vector<double>& numbers, double last
 
 std::string makeTable() {
     std::ostringstream out;
-    out << "// Written by tools/makeShrinkTable.cpp: change it there and write this file anew.\n"
+    out << "// Generated by tools/makeShrinkTable.cpp. Do not edit.\n"
            "#include \"velimproclib/veldeblurcv/shrinkage/ShrinkTable.h\"\n"
            "\n"
            "// clang-format off\n"
            "namespace vel {\n"
            "\n"
            "const float kStoredShrinkTable[kShrinkRows][kShrinkColumns] = {\n";
-    for (int level = 0; level < kLevels; ++level) {
-        for (int tenths = 0; tenths < kAlphas; ++tenths) {
+    for (int level = 0; level < kShrinkLevels; ++level) {
+        for (int tenths = 0; tenths < kShrinkAlphas; ++tenths) {
             const Row row = makeRow(level, tenths);
             out << "    // level " << level << ", alpha " << tenths / 10 << "." << tenths % 10
                 << "\n";

@@ -30,16 +30,17 @@ void square(Vector& values) {
     }
 }
 
-/// The working vectors, as long as the table.
+/// Working vectors of the length of the table.
 struct Work {
-    Vector x = Vector(kEntries);         ///< the solution so far
+    Vector x = Vector(kEntries);         ///< current solution
     Vector magnitude = Vector(kEntries); ///< |x|
     Vector p = Vector(kEntries);
     Vector q = Vector(kEntries);
     Vector r = Vector(kEntries);
 };
 
-/// One Newton step on alpha |x|^(alpha - 1) sign(x) + beta (x - v) for all entries but the first.
+/// One Newton step on alpha |x|^(alpha - 1) sign(x) + beta (x - v) for all entries except the
+/// first.
 void newtonStep(Work& work, const Vector& v, double alpha, float beta) {
     vsAbs(kEntries, work.x.data(), work.magnitude.data());
     vsPowx(kEntries, work.magnitude.data(), static_cast<float>(alpha - 1), work.p.data());
@@ -60,7 +61,7 @@ void newtonStep(Work& work, const Vector& v, double alpha, float beta) {
     }
 }
 
-/// The solution where its cost is below that of 0, else 0.
+/// Stores the solution where its cost is below that of 0, else 0.
 void decide(Work& work, const Vector& v, double alpha, float beta, Vector& table) {
     const auto halfBeta = static_cast<float>(beta * 0.5);
     Vector& zeroCost = work.p;

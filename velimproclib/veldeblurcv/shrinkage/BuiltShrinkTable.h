@@ -1,36 +1,37 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
 namespace vel {
 
 /// The shrink function tabulated at run time, for any alpha: Newton's method on a grid of 0.0001
-/// from -10 to 10, decided against 0 by the cost. The definition of what the stored table
-/// approximates.
+/// from -10 to 10, replaced by 0 where 0 costs no more. It defines the function that the stored
+/// table approximates.
 class BuiltShrinkTable {
 public:
-    /// Points of the grid. The arrays have one more: entry 0 has abscissa 0 and value 0, and the
-    /// grid begins at entry 1.
+    /// Points of the grid. The arrays have one entry more: entry 0 has abscissa 0 and value 0, and
+    /// the grid begins at entry 1.
     static constexpr std::int32_t kLutSize = 200001;
 
-    /// Makes the grid and the levels 0..`lastLevel`, filled with zeros.
+    /// Allocates the grid and the levels 0..`lastLevel`, filled with zeros.
     /// @throws std::bad_alloc
     void allocate(int lastLevel);
 
-    /// Fills all levels for `alpha` in 0..1, with beta = 1 at level 0 and multiplied by `betaRate`
-    /// from each level to the next. Where the iteration ends in not-a-number the value is 0.
+    /// Fills all levels for `alpha` in 0..1. beta is 1 at level 0 and is multiplied by `betaRate`
+    /// from each level to the next. Where the iteration ends in a NaN the value is 0.
     /// @throws std::bad_alloc
     void build(double alpha, double betaRate, int newtonIters);
 
-    /// shrink(v) at `level`, linear between grid points. Above the grid the last cell but one is
-    /// continued. Below -10 the value lies on the line from the origin through the first grid
-    /// point: that comes of entry 0 and is meant to be so.
+    /// shrink(v) at `level`, linear between grid points. Values above the grid extrapolate the last
+    /// cell but one. Values below -10 lie on the line from the origin through the first grid point:
+    /// entry 0 causes that, on purpose.
     float at(int level, float v) const noexcept;
 
     /// The abscissas: entry 0 is 0, then the grid. Empty until `allocate`.
     const std::vector<float>& grid() const noexcept { return m_lutX; }
-    /// The ordinates of `level`, 0..`lastLevel` of `allocate`, beside `grid`.
+    /// The ordinates of `level`, 0..`lastLevel` of `allocate`, one for each entry of `grid`.
     const std::vector<float>& values(int level) const noexcept {
         return m_lut[static_cast<std::size_t>(level)];
     }

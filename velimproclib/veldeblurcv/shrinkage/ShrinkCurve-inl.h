@@ -13,8 +13,8 @@
 HWY_BEFORE_NAMESPACE();
 namespace vel::HWY_NAMESPACE {
 
-/// table[index] for every lane, `count` entries. Wide vectors permute the table's registers, narrow
-/// ones load each element.
+/// table[index] for every lane; the table has `count` entries. Wide vectors permute registers that
+/// hold the table, narrow vectors load each element.
 template <class D, class VI>
 HWY_INLINE auto lookUp(D d, const float* table, std::size_t count, VI index) {
     namespace hn = hwy::HWY_NAMESPACE;
@@ -35,21 +35,21 @@ HWY_INLINE auto lookUp(D d, const float* table, std::size_t count, VI index) {
     }
 }
 
-/// `count` and 1 more where `mask` holds.
+/// `count`, plus 1 where `mask` is true.
 template <class DI, class M, class VI>
 HWY_INLINE VI countWhere(DI di, M mask, VI count) {
     namespace hn = hwy::HWY_NAMESPACE;
     const auto here = hn::RebindMask(di, mask);
-    if constexpr (hn::MaxLanes(DI()) >= 16) { // masks are registers of their own
+    if constexpr (hn::MaxLanes(DI()) >= 16) { // masks have registers of their own
         return hn::IfThenElse(here, hn::Add(count, hn::Set(di, 1)), count);
     } else {
         return hn::Sub(count, hn::VecFromMask(di, here));
     }
 }
 
-/// shrink(v) for every lane. Most gradients of an image lie in the dead zone: all lanes dead is an
-/// early end. Otherwise the segment is found by counting the knots below, without a branch. A
-/// lane's result does not depend on its neighbours.
+/// shrink(v) for every lane. Most gradients of an image lie in the dead zone, therefore the
+/// function returns early when all lanes do. Otherwise it finds the segment without branches: the
+/// number of knots below v. The result of a lane does not depend on its neighbours.
 template <class D, class V>
 HWY_INLINE V shrinkLanes(D d, const ShrinkCurve& curve, V v) {
     namespace hn = hwy::HWY_NAMESPACE;
@@ -62,7 +62,7 @@ HWY_INLINE V shrinkLanes(D d, const ShrinkCurve& curve, V v) {
     const auto last = hn::Set(d, curve.last);
     const auto x = hn::Min(hn::Max(v, hn::Set(d, curve.first)), last);
 
-    auto left = hn::Zero(di); // counts of knots passed, apart for a shorter chain
+    auto left = hn::Zero(di); // knots below v; two counters shorten the dependency chain
     auto right = hn::Zero(di);
     for (std::size_t k = 0; k < curve.sideKnots; ++k) {
         left = countWhere(di, hn::Gt(x, hn::Set(d, curve.negativeKnots[k])), left);

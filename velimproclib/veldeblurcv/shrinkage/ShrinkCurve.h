@@ -7,20 +7,20 @@
 
 namespace vel {
 
-/// A stored polyline prepared for `shrinkDifferenceRow`. Segments are numbered from -10 upwards,
-/// the dead zone in the middle, in which the function is 0. Each is anchored at its end nearer to
-/// zero.
+/// A stored polyline prepared for `shrinkDifferenceRow`. Segments are numbered from -10 upwards;
+/// the middle one is the dead zone, where the function is 0. Each segment is anchored at its end
+/// nearer to zero.
 struct ShrinkCurve {
     explicit ShrinkCurve(const StoredShrink& stored) noexcept;
 
     static constexpr std::size_t kMaxSideKnots = 10;
-    static constexpr std::size_t kMaxSegments = 32; ///< 21, filled up to whole registers
+    static constexpr std::size_t kMaxSegments = 32; ///< 21, padded to whole registers
 
-    float deadFrom;        ///< the last knot of the negative side: the dead zone begins with it
-    float deadTo;          ///< the first knot of the positive side: the dead zone ends with it
-    float first;           ///< smaller gradients are taken as this one
+    float deadFrom;        ///< begin of the dead zone: the last knot of the negative side
+    float deadTo;          ///< end of the dead zone: the first knot of the positive side
+    float first;           ///< smaller gradients are raised to this value
     float last;            ///< this gradient and larger ones give `last`
-    std::size_t sideKnots; ///< of each side, the end apart
+    std::size_t sideKnots; ///< knots of each side without its end
     std::array<float, kMaxSideKnots> negativeKnots;     ///< increasing; `sideKnots` are in use
     std::array<float, kMaxSideKnots> positiveKnots;     ///< the same; the first is `deadTo`
     alignas(64) std::array<float, kMaxSegments> anchor; ///< abscissa of a segment's nearer end
@@ -29,13 +29,13 @@ struct ShrinkCurve {
 };
 
 /// w[i] = shrink(minuend[i] - subtrahend[i]) for i < count: the shrunk gradients of a row. The
-/// sources may overlap each other; `w` lies apart.
+/// sources may overlap each other; `w` overlaps neither.
 ///
-/// The same as the two clamps and the linear lookup of the stored polyline, but evaluated in single
-/// precision: as value and slope times distance have one sign when a segment is anchored at the end
-/// nearer to zero, nothing cancels, and the result is within 2 units in the last place of an
-/// evaluation in double that is rounded once. Not-a-number stays what it is. The same bits on every
-/// processor variant.
+/// This is the linear lookup of the stored polyline after a clamp to its range, evaluated in single
+/// precision. The result is within 2 units in the last place of an evaluation in double that is
+/// rounded once: with a segment anchored at its end nearer to zero, its value there and slope times
+/// distance have the same sign, and nothing cancels. A NaN stays a NaN. All processor variants give
+/// the same bits.
 void shrinkDifferenceRow(const ShrinkCurve& curve, const float* minuend, const float* subtrahend,
                          float* w, std::size_t count) noexcept;
 
