@@ -9,11 +9,19 @@
 #include <windows.h>
 #else
 #include <fstream>
+#include <malloc.h>
 #include <sys/resource.h>
 #include <unistd.h>
 #endif
 
 namespace vel::test {
+
+#ifdef __GLIBC__
+/// Makes the limit reliable after other tests: large blocks return to the system as soon as they
+/// are freed, and no thread reserves address space for a heap of its own.
+inline const bool heapKeepsNoReserves =
+    mallopt(M_MMAP_THRESHOLD, 128 * 1024) != 0 && mallopt(M_ARENA_MAX, 1) != 0;
+#endif
 
 /// While one lives, the process gets hardly more than `bytes` of memory beyond what it has. Threads
 /// that the test needs must have been started before. Not for the address sanitizer, which takes
