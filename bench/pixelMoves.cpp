@@ -108,20 +108,20 @@ using Rounding = Status (*)(const float*, std::int32_t, To*, std::int32_t, std::
                             std::int32_t, std::int32_t) noexcept;
 
 template <class From, class To>
-void addConversion(const std::string& name, Size size, int channels, Conversion<From, To> convert) {
-    const auto srcBytes = static_cast<std::int32_t>(sizeof(From)) * channels;
-    const auto dstBytes = static_cast<std::int32_t>(sizeof(To)) * channels;
+void addConversion(const std::string& name, Size size, Conversion<From, To> convert) {
+    const auto srcBytes = static_cast<std::int32_t>(sizeof(From));
+    const auto dstBytes = static_cast<std::int32_t>(sizeof(To));
     add(name, size, srcBytes, dstBytes, srcBytes + dstBytes, [=](const Plane& s, const Plane& d) {
         return convert(s.as<From>(), s.step, d.as<To>(), d.step, size.width, size.height);
     });
 }
 
 template <class To>
-void addRounding(const std::string& name, Size size, int channels, Rounding<To> convert) {
-    const auto dstBytes = static_cast<std::int32_t>(sizeof(To)) * channels;
+void addRounding(const std::string& name, Size size, Rounding<To> convert) {
+    const auto dstBytes = static_cast<std::int32_t>(sizeof(To));
     for (const std::int32_t round : {kToNearestEven, kTowardZero}) {
-        add(name + (round == kToNearestEven ? "/nearest" : "/truncate"), size, 4 * channels,
-            dstBytes, 4 * channels + dstBytes, [=](const Plane& s, const Plane& d) {
+        add(name + (round == kToNearestEven ? "/nearest" : "/truncate"), size, 4, dstBytes,
+            4 + dstBytes, [=](const Plane& s, const Plane& d) {
                 return convert(s.as<float>(), s.step, d.as<To>(), d.step, size.width, size.height,
                                round);
             });
@@ -130,10 +130,9 @@ void addRounding(const std::string& name, Size size, int channels, Rounding<To> 
 
 /// A move out of a channel reads the whole pixel; one into a channel reads and writes it.
 template <class T>
-void addMoves(const std::string& suffix, Size size, int channels, Conversion<T, T> into,
-              Conversion<T, T> from) {
+void addMoves(const std::string& suffix, Size size, Conversion<T, T> into, Conversion<T, T> from) {
     const auto element = static_cast<std::int32_t>(sizeof(T));
-    const std::int32_t pixel = element * channels;
+    const std::int32_t pixel = 3 * element;
     add("planeToChannel" + suffix, size, element, pixel, element + 2 * pixel,
         [=](const Plane& s, const Plane& d) {
             return into(s.as<T>(), s.step, d.as<T>(1), d.step, size.width, size.height);
@@ -145,22 +144,20 @@ void addMoves(const std::string& suffix, Size size, int channels, Conversion<T, 
 }
 
 void addAll(Size size) {
-    addConversion("convertU8toF32", size, 1, convertU8toF32);
-    addConversion("convertU8toF32C3", size, 3, convertU8toF32C3);
-    addConversion("convertU16toF32", size, 1, convertU16toF32);
-    addConversion("convertU16toF32C3", size, 3, convertU16toF32C3);
-    addConversion("convertS16toF32", size, 1, convertS16toF32);
-    addConversion("convertU8toU16", size, 1, convertU8toU16);
-    addConversion("convertU16toU8", size, 1, convertU16toU8);
-    addRounding("convertF32toU8", size, 1, convertF32toU8);
-    addRounding("convertF32toU8C3", size, 3, convertF32toU8C3);
-    addRounding("convertF32toU16", size, 1, convertF32toU16);
-    addRounding("convertF32toU16C3", size, 3, convertF32toU16C3);
-    addRounding("convertF32toS16", size, 1, convertF32toS16);
-    addMoves<std::uint8_t>("C3U8", size, 3, planeToChannelC3U8, channelToPlaneC3U8);
-    addMoves<std::uint16_t>("C3U16", size, 3, planeToChannelC3U16, channelToPlaneC3U16);
-    addMoves<std::uint8_t>("C4U8", size, 4, planeToChannelC4U8, channelToPlaneC4U8);
-    addMoves<std::uint16_t>("C4U16", size, 4, planeToChannelC4U16, channelToPlaneC4U16);
+    addConversion("convertU8toF32", size, convertU8toF32);
+    addConversion("convertU16toF32", size, convertU16toF32);
+    addConversion("convertS16toF32", size, convertS16toF32);
+    addConversion("convertU8toU16", size, convertU8toU16);
+    addConversion("convertU16toU8", size, convertU16toU8);
+    addRounding("convertF32toU8", size, convertF32toU8);
+    addRounding("convertF32toU16", size, convertF32toU16);
+    addRounding("convertF32toS16", size, convertF32toS16);
+    addMoves<std::uint8_t>("C3U8", size, planeToChannelC3U8, channelToPlaneC3U8);
+    addMoves<std::uint16_t>("C3U16", size, planeToChannelC3U16, channelToPlaneC3U16);
+    add("planeToChannelC4U8", size, 1, 4, 9, [=](const Plane& s, const Plane& d) {
+        return planeToChannelC4U8(s.as<std::uint8_t>(), s.step, d.as<std::uint8_t>(1), d.step,
+                                  size.width, size.height);
+    });
     add("setChannelC4U8", size, 1, 4, 8, [=](const Plane&, const Plane& d) {
         return setChannelC4U8(255, d.as<std::uint8_t>(3), d.step, size.width, size.height);
     });

@@ -139,9 +139,6 @@ void addPlaneOperations() {
     add("subPlanesF32", 3, [](const Planes& p) {
         vel::subPlanesF32(p[1], p.step(), p[2], p.step(), p[3], p.step(), p.side(), p.side());
     });
-    add("mulPlanesF32", 3, [](const Planes& p) {
-        vel::mulPlanesF32(p[1], p.step(), p[2], p.step(), p[3], p.step(), p.side(), p.side());
-    });
     add("divPlaneInPlaceF32", 3, [](const Planes& p) {
         vel::divPlaneInPlaceF32(p[1], p.step(), p[0], p.step(), p.side(), p.side());
     });
@@ -150,10 +147,6 @@ void addPlaneOperations() {
     });
     add("addConstInPlaceF32", 2,
         [](const Planes& p) { vel::addConstInPlaceF32(0.7f, p[0], p.step(), p.side(), p.side()); });
-    add("mulConstInPlaceC3F32", 2, [](const Planes& p) {
-        const float c[3] = {0.7f, 0.8f, 0.9f};
-        vel::mulConstInPlaceC3F32(c, p[0], p.step(), p.side() / 3, p.side());
-    });
     add("clampAboveInPlaceF32", 2, [](const Planes& p) {
         vel::clampAboveInPlaceF32(p[0], p.step(), p.side(), p.side(), 0.1f);
     });
@@ -190,10 +183,6 @@ void addScaledOperations() {
     add("subConstScaledU16", 2, [=](const Planes& p) {
         vel::subConstScaledU16(elements(p), p.step(), 128, elements(p), p.step(), 2 * p.side(),
                                p.side(), 7);
-    });
-    add("clampAboveC4U16", 2, [=](const Planes& p) {
-        const std::uint16_t level[3] = {32768, 32768, 32768};
-        vel::clampAboveC4U16(elements(p), p.step(), p.side() / 2, p.side(), level);
     });
 }
 

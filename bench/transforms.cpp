@@ -5,7 +5,7 @@
 //                    --benchmark_report_aggregates_only=true
 
 #include "alternate.h"
-#include "velimproclib/catalogue/FftSpec.h"
+#include "velimproclib/catalogue/fft/FftSpec.h"
 #include "velimproclib/primitives/fft/RealFft2D.h"
 
 #include <algorithm>

@@ -89,77 +89,13 @@ TEST(Vectors, SumsAndDifferencesOfFloatsAreOneOperationPerElementOnEveryTarget) 
         [](float a, float b) { return a - b; });
 }
 
-TEST(Vectors, DifferenceOfDoublesTakesTheFirstFromTheSecondOnEveryTarget) {
-    expectElementwise<double, double>(
-        [](auto* a, auto* b, auto* dst, int n) { EXPECT_EQ(subVecF64(a, b, dst, n), kOk); },
-        [](double a, double b) { return b - a; });
-    const double a = 1.0;
-    const double b = 5.0;
-    double dst = 0.0;
-    EXPECT_EQ(subVecF64(&a, &b, &dst, 1), kOk);
-    EXPECT_EQ(dst, 4.0);
-}
-
-template <class Routine, class Reference>
-void expectInPlaceF64(Routine routine, Reference reference) {
-    std::mt19937 random(2);
-    for (const Length& length : lengths(random)) {
-        const auto src = randomVector<double>(length, random);
-        const auto srcDst = randomVector<double>(length, random);
-        test::forEachTarget([&] {
-            auto result = srcDst;
-            EXPECT_GE(routine(src.data(), result.data(), length.count), kOk);
-            for (int x = 0; x < length.count; ++x) {
-                EXPECT_TRUE(
-                    test::sameFloat(result.at(x, 0), reference(srcDst.at(x, 0), src.at(x, 0))));
-            }
-            EXPECT_TRUE(result.intact());
-        });
-    }
-}
-
-TEST(Vectors, InPlaceFormsOfDoublesAreOneOperationPerElementOnEveryTarget) {
-    expectInPlaceF64(subVecInPlaceF64, [](double d, double s) { return d - s; });
-    expectInPlaceF64(divVecInPlaceF64, [](double d, double s) { return d / s; });
-}
-
-TEST(Vectors, ADivisorOfZeroWarnsAndTheRestIsStillDivided) {
-    for (std::size_t at = 0; at < 19; ++at) {
-        test::forEachTarget([&] {
-            std::vector<double> src(19, 2.0);
-            std::vector<double> srcDst(19, 1.0);
-            EXPECT_EQ(divVecInPlaceF64(src.data(), srcDst.data(), 19), kOk);
-            src[at] = -0.0;
-            EXPECT_EQ(divVecInPlaceF64(src.data(), srcDst.data(), 19), kDivisionByZero);
-            for (std::size_t i = 0; i < 19; ++i) {
-                EXPECT_EQ(srcDst[i], i == at ? -kInfinityF64 : 0.25);
-            }
-        });
-    }
-}
-
 TEST(Vectors, MagnitudesClearTheSignOnlyOnEveryTarget) {
     expectElementwise<float, float>(
         [](auto* a, auto*, auto* y, int n) { EXPECT_EQ(vsAbs(n, a, y), kOk); },
         [](float a, float) { return std::fabs(a); });
-    expectElementwise<double, double>(
-        [](auto* a, auto*, auto* dst, int n) { EXPECT_EQ(absVecF64(a, dst, n), kOk); },
-        [](double a, double) { return std::fabs(a); });
     float minusNan = -kNan;
     EXPECT_EQ(vsAbs(1, &minusNan, &minusNan), kOk);
     EXPECT_TRUE(std::isnan(minusNan) && !std::signbit(minusNan));
-}
-
-TEST(Vectors, CopyKeepsEveryBit) {
-    std::mt19937 random(4);
-    for (const Length& length : lengths(random)) {
-        GuardedPlane<float> src(length.count, 1, 0, length.misalign);
-        src.fill([&] { return std::bit_cast<float>(static_cast<std::uint32_t>(random())); });
-        GuardedPlane<float> dst(length.count, 1, 0, length.misalign / 2);
-        EXPECT_EQ(copyVecF32(src.data(), dst.data(), length.count), kOk);
-        EXPECT_TRUE(dst.sameBits(src));
-        EXPECT_TRUE(dst.intact());
-    }
 }
 
 TEST(Vectors, WideningIsExactOnEveryTarget) {
@@ -216,31 +152,6 @@ TEST(Vectors, NarrowingEndsAtTheLargestFiniteFloatOfBothSigns) {
             EXPECT_TRUE(test::sameFloat(dst[i], expected[i])) << src[i] << " became " << dst[i];
         }
     });
-}
-
-TEST(Vectors, ComplexVectorInterleavesAndAMissingPartCountsAsZeros) {
-    std::mt19937 random(6);
-    for (const Length& length : lengths(random)) {
-        const auto re = randomVector<float>(length, random);
-        const auto im = randomVector<float>(length, random);
-        test::forEachTarget([&] {
-            for (const bool hasRe : {true, false}) {
-                for (const bool hasIm : {true, false}) {
-                    GuardedPlane<float> dst(2 * length.count, 1, 0, length.misalign / 2);
-                    EXPECT_EQ(realToComplexVec(hasRe ? re.data() : nullptr,
-                                               hasIm ? im.data() : nullptr, dst.data(),
-                                               length.count),
-                              kOk);
-                    for (int x = 0; x < length.count; ++x) {
-                        EXPECT_TRUE(test::sameFloat(dst.at(2 * x, 0), hasRe ? re.at(x, 0) : 0.0f));
-                        EXPECT_TRUE(
-                            test::sameFloat(dst.at(2 * x + 1, 0), hasIm ? im.at(x, 0) : 0.0f));
-                    }
-                    EXPECT_TRUE(dst.intact());
-                }
-            }
-        });
-    }
 }
 
 TEST(Vectors, PowersAreRoundedFromTheirExactValueOnEveryTarget) {
@@ -301,8 +212,6 @@ TEST(Vectors, PowersWorkInPlace) {
 TEST(Vectors, EveryRoutineChecksPointersThenTheLengthAndWritesNothing) {
     using Arguments = test::CheckedArguments;
     const std::vector<test::CheckedRoutine> routines{
-        {"copyVecF32", 2, 1, 0,
-         [](const Arguments& g) { return copyVecF32(g.at<float>(0), g.at<float>(1), g.sizes[0]); }},
         {"vecF32toF64", 2, 1, 0,
          [](const Arguments& g) {
              return vecF32toF64(g.at<float>(0), g.at<double>(1), g.sizes[0]);
@@ -310,26 +219,6 @@ TEST(Vectors, EveryRoutineChecksPointersThenTheLengthAndWritesNothing) {
         {"vecF64toF32", 2, 1, 0,
          [](const Arguments& g) {
              return vecF64toF32(g.at<double>(0), g.at<float>(1), g.sizes[0]);
-         }},
-        {"subVecF64", 3, 1, 0,
-         [](const Arguments& g) {
-             return subVecF64(g.at<double>(0), g.at<double>(1), g.at<double>(2), g.sizes[0]);
-         }},
-        {"subVecInPlaceF64", 2, 1, 0,
-         [](const Arguments& g) {
-             return subVecInPlaceF64(g.at<double>(0), g.at<double>(1), g.sizes[0]);
-         }},
-        {"divVecInPlaceF64", 2, 1, 0,
-         [](const Arguments& g) {
-             return divVecInPlaceF64(g.at<double>(0), g.at<double>(1), g.sizes[0]);
-         }},
-        {"absVecF64", 2, 1, 0,
-         [](const Arguments& g) {
-             return absVecF64(g.at<double>(0), g.at<double>(1), g.sizes[0]);
-         }},
-        {"realToComplexVec", 1, 1, 0,
-         [](const Arguments& g) {
-             return realToComplexVec(nullptr, nullptr, g.at<float>(0), g.sizes[0]);
          }},
         {"vsAdd", 3, 1, 0,
          [](const Arguments& g) {

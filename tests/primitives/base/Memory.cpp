@@ -40,12 +40,6 @@ TEST(Memory, ImageAllocRefusesSizesBelowOneWithStepZero) {
         std::int32_t step = 99;
         EXPECT_EQ(imageAlloc(rowBytes, height, &step), nullptr);
         EXPECT_EQ(step, 0);
-        step = 99;
-        EXPECT_EQ(imageAllocF32(rowBytes, height, &step), nullptr);
-        EXPECT_EQ(step, 0);
-        step = 99;
-        EXPECT_EQ(imageAllocC32(rowBytes, height, &step), nullptr);
-        EXPECT_EQ(step, 0);
     }
 }
 
@@ -59,32 +53,10 @@ TEST(Memory, StepsBeyondThirtyTwoBitsAreRefused) {
     std::int32_t step = 99;
     EXPECT_EQ(imageAlloc(kHuge, 1, &step), nullptr);
     EXPECT_EQ(step, 0);
-    step = 99;
-    EXPECT_EQ(imageAllocF32(kHuge / 4 + 1, 1, &step), nullptr);
-    EXPECT_EQ(step, 0);
-    step = 99;
-    EXPECT_EQ(imageAllocC32(kHuge / 2, 1, &step), nullptr);
-    EXPECT_EQ(step, 0);
 }
 
 TEST(Memory, ImageAllocWithoutAPlaceForTheStepGivesNull) {
     EXPECT_EQ(imageAlloc(1, 1, nullptr), nullptr);
-}
-
-TEST(Memory, FloatAndComplexImagesCountTheirElements) {
-    std::int32_t step = 0;
-    float* plane = imageAllocF32(9, 3, &step);
-    ASSERT_NE(plane, nullptr);
-    EXPECT_EQ(step, 64);
-    EXPECT_TRUE(isAligned(plane));
-    std::memset(plane, 0, 3 * 64);
-    alignedFree(plane);
-    float* spectrum = imageAllocC32(9, 3, &step);
-    ASSERT_NE(spectrum, nullptr);
-    EXPECT_EQ(step, 96);
-    EXPECT_TRUE(isAligned(spectrum));
-    std::memset(spectrum, 0, 3 * 96);
-    alignedFree(spectrum);
 }
 
 TEST(Memory, AlignedAllocGivesAnAlignedBlockOfTheCountedFloats) {

@@ -89,17 +89,11 @@ TEST(ChannelMoves, PlaneFillsOneOfThreeChannels) {
 
 TEST(ChannelMoves, PlaneFillsOneOfFourChannels) {
     expectFillsOneChannelOnly<std::uint8_t>(planeToChannelC4U8, 4);
-    expectFillsOneChannelOnly<std::uint16_t>(planeToChannelC4U16, 4);
 }
 
 TEST(ChannelMoves, OneOfThreeChannelsComesOutAsAPlane) {
     expectTakesOneChannel<std::uint8_t>(channelToPlaneC3U8, 3);
     expectTakesOneChannel<std::uint16_t>(channelToPlaneC3U16, 3);
-}
-
-TEST(ChannelMoves, OneOfFourChannelsComesOutAsAPlane) {
-    expectTakesOneChannel<std::uint8_t>(channelToPlaneC4U8, 4);
-    expectTakesOneChannel<std::uint16_t>(channelToPlaneC4U16, 4);
 }
 
 TEST(ChannelMoves, SetFillsOneOfFourChannelsWithAValue) {
@@ -136,14 +130,10 @@ TEST(ChannelMoves, RegionMayEndWithItsMemory) {
         const auto w = static_cast<std::int32_t>(width);
         const std::vector<std::uint16_t> plane(width, 7);
         std::vector<std::uint16_t> three(3 * (width - 1) + 1);
-        std::vector<std::uint16_t> four(4 * (width - 1) + 1);
         std::vector<std::uint16_t> out(width);
         test::forEachTarget([&] {
             EXPECT_EQ(planeToChannelC3U16(plane.data(), 1, three.data(), 1, w, 1), kOk);
             EXPECT_EQ(channelToPlaneC3U16(three.data(), 1, out.data(), 1, w, 1), kOk);
-            EXPECT_EQ(out, plane);
-            EXPECT_EQ(planeToChannelC4U16(plane.data(), 1, four.data(), 1, w, 1), kOk);
-            EXPECT_EQ(channelToPlaneC4U16(four.data(), 1, out.data(), 1, w, 1), kOk);
             EXPECT_EQ(out, plane);
         });
         const std::vector<std::uint8_t> plane8(width, 7);
@@ -155,8 +145,9 @@ TEST(ChannelMoves, RegionMayEndWithItsMemory) {
             EXPECT_EQ(channelToPlaneC3U8(three8.data(), 1, out8.data(), 1, w, 1), kOk);
             EXPECT_EQ(out8, plane8);
             EXPECT_EQ(planeToChannelC4U8(plane8.data(), 1, four8.data(), 1, w, 1), kOk);
-            EXPECT_EQ(channelToPlaneC4U8(four8.data(), 1, out8.data(), 1, w, 1), kOk);
-            EXPECT_EQ(out8, plane8);
+            for (std::size_t x = 0; x < width; ++x) {
+                EXPECT_EQ(four8[4 * x], 7);
+            }
             EXPECT_EQ(setChannelC4U8(9, four8.data(), 1, w, 1), kOk);
             EXPECT_EQ(four8.back(), 9);
         });
@@ -174,10 +165,8 @@ void expectChecksInOrder(std::initializer_list<Move<T>> moves) {
 }
 
 TEST(ChannelMoves, EveryRoutineChecksPointersThenSizesThenStepsAndWritesNothing) {
-    expectChecksInOrder<std::uint8_t>(
-        {planeToChannelC3U8, channelToPlaneC3U8, planeToChannelC4U8, channelToPlaneC4U8});
-    expectChecksInOrder<std::uint16_t>(
-        {planeToChannelC3U16, channelToPlaneC3U16, planeToChannelC4U16, channelToPlaneC4U16});
+    expectChecksInOrder<std::uint8_t>({planeToChannelC3U8, channelToPlaneC3U8, planeToChannelC4U8});
+    expectChecksInOrder<std::uint16_t>({planeToChannelC3U16, channelToPlaneC3U16});
     test::expectChecksInOrder({"setChannelC4U8", 1, 2, 1, [](const test::CheckedArguments& g) {
                                    return setChannelC4U8(1, g.at<std::uint8_t>(0), g.steps[0],
                                                          g.sizes[0], g.sizes[1]);

@@ -1,7 +1,6 @@
 #include "velimproclib/primitives/arithmetic/PlaneArithmetic.h"
 
 #include "velimproclib/primitives/base/argumentChecks.h"
-#include "velimproclib/primitives/base/repeatedPixel.h"
 #include "velimproclib/primitives/base/rows.h"
 
 #include <cstddef>
@@ -69,26 +68,6 @@ void combineRowsWithConst(const float* src, std::int32_t srcStep, float c, float
 #pragma omp simd
         for (std::size_t x = 0; x < extent.columns; ++x) {
             dstRow[x].value = Operation::of(srcRow[x].value, c);
-        }
-    }
-}
-
-template <class Operation>
-void combineRowsWithPixel(const RepeatedPixel<float>& pixel, float* srcDst, std::int32_t step,
-                          Extent elements) {
-    constexpr std::size_t kRun = RepeatedPixel<float>::kLength;
-    const float* run = pixel.run();
-    for (std::size_t y = 0; y < elements.rows; ++y) {
-        auto* row = unaligned(rowAt(srcDst, step, y));
-        std::size_t x = 0;
-        for (; x + kRun <= elements.columns; x += kRun) {
-#pragma omp simd
-            for (std::size_t i = 0; i < kRun; ++i) {
-                row[x + i].value = Operation::of(row[x + i].value, run[i]);
-            }
-        }
-        for (std::size_t i = 0; x + i < elements.columns; ++i) {
-            row[x + i].value = Operation::of(row[x + i].value, run[i]);
         }
     }
 }
@@ -161,16 +140,6 @@ void clampBelowRows(const float* src, std::int32_t srcStep, float level, float* 
     combineRowsWithConst<AtLeast>(src, srcStep, level, dst, dstStep, extent);
 }
 
-void addPixelRows(const RepeatedPixel<float>& pixel, float* srcDst, std::int32_t step,
-                  Extent elements) {
-    combineRowsWithPixel<Sum>(pixel, srcDst, step, elements);
-}
-
-void mulPixelRows(const RepeatedPixel<float>& pixel, float* srcDst, std::int32_t step,
-                  Extent elements) {
-    combineRowsWithPixel<Product>(pixel, srcDst, step, elements);
-}
-
 /// True when an element was zero or negative.
 bool logRows(float* srcDst, std::int32_t step, Extent extent) {
     const hn::ScalableTag<double> wide;
@@ -214,7 +183,6 @@ namespace vel {
 namespace {
 
 constexpr std::size_t kF32 = sizeof(float);
-constexpr std::size_t kC3F32 = 3 * sizeof(float);
 
 HWY_EXPORT(addRows);
 HWY_EXPORT(subtractRows);
@@ -224,8 +192,6 @@ HWY_EXPORT(addConstRows);
 HWY_EXPORT(mulConstRows);
 HWY_EXPORT(clampAboveRows);
 HWY_EXPORT(clampBelowRows);
-HWY_EXPORT(addPixelRows);
-HWY_EXPORT(mulPixelRows);
 HWY_EXPORT(logRows);
 HWY_EXPORT(compareRows);
 
@@ -237,17 +203,10 @@ Extent joined(std::int32_t w, std::int32_t h, std::int32_t step, std::int32_t ot
     return joinAdjacentRows(w, h, {{step, kF32}, {otherStep, kF32}});
 }
 
-/// The extent in elements of a region of three-element pixels.
-Extent joinedC3(std::int32_t w, std::int32_t h, std::int32_t step) {
-    const Extent pixels = joinAdjacentRows(w, h, {{step, kC3F32}});
-    return {3 * pixels.columns, pixels.rows};
-}
-
 using CombineRows = void (*)(const float*, std::int32_t, const float*, std::int32_t, float*,
                              std::int32_t, Extent);
 using CombineRowsWithConst = void (*)(const float*, std::int32_t, float, float*, std::int32_t,
                                       Extent);
-using CombineRowsWithPixel = void (*)(const RepeatedPixel<float>&, float*, std::int32_t, Extent);
 
 Status combinePlanes(CombineRows combine, const float* a, std::int32_t aStep, const float* b,
                      std::int32_t bStep, float* dst, std::int32_t dstStep, std::int32_t w,
@@ -267,15 +226,6 @@ Status combineWithConst(CombineRowsWithConst combine, const float* src, std::int
         return status;
     }
     combine(src, srcStep, c, dst, dstStep, joined(w, h, srcStep, dstStep));
-    return kOk;
-}
-
-Status combineWithPixel(CombineRowsWithPixel combine, const float c[3], float* srcDst,
-                        std::int32_t step, std::int32_t w, std::int32_t h) noexcept {
-    if (const Status status = checkArguments({c, srcDst}, {w, h}, {step})) {
-        return status;
-    }
-    combine(RepeatedPixel<float>(c, 3), srcDst, step, joinedC3(w, h, step));
     return kOk;
 }
 
@@ -309,20 +259,9 @@ Status divPlaneInPlaceF32(const float* src, std::int32_t srcStep, float* srcDst,
     return zeros ? kDivisionByZero : kOk;
 }
 
-Status addPlanesF32(const float* a, std::int32_t aStep, const float* b, std::int32_t bStep,
-                    float* dst, std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept {
-    return combinePlanes(HWY_DYNAMIC_DISPATCH(addRows), a, aStep, b, bStep, dst, dstStep, w, h);
-}
-
 Status subPlanesF32(const float* a, std::int32_t aStep, const float* b, std::int32_t bStep,
                     float* dst, std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept {
     return combinePlanes(HWY_DYNAMIC_DISPATCH(subtractRows), b, bStep, a, aStep, dst, dstStep, w,
-                         h);
-}
-
-Status mulPlanesF32(const float* a, std::int32_t aStep, const float* b, std::int32_t bStep,
-                    float* dst, std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept {
-    return combinePlanes(HWY_DYNAMIC_DISPATCH(multiplyRows), a, aStep, b, bStep, dst, dstStep, w,
                          h);
 }
 
@@ -342,16 +281,6 @@ Status mulConstInPlaceF32(float c, float* srcDst, std::int32_t step, std::int32_
                           std::int32_t h) noexcept {
     return combineWithConst(HWY_DYNAMIC_DISPATCH(mulConstRows), srcDst, step, c, srcDst, step, w,
                             h);
-}
-
-Status addConstInPlaceC3F32(const float c[3], float* srcDst, std::int32_t step, std::int32_t w,
-                            std::int32_t h) noexcept {
-    return combineWithPixel(HWY_DYNAMIC_DISPATCH(addPixelRows), c, srcDst, step, w, h);
-}
-
-Status mulConstInPlaceC3F32(const float c[3], float* srcDst, std::int32_t step, std::int32_t w,
-                            std::int32_t h) noexcept {
-    return combineWithPixel(HWY_DYNAMIC_DISPATCH(mulPixelRows), c, srcDst, step, w, h);
 }
 
 Status clampAboveInPlaceF32(float* srcDst, std::int32_t step, std::int32_t w, std::int32_t h,

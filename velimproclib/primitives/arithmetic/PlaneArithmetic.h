@@ -34,16 +34,8 @@ Status mulPlaneF32(const float* src, std::int32_t srcStep, float* srcDst, std::i
 Status divPlaneInPlaceF32(const float* src, std::int32_t srcStep, float* srcDst,
                           std::int32_t srcDstStep, std::int32_t w, std::int32_t h) noexcept;
 
-/// dst = a + b
-Status addPlanesF32(const float* a, std::int32_t aStep, const float* b, std::int32_t bStep,
-                    float* dst, std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept;
-
 /// dst = b - a; mind the order.
 Status subPlanesF32(const float* a, std::int32_t aStep, const float* b, std::int32_t bStep,
-                    float* dst, std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept;
-
-/// dst = a * b
-Status mulPlanesF32(const float* a, std::int32_t aStep, const float* b, std::int32_t bStep,
                     float* dst, std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept;
 
 /// dst = src * c
@@ -57,14 +49,6 @@ Status addConstInPlaceF32(float c, float* srcDst, std::int32_t step, std::int32_
 /// srcDst *= c
 Status mulConstInPlaceF32(float c, float* srcDst, std::int32_t step, std::int32_t w,
                           std::int32_t h) noexcept;
-
-/// Adds c[0], c[1], c[2] to the elements of every pixel; `w` counts pixels of three floats.
-Status addConstInPlaceC3F32(const float c[3], float* srcDst, std::int32_t step, std::int32_t w,
-                            std::int32_t h) noexcept;
-
-/// Multiplies the elements of every pixel by c[0], c[1], c[2]; `w` counts pixels of three floats.
-Status mulConstInPlaceC3F32(const float c[3], float* srcDst, std::int32_t step, std::int32_t w,
-                            std::int32_t h) noexcept;
 
 /// Values above `level` become `level`; NaN stays.
 Status clampAboveInPlaceF32(float* srcDst, std::int32_t step, std::int32_t w, std::int32_t h,

@@ -1,7 +1,6 @@
 #include "velimproclib/primitives/arithmetic/ScaledU16.h"
 
 #include "velimproclib/primitives/base/argumentChecks.h"
-#include "velimproclib/primitives/base/repeatedPixel.h"
 #include "velimproclib/primitives/base/rows.h"
 
 #include <algorithm>
@@ -22,10 +21,6 @@ constexpr std::uint32_t kMax = 65535;
 
 std::uint32_t saturated(std::uint32_t v) {
     return v > kMax ? kMax : v;
-}
-
-std::uint16_t lesser(std::uint16_t v, std::uint16_t level) {
-    return v > level ? level : v;
 }
 
 struct DifferenceOrZero {
@@ -93,25 +88,6 @@ void subScaledRows(const std::uint16_t* src, std::int32_t srcStep, std::uint16_t
     scaledRows<DifferenceOrZero>(src, srcStep, value, dst, dstStep, extent, scale);
 }
 
-void clampAboveU16Rows(const RepeatedPixel<std::uint16_t>& levels, std::uint16_t* srcDst,
-                       std::int32_t step, Extent elements) {
-    constexpr std::size_t kRun = RepeatedPixel<std::uint16_t>::kLength;
-    const std::uint16_t* run = levels.run();
-    for (std::size_t y = 0; y < elements.rows; ++y) {
-        auto* row = unaligned(rowAt(srcDst, step, y));
-        std::size_t x = 0;
-        for (; x + kRun <= elements.columns; x += kRun) {
-#pragma omp simd
-            for (std::size_t i = 0; i < kRun; ++i) {
-                row[x + i].value = lesser(row[x + i].value, run[i]);
-            }
-        }
-        for (std::size_t i = 0; x + i < elements.columns; ++i) {
-            row[x + i].value = lesser(row[x + i].value, run[i]);
-        }
-    }
-}
-
 } // namespace vel::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
@@ -121,17 +97,8 @@ namespace {
 
 HWY_EXPORT(addScaledRows);
 HWY_EXPORT(subScaledRows);
-HWY_EXPORT(clampAboveU16Rows);
 
 constexpr std::size_t kU16 = sizeof(std::uint16_t);
-
-void clampAbove(std::uint16_t* srcDst, std::int32_t step, std::int32_t w, std::int32_t h,
-                const std::uint16_t* levels, std::size_t channels) {
-    const Extent pixels = joinAdjacentRows(w, h, {{step, channels * kU16}});
-    HWY_DYNAMIC_DISPATCH(clampAboveU16Rows)
-    (RepeatedPixel<std::uint16_t>(levels, channels), srcDst, step,
-     Extent{pixels.columns * channels, pixels.rows});
-}
 
 } // namespace
 
@@ -154,35 +121,6 @@ Status subConstScaledU16(const std::uint16_t* src, std::int32_t srcStep, std::ui
     HWY_DYNAMIC_DISPATCH(subScaledRows)
     (src, srcStep, value, dst, dstStep, joinAdjacentRows(w, h, {{srcStep, kU16}, {dstStep, kU16}}),
      scale);
-    return kOk;
-}
-
-Status clampAboveU16(std::uint16_t* srcDst, std::int32_t step, std::int32_t w, std::int32_t h,
-                     std::uint16_t level) noexcept {
-    if (const Status status = checkArguments({srcDst}, {w, h}, {step})) {
-        return status;
-    }
-    clampAbove(srcDst, step, w, h, &level, 1);
-    return kOk;
-}
-
-Status clampAboveC3U16(std::uint16_t* srcDst, std::int32_t step, std::int32_t w, std::int32_t h,
-                       const std::uint16_t level[3]) noexcept {
-    if (const Status status = checkArguments({srcDst, level}, {w, h}, {step})) {
-        return status;
-    }
-    clampAbove(srcDst, step, w, h, level, 3);
-    return kOk;
-}
-
-Status clampAboveC4U16(std::uint16_t* srcDst, std::int32_t step, std::int32_t w, std::int32_t h,
-                       const std::uint16_t level[3]) noexcept {
-    if (const Status status = checkArguments({srcDst, level}, {w, h}, {step})) {
-        return status;
-    }
-    constexpr std::uint16_t kUnbounded = 65535;
-    const std::uint16_t levels[4] = {kUnbounded, level[0], level[1], level[2]};
-    clampAbove(srcDst, step, w, h, levels, 4);
     return kOk;
 }
 

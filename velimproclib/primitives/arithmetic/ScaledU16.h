@@ -22,17 +22,4 @@ Status subConstScaledU16(const std::uint16_t* src, std::int32_t srcStep, std::ui
                          std::uint16_t* dst, std::int32_t dstStep, std::int32_t w, std::int32_t h,
                          std::int32_t scale) noexcept;
 
-/// Values above `level` become `level`.
-Status clampAboveU16(std::uint16_t* srcDst, std::int32_t step, std::int32_t w, std::int32_t h,
-                     std::uint16_t level) noexcept;
-
-/// The same on pixels of three elements with a level for each; `w` counts pixels.
-Status clampAboveC3U16(std::uint16_t* srcDst, std::int32_t step, std::int32_t w, std::int32_t h,
-                       const std::uint16_t level[3]) noexcept;
-
-/// The same on pixels of four elements: the three levels belong to elements 1, 2 and 3, and element
-/// 0 of every pixel keeps what it holds.
-Status clampAboveC4U16(std::uint16_t* srcDst, std::int32_t step, std::int32_t w, std::int32_t h,
-                       const std::uint16_t level[3]) noexcept;
-
 } // namespace vel

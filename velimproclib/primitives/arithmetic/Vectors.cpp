@@ -6,7 +6,6 @@
 #include <bit>
 #include <cmath>
 #include <cstddef>
-#include <cstring>
 #include <limits>
 
 #undef HWY_TARGET_INCLUDE
@@ -29,28 +28,14 @@ float magnitude(float v) {
     return std::bit_cast<float>(std::bit_cast<std::uint32_t>(v) << 1 >> 1);
 }
 
-double magnitude(double v) {
-    return std::bit_cast<double>(std::bit_cast<std::uint64_t>(v) << 1 >> 1);
-}
-
-template <class Operation, class T>
-void combine(const T* a, const T* b, T* dst, std::size_t count) {
+template <class Operation>
+void combine(const float* a, const float* b, float* dst, std::size_t count) {
     const auto* left = unaligned(a);
     const auto* right = unaligned(b);
     auto* to = unaligned(dst);
 #pragma omp simd
     for (std::size_t i = 0; i < count; ++i) {
         to[i].value = Operation::of(left[i].value, right[i].value);
-    }
-}
-
-template <class T>
-void takeMagnitudes(const T* src, T* dst, std::size_t count) {
-    const auto* from = unaligned(src);
-    auto* to = unaligned(dst);
-#pragma omp simd
-    for (std::size_t i = 0; i < count; ++i) {
-        to[i].value = magnitude(from[i].value);
     }
 }
 
@@ -113,40 +98,12 @@ void subtractF32(const float* a, const float* b, float* dst, std::size_t count) 
     combine<Difference>(a, b, dst, count);
 }
 
-void subtractF64(const double* a, const double* b, double* dst, std::size_t count) {
-    combine<Difference>(a, b, dst, count);
-}
-
-/// True when a divisor was zero.
-bool divideF64(const double* src, double* srcDst, std::size_t count) {
-    const auto* divisors = unaligned(src);
-    auto* to = unaligned(srcDst);
-    std::int64_t zeros = 0;
-#pragma omp simd reduction(| : zeros)
-    for (std::size_t i = 0; i < count; ++i) {
-        const double divisor = divisors[i].value;
-        zeros |= divisor == 0.0 ? 1 : 0;
-        to[i].value = to[i].value / divisor;
-    }
-    return zeros != 0;
-}
-
 void absF32(const float* src, float* dst, std::size_t count) {
-    takeMagnitudes(src, dst, count);
-}
-
-void absF64(const double* src, double* dst, std::size_t count) {
-    takeMagnitudes(src, dst, count);
-}
-
-void interleave(const float* re, const float* im, float* dst, std::size_t count) {
-    const auto* reals = unaligned(re);
-    const auto* imaginaries = unaligned(im);
+    const auto* from = unaligned(src);
     auto* to = unaligned(dst);
 #pragma omp simd
     for (std::size_t i = 0; i < count; ++i) {
-        to[2 * i].value = reals != nullptr ? reals[i].value : 0.0f;
-        to[2 * i + 1].value = imaginaries != nullptr ? imaginaries[i].value : 0.0f;
+        to[i].value = magnitude(from[i].value);
     }
 }
 
@@ -172,11 +129,7 @@ HWY_EXPORT(widen);
 HWY_EXPORT(narrow);
 HWY_EXPORT(addF32);
 HWY_EXPORT(subtractF32);
-HWY_EXPORT(subtractF64);
-HWY_EXPORT(divideF64);
 HWY_EXPORT(absF32);
-HWY_EXPORT(absF64);
-HWY_EXPORT(interleave);
 HWY_EXPORT(power);
 
 /// Exponents whose results are 0, 1, infinity or NaN only, which every library gives alike.
@@ -187,14 +140,6 @@ void degeneratePower(const float* a, float x, float* y, std::size_t count) {
 }
 
 } // namespace
-
-Status copyVecF32(const float* src, float* dst, std::int32_t len) noexcept {
-    if (const Status status = checkArguments({src, dst}, {len}, {})) {
-        return status;
-    }
-    std::memmove(dst, src, static_cast<std::size_t>(len) * sizeof(float));
-    return kOk;
-}
 
 Status vecF32toF64(const float* src, double* dst, std::int32_t len) noexcept {
     if (const Status status = checkArguments({src, dst}, {len}, {})) {
@@ -209,46 +154,6 @@ Status vecF64toF32(const double* src, float* dst, std::int32_t len) noexcept {
         return status;
     }
     HWY_DYNAMIC_DISPATCH(narrow)(src, dst, static_cast<std::size_t>(len));
-    return kOk;
-}
-
-Status subVecF64(const double* a, const double* b, double* dst, std::int32_t len) noexcept {
-    if (const Status status = checkArguments({a, b, dst}, {len}, {})) {
-        return status;
-    }
-    HWY_DYNAMIC_DISPATCH(subtractF64)(b, a, dst, static_cast<std::size_t>(len));
-    return kOk;
-}
-
-Status subVecInPlaceF64(const double* src, double* srcDst, std::int32_t len) noexcept {
-    if (const Status status = checkArguments({src, srcDst}, {len}, {})) {
-        return status;
-    }
-    HWY_DYNAMIC_DISPATCH(subtractF64)(srcDst, src, srcDst, static_cast<std::size_t>(len));
-    return kOk;
-}
-
-Status divVecInPlaceF64(const double* src, double* srcDst, std::int32_t len) noexcept {
-    if (const Status status = checkArguments({src, srcDst}, {len}, {})) {
-        return status;
-    }
-    const bool zeros = HWY_DYNAMIC_DISPATCH(divideF64)(src, srcDst, static_cast<std::size_t>(len));
-    return zeros ? kDivisionByZero : kOk;
-}
-
-Status absVecF64(const double* src, double* dst, std::int32_t len) noexcept {
-    if (const Status status = checkArguments({src, dst}, {len}, {})) {
-        return status;
-    }
-    HWY_DYNAMIC_DISPATCH(absF64)(src, dst, static_cast<std::size_t>(len));
-    return kOk;
-}
-
-Status realToComplexVec(const float* re, const float* im, float* dst, std::int32_t len) noexcept {
-    if (const Status status = checkArguments({dst}, {len}, {})) {
-        return status;
-    }
-    HWY_DYNAMIC_DISPATCH(interleave)(re, im, dst, static_cast<std::size_t>(len));
     return kOk;
 }
 

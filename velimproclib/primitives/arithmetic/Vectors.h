@@ -12,32 +12,12 @@
 /// processor, apart from which NaN comes out of an operation on two.
 namespace vel {
 
-/// dst = src
-Status copyVecF32(const float* src, float* dst, std::int32_t len) noexcept;
-
 /// dst = src, exactly.
 Status vecF32toF64(const float* src, double* dst, std::int32_t len) noexcept;
 
 /// dst = src, rounded to nearest. Values beyond the range of floats, infinities included, become
 /// the largest finite float of their sign; NaN stays NaN.
 Status vecF64toF32(const double* src, float* dst, std::int32_t len) noexcept;
-
-/// dst = b - a; mind the order.
-Status subVecF64(const double* a, const double* b, double* dst, std::int32_t len) noexcept;
-
-/// srcDst -= src
-Status subVecInPlaceF64(const double* src, double* srcDst, std::int32_t len) noexcept;
-
-/// srcDst /= src. A zero in `src`, of either sign, gives infinity or NaN there and the warning
-/// `kDivisionByZero`; the rest of the vector is divided all the same.
-Status divVecInPlaceF64(const double* src, double* srcDst, std::int32_t len) noexcept;
-
-/// dst = |src|; the sign of a NaN is cleared too.
-Status absVecF64(const double* src, double* dst, std::int32_t len) noexcept;
-
-/// dst[2i] = re[i], dst[2i + 1] = im[i]: `dst` takes 2 `len` floats and lies apart from the
-/// sources. A null `re` or `im` counts as zeros.
-Status realToComplexVec(const float* re, const float* im, float* dst, std::int32_t len) noexcept;
 
 /// y = a + b
 Status vsAdd(std::int32_t n, const float* a, const float* b, float* y) noexcept;

@@ -29,24 +29,6 @@ void* alignedAlloc(std::uint64_t bytes) noexcept {
     return block;
 }
 
-unsigned char* allocRows(std::int64_t rowBytes, std::int32_t height, std::int32_t* step) noexcept {
-    if (step == nullptr) {
-        return nullptr;
-    }
-    *step = 0;
-    const std::int64_t padded = (rowBytes + 31) & ~std::int64_t{31};
-    if (rowBytes < 1 || height < 1 || padded > std::numeric_limits<std::int32_t>::max()) {
-        return nullptr;
-    }
-    *step = static_cast<std::int32_t>(padded);
-    return static_cast<unsigned char*>(
-        alignedAlloc(static_cast<std::uint64_t>(padded) * static_cast<std::uint64_t>(height)));
-}
-
-float* allocFloatRows(std::int64_t rowBytes, std::int32_t height, std::int32_t* step) noexcept {
-    return reinterpret_cast<float*>(allocRows(rowBytes, height, step));
-}
-
 } // namespace
 
 float* alignedAllocF32(std::int32_t count) noexcept {
@@ -57,15 +39,17 @@ float* alignedAllocF32(std::int32_t count) noexcept {
 }
 
 unsigned char* imageAlloc(std::int32_t rowBytes, std::int32_t height, std::int32_t* step) noexcept {
-    return allocRows(rowBytes, height, step);
-}
-
-float* imageAllocF32(std::int32_t width, std::int32_t height, std::int32_t* step) noexcept {
-    return allocFloatRows(std::int64_t{width} * 4, height, step);
-}
-
-float* imageAllocC32(std::int32_t width, std::int32_t height, std::int32_t* step) noexcept {
-    return allocFloatRows(std::int64_t{width} * 8, height, step);
+    if (step == nullptr) {
+        return nullptr;
+    }
+    *step = 0;
+    const std::int64_t padded = (std::int64_t{rowBytes} + 31) & ~std::int64_t{31};
+    if (rowBytes < 1 || height < 1 || padded > std::numeric_limits<std::int32_t>::max()) {
+        return nullptr;
+    }
+    *step = static_cast<std::int32_t>(padded);
+    return static_cast<unsigned char*>(
+        alignedAlloc(static_cast<std::uint64_t>(padded) * static_cast<std::uint64_t>(height)));
 }
 
 void alignedFree(void* block) noexcept {

@@ -18,12 +18,6 @@ float* alignedAllocF32(std::int32_t count) noexcept;
 /// step is beyond 32 bits; null with the step set when the heap has no such block.
 unsigned char* imageAlloc(std::int32_t rowBytes, std::int32_t height, std::int32_t* step) noexcept;
 
-/// The same with rows of `width` floats; `step` counts bytes.
-float* imageAllocF32(std::int32_t width, std::int32_t height, std::int32_t* step) noexcept;
-
-/// The same with rows of `width` complex numbers, each a real and an imaginary float.
-float* imageAllocC32(std::int32_t width, std::int32_t height, std::int32_t* step) noexcept;
-
 /// Frees a block of any of the above; a null pointer is ignored.
 void alignedFree(void* block) noexcept;
 

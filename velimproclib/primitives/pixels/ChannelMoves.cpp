@@ -15,44 +15,36 @@ HWY_BEFORE_NAMESPACE();
 namespace vel::HWY_NAMESPACE {
 namespace {
 
-/// The plain move, from element `begin` on.
-template <std::size_t channels, class T>
+/// The plain move into one of three channels, from element `begin` on.
+template <class T>
 void intoChannel(const Unaligned<T>* HWY_RESTRICT src, Unaligned<T>* HWY_RESTRICT dst,
                  std::size_t begin, std::size_t n) {
     for (std::size_t i = begin; i < n; ++i) {
-        dst[channels * i].value = src[i].value;
+        dst[3 * i].value = src[i].value;
     }
 }
 
-/// The compiler's shuffles of this are as fast as written ones.
-template <std::size_t channels, class T>
+/// Takes one of three channels. The compiler's shuffles of this loop are as fast as written ones.
+template <class T>
 void fromChannel(const Unaligned<T>* HWY_RESTRICT src, Unaligned<T>* HWY_RESTRICT dst,
                  std::size_t n) {
     for (std::size_t i = 0; i < n; ++i) {
-        dst[i].value = src[channels * i].value;
+        dst[i].value = src[3 * i].value;
     }
 }
 
-/// A pixel of four elements as one word, its low element the channel. Spelled as arithmetic on
-/// whole words, filling a channel compiles to a few vector instructions; as a store to every fourth
-/// element it compiles to one element at a time. The last pixel is left to the plain move: the
-/// region ends with its first element.
-template <class Word>
+/// A pixel of four bytes as one word, the channel in its low byte. As arithmetic on whole words,
+/// filling a channel compiles to a few vector instructions; as a store to every fourth byte it
+/// compiles to one byte at a time. The last pixel of a row is filled by its byte alone: the region
+/// ends with that byte.
 struct [[gnu::packed, gnu::may_alias]] Pixel {
-    Word value;
-};
+    static_assert(std::endian::native == std::endian::little);
+    std::uint32_t word;
 
-template <class Word, class T>
-void intoWords(const Unaligned<T>* HWY_RESTRICT src, Unaligned<T>* HWY_RESTRICT dst,
-               std::size_t n) {
-    static_assert(std::endian::native == std::endian::little && sizeof(Word) == 4 * sizeof(T));
-    constexpr Word kOthers = ~static_cast<Word>(static_cast<T>(~T{0}));
-    auto* HWY_RESTRICT pixels = reinterpret_cast<Pixel<Word>*>(dst);
-    for (std::size_t i = 0; i + 1 < n; ++i) {
-        pixels[i].value = (pixels[i].value & kOthers) | src[i].value;
+    void setChannel(std::uint8_t value) {
+        word = (word & 0xFFFFFF00u) | value;
     }
-    intoChannel<4>(src, dst, n - 1, n);
-}
+};
 
 #if HWY_TARGET != HWY_SCALAR
 namespace hn = hwy::HWY_NAMESPACE;
@@ -120,33 +112,28 @@ std::size_t intoBlocks(const Unaligned<T>*, Unaligned<T>*, std::size_t) {
 } // namespace
 
 void intoC3U8(const Unaligned<std::uint8_t>* src, Unaligned<std::uint8_t>* dst, std::size_t n) {
-    intoChannel<3>(src, dst, intoBlocks(src, dst, n), n);
+    intoChannel(src, dst, intoBlocks(src, dst, n), n);
 }
 void intoC3U16(const Unaligned<std::uint16_t>* src, Unaligned<std::uint16_t>* dst, std::size_t n) {
-    intoChannel<3>(src, dst, intoBlocks(src, dst, n), n);
+    intoChannel(src, dst, intoBlocks(src, dst, n), n);
 }
 void intoC4U8(const Unaligned<std::uint8_t>* src, Unaligned<std::uint8_t>* dst, std::size_t n) {
-    intoWords<std::uint32_t>(src, dst, n);
-}
-void intoC4U16(const Unaligned<std::uint16_t>* src, Unaligned<std::uint16_t>* dst, std::size_t n) {
-    intoWords<std::uint64_t>(src, dst, n);
+    auto* HWY_RESTRICT pixels = reinterpret_cast<Pixel*>(dst);
+    for (std::size_t i = 0; i + 1 < n; ++i) {
+        pixels[i].setChannel(src[i].value);
+    }
+    dst[4 * (n - 1)].value = src[n - 1].value;
 }
 void fromC3U8(const Unaligned<std::uint8_t>* src, Unaligned<std::uint8_t>* dst, std::size_t n) {
-    fromChannel<3>(src, dst, n);
+    fromChannel(src, dst, n);
 }
 void fromC3U16(const Unaligned<std::uint16_t>* src, Unaligned<std::uint16_t>* dst, std::size_t n) {
-    fromChannel<3>(src, dst, n);
-}
-void fromC4U8(const Unaligned<std::uint8_t>* src, Unaligned<std::uint8_t>* dst, std::size_t n) {
-    fromChannel<4>(src, dst, n);
-}
-void fromC4U16(const Unaligned<std::uint16_t>* src, Unaligned<std::uint16_t>* dst, std::size_t n) {
-    fromChannel<4>(src, dst, n);
+    fromChannel(src, dst, n);
 }
 void fillC4U8(std::uint8_t value, std::uint8_t* dst, std::size_t n) {
-    auto* pixels = reinterpret_cast<Pixel<std::uint32_t>*>(dst);
+    auto* pixels = reinterpret_cast<Pixel*>(dst);
     for (std::size_t i = 0; i + 1 < n; ++i) {
-        pixels[i].value = (pixels[i].value & 0xFFFFFF00u) | value;
+        pixels[i].setChannel(value);
     }
     dst[4 * (n - 1)] = value;
 }
@@ -160,11 +147,8 @@ namespace vel {
 HWY_EXPORT(intoC3U8);
 HWY_EXPORT(intoC3U16);
 HWY_EXPORT(intoC4U8);
-HWY_EXPORT(intoC4U16);
 HWY_EXPORT(fromC3U8);
 HWY_EXPORT(fromC3U16);
-HWY_EXPORT(fromC4U8);
-HWY_EXPORT(fromC4U16);
 HWY_EXPORT(fillC4U8);
 
 namespace {
@@ -211,21 +195,6 @@ Status channelToPlaneC3U16(const std::uint16_t* src, std::int32_t srcStep, std::
 Status planeToChannelC4U8(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst,
                           std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept {
     return moveRows<1, 4>(HWY_DYNAMIC_DISPATCH(intoC4U8), src, srcStep, dst, dstStep, w, h);
-}
-
-Status planeToChannelC4U16(const std::uint16_t* src, std::int32_t srcStep, std::uint16_t* dst,
-                           std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept {
-    return moveRows<1, 4>(HWY_DYNAMIC_DISPATCH(intoC4U16), src, srcStep, dst, dstStep, w, h);
-}
-
-Status channelToPlaneC4U8(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst,
-                          std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept {
-    return moveRows<4, 1>(HWY_DYNAMIC_DISPATCH(fromC4U8), src, srcStep, dst, dstStep, w, h);
-}
-
-Status channelToPlaneC4U16(const std::uint16_t* src, std::int32_t srcStep, std::uint16_t* dst,
-                           std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept {
-    return moveRows<4, 1>(HWY_DYNAMIC_DISPATCH(fromC4U16), src, srcStep, dst, dstStep, w, h);
 }
 
 Status setChannelC4U8(std::uint8_t value, std::uint8_t* dst, std::int32_t dstStep, std::int32_t w,

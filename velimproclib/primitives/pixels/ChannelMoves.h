@@ -33,14 +33,6 @@ Status channelToPlaneC3U16(const std::uint16_t* src, std::int32_t srcStep, std::
 /// `dst[4x] = src[x]`.
 Status planeToChannelC4U8(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst,
                           std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept;
-Status planeToChannelC4U16(const std::uint16_t* src, std::int32_t srcStep, std::uint16_t* dst,
-                           std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept;
-
-/// `dst[x] = src[4x]`.
-Status channelToPlaneC4U8(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst,
-                          std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept;
-Status channelToPlaneC4U16(const std::uint16_t* src, std::int32_t srcStep, std::uint16_t* dst,
-                           std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept;
 
 /// `dst[4x] = value`.
 Status setChannelC4U8(std::uint8_t value, std::uint8_t* dst, std::int32_t dstStep, std::int32_t w,

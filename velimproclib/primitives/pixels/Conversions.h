@@ -19,12 +19,8 @@ namespace vel {
 
 Status convertU8toF32(const std::uint8_t* src, std::int32_t srcStep, float* dst,
                       std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept;
-Status convertU8toF32C3(const std::uint8_t* src, std::int32_t srcStep, float* dst,
-                        std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept;
 Status convertU16toF32(const std::uint16_t* src, std::int32_t srcStep, float* dst,
                        std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept;
-Status convertU16toF32C3(const std::uint16_t* src, std::int32_t srcStep, float* dst,
-                         std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept;
 Status convertS16toF32(const std::int16_t* src, std::int32_t srcStep, float* dst,
                        std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept;
 
@@ -38,15 +34,9 @@ Status convertU16toU8(const std::uint16_t* src, std::int32_t srcStep, std::uint8
 Status convertF32toU8(const float* src, std::int32_t srcStep, std::uint8_t* dst,
                       std::int32_t dstStep, std::int32_t w, std::int32_t h,
                       std::int32_t round) noexcept;
-Status convertF32toU8C3(const float* src, std::int32_t srcStep, std::uint8_t* dst,
-                        std::int32_t dstStep, std::int32_t w, std::int32_t h,
-                        std::int32_t round) noexcept;
 Status convertF32toU16(const float* src, std::int32_t srcStep, std::uint16_t* dst,
                        std::int32_t dstStep, std::int32_t w, std::int32_t h,
                        std::int32_t round) noexcept;
-Status convertF32toU16C3(const float* src, std::int32_t srcStep, std::uint16_t* dst,
-                         std::int32_t dstStep, std::int32_t w, std::int32_t h,
-                         std::int32_t round) noexcept;
 Status convertF32toS16(const float* src, std::int32_t srcStep, std::int16_t* dst,
                        std::int32_t dstStep, std::int32_t w, std::int32_t h,
                        std::int32_t round) noexcept;
