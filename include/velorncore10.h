@@ -167,8 +167,8 @@ typedef struct PSProfilesRecord {
  *                 docs/default-strength.md for a measured rule.
  * deconvAlpha     0..1 (clamped), exponent of the gradient prior. Low values favour few, sharp
  *                 edges; high values preserve soft transitions.
- * limitStrength   0..1. At 1 the result stays within the values of the neighbourhood; lower values
- *                 allow more overshoot at edges. Below 0.1 the limiter is off.
+ * limitStrength   0..1. At 1 no pixel exceeds the values of its neighbourhood before and after the
+ *                 deconvolution; lower values allow more overshoot. Below 0.1 the limiter is off.
  * edgeRadius      pixels, base radius of the edge sharpening. Below 0.4 the stage leaves the image
  *                 unchanged, except that a radius of exactly 0 turns the image black.
  * edgeSlope,      edge sharpening runs if either exceeds 1.01. The gain multiplies all detail; 1

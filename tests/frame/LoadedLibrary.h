@@ -14,7 +14,7 @@
 
 namespace vel::test {
 
-/// The shared library as a host meets it: loaded at run time, functions found by name.
+/// The shared library, loaded at run time with its functions found by name, as hosts do it.
 class LoadedLibrary {
 public:
 #ifdef _WIN32
@@ -28,7 +28,7 @@ public:
             FreeLibrary(m_handle);
         }
     }
-    /// True when the library is there, whoever loaded it.
+    /// True if the library is in the process.
     static bool staysInTheProcess() {
         return GetModuleHandleA(VELORN_LIBRARY) != nullptr;
     }
@@ -43,7 +43,7 @@ public:
             dlclose(m_handle);
         }
     }
-    /// True when the library is there, whoever loaded it.
+    /// True if the library is in the process.
     static bool staysInTheProcess() {
         void* const handle = dlopen(VELORN_LIBRARY, RTLD_NOW | RTLD_NOLOAD);
         if (handle != nullptr) {
@@ -62,7 +62,7 @@ public:
     template <class Function>
     Function* find(const char* name) const {
 #ifdef _WIN32
-        // By way of void*: a cast between two types of functions looks like a mistake.
+        // The compiler warns about casts between two function types, therefore through void*.
         void* const symbol = reinterpret_cast<void*>(GetProcAddress(m_handle, name));
 #else
         void* const symbol = dlsym(m_handle, name);

@@ -1,4 +1,4 @@
-// ornBlurEstimate as a host meets it: through the shared library.
+// ornBlurEstimate, tested through the shared library.
 #include "tests/frame/LoadedLibrary.h"
 #include "tests/support/DrawnScene.h"
 #include "tests/support/NullWhenOutOfMemory.h"
@@ -23,7 +23,7 @@ using vel::test::LoadedLibrary;
 
 constexpr float kUntouched = -7.0f;
 
-/// A host's kernel record with room around the values, to see what was written.
+/// A kernel record of the host, with room after the values to detect overruns.
 struct Kernel {
     Kernel(int32_t width, int32_t height)
         : values(static_cast<std::size_t>(std::max(width, 0) * std::max(height, 0)) + 8,
@@ -57,7 +57,7 @@ protected:
         return kernel.matrix().clone();
     }
 
-    /// One character of a longer text before may stand behind a text.
+    /// The text may end with one stale character.
     void expectText(const std::string& text) const {
         EXPECT_EQ(std::string(errorMessage()).substr(0, text.size()), text);
     }
@@ -84,7 +84,7 @@ double correlation(const cv::Mat& a, const cv::Mat& b) {
     return x.dot(y) / std::sqrt(x.dot(x) * y.dot(y));
 }
 
-/// Correlation of two kernels of one size, the best over shifts by up to two pixels.
+/// Largest correlation of two kernels of one size over shifts of up to two pixels.
 double bestCorrelation(const cv::Mat& estimated, const cv::Mat& truth) {
     double best = -1.0;
     for (int dy = -2; dy <= 2; ++dy) {
@@ -108,7 +108,7 @@ cv::Mat centred(const cv::Mat& kernel, int side) {
     return out;
 }
 
-// ---- what is estimated ----------------------------------------------------------------------
+// ---- results --------------------------------------------------------------------------------
 
 TEST_F(BlurEstimate, FindsDiscsAndGaussians) {
     const cv::Mat sharp = drawnScene(cv::Size(260, 220), CV_8UC3);
@@ -122,7 +122,7 @@ TEST_F(BlurEstimate, FindsDiscsAndGaussians) {
     }
 }
 
-TEST_F(BlurEstimate, SixteenBitsGiveWhatTheirEightBitsGive) {
+TEST_F(BlurEstimate, SixteenBitImagesGiveNearlyTheKernelOfTheirEightBits) {
     const cv::Mat eight = softScene();
     cv::Mat sixteen;
     eight.convertTo(sixteen, CV_16U, 128.0, 40.0);
@@ -145,7 +145,7 @@ TEST_F(BlurEstimate, KernelOfOnePixelIsOne) {
     EXPECT_EQ(kernel.values[1], kUntouched);
 }
 
-TEST_F(BlurEstimate, EvenRequestReceivesTheUpperLeftPartOfTheOddKernel) {
+TEST_F(BlurEstimate, EvenSidesReceiveTheUpperLeftPartOfTheOddKernel) {
     const cv::Mat image = softScene();
     Kernel odd(5, 7);
     ASSERT_EQ(run(image, odd), VELORN_OK);
@@ -161,7 +161,7 @@ TEST_F(BlurEstimate, EvenRequestReceivesTheUpperLeftPartOfTheOddKernel) {
     }
 }
 
-TEST_F(BlurEstimate, AnchorsStayAsTheHostSetThem) {
+TEST_F(BlurEstimate, AnchorsAreUnchanged) {
     Kernel kernel(3, 3);
     ASSERT_EQ(run(softScene(), kernel), VELORN_OK);
     EXPECT_EQ(kernel.record.anchorX, 71);
@@ -169,7 +169,7 @@ TEST_F(BlurEstimate, AnchorsStayAsTheHostSetThem) {
     EXPECT_EQ(kernel.record.data, kernel.values.data());
 }
 
-TEST_F(BlurEstimate, StrengthIsCutAtBothEnds) {
+TEST_F(BlurEstimate, StrengthIsLimitedAtBothEnds) {
     const cv::Mat image = softScene();
     const auto estimated = [&](float strength) {
         Kernel kernel(5, 5);
@@ -191,7 +191,7 @@ TEST_F(BlurEstimate, StrengthIsCutAtBothEnds) {
     EXPECT_FALSE(sameBits(estimated(1.0f), off));
 }
 
-TEST_F(BlurEstimate, FlatImageGivesAKernelOfNotANumberValuesAndSucceeds) {
+TEST_F(BlurEstimate, FlatImageGivesAKernelOfNaNValuesAndSucceeds) {
     Kernel kernel(7, 5);
     ASSERT_EQ(run(cv::Mat(80, 90, CV_8UC3, cv::Scalar::all(128)), kernel), VELORN_OK);
     EXPECT_TRUE(std::all_of(kernel.values.begin(), kernel.values.begin() + 35,
@@ -200,7 +200,7 @@ TEST_F(BlurEstimate, FlatImageGivesAKernelOfNotANumberValuesAndSucceeds) {
     EXPECT_STREQ(errorMessage(), "");
 }
 
-TEST_F(BlurEstimate, SmallestImagesAreSurvived) {
+TEST_F(BlurEstimate, SmallestImagesGiveKernelsOfNaN) {
     for (const cv::Size size : {cv::Size(1, 1), cv::Size(2, 2), cv::Size(1, 7), cv::Size(7, 1)}) {
         for (const int type : {CV_8UC3, CV_16UC3}) {
             Kernel kernel(9, 5);
@@ -210,7 +210,7 @@ TEST_F(BlurEstimate, SmallestImagesAreSurvived) {
     }
 }
 
-TEST_F(BlurEstimate, KernelLargerThanTheImageIsSurvived) {
+TEST_F(BlurEstimate, KernelLargerThanTheImageIsNaN) {
     Kernel kernel(61, 1);
     EXPECT_EQ(run(softScene(cv::Size(40, 40)), kernel), VELORN_OK);
     EXPECT_TRUE(std::isnan(kernel.values[60]));
@@ -231,7 +231,7 @@ TEST_F(BlurEstimate, ResultDoesNotDependOnTheNumberOfThreads) {
     EXPECT_TRUE(sameBits(results[0], results[2]));
 }
 
-TEST_F(BlurEstimate, OddStepsAndStartsAreServed) {
+TEST_F(BlurEstimate, StepAndStartMayBeOdd) {
     const cv::Mat image = softScene();
     Kernel expected(5, 5);
     ASSERT_EQ(run(image, expected), VELORN_OK);
@@ -244,7 +244,7 @@ TEST_F(BlurEstimate, OddStepsAndStartsAreServed) {
     EXPECT_TRUE(sameBits(kernel.values, expected.values));
 }
 
-TEST_F(BlurEstimate, SourceIsOnlyRead) {
+TEST_F(BlurEstimate, SourceIsUnchanged) {
     const cv::Mat image = softScene();
     const cv::Mat before = image.clone();
     Kernel kernel(5, 5);
@@ -269,15 +269,15 @@ TEST_F(BlurEstimate, ProgressNeverGoesBackAndEndsWithTheShareOfTheFinestLevel) {
               std::set<int32_t>{1000000});
 }
 
-TEST_F(BlurEstimate, ALevelIsToldInStepsOfANinthOfItsShare) {
-    // An image too small for the solver to take up a row: it tells nothing of its own.
+TEST_F(BlurEstimate, ALevelAdvancesInNinthsOfItsShare) {
+    // In an image this small the solver uses no row and therefore makes no progress of its own.
     Listener listener;
     ProgressRecord progress = listener.record(900, 10000, 0);
     Kernel kernel(3, 3);
     ASSERT_EQ(run(cv::Mat(9, 9, CV_8UC3, cv::Scalar::all(50)), kernel, 0.0f, &progress), VELORN_OK);
-    // In every iteration the edges, the kernel and the deconvolution tell a step each. Kernel and
-    // deconvolution walk over parts within a step more: the deconvolution tells its only block, and
-    // the solver's step passes silently. The last iteration restores nothing.
+    // Every iteration makes one step each for edges, kernel and deconvolution. Solver and
+    // deconvolution add a step for their parts: the solver without a callback, the deconvolution
+    // with one for its only block. The last iteration has no deconvolution.
     const std::vector<int32_t> expected{1,   100, 300, 400, 500, // begin and first iteration
                                         600, 800, 900, 900,      // second
                                         900, 900, 900,           // third
@@ -286,7 +286,7 @@ TEST_F(BlurEstimate, ALevelIsToldInStepsOfANinthOfItsShare) {
     EXPECT_EQ(progress.current, 900);
 }
 
-TEST_F(BlurEstimate, CallbacksWishToCancelIsIgnored) {
+TEST_F(BlurEstimate, CallbackCannotCancel) {
     const cv::Mat image = softScene();
     Kernel expected(5, 5);
     ASSERT_EQ(run(image, expected), VELORN_OK);
@@ -299,7 +299,7 @@ TEST_F(BlurEstimate, CallbacksWishToCancelIsIgnored) {
     EXPECT_TRUE(sameBits(kernel.values, expected.values));
 }
 
-TEST_F(BlurEstimate, WithoutCallbackOrUserDataNothingCallsBackAndTheResultIsTheSame) {
+TEST_F(BlurEstimate, WithoutCallbackOrUserDataTheResultIsTheSame) {
     const cv::Mat image = softScene();
     Listener listener;
     ProgressRecord told = listener.record(1000, 1000);
@@ -319,7 +319,7 @@ TEST_F(BlurEstimate, WithoutCallbackOrUserDataNothingCallsBackAndTheResultIsTheS
     EXPECT_EQ(listener.heard.size(), calls);
 }
 
-TEST_F(BlurEstimate, LimitIsNeverPassedInTheEnd) {
+TEST_F(BlurEstimate, ProgressEndsAtTheLimitAtMost) {
     Listener listener;
     ProgressRecord progress = listener.record(1000, 60, 10);
     Kernel kernel(5, 5);
@@ -344,7 +344,7 @@ struct Reentry {
     }
 };
 
-TEST_F(BlurEstimate, CallsFromTheCallbackAreTurnedAwayAndTheRunningCallGoesOn) {
+TEST_F(BlurEstimate, CallsFromTheCallbackAreRefusedAndTheRunningCallContinues) {
     const cv::Mat image = softScene();
     Kernel expected(3, 3);
     ASSERT_EQ(run(image, expected), VELORN_OK);
@@ -358,9 +358,33 @@ TEST_F(BlurEstimate, CallsFromTheCallbackAreTurnedAwayAndTheRunningCallGoesOn) {
     EXPECT_TRUE(sameBits(kernel.values, expected.values));
 }
 
-// ---- refusals -------------------------------------------------------------------------------
+/// Gives the kernel record another size and other memory in every callback.
+struct RecordChanger {
+    KernelRecord* record;
+    std::vector<float> other = std::vector<float>(4, kUntouched);
 
-TEST_F(BlurEstimate, KernelWithoutSizeIsZeroedAndNothingIsEstimated) {
+    static int32_t callBack(int32_t, int32_t, void* userData) {
+        auto& self = *static_cast<RecordChanger*>(userData);
+        *self.record = {2, 2, 71, 72, self.other.data()};
+        return 1;
+    }
+};
+
+TEST_F(BlurEstimate, CallbackMayChangeTheKernelRecord) {
+    const cv::Mat image = softScene();
+    Kernel expected(5, 3);
+    ASSERT_EQ(run(image, expected), VELORN_OK);
+    Kernel kernel(5, 3);
+    RecordChanger changer{&kernel.record};
+    ProgressRecord progress{1000, 1000, &RecordChanger::callBack, &changer, 0};
+    EXPECT_EQ(run(image, kernel, 0.0f, &progress), VELORN_OK);
+    EXPECT_TRUE(sameBits(kernel.values, expected.values));
+    EXPECT_EQ(changer.other, std::vector<float>(4, kUntouched));
+}
+
+// ---- failures -------------------------------------------------------------------------------
+
+TEST_F(BlurEstimate, KernelWithASideBelowOneIsZeroedAndNotEstimated) {
     for (const auto& [width, height] : {std::pair{0, 5}, {5, 0}, {-1, 3}, {3, -9}, {0, 0}}) {
         Kernel kernel(width, height);
         EXPECT_EQ(run(softScene(), kernel), VELORN_OK);
@@ -376,7 +400,7 @@ TEST_F(BlurEstimate, KernelWithoutSizeIsZeroedAndNothingIsEstimated) {
     EXPECT_EQ(bare.anchorY, 0);
 }
 
-TEST_F(BlurEstimate, NullRecordsAreRefusedByTextAndLeaveTheLibraryIdle) {
+TEST_F(BlurEstimate, NullRecordsFailWithATextAndLeaveTheLibraryIdle) {
     const cv::Mat image = softScene(cv::Size(20, 20));
     PlaneRecord plane = recordOf(image);
     ProgressRecord progress{100, 100, nullptr, nullptr, 0};
@@ -392,7 +416,7 @@ TEST_F(BlurEstimate, NullRecordsAreRefusedByTextAndLeaveTheLibraryIdle) {
     EXPECT_STREQ(errorMessage(), "");
 }
 
-TEST_F(BlurEstimate, NullDataIsRefusedByText) {
+TEST_F(BlurEstimate, NullDataFailsWithAText) {
     const cv::Mat image = softScene(cv::Size(20, 20));
     ProgressRecord progress{100, 100, nullptr, nullptr, 0};
     PlaneRecord plane = recordOf(image);
@@ -406,7 +430,7 @@ TEST_F(BlurEstimate, NullDataIsRefusedByText) {
     EXPECT_TRUE(kernel.isUntouched());
 }
 
-TEST_F(BlurEstimate, ImageWithoutPixelsIsRefused) {
+TEST_F(BlurEstimate, ImageWithoutPixelsFails) {
     const cv::Mat image = softScene(cv::Size(20, 20));
     ProgressRecord progress{100, 100, nullptr, nullptr, 0};
     for (const auto& [width, height] : {std::pair{0, 5}, {5, 0}, {-1, 5}, {5, -1}}) {
@@ -419,7 +443,7 @@ TEST_F(BlurEstimate, ImageWithoutPixelsIsRefused) {
     }
 }
 
-TEST_F(BlurEstimate, StepShorterThanARowIsRefused) {
+TEST_F(BlurEstimate, StepShorterThanARowFailsWithAText) {
     const cv::Mat image = softScene(cv::Size(20, 20));
     ProgressRecord progress{100, 100, nullptr, nullptr, 0};
     for (const int32_t step : {59, 0, -60}) {
@@ -434,7 +458,7 @@ TEST_F(BlurEstimate, StepShorterThanARowIsRefused) {
     }
 }
 
-TEST_F(BlurEstimate, KernelsThatNoMemoryHoldsAreFailuresThatLeaveDataAndLibraryAlone) {
+TEST_F(BlurEstimate, KernelsTooLargeToAllocateFailAndLeaveDataUnchangedAndTheLibraryIdle) {
     const cv::Mat image = softScene(cv::Size(40, 40));
     constexpr int32_t kMost = std::numeric_limits<int32_t>::max();
     for (const auto& [width, height] : {std::pair{4001, 4001}, {kMost, kMost}}) {
@@ -449,7 +473,7 @@ TEST_F(BlurEstimate, KernelsThatNoMemoryHoldsAreFailuresThatLeaveDataAndLibraryA
     EXPECT_EQ(run(image, kernel), VELORN_OK);
 }
 
-TEST_F(BlurEstimate, BusyLibraryIsReleasedAfterEveryOutcome) {
+TEST_F(BlurEstimate, LibraryIsIdleAfterEveryOutcome) {
     Kernel kernel(3, 3);
     ProgressRecord progress{100, 100, nullptr, nullptr, 0};
     PlaneRecord nothing{psC3U8, nullptr, 0, 0, 0};

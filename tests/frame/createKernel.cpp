@@ -7,7 +7,7 @@
 
 namespace {
 
-TEST(CreateKernel, CopiesTheShapeRowByRowAndCentresTheAnchors) {
+TEST(CreateKernel, CopiesTheKernelRowByRowAndCentresTheAnchors) {
     std::vector<float> values(26, -1.0f);
     KernelRecord record{0, 0, 0, 0, values.data()};
     ASSERT_EQ(vel::createKernel(1, 1.7f, 0.0f, &record), VELORN_OK);
@@ -22,7 +22,7 @@ TEST(CreateKernel, CopiesTheShapeRowByRowAndCentresTheAnchors) {
     EXPECT_EQ(values[25], -1.0f);
 }
 
-TEST(CreateKernel, RefusalsLeaveTheRecord) {
+TEST(CreateKernel, RefusedCallsLeaveTheRecordUnchanged) {
     KernelRecord record{1, 2, 3, 4, nullptr};
     EXPECT_EQ(vel::createKernel(0, 1.0f, 0.0f, &record), VELORN_BAD_ARGUMENT);
     EXPECT_EQ(vel::createKernel(0, 1.0f, 0.0f, nullptr), VELORN_BAD_ARGUMENT);

@@ -32,7 +32,7 @@ inline std::set<std::string> exportedNames(const LoadedLibrary& library) {
 
 #else
 
-/// All names that the library exports, as the symbol lister finds them in its file.
+/// All names that the library exports, listed by nm.
 inline std::set<std::string> exportedNames(const LoadedLibrary&) {
     const std::string command =
         std::string("nm -D --defined-only --format=posix '") + VELORN_LIBRARY + "'";

@@ -1,4 +1,4 @@
-/* The header as a C99 host compiles it, and the layout that hosts of other languages rely on. */
+/* Compiles the header as C99 and checks the record layout that hosts in other languages rely on. */
 #include "velorncore10.h"
 
 #include <stddef.h>

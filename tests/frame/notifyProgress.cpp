@@ -16,7 +16,7 @@ TEST(NotifyProgress, SetsTheCounterWithoutACallback) {
     EXPECT_EQ(progress.current, 42);
 }
 
-TEST(NotifyProgress, CutsTheCounterAtTheLimit) {
+TEST(NotifyProgress, LimitsTheCounter) {
     ProgressRecord progress{10, 100, nullptr, nullptr, 3};
     notifyProgress(progress, 101);
     EXPECT_EQ(progress.current, 100);

@@ -1,5 +1,5 @@
-// Stacks as foreign compilers hand them over on 32-bit x86: aligned to 4 bytes and no more, and
-// small. Vector code that trusted the stack would fault.
+// Stacks as other compilers provide them on 32-bit x86: small, and aligned to 4 bytes only. Vector
+// code that relies on more alignment faults.
 #if defined(__i386__)
 
 #include "tests/frame/LoadedLibrary.h"
@@ -9,8 +9,8 @@
 #include <bit>
 #include <vector>
 
-/// Calls `function` (cdecl) with `count` words as arguments, `offset` bytes of further stack below
-/// a 16-byte boundary before they are pushed. Returns what it returns.
+/// Calls `function` (cdecl) with `count` words as arguments and returns its result. The arguments
+/// are pushed `offset` bytes below a 16-byte boundary.
 extern "C" int32_t callWithWords(void* function, const std::uint32_t* words, std::uint32_t count,
                                  std::uint32_t offset) asm("callWithWords");
 
@@ -104,7 +104,7 @@ protected:
 
 class StackOffBoundary : public Stack, public ::testing::WithParamInterface<std::uint32_t> {};
 
-TEST_P(StackOffBoundary, ExportsServeAnyAlignment) {
+TEST_P(StackOffBoundary, ExportsWorkAtAnyAlignment) {
     const std::uint32_t offset = GetParam();
     EXPECT_EQ(deblur(offset), VELORN_OK);
     EXPECT_EQ(estimate(offset), VELORN_OK);
@@ -115,7 +115,7 @@ TEST_P(StackOffBoundary, ExportsServeAnyAlignment) {
     EXPECT_EQ(callOffBoundary(offset, toU8, wide.data(), 600, 300, 300, source.data(), 900), 1);
 }
 
-/// What the callback needs to call back into the library as a foreign host would.
+/// The arguments of a call that the callback makes.
 struct Reentry {
     decltype(PSImage2QImage)* showImage;
     PlaneRecord image;
@@ -133,7 +133,7 @@ int32_t showWhileBusy(int32_t, int32_t, void* userData) {
     return 1;
 }
 
-TEST_P(StackOffBoundary, CallbacksMayCallTheDisplayFromAnyAlignment) {
+TEST_P(StackOffBoundary, CallbacksMayCallTheDisplayExportsAtAnyAlignment) {
     Reentry reentry{showImage,
                     {psC3U8, source.data(), 3 * kSide, kSide, kSide},
                     std::vector<std::uint8_t>(400 * 100),
@@ -158,7 +158,7 @@ protected:
     static constexpr DWORD kAnswer = 7;
 };
 
-TEST_F(SmallStack, CallsFitIntoAQuarterOfWhatHostsGive) {
+TEST_F(SmallStack, CallsNeedAQuarterOfAUsualStack) {
     constexpr SIZE_T kReserve = 256 * 1024;
     const HANDLE thread =
         CreateThread(nullptr, kReserve, &callAll, this, STACK_SIZE_PARAM_IS_A_RESERVATION, nullptr);

@@ -1,4 +1,4 @@
-// Hosts load the library, use it, and let it go while their process lives on.
+// Hosts that close the library while their process continues.
 #include "tests/frame/LoadedLibrary.h"
 
 #include <thread>
@@ -21,11 +21,11 @@ void useAllThreads(const LoadedLibrary& library) {
               VELORN_OK);
 }
 
-TEST(Unloading, ThreadsOfTheRuntimeOutliveTheHostsInterest) {
+TEST(Unloading, ThreadsOfTheRuntimeOutliveTheLibraryHandle) {
     for (int i = 0; i < 3; ++i) {
         useAllThreads(LoadedLibrary());
     }
-    // Threads of another caller: each caller's team has threads of its own.
+    // Another calling thread has a team of its own.
     std::thread([] { useAllThreads(LoadedLibrary()); }).join();
     useAllThreads(LoadedLibrary());
 }
