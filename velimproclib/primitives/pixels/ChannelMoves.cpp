@@ -117,7 +117,8 @@ void intoC3U8(const Unaligned<std::uint8_t>* src, Unaligned<std::uint8_t>* dst, 
 void intoC3U16(const Unaligned<std::uint16_t>* src, Unaligned<std::uint16_t>* dst, std::size_t n) {
     intoChannel(src, dst, intoBlocks(src, dst, n), n);
 }
-void intoC4U8(const Unaligned<std::uint8_t>* src, Unaligned<std::uint8_t>* dst, std::size_t n) {
+void intoC4U8(const Unaligned<std::uint8_t>* HWY_RESTRICT src,
+              Unaligned<std::uint8_t>* HWY_RESTRICT dst, std::size_t n) {
     auto* HWY_RESTRICT pixels = reinterpret_cast<Pixel*>(dst);
     for (std::size_t i = 0; i + 1 < n; ++i) {
         pixels[i].setChannel(src[i].value);
