@@ -159,14 +159,13 @@ namespace {
 template <std::size_t srcChannels, std::size_t dstChannels, class Row, class T>
 Status moveRows(Row&& row, const T* src, std::int32_t srcStep, T* dst, std::int32_t dstStep,
                 std::int32_t w, std::int32_t h) noexcept {
-    const Status status = checkArguments({src, dst}, {w, h}, {srcStep, dstStep});
-    if (status != kOk) {
+    if (const Status status = checkArguments({src, dst}, {w, h}, {srcStep, dstStep})) {
         return status;
     }
     const Extent extent = joinAdjacentRows(
         w, h, {{srcStep, srcChannels * sizeof(T)}, {dstStep, dstChannels * sizeof(T)}});
     for (std::size_t y = 0; y < extent.rows; ++y) {
-        row(unaligned(rowAt(src, srcStep, y)), unaligned(rowAt(dst, dstStep, y)), extent.columns);
+        row(rowAt(unaligned(src), srcStep, y), rowAt(unaligned(dst), dstStep, y), extent.columns);
     }
     return kOk;
 }
@@ -200,8 +199,7 @@ Status planeToChannelC4U8(const std::uint8_t* src, std::int32_t srcStep, std::ui
 
 Status setChannelC4U8(std::uint8_t value, std::uint8_t* dst, std::int32_t dstStep, std::int32_t w,
                       std::int32_t h) noexcept {
-    const Status status = checkArguments({dst}, {w, h}, {dstStep});
-    if (status != kOk) {
+    if (const Status status = checkArguments({dst}, {w, h}, {dstStep})) {
         return status;
     }
     const Extent extent = joinAdjacentRows(w, h, {{dstStep, 4}});

@@ -36,11 +36,11 @@ void luminanceRow(const Unaligned<Sample>* pixels, std::uint8_t* out, std::size_
 
 template <class Sample>
 void luminanceRows(const PlaneRecord& image, cv::Mat& luminance, const Weights& weights) {
-    const auto* const first = static_cast<const Sample*>(image.data);
+    const auto* const first = static_cast<const Unaligned<Sample>*>(image.data);
     forEachRow(image.height, [&](int y) {
-        const Sample* const row = rowAt(first, image.step, static_cast<std::size_t>(y));
-        luminanceRow(unaligned(row), luminance.ptr<std::uint8_t>(y),
-                     static_cast<std::size_t>(image.width), weights);
+        luminanceRow(rowAt(first, image.step, static_cast<std::size_t>(y)),
+                     luminance.ptr<std::uint8_t>(y), static_cast<std::size_t>(image.width),
+                     weights);
     });
 }
 
