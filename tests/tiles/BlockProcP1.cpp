@@ -77,7 +77,8 @@ cv::Mat firstBlock(const cv::Mat& in, const Layout& layout) {
     return walk.nextBlock()->clone();
 }
 
-/// Changes a block so that neighbours disagree where they overlap, and beyond the pixels' range.
+/// Changes a block so that neighbours differ where they overlap, with values beyond the pixels'
+/// range.
 void disturb(cv::Mat& block, int number) {
     for (int y = 0; y < block.rows; ++y) {
         for (int x = 0; x < block.cols; ++x) {
@@ -111,7 +112,7 @@ TYPED_TEST(BlockProcP1, StitchedBlocksThatDisagreeHaveTheSameBitsOnEveryPlatform
     EXPECT_EQ(digest.text(), sizeof(TypeParam) == 1 ? "B119F50E61E3951F" : "DB29EEF22A345552");
 }
 
-TYPED_TEST(BlockProcP1, UntouchedBlocksGiveTheImageBack) {
+TYPED_TEST(BlockProcP1, UntouchedBlocksReproduceTheImage) {
     std::mt19937 random(3);
     for (int width = 1; width < 80; ++width) {
         const int height = 1 + static_cast<int>(random() % 80);
@@ -125,7 +126,7 @@ TYPED_TEST(BlockProcP1, UntouchedBlocksGiveTheImageBack) {
     }
 }
 
-TYPED_TEST(BlockProcP1, UntouchedBlocksOfTheEstimatorsSidesGiveTheImageBack) {
+TYPED_TEST(BlockProcP1, UntouchedBlocksOfTheEstimatorsSidesReproduceTheImage) {
     for (const auto& [side, width, height] :
          {std::array{256, 1, 1}, {256, 256, 200}, {512, 257, 300}, {512, 1030, 30}}) {
         const cv::Mat in = noise<TypeParam>(width, height);
@@ -135,7 +136,7 @@ TYPED_TEST(BlockProcP1, UntouchedBlocksOfTheEstimatorsSidesGiveTheImageBack) {
     }
 }
 
-TYPED_TEST(BlockProcP1, AlignedLayoutGivesTheImageBackToo) {
+TYPED_TEST(BlockProcP1, AlignedLayoutReproducesTheImageToo) {
     for (const int size : {5, 50, 100, 333}) {
         const cv::Mat in = noise<TypeParam>(size, size / 2 + 1);
         cv::Mat out(in.size(), in.type());
@@ -167,7 +168,7 @@ TYPED_TEST(BlockProcP1, WithEmptyOutputTheWalkHandsOutTheSameBlocksAndWritesNoth
     EXPECT_TRUE(sameBits(in, before));
 }
 
-TYPED_TEST(BlockProcP1, ViewsInsideLargerImagesAreServedAndNothingElseIsWritten) {
+TYPED_TEST(BlockProcP1, WorksOnViewsOfLargerImagesAndWritesNothingElse) {
     constexpr int kElement = sizeof(TypeParam);
     for (const int extra : {0, 1, 5, 13}) {
         GuardedPlane<TypeParam> in(83, 71, extra * kElement, kElement);
@@ -198,7 +199,7 @@ TYPED_TEST(BlockProcP1, ResultDoesNotDependOnTheNumberOfThreads) {
     });
 }
 
-/// Holds the first block against `in` with edges replicated around it.
+/// Compares the first block with `in`, whose edges are replicated around it.
 template <class T>
 void expectFirstBlockOf(const cv::Mat& in, const Layout& layout) {
     CBlockProcP1 walk;
@@ -258,7 +259,7 @@ TYPED_TEST(BlockProcP1, OnlyOneSwitchesTheTaperOn) {
     }
 }
 
-TYPED_TEST(BlockProcP1, StoringSaturatesAndSurvivesWhatNoPixelHolds) {
+TYPED_TEST(BlockProcP1, StoringSaturatesValuesThatNoPixelCanHold) {
     using Limits = std::numeric_limits<TypeParam>;
     const float infinity = std::numeric_limits<float>::infinity();
     for (const auto& [value, expected] :
@@ -276,9 +277,9 @@ TYPED_TEST(BlockProcP1, StoringSaturatesAndSurvivesWhatNoPixelHolds) {
     }
 }
 
-TEST(BlockProcP1Blends, LastBlockIsPulledBackAndFadesInOverAllThatItShares) {
-    // 1000 columns, useful blocks of 224, step 195: a fifth block at 780 would end at 1004, so it
-    // starts at 776. Its neighbour ends at 585 + 224 = 809.
+TEST(BlockProcP1Blends, LastBlockIsPulledBackAndFadesInOverItsWholeOverlap) {
+    // 1000 columns, useful blocks of 224, step 195: a fifth block at 780 would end at 1004 and
+    // therefore starts at 776. Its neighbour ends at 585 + 224 = 809.
     const cv::Mat in(3, 1000, CV_8UC1, cv::Scalar(0));
     cv::Mat out(in.size(), in.type());
     CBlockProcP1 walk;
@@ -299,22 +300,16 @@ TEST(BlockProcP1Blends, LastBlockIsPulledBackAndFadesInOverAllThatItShares) {
     EXPECT_EQ(out.at<std::uint8_t>(1, 999), 200);
 }
 
-TEST(BlockProcP1Blends, ColumnsAreRoundedAfterTheFadeAndRowsTruncated) {
+TEST(BlockProcP1Blends, ColumnsAreRoundedToNearestAfterTheFade) {
     // Two blocks of 30 on 44 pixels share 16: black first, then 100.
-    const Layout layout{30, 30, 0, 16};
     const auto paint = [](cv::Mat& block, int number) {
         block.setTo(number == 0 ? 0.0 : 100.0 / 255.0);
     };
-    cv::Mat across(4, 44, CV_8UC1);
-    ASSERT_EQ(walkThrough(across, across, layout, paint), 2);
-    cv::Mat down(44, 4, CV_8UC1);
-    ASSERT_EQ(walkThrough(down, down, layout, paint), 2);
+    cv::Mat image(4, 44, CV_8UC1);
+    ASSERT_EQ(walkThrough(image, image, Layout{30, 30, 0, 16}, paint), 2);
     for (int i = 0; i < 44; ++i) {
-        const float share = static_cast<float>(std::clamp((i - 13) / 17.0, 0.0, 1.0));
-        EXPECT_EQ(across.at<std::uint8_t>(2, i), std::lround(100 * share)) << i;
-        EXPECT_EQ(down.at<std::uint8_t>(i, 2),
-                  static_cast<int>(static_cast<float>(100 * static_cast<double>(share))))
-            << i;
+        const double share = std::clamp((i - 13) / 17.0, 0.0, 1.0);
+        EXPECT_EQ(image.at<std::uint8_t>(2, i), std::lround(100 * share)) << i;
     }
 }
 
@@ -338,7 +333,7 @@ TEST(BlockProcP1Blends, RowsOfBlocksAreTruncatedWithoutARoundingToSingle) {
 }
 
 TEST(BlockProcP1Blends, RowsOfBlocksThatOnlyTouchAreCopied) {
-    // Without an overlap the walk's step is the block: 30 and 30 on 60.
+    // Without an overlap the step is the length of a block: two blocks of 30 on 60 rows.
     cv::Mat image(60, 4, CV_16SC1);
     const auto paint = [](cv::Mat& block, int number) { block.setTo(number == 0 ? 0.25 : -0.5); };
     ASSERT_EQ(walkThrough(image, image, Layout{30, 30, 0, 0}, paint), 2);
@@ -346,9 +341,9 @@ TEST(BlockProcP1Blends, RowsOfBlocksThatOnlyTouchAreCopied) {
     EXPECT_EQ(image.at<std::int16_t>(30, 0), -16384);
 }
 
-TEST(BlockProcP1Blends, FirstBlocksOfRowsAndTheFirstRowOfBlocksAreTakenAsTheyAre) {
-    // Two by two blocks of 30 on 44 by 44 pixels share 16: what their neighbours have not reached
-    // holds one block alone, whatever the output and the strip held before.
+TEST(BlockProcP1Blends, FirstBlocksOfRowsAndTheFirstRowOfBlocksAreNotBlended) {
+    // Two by two blocks of 30 on 44 by 44 pixels share 16. Outside of the overlaps each pixel comes
+    // from one block, whatever the output and the strip held before.
     cv::Mat image(44, 44, CV_8UC1, cv::Scalar(200));
     const auto paint = [](cv::Mat& block, int number) { block.setTo((number + 1) * 20.0 / 255.0); };
     ASSERT_EQ(walkThrough(image.clone(), image, Layout{30, 30, 0, 16}, paint), 4);
@@ -430,7 +425,7 @@ TEST(BlockProcP1Failures, GapsBetweenBlocksAreRefused) {
               "CBlockProcP1::doneABlock - ovlpY < 0");
 }
 
-TEST(BlockProcP1Failures, EveryMarginEitherGivesTheImageBackOrIsRefused) {
+TEST(BlockProcP1Failures, EveryMarginEitherReproducesTheImageOrIsRefused) {
     for (int border = 0; border < 80; ++border) {
         for (const auto& [width, height] : {std::pair{1, 1}, {9, 3}, {20, 64}, {70, 41}}) {
             const cv::Mat in = noise<std::uint8_t>(width, height);

@@ -21,7 +21,7 @@ struct Visits {
     WalkState end;
 };
 
-/// Walks as an iterator does; gives up after `most` tiles.
+/// Walks as an iterator does, for at most `most` tiles.
 Visits visit(TileWalk walk, std::size_t most = 100000) {
     Visits visits{{}, WalkState::kFinished};
     while (visits.positions.size() < most) {
@@ -190,7 +190,7 @@ TEST(TileWalk, TileWithoutImagePixelsHasNoWindow) {
     EXPECT_FALSE(hasWindow(10, 10, -2147483647, 2147483647));
 }
 
-TEST(TileWalk, LayoutTakesTheMarginsOffTheTileAndPutsThemOnAgain) {
+TEST(TileWalk, UsefulSizesExcludeTheMarginsAndTileSizesIncludeThem) {
     const TileWalk walk(1000, 300, {256, 356, 0, 8, 16});
     EXPECT_EQ(walk.storedWidth(), 224);
     EXPECT_EQ(walk.usefulHeight(), 324);
@@ -202,7 +202,7 @@ TEST(TileWalk, LayoutTakesTheMarginsOffTheTileAndPutsThemOnAgain) {
               row({0, 195, 390, 585, 776}));
 }
 
-TEST(TileWalk, MarginsBeyondTheRangeOfLengthsAreCutToIt) {
+TEST(TileWalk, SizesBeyond32BitsSaturate) {
     constexpr int kMost = std::numeric_limits<int>::max();
     const TileWalk walk(10, 10, {64, 64, 0, 8, kMost});
     EXPECT_EQ(walk.usefulHeight(), std::numeric_limits<int>::min());

@@ -12,17 +12,17 @@ TEST(Blend, WeightIsTheShareOfTheFreshValue) {
     EXPECT_EQ(vel::blend(10, 20, 1.0F), 20.0F);
 }
 
-TEST(Blend, EqualLevelsStayThatLevelWhereSumsOfSinglesWouldFallShort) {
-    int fallenShort = 0;
+TEST(Blend, EqualLevelsStayThatLevelWhereSumsOfSinglesAreBelowIt) {
+    int below = 0;
     for (int n = 1; n < 1024; ++n) {
         const float weight = static_cast<float>(n) / 1024.3F;
         for (int level = 0; level <= 65535; level += 257) {
             const auto value = static_cast<float>(level);
             ASSERT_EQ(vel::blend(level, level, weight), value) << weight;
-            fallenShort += (1.0F - weight) * value + weight * value < value ? 1 : 0;
+            below += (1.0F - weight) * value + weight * value < value ? 1 : 0;
         }
     }
-    EXPECT_GT(fallenShort, 0);
+    EXPECT_GT(below, 0);
 }
 
 TEST(Blend, ExactSumIsRoundedToSingleOnce) {

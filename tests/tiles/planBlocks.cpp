@@ -96,7 +96,7 @@ TEST(PlanBlocks, OverlapAsLongAsTheTileGivesTwoTilesThatCannotMove) {
     expectPlan(planBlocks(0, 1000, 16, 16), 2, 16, 0);
 }
 
-TEST(PlanBlocks, TileOfNothingGivesTwoTilesThatCannotMove) {
+TEST(PlanBlocks, TileLengthOfZeroGivesTwoTilesThatCannotMove) {
     const TileGeometry plan = planBlocks(0, 100, 0, 16);
     EXPECT_EQ(plan.count, 2);
     EXPECT_EQ(plan.length, 0);

@@ -19,7 +19,7 @@ namespace vel {
 /// Block values: 1.0 stands for 255 (CV_8UC1) or 32767 (CV_16SC1).
 ///
 /// The order of calls is `init`, `nextBlock`, then for each block the caller's work in place,
-/// `doneABlock` and `nextBlock`, until `nextBlock` returns null. One object serves one walk and one
+/// `doneABlock` and `nextBlock`, until `nextBlock` returns null. An object is for one walk and one
 /// thread; inside, it works in parallel, and the results do not depend on the number of threads.
 class CBlockProcP1 {
 public:

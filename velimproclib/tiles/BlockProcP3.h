@@ -22,7 +22,7 @@ namespace vel {
 /// and 16-bit values may exceed 1.
 ///
 /// The order of calls is `init`, `nextBlock`, then for each tile the caller's stages, `doneABlock`
-/// and `nextBlock`, until `nextBlock` returns null. One object serves one walk and one thread;
+/// and `nextBlock`, until `nextBlock` returns null. An object is for one walk and one thread;
 /// inside, it works in parallel, and the results do not depend on the number of threads.
 ///
 /// Integer failures: `kColumnGap` for a gap between tiles of a row, or for a plan whose step cannot

@@ -40,8 +40,8 @@ enum class WalkState {
 /// to right, rows of tiles from the top. The step is the nominal distance; the last tile of each
 /// axis is pulled back so that it ends where the image ends, and overlaps its neighbour by more.
 ///
-/// The walk also knows how far the image is finished, and thereby the overlap of the current tile.
-/// One walk serves one thread, once.
+/// The walk also keeps how far the image is finished, which gives the overlap of the current tile.
+/// A walk is for one thread and one use.
 class TileWalk {
 public:
     TileWalk() = default;

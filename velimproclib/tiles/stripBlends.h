@@ -27,7 +27,7 @@ template <class Sum, class T>
 void fadeInRow(const T* strip, Unaligned<T>* target, float weight, std::size_t count) noexcept {
     for (std::size_t i = 0; i < count; ++i) {
         const auto sum = static_cast<Sum>(blendInDouble(target[i].value, strip[i], weight));
-        // Between two values of T, so no conversion can leave its range.
+        // The sum is between two values of T: no conversion can leave its range.
         target[i].value = static_cast<T>(static_cast<int>(sum));
     }
 }
