@@ -1,22 +1,25 @@
-// The whole of ornBlurEstimate, from host pixels to kernel, on a drawn scene blurred by a disc, on
-// one thread and on two, one after the other in one run: seconds on the clock ("s"), which other
-// work on the machine lengthens, and seconds of processor time ("cpu"), which it hardly does.
+// The whole of ornBlurEstimate, from host pixels to kernel, on a drawn scene blurred by a disc.
 //
-// Where the time goes is measured in the same run, in processor time, by going through the levels
-// with the estimator's own public operations: "prediction" (edge images), "mask", "sums"
-// (accumulation of the kernel's equations), "solve", "deconvolution", in percent of their sum with
-// the rest (pyramid, blends), which is what is missing to 100.
+// A row measures one thread and then two in the same run: seconds on the clock ("s_1", "s_2"),
+// which other work on the machine lengthens, and seconds of processor time ("cpu_1", "cpu_2"),
+// which it hardly affects. The share of each stage follows, in percent of the processor time:
+// "prediction" (edge images), "mask", "sums" (accumulation of the kernel's equations), "solve" and
+// "deconvolution". The rest, pyramid and blends, is missing to 100. The stages are timed in a run
+// of their own, level by level.
 //
 //   bench_blurEstimate --benchmark_filter=1000
 //
-// Each row is measured once: the large ones take long.
+// Each row is measured once, because the large ones take long.
 
 #include "tests/support/DrawnScene.h"
-#include "velimproclib/veldeblurcv/estimation/AlphaBlend.h"
 #include "velimproclib/veldeblurcv/estimation/BlurEst.h"
-#include "velimproclib/veldeblurcv/estimation/EdgePrediction.h"
-#include "velimproclib/veldeblurcv/estimation/estKernel.h"
-#include "velimproclib/veldeblurcv/estimation/PSFEst.h"
+#include "velimproclib/veldeblurcv/estimation/edges/EdgeMask.h"
+#include "velimproclib/veldeblurcv/estimation/edges/EdgePrediction.h"
+#include "velimproclib/veldeblurcv/estimation/levels/AlphaBlend.h"
+#include "velimproclib/veldeblurcv/estimation/levels/deconvLevel.h"
+#include "velimproclib/veldeblurcv/estimation/ProgressSpan.h"
+#include "velimproclib/veldeblurcv/estimation/solver/normaliseEstimate.h"
+#include "velimproclib/veldeblurcv/estimation/solver/PSFEst.h"
 #include "velorncore10.h"
 
 #include <algorithm>
@@ -99,10 +102,11 @@ private:
     std::array<double, kStages> m_seconds{};
 };
 
-/// What `estKernel` does, accumulation and solve timed apart.
+/// The steps of `estKernel`, with accumulation and solve timed separately.
 void solveKernel(const cv::Mat& edge, const cv::Mat& mask, const cv::Mat& blurred, cv::Mat& kernel,
                  StageTimes& times) {
-    vel::CPSFEst solver;
+    vel::CProgressSpan silent;
+    vel::CPSFEst solver(silent);
     times.time(kSums, [&] {
         solver.setup(kernel.size(), edge.size(), cv::Point(kernel.cols / 2, kernel.rows / 2),
                      0.001f, 0.0f, 1.0f, 1.0f, 1.0f, 1.0f, 1.0f);
@@ -110,11 +114,11 @@ void solveKernel(const cv::Mat& edge, const cv::Mat& mask, const cv::Mat& blurre
     });
     times.time(kSolve, [&] {
         solver.computePSF().copyTo(kernel);
-        vel::cleanKernel(kernel, 0.05f);
+        vel::normaliseEstimate(kernel, 0.05f);
     });
 }
 
-/// The iterations of one level, as `estimateLvl` makes them.
+/// The iterations of one level, in the order of `estimateLvl`.
 void estimateLevel(vel::CBlurEst& estimator, int level, StageTimes& times) {
     const auto index = static_cast<std::size_t>(level);
     const bool coarsest = level == estimator.m_pyrLvls;
@@ -132,13 +136,17 @@ void estimateLevel(vel::CBlurEst& estimator, int level, StageTimes& times) {
     for (int iteration = 0; iteration < 3; ++iteration) {
         times.time(kPrediction, [&] { vel::estEdge(latent, edge, 5, sigmaColor, sigmaSpace, 1); });
         if (iteration == 0) {
+            vel::EdgeMask selection;
             times.time(kMask,
-                       [&] { estimator.computeMask(edge, mask, 2000 * kernel.cols, kernel.cols); });
+                       [&] { selection.compute(edge, mask, 2000 * kernel.cols, kernel.cols); });
         }
         sigmaSpace = std::max(0.5f, sigmaSpace * sigmaSpace);
         solveKernel(edge, mask, blurred, kernel, times);
-        const int mode = level == 0 && iteration == 2 ? 0 : 2;
-        times.time(kDeconvolution, [&] { estimator.deconvLevel(mode, blurred, kernel, restored); });
+        if (level == 0 && iteration == 2) {
+            continue;
+        }
+        vel::CProgressSpan silent;
+        times.time(kDeconvolution, [&] { vel::deconvLevel(blurred, kernel, restored, silent); });
         times.time(kRest, [&] { vel::alphaBlend(restored, latent, iteration == 0 ? 0.5f : 1.0f); });
     }
     estimator.m_imPyr[index] = latent;
@@ -146,8 +154,9 @@ void estimateLevel(vel::CBlurEst& estimator, int level, StageTimes& times) {
 
 StageTimes estimateByStages(const cv::Mat& luminance, int side) {
     StageTimes times;
+    vel::CProgressSpan silent;
     vel::CBlurEst estimator;
-    times.time(kRest, [&] { estimator.setup(luminance, cv::Mat(side, side, CV_32FC1), nullptr); });
+    times.time(kRest, [&] { estimator.setup(luminance, cv::Mat(side, side, CV_32FC1), silent); });
     for (int level = estimator.m_pyrLvls; level >= 0; --level) {
         estimateLevel(estimator, level, times);
     }

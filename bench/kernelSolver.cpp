@@ -1,16 +1,20 @@
-// The accumulation of the kernel solver, and the solve.
+// The accumulation of the kernel's normal equations, and their solution.
 //
 // Accumulation: multiply-adds that the result needs (the symmetric half and the right-hand side,
 // six orders) per second, against two references measured in the same run, on the same thread:
-//   peak   16-bit multiply-adds into 32-bit sums from registers only, the best this machine can do
+//   peak   16-bit multiply-adds into 32-bit sums from registers only, the limit of this machine
 //   plain  the definition as a loop over doubles: the whole matrix, one pixel at a time
-// The machine may be shared, so the references are timed in turn with the accumulation, the ratios
-// are formed from totals, and what runs on one thread is timed by the processor time that it took.
-// Runs on two threads are timed by the clock: on a busy machine they show how busy it is.
+// The machine may be shared. Therefore accumulation and references alternate, ratios are formed
+// from totals, and work on one thread is measured in processor time. Runs on two threads are
+// measured by the clock: on a busy machine they show how busy it is.
 //
-// Solve: Cholesky against singular values on a matrix of drawn noise.
+// Solution: our Cholesky method against cv::solve with DECOMP_CHOLESKY and with DECOMP_SVD, on the
+// equations of a noise image.
 
-#include "velimproclib/veldeblurcv/estimation/PSFEst.h"
+#include "velimproclib/veldeblurcv/estimation/ProgressSpan.h"
+#include "velimproclib/veldeblurcv/estimation/solver/NormalEquations.h"
+#include "velimproclib/veldeblurcv/estimation/solver/solvePositiveDefinite.h"
+#include "velimproclib/veldeblurcv/estimation/solver/sumEquations.h"
 
 #include <algorithm>
 #include <array>
@@ -30,8 +34,8 @@
 HWY_BEFORE_NAMESPACE();
 namespace vel::HWY_NAMESPACE {
 
-/// Runs `rounds` rounds of independent multiply-adds in registers and returns how many
-/// multiply-adds of single lanes that were.
+/// Runs `rounds` rounds of independent multiply-adds in registers.
+/// @return the number of multiply-adds of single lanes
 std::int64_t multiplyInRegisters(std::int64_t rounds, std::int32_t* sink) {
 #if HWY_TARGET == HWY_SCALAR
     std::int32_t sums[8] = {};
@@ -63,7 +67,7 @@ std::int64_t multiplyInRegisters(std::int64_t rounds, std::int32_t* sink) {
     for (std::int64_t i = 0; i < rounds; ++i) {
         HWY_UNROLL(12)
         for (int s = 0; s < kSums; ++s) {
-            // A factor that changes, or the products would be computed only once.
+            // The factor changes, so that the products are not computed only once.
             sums[s] = hn::ReorderWidenMulAccumulate(d32, factor, hn::BitCast(d16, sums[s]), sums[s],
                                                     others[s]);
         }
@@ -104,7 +108,7 @@ double clockSeconds() {
         .count();
 }
 
-/// Work done and the time it took, summed over a run.
+/// Work and its time, summed over a run.
 struct Rate {
     double (*now)() = processorSeconds;
     double work = 0.0;
@@ -141,7 +145,8 @@ double usefulProducts(int side, int pixels) {
     return 6.0 * pixels * (n * (n + 1.0) / 2.0 + n);
 }
 
-/// The definition for `pixels` pixels; returns the products that the result needs of it.
+/// The definition for `pixels` pixels.
+/// @return the number of products that the result needs
 double plainLoop(const cv::Mat& image, int side, int pixels, std::vector<double>& matrix,
                  std::vector<double>& term) {
     const auto n = static_cast<std::size_t>(side * side);
@@ -178,7 +183,8 @@ double plainLoop(const cv::Mat& image, int side, int pixels, std::vector<double>
     return usefulProducts(side, pixels);
 }
 
-/// A mask of scattered pixels, 2000 for each unit of the kernel's side, as the estimator selects.
+/// A mask of scattered pixels, 2000 per unit of the kernel's side, as many as the estimator
+/// selects.
 cv::Mat scatteredMask(int imageSide, int kernelSide) {
     std::mt19937 random(9);
     cv::Mat mask = cv::Mat::zeros(imageSide, imageSide, CV_8UC1);
@@ -191,6 +197,25 @@ cv::Mat scatteredMask(int imageSide, int kernelSide) {
     return mask;
 }
 
+/// The normal equations of a square kernel.
+struct Equations {
+    int side;
+    cv::Mat matrix;
+    cv::Mat rightHand;
+    int pixels = 0;
+
+    explicit Equations(int kernelSide)
+        : side(kernelSide), matrix(cv::Mat::zeros(side * side, side * side, CV_64FC1)),
+          rightHand(cv::Mat::zeros(side * side, 1, CV_64FC1)) {}
+
+    void sum(const cv::Mat& sharp, const cv::Mat& blurred, const cv::Mat& mask) {
+        vel::CProgressSpan silent;
+        pixels = static_cast<int>(vel::sumEquations(
+            {sharp, blurred, mask}, {cv::Size(side, side), sharp.size(), side / 2, side / 2},
+            silent, {matrix.ptr<double>(), matrix.step1(), rightHand.ptr<double>()}));
+    }
+};
+
 void accumulate(benchmark::State& state) {
     const int side = static_cast<int>(state.range(0));
     const int threads = static_cast<int>(state.range(1));
@@ -198,9 +223,7 @@ void accumulate(benchmark::State& state) {
     const cv::Mat image = noise(kImageSide, 1);
     const cv::Mat blur = noise(kImageSide, 2);
     const cv::Mat mask = scatteredMask(kImageSide, side);
-    vel::CPSFEst solver;
-    solver.setup(cv::Size(side, side), image.size(), cv::Point(side / 2, side / 2), 0.001f, 0.0f,
-                 1.0f, 1.0f, 1.0f, 1.0f, 1.0f);
+    Equations equations(side);
     const auto n = static_cast<std::size_t>(side * side);
     std::vector<double> matrix(n * n);
     std::vector<double> term(n * n);
@@ -215,8 +238,8 @@ void accumulate(benchmark::State& state) {
     for (auto _ : state) {
         peakRate.measure(peak);
         rate.measure([&] {
-            solver.computeLA8U(image, blur, mask);
-            return usefulProducts(side, solver.pixelCount());
+            equations.sum(image, blur, mask);
+            return usefulProducts(side, equations.pixels);
         });
         peakRate.measure(peak);
         plainRate.measure([&] { return plainLoop(image, side, plainPixels, matrix, term); });
@@ -228,7 +251,7 @@ void accumulate(benchmark::State& state) {
     state.counters["peak_Gmac/s"] = peakRate.perSecond() * 1e-9;
     state.counters["of_peak_per_core"] = rate.perSecond() / peakRate.perSecond() / threads;
     state.counters["times_plain"] = rate.perSecond() / plainRate.perSecond();
-    state.counters["pixels"] = solver.pixelCount();
+    state.counters["pixels"] = equations.pixels;
 }
 BENCHMARK(accumulate)
     ->ArgNames({"side", "threads"})
@@ -240,30 +263,32 @@ BENCHMARK(accumulate)
 void solve(benchmark::State& state) {
     const int side = static_cast<int>(state.range(0));
     const cv::Mat image = noise(256, 3);
-    const cv::Mat blur = noise(256, 4);
-    const cv::Mat mask(image.size(), CV_8UC1, cv::Scalar(1));
-    vel::CPSFEst solver;
-    solver.setup(cv::Size(side, side), image.size(), cv::Point(side / 2, side / 2), 0.001f, 0.0f,
-                 1.0f, 1.0f, 1.0f, 1.0f, 1.0f);
-    solver.computeLA8U(image, blur, mask);
+    Equations equations(side);
+    equations.sum(image, noise(256, 4), cv::Mat(image.size(), CV_8UC1, cv::Scalar(1)));
+    cv::Mat x(side * side, 1, CV_64FC1);
+    const auto reference = [&](int method) {
+        cv::solve(equations.matrix, equations.rightHand, x, method);
+        benchmark::DoNotOptimize(x.data);
+        return 1.0;
+    };
     Rate rate;
+    Rate cholesky;
     Rate singular;
     double lastSeconds = 0.0;
     for (auto _ : state) {
         rate.measure([&] {
-            benchmark::DoNotOptimize(solver.computePSF().data);
+            benchmark::DoNotOptimize(
+                vel::solvePositiveDefinite(equations.matrix, equations.rightHand, x));
             return 1.0;
         });
-        singular.measure([&] {
-            cv::Mat x;
-            cv::solve(solver.normalMatrix(), solver.rightHandSide(), x, cv::DECOMP_SVD);
-            benchmark::DoNotOptimize(x.data);
-            return 1.0;
-        });
+        cholesky.measure([&] { return reference(cv::DECOMP_CHOLESKY); });
+        singular.measure([&] { return reference(cv::DECOMP_SVD); });
         state.SetIterationTime(rate.seconds - lastSeconds);
         lastSeconds = rate.seconds;
     }
+    state.counters["cholesky_ms"] = 1e3 / cholesky.perSecond();
     state.counters["singular_ms"] = 1e3 / singular.perSecond();
+    state.counters["times_cholesky"] = rate.perSecond() / cholesky.perSecond();
     state.counters["times_singular"] = rate.perSecond() / singular.perSecond();
 }
 BENCHMARK(solve)

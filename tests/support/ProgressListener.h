@@ -7,8 +7,7 @@
 
 namespace vel::test {
 
-/// Records the arguments of the progress callback and cancels in the call of a given number
-/// (counted from 1).
+/// Keeps what the callback was told, and cancels at the call of a given number (counted from 1).
 struct Listener {
     std::vector<int32_t> heard;
     std::vector<int32_t> limits;

@@ -67,7 +67,7 @@ TEST(ColorTwistTile, GreyGivesItsLuminanceAndTheOffsets) {
     }
 }
 
-TEST(ColorTwistTile, ForwardMatrixSumsInSinglePrecision) {
+TEST(ColorTwistTile, ForwardMatrixIsTheOneOfTheDriver) {
     const TilePlanes before = noise(37, 41);
     TilePlanes after = copyOf(before);
     rgbToLumaChroma(after, 0);

@@ -74,7 +74,7 @@ int32_t blurEstimate(ProgressRecord* progress, const PlaneRecord* image, KernelR
     lumaToMat(*image, luminance);
     cv::Mat estimated(oddSide(wanted.height), oddSide(wanted.width), CV_32FC1);
     CBlurEst estimator;
-    estimator.setup(luminance, estimated, &span);
+    estimator.setup(luminance, estimated, span);
     estimator.estimate(cutStrength(strength));
     copyKernel(estimator.m_kPyr[0], wanted);
     span.finish();

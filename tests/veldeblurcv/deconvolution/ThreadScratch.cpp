@@ -13,18 +13,18 @@ using namespace vel;
 
 constexpr std::size_t kFloats = 17;
 
-TEST(ThreadScratch, EachThreadHasItsOwnAlignedMemory) {
+TEST(ThreadScratch, ThreadsHaveRoomsOfTheirOwn) {
     const test::ThreadCount two(2);
     ThreadScratch scratch;
     scratch.allocate(kFloats);
     EXPECT_GE(scratch.of(1) - scratch.of(0), static_cast<std::ptrdiff_t>(kFloats));
     EXPECT_EQ(reinterpret_cast<std::uintptr_t>(scratch.of(1)) % 64, 0u);
-    float* const memory = scratch.of(0);
+    float* const room = scratch.of(0);
     scratch.fitTeam();
-    EXPECT_EQ(scratch.of(0), memory) << "a team of the same size needs no allocation";
+    EXPECT_EQ(scratch.of(0), room) << "nothing is allocated while the team stays";
 }
 
-TEST(ThreadScratch, GrowsWithTheTeamButDoesNotShrink) {
+TEST(ThreadScratch, GrowsWithTheTeamAndDoesNotShrinkWithIt) {
     ThreadScratch scratch;
     {
         const test::ThreadCount one(1);
@@ -49,7 +49,7 @@ TEST(ThreadScratch, GrowsWithTheTeamButDoesNotShrink) {
     EXPECT_EQ(scratch.of(0), grown);
 }
 
-TEST(ThreadScratch, FitsATeamThatIsLargerThanTheSettings) {
+TEST(ThreadScratch, ATeamLargerThanTheSettingsIsFitToo) {
     const test::ThreadCount one(1);
     ThreadScratch scratch;
     scratch.allocate(kFloats);
@@ -65,7 +65,7 @@ TEST(ThreadScratch, FitsATeamThatIsLargerThanTheSettings) {
     }
 }
 
-TEST(ThreadScratch, ASecondAllocationTakesTheNewSize) {
+TEST(ThreadScratch, AllocatingAgainTakesTheNewSize) {
     const test::ThreadCount two(2);
     ThreadScratch scratch;
     scratch.allocate(kFloats);

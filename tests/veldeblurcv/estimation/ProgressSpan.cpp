@@ -53,7 +53,7 @@ TEST(ProgressSpan, StepsAreAtLeastOne) {
     EXPECT_EQ(span.begin(0.0f, 0), 1);
 }
 
-TEST(ProgressSpan, TheShareIsTruncatedAndCutToTheLimit) {
+TEST(ProgressSpan, ShareIsTruncatedAndLimited) {
     Calls calls;
     ProgressRecord account = record(calls, 99, 1000, 10);
     {
@@ -128,15 +128,17 @@ TEST(ProgressSpan, WithoutCallbackOrUserDataNothingMoves) {
     }
 }
 
-TEST(ProgressSpan, ANullRecordIsQuiet) {
-    CProgressSpan span(nullptr);
+TEST(ProgressSpan, SpanWithoutARecordIsSilent) {
+    CProgressSpan span;
     EXPECT_EQ(span.begin(1.0f, 3), 0);
     EXPECT_EQ(span.advance(), 1);
-    EXPECT_EQ(span.finish(), 1);
     span.beginSub(3);
+    EXPECT_EQ(span.advance(), 1);
+    span.endSub();
+    EXPECT_EQ(span.finish(), 1);
 }
 
-TEST(ProgressSpan, ASplitStepEndsWhereTheWholeStepWould) {
+TEST(ProgressSpan, SplitStepEndsWhereTheWholeStepWould) {
     Calls calls;
     ProgressRecord account = record(calls, 100, 1000, 0);
     CProgressSpan span(&account);

@@ -9,7 +9,7 @@ namespace vel {
 
 namespace {
 
-/// The host chooses the account's numbers: sums of them stay within 32 bits.
+/// The host chooses the account's numbers, so their sums may leave 32 bits.
 std::int32_t saturate(std::int64_t value) noexcept {
     return static_cast<std::int32_t>(std::clamp<std::int64_t>(
         value, std::numeric_limits<std::int32_t>::min(), std::numeric_limits<std::int32_t>::max()));
@@ -50,7 +50,7 @@ int CProgressSpan::advance() {
         return 1;
     }
     m_record->current = std::min(sum(m_record->current, m_step), m_end);
-    return tell();
+    return callBack();
 }
 
 int CProgressSpan::finish() {
@@ -58,7 +58,7 @@ int CProgressSpan::finish() {
         return 1;
     }
     m_record->current = m_end;
-    return tell();
+    return callBack();
 }
 
 void CProgressSpan::beginSub(int parts) noexcept {
@@ -71,6 +71,9 @@ void CProgressSpan::beginSub(int parts) noexcept {
 }
 
 void CProgressSpan::endSub() noexcept {
+    if (m_record == nullptr) {
+        return;
+    }
     m_record->current = sum(m_savedCurrent, m_savedStep);
     m_step = m_savedStep;
 }
@@ -87,7 +90,7 @@ void CProgressSpan::restAt(std::int32_t position) noexcept {
     m_savedStep = 0;
 }
 
-int CProgressSpan::tell() {
+int CProgressSpan::callBack() {
     return m_record->callback(m_record->current, m_record->limit, m_record->userData);
 }
 

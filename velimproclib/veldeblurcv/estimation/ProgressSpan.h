@@ -9,13 +9,13 @@ namespace vel {
 /// The estimator's share of the host's progress account.
 ///
 /// The account and its counter belong to the host. A callback is made only when record, callback
-/// and user data are all there. A span opened on a record, but never begun or begun without a
-/// callback, is idle: nothing it does moves the host's counter. Not thread-safe: one thread at a
-/// time calls it.
+/// and user data are all present. A span whose callback cannot be made is idle: it never moves the
+/// host's counter. A span without a record is silent: every operation is allowed and has no effect,
+/// so code that nobody watches receives one. Not thread-safe: one thread at a time calls it.
 class CProgressSpan {
 public:
-    /// @param record the host's account, may be null for a span that is only destroyed or begun
-    explicit CProgressSpan(ProgressRecord* record) noexcept;
+    /// @param record the host's account; null makes a silent span
+    explicit CProgressSpan(ProgressRecord* record = nullptr) noexcept;
 
     /// Leaves the host's counter at the end of the share.
     ~CProgressSpan();
@@ -23,8 +23,8 @@ public:
     CProgressSpan(const CProgressSpan&) = delete;
     CProgressSpan& operator=(const CProgressSpan&) = delete;
 
-    /// Takes `share` (0..1) of the account's total from where the counter stands, to be walked in
-    /// `steps` steps, and calls back once with the counter plus one.
+    /// Takes `share` (0..1) of the account's total, from the counter's present value on, divides it
+    /// into `steps` steps, and calls back once with the counter plus one.
     /// @return the length of a step, 0 when no callback can be made
     int begin(float share, int steps);
 
@@ -37,17 +37,17 @@ public:
     int finish();
 
     /// Splits the next step into `parts` (at least 1): until `endSub`, `advance` moves by one part,
-    /// at least 1. Without effect on a null record.
+    /// at least 1.
     void beginSub(int parts) noexcept;
 
-    /// Puts the counter where the step that was split ends, however many parts were walked, and
-    /// restores the step. The record must exist.
+    /// Moves the counter, without a callback, to where the split step ends, however many parts were
+    /// made, and restores the step.
     void endSub() noexcept;
 
 private:
     bool canCall() const noexcept;
     void restAt(std::int32_t position) noexcept;
-    int tell();
+    int callBack();
 
     ProgressRecord* m_record;
     std::int32_t m_start;

@@ -2,6 +2,7 @@
 
 #include "velimproclib/primitives/base/rows.h"
 #include "velimproclib/primitives/base/Team.h"
+#include "velimproclib/primitives/base/toFloat.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -19,17 +20,16 @@ struct Weights {
 
 constexpr Weights kEightBits{0.299, 0.587, 0.114};
 
-// The 15-bit scale comes down to 8 bits inside the weights, which are single-precision numbers.
-constexpr Weights kSixteenBits{static_cast<float>(0.299 / 128), static_cast<float>(0.587 / 128),
-                               static_cast<float>(0.114 / 128)};
+// These weights also reduce the 15-bit scale to 8 bits. They are single-precision numbers.
+constexpr Weights kSixteenBits{toFloat(0.299 / 128), toFloat(0.587 / 128), toFloat(0.114 / 128)};
 
 template <class Sample>
 void luminanceRow(const Unaligned<Sample>* pixels, std::uint8_t* out, std::size_t width,
                   const Weights& weights) {
     for (std::size_t x = 0; x < width; ++x, pixels += 3) {
-        const auto luminance =
-            static_cast<float>(weights.first * pixels[0].value + weights.second * pixels[1].value +
-                               weights.third * pixels[2].value);
+        const float luminance =
+            toFloat(weights.first * pixels[0].value + weights.second * pixels[1].value +
+                    weights.third * pixels[2].value);
         out[x] = static_cast<std::uint8_t>(std::min(luminance, 255.0f));
     }
 }

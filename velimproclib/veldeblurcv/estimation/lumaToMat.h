@@ -6,15 +6,15 @@
 
 namespace vel {
 
-/// Luminance of a host image, on the 8-bit scale: 0.299, 0.587 and 0.114 of a pixel's samples in
-/// memory order, rounded to single precision, cut at 255 and truncated.
+/// Luminance of a host image on the 8-bit scale: the sum of 0.299, 0.587 and 0.114 times a pixel's
+/// samples in memory order, rounded to single precision, limited to 255 and truncated.
 ///
-/// @param image psC3U8, or with any other format code three interleaved 16-bit channels, whose 15
-///              bits the weights bring down to 8. `width` and `height` at least 1, `data` at any
-///              address, `step` any number of bytes
-/// @param luminance created `height` by `width`, CV_8UC1
+/// @param image psC3U8, or with any other format code three interleaved 16-bit channels on the
+///              15-bit scale, which the weights reduce to 8 bits. `width` and `height` at least 1,
+///              `data` at any address, `step` any number of bytes
+/// @param luminance created with `height` rows and `width` columns, CV_8UC1
 ///
-/// Rows are shared out among the threads of a parallel region.
+/// The threads of a parallel region share the rows.
 /// @throws cv::Exception when memory is exhausted
 void lumaToMat(const PlaneRecord& image, cv::Mat& luminance);
 

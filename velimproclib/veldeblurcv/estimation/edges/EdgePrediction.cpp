@@ -1,0 +1,60 @@
+#include "velimproclib/veldeblurcv/estimation/edges/EdgePrediction.h"
+
+#include "velimproclib/images/InnerRegion.h"
+#include "velimproclib/primitives/base/Team.h"
+#include "velimproclib/primitives/filters/Morphology.h"
+#include "velimproclib/veldeblurcv/estimation/edges/bilateralFilter.h"
+
+#include <cstdint>
+#include <new>
+
+namespace vel {
+
+namespace {
+
+using InPlaceMorphology = decltype(dilate3x3InPlaceU8);
+
+/// An image without pixels inside the one-pixel frame stays as it is.
+void applyInsideFrame(cv::Mat& image, int passes, InPlaceMorphology* morphology) {
+    const InnerRegion<std::uint8_t> inside(image, 1, 1);
+    for (int pass = 0; pass < passes; ++pass) {
+        if (morphology(inside.data, inside.step, inside.w, inside.h) == kOutOfMemory) {
+            throw std::bad_alloc();
+        }
+    }
+}
+
+/// Sets each pixel to the nearer extreme, in a tie to the higher one.
+void moveToNearerExtreme(const cv::Mat& high, const cv::Mat& low, cv::Mat& image) {
+    forEachRow(image.rows, [&](int y) {
+        const std::uint8_t* const highs = high.ptr<std::uint8_t>(y);
+        const std::uint8_t* const lows = low.ptr<std::uint8_t>(y);
+        std::uint8_t* const pixels = image.ptr<std::uint8_t>(y);
+        for (int x = 0; x < image.cols; ++x) {
+            const int toHigh = highs[x] - pixels[x];
+            const int toLow = pixels[x] - lows[x];
+            pixels[x] = toHigh > toLow ? lows[x] : highs[x];
+        }
+    });
+}
+
+} // namespace
+
+void estEdge(const cv::Mat& src, cv::Mat& dst, int d, float sigmaColor, float sigmaSpace,
+             int shockIters) {
+    if (d > 0) {
+        bilateralFilter(src, dst, d, sigmaColor, sigmaSpace);
+    } else {
+        src.copyTo(dst);
+    }
+    if (shockIters <= 0) {
+        return;
+    }
+    cv::Mat high = dst.clone();
+    cv::Mat low = dst.clone();
+    runSideBySide([&] { applyInsideFrame(high, shockIters, dilate3x3InPlaceU8); },
+                  [&] { applyInsideFrame(low, shockIters, erode3x3InPlaceU8); });
+    moveToNearerExtreme(high, low, dst);
+}
+
+} // namespace vel
