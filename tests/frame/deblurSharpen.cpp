@@ -476,6 +476,24 @@ TEST_F(DeblurSharpen, ImageWithoutPixelsFails) {
     }
 }
 
+TEST_F(DeblurSharpen, StepMustHoldARowOfItsPixelType) {
+    for (const auto& [type, shortest] : {std::pair{CV_8UC3, 60}, {CV_16UC3, 120}}) {
+        const cv::Mat pixels(10, 20, type, cv::Scalar::all(100));
+        cv::Mat target(10, 20, type);
+        ProgressRecord progress{100, 100, nullptr, nullptr, 0};
+        KernelRecord kernel = sides(3, 3);
+        const int32_t format = type == CV_8UC3 ? psC3U8 : psC3U16;
+        const auto statusOf = [&](int32_t sourceStep, int32_t targetStep, int32_t height) {
+            ImageRecord image{format, pixels.data, sourceStep, target.data, targetStep, 20, height};
+            return call(&progress, &image, &kernel, {});
+        };
+        EXPECT_EQ(statusOf(shortest, shortest, 10), VELORN_OK);
+        EXPECT_EQ(statusOf(shortest - 1, shortest, 10), VELORN_TEXT_FAILURE);
+        EXPECT_EQ(statusOf(shortest, shortest - 1, 10), VELORN_TEXT_FAILURE);
+        EXPECT_EQ(statusOf(0, -1, 1), VELORN_OK) << "a single row needs no step";
+    }
+}
+
 TEST_F(DeblurSharpen, UnusableRecordsAreTextFailures) {
     cv::Mat source = noise(cv::Size(20, 10), CV_8UC3, 255);
     cv::Mat target(source.size(), CV_8UC3);
