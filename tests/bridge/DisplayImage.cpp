@@ -20,7 +20,7 @@ using vel::test::GuardedPlane;
 
 constexpr std::uint8_t kUntouched = 77;
 
-/// A host picture of random elements, three a pixel, with odd steps and starts.
+/// A host image of random elements, three per pixel, with odd steps and start addresses.
 template <class Element>
 struct Picture {
     GuardedPlane<Element> elements;
@@ -94,12 +94,12 @@ void expectTheOverlapIsCopied() {
     }
 }
 
-TEST(DisplayImage, OverlapIsCopiedAndTheRestOfALargerTargetStays) {
+TEST(DisplayImage, OverlapIsCopiedAndTheRestOfALargerTargetIsUnchanged) {
     expectTheOverlapIsCopied<std::uint8_t>();
     expectTheOverlapIsCopied<std::uint16_t>();
 }
 
-TEST(DisplayImage, ScalesNearOneAndNotANumberTakeTheDirectPath) {
+TEST(DisplayImage, ScalesNearOneAndNaNTakeTheDirectPath) {
     std::mt19937 random(2);
     const Picture<std::uint8_t> picture(20, 10, random);
     for (const float scale : {1.0f, 0.99f, 1.01f, NAN, -NAN}) {
@@ -109,7 +109,7 @@ TEST(DisplayImage, ScalesNearOneAndNotANumberTakeTheDirectPath) {
     }
 }
 
-TEST(DisplayImage, ScalesJustBeyondTheBandAreResampled) {
+TEST(DisplayImage, ScalesOutsideTheBandAreResampled) {
     std::mt19937 random(3);
     const Picture<std::uint8_t> picture(20, 10, random);
     for (const float scale : {std::nextafter(0.99f, 0.0f), std::nextafter(1.01f, 2.0f)}) {
@@ -120,7 +120,7 @@ TEST(DisplayImage, ScalesJustBeyondTheBandAreResampled) {
     }
 }
 
-TEST(DisplayImage, SixteenBitLevelsAreTruncatedAndWhiteIsCut) {
+TEST(DisplayImage, SixteenBitLevelsAreTruncatedAndWhiteSaturates) {
     const std::uint16_t values[] = {0, 127, 128, 32640, 32767, 32768};
     const int shown[] = {0, 0, 1, 255, 255, 255};
     const PlaneRecord image{psC3U16, values, 12, 2, 1};
@@ -131,7 +131,7 @@ TEST(DisplayImage, SixteenBitLevelsAreTruncatedAndWhiteIsCut) {
     }
 }
 
-TEST(DisplayImage, FourChannelFormatsAreReadAsThreeElementsOnBothPaths) {
+TEST(DisplayImage, FourChannelFormatsAreReadAsThreeElementsPerPixelOnBothPaths) {
     std::mt19937 random(4);
     std::vector<std::uint8_t> bytes(8 * 40 * 20);
     std::generate(bytes.begin(), bytes.end(), [&] { return static_cast<std::uint8_t>(random()); });
@@ -170,7 +170,7 @@ TEST(DisplayImage, NullPointersAreRefusedAndNothingIsWritten) {
     EXPECT_TRUE(isUntouched(target));
 }
 
-TEST(DisplayImage, PictureWithoutPixelsIsDoneAtOnceOnTheDirectPath) {
+TEST(DisplayImage, ImageWithoutPixelsLeavesTheTargetUnchangedOnTheDirectPath) {
     const std::vector<std::uint8_t> pixels(64, 1);
     for (const auto& [width, height] : {std::pair{0, 4}, std::pair{4, 0}, std::pair{-1, 4}}) {
         for (const void* data :
@@ -187,7 +187,7 @@ TEST(DisplayImage, PictureWithoutPixelsIsDoneAtOnceOnTheDirectPath) {
     EXPECT_TRUE(isUntouched(target));
 }
 
-TEST(DisplayImage, PictureWithoutPixelsResamplesToBlack) {
+TEST(DisplayImage, ImageWithoutPixelsResamplesToBlack) {
     auto target = display(4, 4);
     ASSERT_EQ(show({psC3U8, nullptr, 12, 0, 4}, target, 2.0f), 1);
     EXPECT_TRUE(target.intact());
@@ -198,8 +198,8 @@ TEST(DisplayImage, PictureWithoutPixelsResamplesToBlack) {
     }
 }
 
-/// A scaled picture agrees with OpenCV's bilinear resampling of its levels to one level; what it
-/// does not reach is black, and all is opaque.
+/// Expects the bilinear resampling of OpenCV to within one level, black where the scaled image does
+/// not reach, and opaque pixels everywhere.
 template <class Element>
 void expectBilinear(const Picture<Element>& picture, float scale,
                     const GuardedPlane<std::uint8_t>& target) {
@@ -232,7 +232,7 @@ void expectBilinear(const Picture<Element>& picture, float scale,
 template <class Element>
 void expectBilinearAtAllScales() {
     std::mt19937 random(5);
-    // Sizes and scales of whole products: OpenCV rounds where the picture's extent is cut.
+    // The products of size and scale are integers: OpenCV rounds fractions, the export truncates.
     for (const float scale : {0.125f, 0.25f, 0.5f, 0.75f, 1.25f, 1.5f, 2.0f, 3.0f}) {
         for (const auto& [width, height] : {std::pair{40, 24}, std::pair{8, 64}}) {
             const Picture<Element> picture(width, height, random);
@@ -248,12 +248,12 @@ void expectBilinearAtAllScales() {
     }
 }
 
-TEST(DisplayImage, ResampledPictureAgreesWithABilinearReferenceAndTheRestIsBlack) {
+TEST(DisplayImage, ResampledImageAgreesWithABilinearReferenceAndTheRestIsBlack) {
     expectBilinearAtAllScales<std::uint8_t>();
     expectBilinearAtAllScales<std::uint16_t>();
 }
 
-TEST(DisplayImage, FactorsNotAboveZeroShowBlackAndNeverChanceMemory) {
+TEST(DisplayImage, ScalesNotAboveZeroGiveBlack) {
     std::mt19937 random(6);
     const Picture<std::uint16_t> picture(20, 10, random);
     for (const float scale : {0.0f, -0.0f, -1.0f, -INFINITY, 1e-30f}) {
@@ -268,7 +268,7 @@ TEST(DisplayImage, FactorsNotAboveZeroShowBlackAndNeverChanceMemory) {
     }
 }
 
-TEST(DisplayImage, InfiniteFactorFillsTheTarget) {
+TEST(DisplayImage, InfiniteScaleFillsTheTarget) {
     std::mt19937 random(7);
     const Picture<std::uint8_t> picture(3, 2, random);
     auto target = display(5, 5);
@@ -277,7 +277,7 @@ TEST(DisplayImage, InfiniteFactorFillsTheTarget) {
     EXPECT_EQ(target.at(0, 0), picture.level(0, 0, 2));
 }
 
-TEST(DisplayImage, ScratchPlaneThatNoMemoryHoldsIsADisplayFailure) {
+TEST(DisplayImage, PlaneTooLargeToAllocateIsADisplayFailure) {
     constexpr int32_t kHuge = std::numeric_limits<int32_t>::max();
     const std::vector<std::uint8_t> pixels(64, 1);
     const PlaneRecord image{psC3U8, pixels.data(), 12, 4, 4};
@@ -287,7 +287,7 @@ TEST(DisplayImage, ScratchPlaneThatNoMemoryHoldsIsADisplayFailure) {
     EXPECT_TRUE(isUntouched(target));
 }
 
-TEST(DisplayImage, PixelsAreTheSameForEveryNumberOfThreadsAndEveryTarget) {
+TEST(DisplayImage, PixelsAreTheSameForEveryNumberOfThreadsAndEveryProcessorVariant) {
     std::mt19937 random(8);
     const Picture<std::uint16_t> picture(61, 47, random);
     for (const float scale : {1.0f, 0.6f, 1.7f}) {

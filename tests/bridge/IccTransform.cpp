@@ -19,12 +19,12 @@
 
 namespace {
 
-/// Blocks of this size and larger are not to be had.
+/// Allocations of this size or more fail.
 std::atomic<std::size_t> refusedSize{std::numeric_limits<std::size_t>::max()};
 
 } // namespace
 
-// Kept out of line: inlined, the pair looks to the compiler like a mismatch of new and free.
+// Not inlined: the compiler would report a mismatch of new and free.
 [[gnu::noinline]] void* operator new(std::size_t size) {
     if (size < refusedSize) {
         if (void* const block = std::malloc(std::max(size, std::size_t{1}))) {
@@ -68,7 +68,7 @@ int32_t transformDisplay(const PSProfilesRecord& profiles, GuardedPlane<std::uin
                                    display.height());
 }
 
-/// `display` with its colours carried from one profile to the other.
+/// `display` with its colours converted from one profile to the other.
 GuardedPlane<std::uint8_t> expectedDisplay(const ProfileBytes& in, const ProfileBytes& out,
                                            GuardedPlane<std::uint8_t> display) {
     std::vector<std::uint8_t> colours;
@@ -90,8 +90,8 @@ GuardedPlane<std::uint8_t> expectedDisplay(const ProfileBytes& in, const Profile
     return display;
 }
 
-/// `rows` of `format` with every element put through `load`, carried from one profile to the other,
-/// and put through `store`.
+/// `rows` after `load` of every element, a conversion of `format` from one profile to the other,
+/// and `store` of every element.
 template <class Element, class Load, class Store>
 GuardedPlane<Element> expectedRows(const ProfileBytes& in, const ProfileBytes& out,
                                    cmsUInt32Number format, GuardedPlane<Element> rows, Load&& load,
@@ -127,7 +127,7 @@ const std::vector<ProfileBytes>& faultyProfiles() {
     return kFaulty;
 }
 
-TEST(IccTransform, DisplayColoursGoFromSourceToTargetAndAlphaStays) {
+TEST(IccTransform, DisplayColoursAreConvertedAndAlphaIsUnchanged) {
     const ProfileBytes none;
     const ProfileBytes wide = wideGamutProfile();
     const ProfileBytes srgb = srgbProfile();
@@ -153,7 +153,7 @@ TEST(IccTransform, SmallDisplaysOfEveryWidth) {
     }
 }
 
-TEST(IccTransform, SizeBelowOneStandsForSrgbOnThatSide) {
+TEST(IccTransform, SizeBelowOneMeansSrgbOnThatSide) {
     const ProfileBytes wide = wideGamutProfile();
     const ProfileBytes garbage = garbageProfile();
     for (const int32_t size : {0, -1, std::numeric_limits<int32_t>::min()}) {
@@ -172,7 +172,7 @@ TEST(IccTransform, SizeBelowOneStandsForSrgbOnThatSide) {
     EXPECT_TRUE(display.sameBits(expected));
 }
 
-TEST(IccTransform, PointerMissingOnOneSideAndSizeOnTheOtherIsAPassFromSrgbToSrgb) {
+TEST(IccTransform, NullPointerOnOneSideAndSizeBelowOneOnTheOtherConvertsFromSrgbToSrgb) {
     const ProfileBytes garbage = garbageProfile();
     const auto expected = expectedDisplay({}, {}, randomDisplay());
     for (const PSProfilesRecord& profiles : {PSProfilesRecord{nullptr, 100, garbage.data(), 0},
@@ -183,7 +183,7 @@ TEST(IccTransform, PointerMissingOnOneSideAndSizeOnTheOtherIsAPassFromSrgbToSrgb
     }
 }
 
-TEST(IccTransform, WithoutPointersOrWithoutSizesThereIsNoPass) {
+TEST(IccTransform, TwoNullPointersOrTwoSizesBelowOneSkipTheConversion) {
     const ProfileBytes wide = wideGamutProfile();
     const auto size = static_cast<int32_t>(wide.size());
     for (const PSProfilesRecord& profiles :
@@ -199,7 +199,7 @@ TEST(IccTransform, WithoutPointersOrWithoutSizesThereIsNoPass) {
     }
 }
 
-TEST(IccTransform, FaultyProfilesGiveZeroInSilenceAndLeaveThePixels) {
+TEST(IccTransform, FaultyProfilesReturnZeroPrintNothingAndLeaveThePixelsUnchanged) {
     const ProfileBytes wide = wideGamutProfile();
     testing::internal::CaptureStderr();
     testing::internal::CaptureStdout();
@@ -216,11 +216,11 @@ TEST(IccTransform, FaultyProfilesGiveZeroInSilenceAndLeaveThePixels) {
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
-TEST(IccTransform, EveryTruncationOfAProfileIsServedOrRefused) {
+TEST(IccTransform, EveryTruncatedProfileIsUsedOrRefused) {
     const ProfileBytes wide = wideGamutProfile();
     const auto untouched = randomDisplay(3, 2);
     for (std::size_t size = 1; size < wide.size(); ++size) {
-        // A block of its own size: reading past it is seen by the sanitizer.
+        // A block of exactly this size lets the sanitizer detect reads past its end.
         const ProfileBytes truncated(wide.begin(),
                                      wide.begin() + static_cast<std::ptrdiff_t>(size));
         auto display = randomDisplay(3, 2);
@@ -229,7 +229,7 @@ TEST(IccTransform, EveryTruncationOfAProfileIsServedOrRefused) {
     }
 }
 
-TEST(IccTransform, FlippedBytesOfAProfileAreServedOrRefused) {
+TEST(IccTransform, ProfilesWithFlippedBytesAreUsedOrRefused) {
     const ProfileBytes wide = wideGamutProfile();
     const auto untouched = randomDisplay(3, 2);
     for (std::size_t at = 0; at < wide.size(); at += 3) {
@@ -241,7 +241,7 @@ TEST(IccTransform, FlippedBytesOfAProfileAreServedOrRefused) {
     }
 }
 
-TEST(IccTransform, DisplayWithoutPixelsIsDone) {
+TEST(IccTransform, DisplayWithoutPixelsReturnsOne) {
     const ProfileBytes wide = wideGamutProfile();
     for (const auto& [width, height] :
          {std::pair{0, 4}, std::pair{4, 0}, std::pair{-1, 4}, std::pair{4, -1}}) {
@@ -253,7 +253,7 @@ TEST(IccTransform, DisplayWithoutPixelsIsDone) {
     }
 }
 
-/// Runs `check` with teams of several sizes, one of them larger than the pass's most.
+/// Runs `check` with teams of several sizes, one of them above the limit of 32 threads.
 template <class Check>
 void forTeams(Check&& check) {
     forThreadCounts(check);
@@ -261,7 +261,7 @@ void forTeams(Check&& check) {
     check();
 }
 
-/// A plug-in of the colour library, while one lives.
+/// Registers a plug-in of the colour library for its lifetime.
 class Plugin {
 public:
     explicit Plugin(void* plugin) { EXPECT_TRUE(cmsPlugin(plugin)); }
@@ -282,7 +282,7 @@ void copyAndCountTheTeam(_cmstransform_struct*, const void* in, void* out, cmsUI
     std::memcpy(out, in, 3 * std::size_t{pixels});
 }
 
-TEST(IccTransform, DisplayPassRunsOnThirtyTwoThreadsAtMost) {
+TEST(IccTransform, DisplayConversionUsesAtMostThirtyTwoThreads) {
     const auto takeOver = [](_cmsTransform2Fn* transform, void**, _cmsFreeUserDataFn*,
                              cmsPipeline**, cmsUInt32Number*, cmsUInt32Number*,
                              cmsUInt32Number*) -> cmsBool {
@@ -302,7 +302,8 @@ TEST(IccTransform, DisplayPassRunsOnThirtyTwoThreadsAtMost) {
     }
 }
 
-/// What the colour library was asked for; it asks itself for transforms to other spaces meanwhile.
+/// A transform to RGB that was requested of the colour library. Internally the library requests
+/// transforms to other colour spaces.
 struct TransformRequest {
     cmsUInt32Number input;
     cmsUInt32Number output;
@@ -313,7 +314,7 @@ struct TransformRequest {
 std::vector<TransformRequest> requests;
 int relativeLinks = 0;
 
-TEST(IccTransform, TransformsAreRelativeColorimetricBetweenPackedRgbWithoutACache) {
+TEST(IccTransform, TransformsAreRelativeColorimetricPackedRgbAndHaveNoCache) {
     const auto recordRequest = [](_cmsTransform2Fn*, void**, _cmsFreeUserDataFn*, cmsPipeline**,
                                   cmsUInt32Number* input, cmsUInt32Number* output,
                                   cmsUInt32Number* flags) -> cmsBool {
@@ -377,7 +378,7 @@ TEST(IccTransform, HostRowsOfEightBits) {
     });
 }
 
-TEST(IccTransform, HostRowsOfFifteenBitsAreCutDoubledTransformedAndHalved) {
+TEST(IccTransform, HostRowsOfFifteenBitsAreLimitedDoubledTransformedAndHalved) {
     std::mt19937 random(3);
     const ProfileBytes wide = wideGamutProfile();
     GuardedPlane<std::uint16_t> before(3 * kWidth, kHeight, 5, 1);
@@ -395,7 +396,7 @@ TEST(IccTransform, HostRowsOfFifteenBitsAreCutDoubledTransformedAndHalved) {
     });
 }
 
-TEST(IccTransform, HostWhiteReachesTheTransformAsTheLargestDoubledValue) {
+TEST(IccTransform, HostWhiteBecomesTheLargestDoubledValue) {
     const ProfileBytes srgb = srgbProfile();
     std::uint16_t pixel[3] = {32768, 32767, 65535};
     ASSERT_EQ(iccTransformHostRows(record(srgb, srgb), pixel, false, 6, 1, 1), 1);
@@ -404,7 +405,7 @@ TEST(IccTransform, HostWhiteReachesTheTransformAsTheLargestDoubledValue) {
     EXPECT_EQ(pixel[2], pixel[1]);
 }
 
-TEST(IccTransform, HostRowsWithoutATransformGiveZeroForEightBitsAndOneForSixteen) {
+TEST(IccTransform, HostRowsWithoutATransformReturnZeroForEightBitsAndOneForSixteen) {
     const ProfileBytes grey = greyProfile();
     const ProfileBytes garbage = garbageProfile();
     const auto before = randomDisplay();
@@ -416,7 +417,7 @@ TEST(IccTransform, HostRowsWithoutATransformGiveZeroForEightBitsAndOneForSixteen
     EXPECT_TRUE(rows.sameBits(before));
 }
 
-/// A host picture and the display that it is shown on.
+/// A host image and its display buffer.
 struct Shown {
     std::vector<std::uint8_t> pixels;
     PlaneRecord image;
@@ -441,7 +442,7 @@ struct Shown {
     }
 };
 
-TEST(DisplayImageWithProfiles, WithoutProfilesIsThePlainDisplay) {
+TEST(DisplayImageWithProfiles, WithoutProfilesColoursAreNotConverted) {
     Shown plain, withNone, withNull;
     const PSProfilesRecord none{nullptr, 0, nullptr, 0};
     EXPECT_EQ(plain.showPlainly(), 1);
@@ -451,7 +452,7 @@ TEST(DisplayImageWithProfiles, WithoutProfilesIsThePlainDisplay) {
     EXPECT_TRUE(withNull.display.sameBits(plain.display));
 }
 
-TEST(DisplayImageWithProfiles, ShowsThenTransformsOnBothPathsAndAlphaIsOpaque) {
+TEST(DisplayImageWithProfiles, ConvertsTheDisplayedColoursOnBothPathsAndAlphaIsOpaque) {
     const ProfileBytes wide = wideGamutProfile();
     const PSProfilesRecord profiles = record(wide, {});
     for (const float scale : {1.0f, 0.5f}) {
@@ -466,7 +467,7 @@ TEST(DisplayImageWithProfiles, ShowsThenTransformsOnBothPathsAndAlphaIsOpaque) {
     }
 }
 
-TEST(DisplayImageWithProfiles, FaultyProfileLeavesThePlainDisplayAndGivesZero) {
+TEST(DisplayImageWithProfiles, FaultyProfileReturnsZeroAndShowsTheImageUnconverted) {
     for (const ProfileBytes& faulty : faultyProfiles()) {
         const PSProfilesRecord profiles = record(faulty, {});
         Shown plain, managed;
@@ -476,8 +477,8 @@ TEST(DisplayImageWithProfiles, FaultyProfileLeavesThePlainDisplayAndGivesZero) {
     }
 }
 
-TEST(DisplayImageWithProfiles, FailureOfTheDisplayIsTheResultAndNoProfileIsTouched) {
-    // Reading these profiles would be a crash.
+TEST(DisplayImageWithProfiles, DisplayFailureIsReturnedBeforeAnyProfileIsRead) {
+    // Reading these profiles would crash.
     const PSProfilesRecord profiles{reinterpret_cast<const void*>(16), 1000,
                                     reinterpret_cast<const void*>(16), 1000};
     Shown grey;
@@ -489,7 +490,7 @@ TEST(DisplayImageWithProfiles, FailureOfTheDisplayIsTheResultAndNoProfileIsTouch
               -1001);
 }
 
-TEST(DisplayImageWithProfiles, RowBuffersThatCannotBeHadAreAColourFailure) {
+TEST(DisplayImageWithProfiles, FailedAllocationOfRowBuffersIsAColourFailure) {
     const ProfileBytes wide = wideGamutProfile();
     const PSProfilesRecord profiles = record(wide, {});
     Shown plain, managed;
@@ -521,7 +522,7 @@ void* reallocateCounted(cmsContext, void* block, cmsUInt32Number size) {
     return std::realloc(block, size);
 }
 
-TEST(DisplayImageWithProfiles, EveryWayOutReleasesProfilesAndTransform) {
+TEST(DisplayImageWithProfiles, EveryOutcomeReleasesProfilesAndTransform) {
     cmsPluginMemHandler counting{pluginOf(cmsPluginMemHandlerSig),
                                  allocateCounted,
                                  freeCounted,

@@ -54,7 +54,7 @@ TEST(FormatCodes, InvalidCodesHaveNoAddress) {
     EXPECT_EQ(psPixelAddress(9, image, 8, 0, 0), nullptr);
 }
 
-TEST(FormatCodes, InvalidCodeTwoHasNoChannelsOfOneByte) {
+TEST(FormatCodes, InvalidCodeTwoHasNoChannelsAndOneBytePerChannel) {
     EXPECT_EQ(psChannels(2), 0);
     EXPECT_EQ(psBytesPerChannel(2), 1);
 }
@@ -68,12 +68,12 @@ TEST(FormatCodes, RoundUpKeepsMultiplesOfSixteen) {
     EXPECT_EQ(roundUp16(31), 32);
 }
 
-TEST(FormatCodes, RoundUpHoldsUpToTheLargestMultipleOfSixteen) {
+TEST(FormatCodes, RoundUpWorksUpToTheLargestMultipleOfSixteen) {
     EXPECT_EQ(roundUp16(2147483617), 2147483632);
     EXPECT_EQ(roundUp16(2147483632), 2147483632);
 }
 
-TEST(FormatCodes, RoundUpOfNegativeNumbersGoesOneMultipleTooFar) {
+TEST(FormatCodes, RoundUpOfNegativeNumbersGivesTheSecondNextMultiple) {
     EXPECT_EQ(roundUp16(-5), 16);
     EXPECT_EQ(roundUp16(-20), 0);
 }

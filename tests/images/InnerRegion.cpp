@@ -7,7 +7,7 @@
 namespace vel {
 namespace {
 
-TEST(InnerRegion, LeavesOutTheInsetOnAllSides) {
+TEST(InnerRegion, ExcludesTheInsetOnAllSides) {
     cv::Mat_<float> wide(9, 20, 0.0f);
     const cv::Mat plane = wide.colRange(2, 12);
     const InnerRegion<float> inner(plane, 3, 1);
@@ -17,7 +17,7 @@ TEST(InnerRegion, LeavesOutTheInsetOnAllSides) {
     EXPECT_EQ(7, inner.h);
 }
 
-TEST(InnerRegion, APlaneThatIsTooSmallGivesASizeBelowOneAndAnAddressInside) {
+TEST(InnerRegion, PlaneThatIsTooSmallGivesASizeBelowOneAndAnAddressInside) {
     cv::Mat_<float> plane(2, 3, 0.0f);
     const InnerRegion<float> inner(plane, 3, 3);
     EXPECT_EQ(-3, inner.w);
@@ -25,7 +25,7 @@ TEST(InnerRegion, APlaneThatIsTooSmallGivesASizeBelowOneAndAnAddressInside) {
     EXPECT_EQ(&plane(1, 2), inner.data);
 }
 
-TEST(InnerRegion, AnEmptyPlaneHasNoAddress) {
+TEST(InnerRegion, EmptyPlaneHasNoAddress) {
     const InnerRegion<float> inner(cv::Mat(), 1, 1);
     EXPECT_EQ(nullptr, inner.data);
 }

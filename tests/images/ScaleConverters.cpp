@@ -21,7 +21,7 @@ int plainU15(int level) {
     return 128 * (level + 1);
 }
 
-/// To the nearest of two neighbours, the even one of a tie.
+/// Rounds to the nearest level, ties to even.
 int plainU8(int value) {
     const int above = std::max(value - 128, 0);
     const int down = above / 128;
@@ -50,7 +50,7 @@ std::vector<std::uint8_t> allLevels() {
     return levels;
 }
 
-TEST(ScaleConverters, LevelsGoToTheUpperEdgeOfTheirBin) {
+TEST(ScaleConverters, LevelsBecomeTheUpperEdgeOfTheirBin) {
     EXPECT_EQ(up({0, 1, 254, 255}), (std::vector<std::uint16_t>{128, 256, 32640, 32768}));
 }
 
@@ -78,7 +78,7 @@ TEST(ScaleConverters, RoundTripOfEveryLevelIsTheIdentity) {
     EXPECT_EQ(down(up(allLevels())), allLevels());
 }
 
-TEST(ScaleConverters, ServeEverySizeStepAndStart) {
+TEST(ScaleConverters, AcceptEverySizeStepAndStart) {
     std::mt19937 random(1);
     for (const PlaneShape& shape : planeShapes(random)) {
         auto levels = shape.plane<std::uint8_t>();
@@ -104,7 +104,7 @@ TEST(ScaleConverters, ServeEverySizeStepAndStart) {
     }
 }
 
-TEST(ScaleConverters, NullPointersAndBadSizesLeaveTheTarget) {
+TEST(ScaleConverters, NullPointersAndBadSizesLeaveTheTargetUnchanged) {
     struct Call {
         bool source, target;
         std::int32_t step, width, height;
@@ -123,7 +123,7 @@ TEST(ScaleConverters, NullPointersAndBadSizesLeaveTheTarget) {
     }
 }
 
-TEST(ScaleConverters, PlaneThatNoMemoryHoldsRaises102AndLeavesTheTarget) {
+TEST(ScaleConverters, PlaneTooLargeToAllocateThrows102AndLeavesTheTargetUnchanged) {
     constexpr std::int32_t kHuge = std::numeric_limits<std::int32_t>::max();
     const std::vector<std::uint16_t> values(4, 1000);
     std::vector<std::uint8_t> levels(4, 100);

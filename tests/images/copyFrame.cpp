@@ -43,7 +43,7 @@ TEST(CopyFrame, CopiesTheFrameAndNothingElse) {
     expectFrameOnly(9, 11, 0, 0, 2, 0);
 }
 
-TEST(CopyFrame, PlanesSmallerThanTheFrameAreCopiedWhole) {
+TEST(CopyFrame, PlanesSmallerThanTheFrameAreCopiedCompletely) {
     for (const int side : {1, 2, 3, 4, 5}) {
         expectFrameOnly(side, side, 3, 3, 3, 3);
         expectFrameOnly(side, 9, 3, 3, 3, 3);
