@@ -1,13 +1,13 @@
-/* A host in C: loads the library, makes a kernel, takes the blur out of a small picture with
- * progress, cancels a call, and shows the text of a failure.
+/* A host in C: loads the library, creates a kernel, deblurs a small image with a progress display,
+ * cancels a call, and prints the text of a failure.
  *
  *     minimal_host [LIBRARY]
  *
- * The library is loaded at run time, as programs do that go on without it when it is missing and
- * as plug-ins do that bring it along. A program that always has it links it instead, leaves the
- * Library record away and calls the functions by their names.
+ * This host loads the library at run time, like a program for which the library is optional, or a
+ * plug-in that ships it. A program that always has the library links to it, needs no Library record
+ * and calls the functions by name.
  *
- * Exit status: 0 when every step ended as it should, 1 otherwise. */
+ * Exit status: 0 if every step succeeds, 1 otherwise. */
 #include <dlfcn.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -22,7 +22,7 @@ static const float kRadius = 2.0f;
 /* ---- The library ------------------------------------------------------------------------------
  */
 
-/* The functions that this host calls, with the types that the header gives them. */
+/* The functions that this host calls, with their types from the header. */
 typedef struct Library {
     void* handle;
     int32_t(VELORN_CALL* createKernel)(int32_t, float, float, KernelRecord*);
@@ -32,8 +32,8 @@ typedef struct Library {
     const char*(VELORN_CALL* errorText)(void);
 } Library;
 
-/* Finds one function. C has no conversion from an object's address to a function's, so the address
- * is copied. */
+/* Finds one function. C does not convert object pointers to function pointers, therefore the
+ * address is copied. */
 static int findFunction(const Library* library, const char* name, void* function) {
     void* const found = dlsym(library->handle, name);
     if (found == NULL) {
@@ -45,7 +45,7 @@ static int findFunction(const Library* library, const char* name, void* function
 }
 
 static int loadLibrary(Library* library, const char* path) {
-    /* Compiled and never evaluated: the types above cannot part from those of the header. */
+    /* Never evaluated: the compiler checks that the types above match those of the header. */
     (void)sizeof(library->createKernel == ornCreateKernel);
     (void)sizeof(library->deblurSharpen == ornDeblurSharpen);
     (void)sizeof(library->errorText == getErrMsg);
@@ -68,7 +68,7 @@ typedef struct Picture {
     unsigned char samples[kHeight * kStep];
 } Picture;
 
-/* Tiles of many shades. */
+/* Draws tiles of many shades. */
 static void draw(Picture* picture) {
     int x, y, c;
     for (y = 0; y < kHeight; ++y) {
@@ -85,7 +85,7 @@ static int clamped(int value, int count) {
     return value < 0 ? 0 : value < count ? value : count - 1;
 }
 
-/* What a lens out of focus makes of `sharp`. Beyond the borders the outermost pixels go on. */
+/* Convolves `sharp` with the kernel, like a defocused lens. The border pixels are replicated. */
 static void blur(const Picture* sharp, const KernelRecord* kernel, Picture* blurred) {
     int i;
     for (i = 0; i < kHeight * kStep; ++i) {
@@ -117,7 +117,7 @@ static double meanDistance(const Picture* a, const Picture* b) {
 /* ---- The calls --------------------------------------------------------------------------------
  */
 
-/* Fills `kernel` with a disc. The host owns its memory and knows how much a disc needs. */
+/* Fills `kernel` with a disc. The host allocates the data; the header gives the size. */
 static int makeDisc(const Library* library, KernelRecord* kernel) {
     const int side = 2 * (int)(kRadius + 0.5f) + 1;
     memset(kernel, 0, sizeof *kernel);
@@ -125,13 +125,13 @@ static int makeDisc(const Library* library, KernelRecord* kernel) {
     return kernel->data != NULL && library->createKernel(kDisc, kRadius, 0.0f, kernel) == VELORN_OK;
 }
 
-/* What the progress callback works with: a window with a bar and a button, in a larger host. */
+/* The user data of the progress callback. In a larger host: a window with a bar and a button. */
 typedef struct ProgressWindow {
-    int isCancelled; /* set as soon as the user has enough */
-    int32_t shown;   /* percent */
+    int isCancelled; /* set when the user cancels */
+    int32_t shown;   /* last percentage printed */
 } ProgressWindow;
 
-/* Called by the library, on the thread that made the call. */
+/* The library calls this on the thread that made the call. */
 static int32_t VELORN_CALL showProgress(int32_t current, int32_t limit, void* userData) {
     ProgressWindow* const window = userData;
     const int32_t percent = (int32_t)(100.0 * current / limit);
@@ -142,7 +142,7 @@ static int32_t VELORN_CALL showProgress(int32_t current, int32_t limit, void* us
     return window->isCancelled ? 0 : 1;
 }
 
-/* Deblurs `blurred` into `restored` and returns the library's status. */
+/* Deblurs `blurred` into `restored` and returns the status of the library. */
 static int32_t deblur(const Library* library, KernelRecord* kernel, const Picture* blurred,
                       int32_t sourceStep, Picture* restored, ProgressWindow* window) {
     ProgressRecord progress = {1000, 1000, showProgress, NULL, 0};
@@ -178,7 +178,7 @@ static int cancel(const Library* library, KernelRecord* kernel, Picture pictures
     return status == VELORN_CANCELLED;
 }
 
-/* A step that is shorter than a row: the library refuses it and says why. */
+/* Passes a step shorter than a row: the library refuses the call and gives the reason. */
 static int fail(const Library* library, KernelRecord* kernel, Picture pictures[3]) {
     ProgressWindow window = {0, 100};
     int32_t status;

@@ -1,4 +1,4 @@
-// The worked host in C, run from end to end.
+// Runs the example host.
 #include "tests/support/RunProgram.h"
 
 #include <gtest/gtest.h>
@@ -9,7 +9,7 @@ namespace {
 using vel::test::ProgramResult;
 using vel::test::runProgram;
 
-TEST(MinimalHost, RestoresCancelsAndTellsAFailure) {
+TEST(MinimalHost, RestoresCancelsAndPrintsTheTextOfAFailure) {
     const ProgramResult result = runProgram({MINIMAL_HOST, VELORN_LIBRARY});
     EXPECT_EQ(result.exitStatus, 0) << result.errors;
     EXPECT_EQ(result.errors, "");
@@ -21,7 +21,7 @@ TEST(MinimalHost, RestoresCancelsAndTellsAFailure) {
         << result.output;
 }
 
-TEST(MinimalHost, RestoredPictureIsFarNearerToTheSharpOne) {
+TEST(MinimalHost, RestoredPictureIsAtMostHalfAsFarFromTheSharpOne) {
     const ProgramResult result = runProgram({MINIMAL_HOST, VELORN_LIBRARY});
     std::smatch distances;
     ASSERT_TRUE(std::regex_search(result.output, distances,
@@ -30,14 +30,14 @@ TEST(MinimalHost, RestoredPictureIsFarNearerToTheSharpOne) {
     EXPECT_LT(std::stod(distances[2]), 0.5 * std::stod(distances[1])) << result.output;
 }
 
-TEST(MinimalHost, LibraryThatIsMissingIsToldAndFails) {
+TEST(MinimalHost, MissingLibraryIsReported) {
     const ProgramResult result = runProgram({MINIMAL_HOST, "/nowhere/libvelorncore10.so"});
     EXPECT_EQ(result.exitStatus, 1);
     EXPECT_EQ(result.output, "");
     EXPECT_NE(result.errors.find("/nowhere/libvelorncore10.so"), std::string::npos);
 }
 
-TEST(MinimalHost, LibraryWithoutTheFunctionsIsToldAndFails) {
+TEST(MinimalHost, LibraryWithoutTheFunctionsIsReported) {
     const ProgramResult result = runProgram({MINIMAL_HOST, "libm.so.6"});
     EXPECT_EQ(result.exitStatus, 1);
     EXPECT_EQ(result.errors, "the library has no ornCreateKernel\n");

@@ -1,7 +1,8 @@
 #pragma once
 
-/// The address sanitizer ends the program at an allocation that cannot be served. Test programs
-/// that include this get the null pointer that a heap gives. The sanitizer's library must see it.
+/// By default the address sanitizer ends the program when an allocation fails. In test programs
+/// that include this header it returns null, like the heap. The function must be visible to the
+/// library of the sanitizer.
 #if defined(__SANITIZE_ADDRESS__)
 extern "C" [[gnu::weak, gnu::visibility("default")]] const char* __asan_default_options();
 extern "C" [[gnu::weak, gnu::visibility("default")]] const char* __asan_default_options() {

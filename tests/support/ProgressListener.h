@@ -7,7 +7,8 @@
 
 namespace vel::test {
 
-/// Keeps what the callback was told, and cancels at the call of a given number (counted from 1).
+/// Records the arguments of the progress callback and cancels in the call of a given number
+/// (counted from 1).
 struct Listener {
     std::vector<int32_t> heard;
     std::vector<int32_t> limits;

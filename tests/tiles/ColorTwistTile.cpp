@@ -67,7 +67,7 @@ TEST(ColorTwistTile, GreyGivesItsLuminanceAndTheOffsets) {
     }
 }
 
-TEST(ColorTwistTile, ForwardMatrixIsTheOneOfTheDriver) {
+TEST(ColorTwistTile, ForwardMatrixSumsInSinglePrecision) {
     const TilePlanes before = noise(37, 41);
     TilePlanes after = copyOf(before);
     rgbToLumaChroma(after, 0);

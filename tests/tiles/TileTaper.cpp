@@ -33,7 +33,7 @@ cv::Mat tapered(const cv::Mat& plane, int border) {
     return planes[0];
 }
 
-/// The last rows of the plane above the first ones.
+/// The last rows of the plane, and the first rows below them.
 cv::Mat joinedEdges(const cv::Mat& plane, int edge) {
     cv::Mat joined;
     cv::vconcat(plane.rowRange(plane.rows - edge, plane.rows), plane.rowRange(0, edge), joined);
@@ -167,7 +167,7 @@ TEST(TileTaper, OppositeEdgesMeetSmoothly) {
         }
     }
     const cv::Mat result = tapered(plane, 24);
-    // The jump of one half became the slope of the blur; corners belong to the columns pass.
+    // The jump of one half has become the slope of the blur. The columns pass owns the corners.
     for (int i = 24; i < 104; ++i) {
         EXPECT_LT(std::abs(result.at<float>(0, i) - result.at<float>(127, i)), 0.06F);
         EXPECT_LT(std::abs(result.at<float>(i, 0) - result.at<float>(i, 127)), 0.06F);
@@ -185,7 +185,7 @@ TEST(TileTaper, EveryPlaneIsTaperedOnItsOwn) {
     }
 }
 
-TEST(TileTaper, ObjectServesTilesOfAnySizeOneAfterTheOther) {
+TEST(TileTaper, ObjectTapersTilesOfDifferentSizesInTurn) {
     vel::CTileTaper taper;
     for (const int size : {64, 300, 80}) {
         for (const int border : {16, 5}) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <gtest/gtest.h>
 #include <limits>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -20,7 +21,7 @@ struct Visits {
     WalkState end;
 };
 
-/// Walks as an iterator does; gives up after `most` tiles.
+/// Walks as an iterator does, for at most `most` tiles.
 Visits visit(TileWalk walk, std::size_t most = 100000) {
     Visits visits{{}, WalkState::kFinished};
     while (visits.positions.size() < most) {
@@ -31,7 +32,7 @@ Visits visit(TileWalk walk, std::size_t most = 100000) {
                 return visits;
             }
         }
-        visits.positions.emplace_back(walk.m_curX, walk.m_curY);
+        visits.positions.emplace_back(walk.x(), walk.y());
         walk.noteStored();
     }
     visits.end = WalkState::kTileAhead;
@@ -40,7 +41,7 @@ Visits visit(TileWalk walk, std::size_t most = 100000) {
 
 TileWalk plainWalk(int width, int height, int tile, int overlap) {
     return {width, height, planBlocks(0, width, tile, overlap),
-            planBlocks(0, height, tile, overlap)};
+            planBlocks(0, height, tile, overlap), 0};
 }
 
 Positions row(std::initializer_list<int> starts) {
@@ -61,7 +62,7 @@ TEST(TileWalk, VisitsThePositionsOfTheWorkedExamples) {
 
 TEST(TileWalk, MayMakeOneTileMoreThanPlanned) {
     const TileWalk walk = plainWalk(700, 1, 348, 16);
-    EXPECT_EQ(walk.m_nBlkX, 2);
+    EXPECT_EQ(walk.tilesAcross(), 2);
     EXPECT_EQ(visit(walk).positions, row({0, 332, 352}));
 }
 
@@ -87,27 +88,26 @@ TEST(TileWalk, EveryPixelIsVisitedAndTheLastTileEndsWithTheImage) {
 }
 
 TEST(TileWalk, RowOfTilesThatEndsWithTheImageIsFollowedByTheNextRow) {
-    TileWalk walk(64, 100, {2, 40, 24}, {3, 40, 30});
+    TileWalk walk(64, 100, {2, 40, 24}, {3, 40, 30}, 0);
     walk.noteStored();
     ASSERT_EQ(walk.advance(), WalkState::kTileAhead);
-    EXPECT_EQ(walk.m_curX, 24);
+    EXPECT_EQ(walk.x(), 24);
     EXPECT_TRUE(walk.endsARow());
     EXPECT_EQ(walk.overlapX(), 16);
     walk.noteStored();
-    EXPECT_EQ(walk.m_doneX, 64);
+    EXPECT_EQ(walk.overlapX(), 40);
     ASSERT_EQ(walk.advance(), WalkState::kTileAhead);
-    EXPECT_EQ(walk.m_curX, 0);
-    EXPECT_EQ(walk.m_doneX, 0);
-    EXPECT_EQ(walk.m_curY, 30);
-    EXPECT_EQ(walk.m_doneY, 40);
+    EXPECT_EQ(walk.x(), 0);
+    EXPECT_EQ(walk.overlapX(), 0);
+    EXPECT_EQ(walk.y(), 30);
     EXPECT_EQ(walk.overlapY(), 10);
 }
 
 TEST(TileWalk, PulledBackTileOverlapsByMore) {
-    TileWalk walk(70, 10, {2, 40, 38}, {1, 40, 40});
+    TileWalk walk(70, 10, {2, 40, 38}, {1, 40, 40}, 0);
     walk.noteStored();
     ASSERT_EQ(walk.advance(), WalkState::kTileAhead);
-    EXPECT_EQ(walk.m_curX, 30);
+    EXPECT_EQ(walk.x(), 30);
     EXPECT_EQ(walk.overlapX(), 10);
     EXPECT_EQ(walk.storedWidth(), 40);
     EXPECT_EQ(walk.storedHeight(), 10);
@@ -115,7 +115,7 @@ TEST(TileWalk, PulledBackTileOverlapsByMore) {
     EXPECT_EQ(walk.advance(), WalkState::kFinished);
 }
 
-TEST(TileWalk, StepThatCannotMoveIsToldAndNotWalked) {
+TEST(TileWalk, StepThatCannotMoveStopsTheWalk) {
     for (int tile = -40; tile <= 16; ++tile) {
         for (int total = 1; total < 100; ++total) {
             const Visits visits = visit(plainWalk(total, 1, tile, 16), 1000);
@@ -129,83 +129,86 @@ TEST(TileWalk, StepThatCannotMoveIsToldAndNotWalked) {
     }
 }
 
-TEST(TileWalk, StuckRowsAreToldToo) {
-    TileWalk walk(10, 100, {1, 40, 40}, {2, 40, 0});
+TEST(TileWalk, StepThatCannotMoveDownStopsTheWalkToo) {
+    TileWalk walk(10, 100, {1, 40, 40}, {2, 40, 0}, 0);
     walk.noteStored();
     EXPECT_EQ(walk.advance(), WalkState::kStuck);
-    EXPECT_EQ(walk.m_curY, 0);
+    EXPECT_EQ(walk.y(), 0);
 }
 
-TEST(TileWalk, TileWithoutUsefulColumnsIsNotTakenForTheFirstAgain) {
-    TileWalk walk(50, 50, {2, 0, 0}, {2, 0, 0});
+TEST(TileWalk, TileWithoutUsefulColumnsIsTheFirstOnlyOnce) {
+    TileWalk walk(50, 50, {2, 0, 0}, {2, 0, 0}, 0);
     EXPECT_TRUE(walk.atFirstTile());
     walk.noteStored();
     EXPECT_FALSE(walk.atFirstTile());
 }
 
-void expectWindow(const TileWindow& window, std::initializer_list<int> expected) {
-    const std::vector<int> all{window.x,    window.y,   window.width, window.height,
-                               window.left, window.top, window.right, window.bottom};
+void expectWindow(const std::optional<TileWindow>& window, std::initializer_list<int> expected) {
+    ASSERT_TRUE(window);
+    const std::vector<int> all{window->x,    window->y,   window->width, window->height,
+                               window->left, window->top, window->right, window->bottom};
     EXPECT_EQ(all, std::vector<int>(expected));
 }
 
+/// Walks on to the tile at `x`, `y`.
+TileWalk movedTo(TileWalk walk, int x, int y) {
+    while (walk.x() != x || walk.y() != y) {
+        walk.noteStored();
+        if (walk.advance() != WalkState::kTileAhead) {
+            ADD_FAILURE() << "no tile at " << x << ", " << y;
+            break;
+        }
+    }
+    return walk;
+}
+
 TEST(TileWalk, WindowInsideTheImageNeedsNoMargin) {
-    TileWalk walk(100, 100, {3, 20, 20}, {3, 20, 20});
-    walk.m_curX = 30;
-    walk.m_curY = 40;
-    TileWindow window;
-    ASSERT_TRUE(walk.windowOf(8, window));
-    expectWindow(window, {22, 32, 36, 36, 0, 0, 0, 0});
+    const TileWalk walk(100, 100, {5, 20, 15}, {5, 20, 20}, 8);
+    expectWindow(movedTo(walk, 30, 40).window(), {22, 32, 36, 36, 0, 0, 0, 0});
 }
 
 TEST(TileWalk, WindowIsCutAtEveryEdgeOfTheImage) {
-    TileWalk walk(100, 100, {3, 20, 20}, {3, 20, 20});
-    walk.m_curX = 0;
-    walk.m_curY = 80;
-    TileWindow window;
-    ASSERT_TRUE(walk.windowOf(8, window));
-    expectWindow(window, {0, 72, 28, 28, 8, 0, 0, 8});
-    walk.m_curX = 80;
-    walk.m_curY = 5;
-    ASSERT_TRUE(walk.windowOf(8, window));
-    expectWindow(window, {72, 0, 28, 33, 0, 3, 8, 0});
+    const TileWalk walk(100, 100, {5, 20, 20}, {17, 20, 5}, 8);
+    expectWindow(movedTo(walk, 0, 80).window(), {0, 72, 28, 28, 8, 0, 0, 8});
+    expectWindow(movedTo(walk, 80, 5).window(), {72, 0, 28, 33, 0, 3, 8, 0});
 }
 
 TEST(TileWalk, ImageSmallerThanATileFillsTheMarginsByMoreThanTheBorder) {
-    const TileWalk walk = plainWalk(5, 7, 20, 16);
-    TileWindow window;
-    ASSERT_TRUE(walk.windowOf(8, window));
-    expectWindow(window, {0, 0, 5, 7, 8, 8, 23, 21});
+    const TileWalk walk(5, 7, {36, 36, 0, 16, 8});
+    expectWindow(walk.window(), {0, 0, 5, 7, 8, 8, 23, 21});
 }
 
-TEST(TileWalk, NoSourceUnderTheTileIsTold) {
-    TileWindow window;
-    EXPECT_FALSE(plainWalk(0, 10, 20, 16).windowOf(8, window));
-    EXPECT_FALSE(plainWalk(10, 0, 20, 16).windowOf(8, window));
-    EXPECT_FALSE(plainWalk(10, 10, -8, 16).windowOf(8, window));
-    EXPECT_TRUE(plainWalk(10, 10, -7, 16).windowOf(8, window));
-    EXPECT_FALSE(plainWalk(10, 10, -2147483647, 16).windowOf(2147483647, window));
+TEST(TileWalk, TileWithoutImagePixelsHasNoWindow) {
+    const auto hasWindow = [](int width, int height, int length, int border) {
+        const vel::TileGeometry plan{1, length, length};
+        return TileWalk(width, height, plan, plan, border).window().has_value();
+    };
+    EXPECT_FALSE(hasWindow(0, 10, 20, 8));
+    EXPECT_FALSE(hasWindow(10, 0, 20, 8));
+    EXPECT_FALSE(hasWindow(10, 10, -8, 8));
+    EXPECT_TRUE(hasWindow(10, 10, -7, 8));
+    EXPECT_FALSE(hasWindow(10, 10, -2147483647, 2147483647));
 }
 
-TEST(TileWalk, LayoutTakesTheMarginsOffTheTileAndPutsThemOnAgain) {
+TEST(TileWalk, UsefulSizesExcludeTheMarginsAndTileSizesIncludeThem) {
     const TileWalk walk(1000, 300, {256, 356, 0, 8, 16});
-    EXPECT_EQ(walk.m_roiW, 224);
-    EXPECT_EQ(walk.m_roiH, 324);
-    EXPECT_EQ(walk.m_nBlkX, 5);
-    EXPECT_EQ(walk.m_nBlkY, 1);
-    EXPECT_EQ(walk.widthWith(16), 256);
-    EXPECT_EQ(walk.heightWith(16), 356);
+    EXPECT_EQ(walk.storedWidth(), 224);
+    EXPECT_EQ(walk.usefulHeight(), 324);
+    EXPECT_EQ(walk.tilesAcross(), 5);
+    EXPECT_EQ(walk.tilesDown(), 1);
+    EXPECT_EQ(walk.tileWidth(), 256);
+    EXPECT_EQ(walk.tileHeight(), 356);
     EXPECT_EQ(visit(TileWalk(1000, 1, {256, 256, 0, 8, 16})).positions,
               row({0, 195, 390, 585, 776}));
 }
 
-TEST(TileWalk, MarginsBeyondTheRangeOfLengthsAreCutToIt) {
+TEST(TileWalk, SizesBeyond32BitsSaturate) {
     constexpr int kMost = std::numeric_limits<int>::max();
     const TileWalk walk(10, 10, {64, 64, 0, 8, kMost});
-    EXPECT_EQ(walk.m_roiW, std::numeric_limits<int>::min());
-    TileWindow window;
-    EXPECT_FALSE(walk.windowOf(kMost, window));
-    EXPECT_EQ(TileWalk(10, 10, {kMost, kMost, 0, 8, 0}).widthWith(kMost), kMost);
+    EXPECT_EQ(walk.usefulHeight(), std::numeric_limits<int>::min());
+    EXPECT_FALSE(walk.window());
+    const vel::TileGeometry longest{1, kMost, kMost};
+    EXPECT_EQ(TileWalk(10, 10, longest, longest, kMost).tileWidth(), kMost);
 }
 
 } // namespace

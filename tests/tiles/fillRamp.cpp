@@ -5,7 +5,7 @@
 
 namespace {
 
-TEST(FillRamp, WeightsRunFromOneShareToAllButOneAndEndAtOne) {
+TEST(FillRamp, WeightsGrowEvenlyInsideTheOverlapAndEndAtOne) {
     for (const int n : {1, 2, 3, 7, 8, 16, 100, 331, 1023}) {
         std::vector<float> ramp(static_cast<std::size_t>(n) + 2, -7.0F);
         vel::fillRamp(ramp, n);
@@ -22,7 +22,7 @@ TEST(FillRamp, WeightsRunFromOneShareToAllButOneAndEndAtOne) {
     }
 }
 
-TEST(FillRamp, NoOverlapGivesASingleOne) {
+TEST(FillRamp, NoOverlapGivesOneWeightOfOne) {
     std::vector<float> ramp(1, -7.0F);
     vel::fillRamp(ramp, 0);
     EXPECT_EQ(ramp[0], 1.0F);

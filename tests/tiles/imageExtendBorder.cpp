@@ -42,7 +42,7 @@ TEST(ImageExtendBorder, SinglePixelFillsTheWholePlane) {
     expectReplicated(7, 5, 3, 2, 3, 2);
 }
 
-TEST(ImageExtendBorder, MarginsOfNothingLeaveThePlaneAsItIs) {
+TEST(ImageExtendBorder, MarginsOfZeroLeaveThePlaneAsItIs) {
     expectReplicated(7, 5, 0, 0, 0, 0);
     expectReplicated(7, 5, 0, 3, 2, 0);
     expectReplicated(7, 5, 6, 0, 0, 4);

@@ -44,16 +44,21 @@ TEST(PlanBlocks, StepThatWouldLeaveNoOverlapFallsBackToTheWantedOverlap) {
     EXPECT_EQ(planBlocks(0, 599, 300, 16).step, static_cast<int>(keep * 300.0));
 }
 
-TEST(PlanBlocks, LastStepIsWidenedWhenTheTilesWouldNotReachTheEnd) {
-    for (int total = 1; total < 3000; ++total) {
-        const TileGeometry plan = planBlocks(0, total, 100, 16);
-        ASSERT_GE(plan.count, 1);
-        ASSERT_GE(plan.step, 1);
-        ASSERT_LE(plan.step, 100);
-        if (plan.count > 1) {
-            ASSERT_LT(plan.step, 100);
+TEST(PlanBlocks, StepsReachTheEndUnlessTheWantedOverlapIsRestored) {
+    const int wanted = 348 - 16;
+    int restored = 0;
+    for (int total = 349; total < 5000; ++total) {
+        const TileGeometry plan = planBlocks(0, total, 348, 16);
+        const int end = (plan.count - 1) * plan.step + plan.length;
+        if (end < total) {
+            ASSERT_EQ(plan.step, wanted) << total;
+            ++restored;
+        } else {
+            // One pixel less and the last tile would end before the image.
+            ASSERT_LE(end - (plan.count - 1), total) << total;
         }
     }
+    EXPECT_GT(restored, 0);
 }
 
 TEST(PlanBlocks, AlignedLayoutTakesOneLongTileUpToOneAndAHalf) {
@@ -80,7 +85,18 @@ TEST(PlanBlocks, AlignedLayoutWithManyTilesKeepsTheShareOfTheUnroundedTile) {
     expectPlan(planBlocks(1, 2000, 400, 8), 5, 416, 397);
 }
 
-TEST(PlanBlocks, TileOfNothingGivesTwoTilesThatCannotMove) {
+TEST(PlanAlignedTiles, LengthsUseTheGivenRounding) {
+    const auto plusOne = [](std::int64_t length) { return length + 1; };
+    EXPECT_EQ(vel::planAlignedTiles(100, 80, 0.5, plusOne), (TileGeometry{1, 101, 101}));
+    EXPECT_EQ(vel::planAlignedTiles(120, 80, 1.0, plusOne), (TileGeometry{2, 61, 61}));
+    EXPECT_EQ(vel::planAlignedTiles(1000, 80, 1.0, plusOne).length, 81);
+}
+
+TEST(PlanBlocks, OverlapAsLongAsTheTileGivesTwoTilesThatCannotMove) {
+    expectPlan(planBlocks(0, 1000, 16, 16), 2, 16, 0);
+}
+
+TEST(PlanBlocks, TileLengthOfZeroGivesTwoTilesThatCannotMove) {
     const TileGeometry plan = planBlocks(0, 100, 0, 16);
     EXPECT_EQ(plan.count, 2);
     EXPECT_EQ(plan.length, 0);

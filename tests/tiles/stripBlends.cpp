@@ -21,7 +21,9 @@ TYPED_TEST(StripBlends, EqualPixelsStayEqualUnderEveryWeight) {
         for (int value = kLowest; value <= kHighest; value += kHighest > 255 ? 251 : 1) {
             const auto pixel = static_cast<TypeParam>(value);
             TypeParam merged = pixel;
-            vel::fadeInRow(&pixel, &merged, weight, 1);
+            vel::fadeInRow<float>(&pixel, vel::unaligned(&merged), weight, 1);
+            ASSERT_EQ(merged, pixel) << weight;
+            vel::fadeInRow<double>(&pixel, vel::unaligned(&merged), weight, 1);
             ASSERT_EQ(merged, pixel) << weight;
             auto column = static_cast<float>(value);
             vel::fadeInColumns(&column, &pixel, 1, &weight, 1);
@@ -30,11 +32,24 @@ TYPED_TEST(StripBlends, EqualPixelsStayEqualUnderEveryWeight) {
     }
 }
 
-TEST(FadeInRow, SumIsRoundedToSingleAndTruncated) {
+TEST(FadeInRow, SumIsTruncated) {
     const std::vector<std::uint8_t> strip{10, 200, 255, 1};
     std::vector<std::uint8_t> target{11, 100, 0, 0};
-    vel::fadeInRow(strip.data(), target.data(), 0.5F, 4);
+    vel::fadeInRow<float>(strip.data(), vel::unaligned(target.data()), 0.5F, 4);
     EXPECT_EQ(target, (std::vector<std::uint8_t>{10, 150, 127, 0}));
+}
+
+TEST(FadeInRow, SumOfSinglesIsRoundedBeforeItIsTruncatedAndADoubleIsNot) {
+    // The float nearest to 1/9 is above it: 9 * (1 - weight) is just below 8, by less than a single
+    // resolves. 8 * (1 - weight) + 17 * weight is just above 9, and comes out the same both ways.
+    const float weight = 1.0F / 9.0F;
+    const std::vector<std::uint8_t> strip{0, 0, 17};
+    std::vector<std::uint8_t> rounded{9, 90, 8};
+    std::vector<std::uint8_t> exact = rounded;
+    vel::fadeInRow<float>(strip.data(), vel::unaligned(rounded.data()), weight, 3);
+    vel::fadeInRow<double>(strip.data(), vel::unaligned(exact.data()), weight, 3);
+    EXPECT_EQ(rounded, (std::vector<std::uint8_t>{8, 80, 9}));
+    EXPECT_EQ(exact, (std::vector<std::uint8_t>{7, 79, 9}));
 }
 
 TEST(FadeInColumns, ReadsOneChannelAndKeepsFractions) {
@@ -43,24 +58,6 @@ TEST(FadeInColumns, ReadsOneChannelAndKeepsFractions) {
     const std::vector<float> ramp{0.25F, 0.5F, 0.75F};
     vel::fadeInColumns(values.data(), strip.data(), 3, ramp.data(), 3);
     EXPECT_EQ(values, (std::vector<float>{12.625F, -10.0F, 0x1.8p99F, 7.0F}));
-}
-
-TEST(MergeStrip, RowsAreFadedInOverFinishedOnesCopiedBelowAndNothingElseIsTouched) {
-    // The second row of tiles, pulled back: rows 4 to 9 of 10, of which 4 to 6 are finished.
-    vel::TileWalk walk(2, 10, {2, 6, 0}, {2, 6, 5});
-    walk.m_curY = 4;
-    walk.m_doneY = 7;
-    cv::Mat strip(6, 2, CV_8UC3, cv::Scalar(100, 40, 0));
-    cv::Mat target(10, 2, CV_8UC3, cv::Scalar(0, 40, 200));
-    std::vector<float> ramp(4);
-    vel::mergeStrip<std::uint8_t>(strip, target, walk, ramp);
-    const std::vector<int> reds{0, 0, 0, 0, 25, 50, 75, 100, 100, 100};
-    for (int y = 0; y < 10; ++y) {
-        const auto pixel = target.at<cv::Vec3b>(y, 1);
-        EXPECT_EQ(pixel[0], reds[static_cast<std::size_t>(y)]) << y;
-        EXPECT_EQ(pixel[1], 40) << y;
-        EXPECT_EQ(pixel[2], 200 - 2 * pixel[0]) << y;
-    }
 }
 
 } // namespace

@@ -45,7 +45,7 @@ TEST(DeblurTile, LimitStrengthBelowOneTenthBypassesTheLimiter) {
     EXPECT_EQ(tile.m_limit.m_mix, 0.9f);
 }
 
-TEST(DeblurTile, LimitStrengthOneHoldsToTheBounds) {
+TEST(DeblurTile, LimitStrengthOneLimitsToTheBounds) {
     CDeblurTile tile;
     tile.setLimiter(1.0f, 15);
     EXPECT_EQ(tile.m_limit.m_upper, 1.0f);
@@ -61,14 +61,14 @@ TEST(DeblurTile, LimitStrengthZeroAllowsFourTimesTheBounds) {
     EXPECT_EQ(tile.m_limit.m_innerPasses, 1);
 }
 
-TEST(DeblurTile, LimiterTakesPlanesOfTheTileSize) {
+TEST(DeblurTile, TheLimiterExpectsPlanesOfTheTileSize) {
     CDeblurTile tile;
     tile.tileSizeFor(cv::Size(300, 300));
     tile.setLimiter(0.5f, 15);
     EXPECT_EQ(tile.m_limit.m_imSize, cv::Size(512, 512));
 }
 
-TEST(DeblurTile, LimiterLooksAThirdOfTheKernelAround) {
+TEST(DeblurTile, TheLimiterCoversANeighbourhoodOfAThirdOfTheKernel) {
     CDeblurTile tile;
     const auto radiusFor = [&](int side) {
         tile.setLimiter(0.5f, side);
@@ -81,7 +81,7 @@ TEST(DeblurTile, LimiterLooksAThirdOfTheKernelAround) {
     EXPECT_EQ(radiusFor(40), 5);
 }
 
-TEST(DeblurTile, PlanesAreZeroedWhenMadeAndKeptFromTileToTile) {
+TEST(DeblurTile, PlanesStartWithZerosAndKeepTheirContentFromTileToTile) {
     CDeblurTile tile;
     std::array<cv::Mat, 3> planes;
     for (cv::Mat& plane : planes) {
@@ -123,7 +123,7 @@ bool sameBits(const cv::Mat& a, const cv::Mat& b) {
     return a.size() == b.size() && cv::countNonZero(a != b) == 0;
 }
 
-TEST(DeblurTile, RunsTheStagesInTheirOrder) {
+TEST(DeblurTile, RunsDeconvolutionThenLimiterThenSharpener) {
     const cv::Mat kernel = vel::createDiscKernel(2.0f);
     CDeblurTile tile;
     prepare(tile, kernel);
@@ -150,10 +150,10 @@ TEST(DeblurTile, RunsTheStagesInTheirOrder) {
     }
 }
 
-TEST(DeblurTile, FailureInsideASectionReachesTheCaller) {
+TEST(DeblurTile, AFailureInsideASectionReachesTheCaller) {
     CDeblurTile tile;
     prepare(tile, vel::createDiscKernel(2.0f));
-    // The limiter refuses planes of another size than its own, inside section 0.
+    // The limiter, which runs in a section, fails for planes of another size.
     tile.m_limit.m_imSize = cv::Size(128, 128);
     std::array<cv::Mat, 3> planes = texturedPlanes();
     EXPECT_THROW(tile.process(planes, true, false), const char*);

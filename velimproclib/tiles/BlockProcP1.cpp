@@ -1,43 +1,32 @@
 #include "velimproclib/tiles/BlockProcP1.h"
 
 #include "velimproclib/images/stepOf.h"
-#include "velimproclib/primitives/arithmetic/PlaneArithmetic.h"
-#include "velimproclib/primitives/pixels/Conversions.h"
-#include "velimproclib/tiles/fillRamp.h"
 #include "velimproclib/tiles/forRowChunks.h"
 #include "velimproclib/tiles/imageExtendBorder.h"
-#include "velimproclib/tiles/stripBlends.h"
+#include "velimproclib/tiles/loadWindowRows.h"
+#include "velimproclib/tiles/PixelDepth.h"
 
-#include <algorithm>
 #include <span>
 
 namespace vel {
 
 namespace {
 
-/// The scale and the conversions of an element type.
+/// The level that 1.0 stands for, and its inverse.
 template <class T>
-struct Depth;
+struct Scale;
 
 template <>
-struct Depth<std::uint8_t> {
+struct Scale<std::uint8_t> {
     static constexpr float kToUnit = 0.003921569f;
-    static constexpr float kFullScale = 255.0f;
-    static constexpr auto kToFloat = convertU8toF32;
-    static constexpr auto kFromFloat = convertF32toU8;
+    static constexpr float kFull = 255.0f;
 };
 
 template <>
-struct Depth<std::int16_t> {
+struct Scale<std::int16_t> {
     static constexpr float kToUnit = 3.051851e-05f;
-    static constexpr float kFullScale = 32767.0f;
-    static constexpr auto kToFloat = convertS16toF32;
-    static constexpr auto kFromFloat = convertF32toS16;
+    static constexpr float kFull = 32767.0f;
 };
-
-bool isEightBits(const cv::Mat& image) {
-    return image.depth() == CV_8U;
-}
 
 } // namespace
 
@@ -58,18 +47,13 @@ int CBlockProcP1::init(const cv::Mat& in, const cv::Mat& out, std::int32_t block
     if (border < 0) {
         throw "CBlockProcP1::init - border < 0";
     }
-    m_border = border;
     m_taper = taper;
     const std::uint8_t mode = align16 ? 1 : 0;
     m_walk = TileWalk(m_in.cols, m_in.rows, {blockW, blockH, mode, overlap, border});
-    TileWindow window;
     // Without a window the first block fails, and its size means nothing.
-    if (m_walk.windowOf(m_border, window)) {
-        const std::int32_t width = m_walk.widthWith(m_border);
-        const std::int32_t height = m_walk.heightWith(m_border);
-        m_blk.create(height, width, CV_32FC1);
-        m_strip.create(std::max(m_walk.m_roiH, 0), m_walk.m_imW, m_in.type());
-        m_ramp.assign(static_cast<std::size_t>(std::max(width, height)) + 1, 0.0f);
+    if (m_walk.window()) {
+        m_blk.create(m_walk.tileHeight(), m_walk.tileWidth(), CV_32FC1);
+        m_strip.create(m_walk, m_in.type());
     }
     return 1;
 }
@@ -85,35 +69,35 @@ cv::Mat* CBlockProcP1::nextBlock() {
 bool CBlockProcP1::advance() {
     const WalkState state = m_walk.advance();
     if (state == WalkState::kStuck) {
-        // The overlap takes up the whole block; walking on would never end.
+        // The overlap takes up the whole block: the walk would never end.
         throw "CBlockProcP1::advance - step < 1";
     }
     return state == WalkState::kTileAhead;
 }
 
 int CBlockProcP1::convertBlkDupBorder() {
-    TileWindow window;
-    if (!m_walk.windowOf(m_border, window)) {
+    const std::optional<TileWindow> window = m_walk.window();
+    if (!window) {
         throw "CBlockProcP1::convertBlkDupBorder - roiSize < 1";
     }
-    if (isEightBits(m_in)) {
-        loadWindow<std::uint8_t>(window);
-    } else {
-        loadWindow<std::int16_t>(window);
-    }
+    forRowChunks(window->width, window->height, [&](cv::Range rows) {
+        withElementsOf<std::int16_t>(m_in, [&]<class T>() { loadRows<T>(*window, rows); });
+    });
     if (m_taper == 1) {
-        m_tileTaper.taperBlock(std::span(&m_blk, 1), m_border);
+        m_tileTaper.taperBlock(std::span(&m_blk, 1), m_walk.border());
     }
     return 1;
 }
 
 template <class T>
-void CBlockProcP1::loadWindow(const TileWindow& window) {
-    cv::Mat loaded = m_blk(cv::Rect(window.left, window.top, window.width, window.height));
-    Depth<T>::kToFloat(m_in.ptr<T>(window.y) + window.x, stepOf(m_in), loaded.ptr<float>(),
-                       stepOf(loaded), window.width, window.height);
-    imageExtendBorder(m_blk, window.left, window.top, window.right, window.bottom);
-    scaleBlock(Depth<T>::kToUnit);
+void CBlockProcP1::loadRows(const TileWindow& window, cv::Range rows) {
+    loadWindowRows(m_blk, window, rows, [&](cv::Mat& part) {
+        const T* source =
+            elementAt<T>(m_in, window.y + rows.start, static_cast<std::size_t>(window.x));
+        PixelDepth<T>::kToFloat(source, stepOf(m_in), part.ptr<float>(), stepOf(part), part.cols,
+                                part.rows);
+        scalePlane(part, Scale<T>::kToUnit);
+    });
 }
 
 int CBlockProcP1::imageExtendBorder(cv::Mat& inOut, std::int32_t left, std::int32_t top,
@@ -125,54 +109,48 @@ int CBlockProcP1::imageExtendBorder(cv::Mat& inOut, std::int32_t left, std::int3
     return 1;
 }
 
-void CBlockProcP1::scaleBlock(float factor) {
-    mulConstInPlaceF32(factor, m_blk.ptr<float>(), stepOf(m_blk), m_blk.cols, m_blk.rows);
-}
-
 void CBlockProcP1::doneABlock() {
     if (m_walk.overlapX() < 0) {
         throw "CBlockProcP1::doneABlock - ovlpX < 0";
     }
     if (!m_out.empty()) {
-        if (isEightBits(m_in)) {
-            storeBlock<std::uint8_t>();
-        } else {
-            storeBlock<std::int16_t>();
+        storeBlock();
+        if (m_walk.endsARow()) {
+            mergeRowOfBlocks();
         }
     }
     m_walk.noteStored();
 }
 
-template <class T>
 void CBlockProcP1::storeBlock() {
     const std::int32_t width = m_walk.storedWidth();
     const std::int32_t height = m_walk.storedHeight();
-    if (width >= 1 && height >= 1) {
-        const cv::Mat useful = m_blk(cv::Rect(m_border, m_border, width, height));
-        const auto overlapX = static_cast<std::int32_t>(m_walk.overlapX());
-        scaleBlock(Depth<T>::kFullScale);
-        fillRamp(m_ramp, overlapX);
-        forRowChunks(overlapX, height, [&](cv::Range rows) {
-            for (std::int32_t y = rows.start; y < rows.end; ++y) {
-                fadeInColumns(m_blk.ptr<float>(m_border + y) + m_border,
-                              m_strip.ptr<T>(y) + m_walk.m_curX, 1, m_ramp.data(),
-                              static_cast<std::size_t>(overlapX));
-            }
-        });
-        Depth<T>::kFromFloat(useful.ptr<float>(), stepOf(useful), m_strip.ptr<T>(0) + m_walk.m_curX,
-                             stepOf(m_strip), width, height, kToNearestEven);
+    if (width < 1 || height < 1) {
+        return;
     }
-    if (m_walk.endsARow()) {
-        mergeRowOfBlocks<T>();
-    }
+    m_strip.beginTile(m_walk);
+    cv::Mat useful = m_blk(cv::Rect(m_walk.border(), m_walk.border(), width, height));
+    forRowChunks(width, height, [&](cv::Range rows) {
+        withElementsOf<std::int16_t>(m_in, [&]<class T>() { storeRows<T>(useful, rows); });
+    });
 }
 
 template <class T>
+void CBlockProcP1::storeRows(cv::Mat& useful, cv::Range rows) {
+    cv::Mat part = useful.rowRange(rows);
+    scalePlane(part, Scale<T>::kFull);
+    m_strip.fadeIn<T>(part, rows.start, 0);
+    PixelDepth<T>::kFromFloat(part.ptr<float>(), stepOf(part), m_strip.elementsOf<T>(rows.start, 0),
+                              m_strip.step(), part.cols, part.rows, kToNearestEven);
+}
+
 void CBlockProcP1::mergeRowOfBlocks() {
     if (m_walk.overlapY() < 0) {
         throw "CBlockProcP1::doneABlock - ovlpY < 0";
     }
-    mergeStrip<T>(m_strip, m_out, m_walk, m_ramp);
+    // The sums are truncated as doubles, unlike those of CBlockProcP3.
+    withElementsOf<std::int16_t>(m_in,
+                                 [&]<class T>() { m_strip.mergeInto<T, double>(m_out, m_walk); });
 }
 
 } // namespace vel

@@ -3,13 +3,9 @@
 #include "velimproclib/images/stepOf.h"
 #include "velimproclib/primitives/base/failures.h"
 #include "velimproclib/primitives/pixels/ChannelMoves.h"
-#include "velimproclib/primitives/pixels/Conversions.h"
-#include "velimproclib/tiles/fillRamp.h"
 #include "velimproclib/tiles/forRowChunks.h"
-#include "velimproclib/tiles/imageExtendBorder.h"
-#include "velimproclib/tiles/stripBlends.h"
-
-#include <algorithm>
+#include "velimproclib/tiles/loadWindowRows.h"
+#include "velimproclib/tiles/PixelDepth.h"
 
 namespace vel {
 
@@ -17,41 +13,23 @@ namespace {
 
 constexpr std::size_t kChannels = 3;
 
-/// The scale and the moves of an element type.
+/// The level that 1.0 stands for, and the moves between an interleaved image and planes.
 template <class T>
-struct Depth;
+struct Channels;
 
 template <>
-struct Depth<std::uint8_t> {
-    static constexpr double kFullScale = 256.0;
-    static constexpr auto kChannelToPlane = channelToPlaneC3U8;
-    static constexpr auto kPlaneToChannel = planeToChannelC3U8;
-    static constexpr auto kToFloat = convertU8toF32;
-    static constexpr auto kFromFloat = convertF32toU8;
+struct Channels<std::uint8_t> {
+    static constexpr float kFullScale = 256.0f;
+    static constexpr auto kToPlane = channelToPlaneC3U8;
+    static constexpr auto kFromPlane = planeToChannelC3U8;
 };
 
 template <>
-struct Depth<std::uint16_t> {
-    static constexpr double kFullScale = 32768.0;
-    static constexpr auto kChannelToPlane = channelToPlaneC3U16;
-    static constexpr auto kPlaneToChannel = planeToChannelC3U16;
-    static constexpr auto kToFloat = convertU16toF32;
-    static constexpr auto kFromFloat = convertF32toU16;
+struct Channels<std::uint16_t> {
+    static constexpr float kFullScale = 32768.0f;
+    static constexpr auto kToPlane = channelToPlaneC3U16;
+    static constexpr auto kFromPlane = planeToChannelC3U16;
 };
-
-bool isEightBits(const cv::Mat& image) {
-    return image.depth() == CV_8U;
-}
-
-/// The element `x` of row `y`, counted in elements and not in pixels.
-template <class T>
-T* elementAt(cv::Mat& image, std::int32_t y, std::size_t x) {
-    return reinterpret_cast<T*>(image.ptr(y)) + x;
-}
-
-std::size_t firstElement(std::int32_t column, std::size_t channel) {
-    return static_cast<std::size_t>(column) * kChannels + channel;
-}
 
 } // namespace
 
@@ -69,26 +47,20 @@ void CBlockProcP3::init(const cv::Mat& source, const cv::Mat& target, std::int32
     }
     m_in = source;
     m_out = target;
-    m_border = border;
     m_taper = taper;
     m_walk = TileWalk(m_in.cols, m_in.rows, {tileWidth, tileHeight, mode, overlap, border});
-    createPlanes();
+    // Without a window the first tile fails, and its size means nothing.
+    if (m_walk.window()) {
+        createPlanes();
+    }
 }
 
 void CBlockProcP3::createPlanes() {
-    TileWindow window;
-    if (!m_walk.windowOf(m_border, window)) {
-        // No tile can be loaded: the first one fails, and its size means nothing.
-        return;
-    }
-    const std::int32_t width = m_walk.widthWith(m_border);
-    const std::int32_t height = m_walk.heightWith(m_border);
     for (cv::Mat& plane : m_blk) {
-        plane.create(height, width, CV_32FC1);
+        plane.create(m_walk.tileHeight(), m_walk.tileWidth(), CV_32FC1);
     }
-    m_scratch.create(height, width, m_in.depth());
-    m_strip.create(std::max(m_walk.m_roiH, 0), m_walk.m_imW, m_in.type());
-    m_ramp.assign(static_cast<std::size_t>(std::max(width, height)) + 1, 0.0f);
+    m_scratch.create(m_walk.tileHeight(), m_walk.tileWidth(), m_in.depth());
+    m_strip.create(m_walk, m_in.type());
 }
 
 TilePlanes* CBlockProcP3::nextBlock() {
@@ -102,48 +74,38 @@ TilePlanes* CBlockProcP3::nextBlock() {
 bool CBlockProcP3::advance() {
     const WalkState state = m_walk.advance();
     if (state == WalkState::kStuck) {
-        // The overlap takes up the whole tile; walking on would never end.
+        // The overlap takes up the whole tile: the walk would never end.
         throw kColumnGap;
     }
     return state == WalkState::kTileAhead;
 }
 
 void CBlockProcP3::convertBlkDupBorder() {
-    TileWindow window;
-    if (!m_walk.windowOf(m_border, window)) {
+    const std::optional<TileWindow> window = m_walk.window();
+    if (!window) {
         throw kNoPixels;
     }
-    forRowChunks(window.width, window.height, [&](cv::Range rows) {
-        if (isEightBits(m_in)) {
-            loadRows<std::uint8_t>(window, rows);
-        } else {
-            loadRows<std::uint16_t>(window, rows);
-        }
+    forRowChunks(window->width, window->height, [&](cv::Range rows) {
+        withElementsOf<std::uint16_t>(m_in, [&]<class T>() { loadRows<T>(*window, rows); });
     });
     if (m_taper == 1) {
-        m_tileTaper.taperBlock(m_blk, m_border);
+        m_tileTaper.taperBlock(m_blk, m_walk.border());
     }
 }
 
-/// Rows are counted from the window's first. A chunk fills the margin beside its rows, and the
-/// first and the last the one above and below: no chunk waits for another. The scale is a power of
-/// two, so that pixels may be scaled before the margin is filled from them as well as after.
+/// The scale is a power of two, therefore the margins may be filled from scaled pixels.
 template <class T>
 void CBlockProcP3::loadRows(const TileWindow& window, cv::Range rows) {
-    T* scratch = elementAt<T>(m_scratch, rows.start, 0);
-    const std::int32_t above = rows.start == 0 ? window.top : 0;
-    const std::int32_t below = rows.end == window.height ? window.bottom : 0;
+    T* const scratch = m_scratch.ptr<T>(rows.start);
+    const std::size_t first = static_cast<std::size_t>(window.x) * kChannels;
     for (std::size_t c = 0; c < kChannels; ++c) {
-        const T* source = elementAt<T>(m_in, window.y + rows.start, firstElement(window.x, c));
-        cv::Mat part =
-            m_blk[c].rowRange(window.top + rows.start - above, window.top + rows.end + below);
-        cv::Mat loaded = part(cv::Rect(window.left, above, window.width, rows.size()));
-        Depth<T>::kChannelToPlane(source, stepOf(m_in), scratch, stepOf(m_scratch), window.width,
-                                  rows.size());
-        Depth<T>::kToFloat(scratch, stepOf(m_scratch), loaded.ptr<float>(), stepOf(loaded),
-                           window.width, rows.size());
-        loaded.convertTo(loaded, CV_32F, 1.0 / Depth<T>::kFullScale);
-        imageExtendBorder(part, window.left, above, window.right, below);
+        loadWindowRows(m_blk[c], window, rows, [&](cv::Mat& part) {
+            Channels<T>::kToPlane(elementAt<T>(m_in, window.y + rows.start, first + c),
+                                  stepOf(m_in), scratch, stepOf(m_scratch), part.cols, part.rows);
+            PixelDepth<T>::kToFloat(scratch, stepOf(m_scratch), part.ptr<float>(), stepOf(part),
+                                    part.cols, part.rows);
+            scalePlane(part, 1.0f / Channels<T>::kFullScale);
+        });
     }
 }
 
@@ -164,34 +126,24 @@ void CBlockProcP3::storeTile() {
     if (width < 1 || height < 1) {
         return;
     }
-    const auto overlapX = static_cast<std::int32_t>(m_walk.overlapX());
-    fillRamp(m_ramp, overlapX);
+    m_strip.beginTile(m_walk);
+    const cv::Rect useful(m_walk.border(), m_walk.border(), width, height);
     forRowChunks(width, height, [&](cv::Range rows) {
-        if (isEightBits(m_in)) {
-            storeRows<std::uint8_t>(overlapX, width, rows);
-        } else {
-            storeRows<std::uint16_t>(overlapX, width, rows);
-        }
+        withElementsOf<std::uint16_t>(m_in, [&]<class T>() { storeRows<T>(useful, rows); });
     });
 }
 
-/// Rows are counted from the first of the useful part, which is the strip's first.
 template <class T>
-void CBlockProcP3::storeRows(std::int32_t overlapX, std::int32_t width, cv::Range rows) {
-    T* scratch = elementAt<T>(m_scratch, rows.start, 0);
+void CBlockProcP3::storeRows(const cv::Rect& useful, cv::Range rows) {
+    T* const scratch = m_scratch.ptr<T>(rows.start);
     for (std::size_t c = 0; c < kChannels; ++c) {
-        const std::size_t firstInStrip = firstElement(m_walk.m_curX, c);
-        cv::Mat useful = m_blk[c](cv::Rect(m_border, m_border + rows.start, width, rows.size()));
-        useful.convertTo(useful, CV_32F, Depth<T>::kFullScale);
-        for (int y = 0; y < rows.size(); ++y) {
-            fadeInColumns(useful.ptr<float>(y), elementAt<T>(m_strip, rows.start + y, firstInStrip),
-                          kChannels, m_ramp.data(), static_cast<std::size_t>(overlapX));
-        }
-        Depth<T>::kFromFloat(useful.ptr<float>(), stepOf(useful), scratch, stepOf(m_scratch), width,
-                             rows.size(), kToNearestEven);
-        Depth<T>::kPlaneToChannel(scratch, stepOf(m_scratch),
-                                  elementAt<T>(m_strip, rows.start, firstInStrip), stepOf(m_strip),
-                                  width, rows.size());
+        cv::Mat part = m_blk[c](useful).rowRange(rows);
+        scalePlane(part, Channels<T>::kFullScale);
+        m_strip.fadeIn<T>(part, rows.start, c);
+        PixelDepth<T>::kFromFloat(part.ptr<float>(), stepOf(part), scratch, stepOf(m_scratch),
+                                  part.cols, part.rows, kToNearestEven);
+        Channels<T>::kFromPlane(scratch, stepOf(m_scratch), m_strip.elementsOf<T>(rows.start, c),
+                                m_strip.step(), part.cols, part.rows);
     }
 }
 
@@ -199,11 +151,9 @@ void CBlockProcP3::mergeRowOfTiles() {
     if (m_walk.overlapY() < 0) {
         throw kRowGap;
     }
-    if (isEightBits(m_in)) {
-        mergeStrip<std::uint8_t>(m_strip, m_out, m_walk, m_ramp);
-    } else {
-        mergeStrip<std::uint16_t>(m_strip, m_out, m_walk, m_ramp);
-    }
+    // The sums are rounded to single precision before they are truncated.
+    withElementsOf<std::uint16_t>(m_in,
+                                  [&]<class T>() { m_strip.mergeInto<T, float>(m_out, m_walk); });
 }
 
 } // namespace vel

@@ -16,7 +16,7 @@ constexpr TwistMatrix kToLumaChroma = {
     {0.37288f, -0.31224f, -0.060639f, 0.53724998f},
 };
 
-// The first constant is one float short of the nearest to -1.01003; images depend on it.
+// The first constant is the float next to the one nearest to -1.01003. Results depend on it.
 constexpr TwistMatrix kToRgb = {
     {1.0f, 0.0f, 1.88f, -1.01002991f},
     {1.0f, -0.4446f, -0.9576f, 0.78642851f},

@@ -14,8 +14,8 @@ namespace vel {
 /// the seam and fades the blurred seam into the margin of the tile; the useful part inside the
 /// margin keeps its bits.
 ///
-/// An object keeps its scratch planes from tile to tile and serves one thread at a time; inside, it
-/// works on planes and bands in parallel. The results do not depend on the number of threads.
+/// An object keeps its scratch planes from tile to tile. One thread at a time may use it; inside,
+/// it works on planes and bands in parallel. The results do not depend on the number of threads.
 class CTileTaper {
 public:
     /// Tapers the outer `border` pixels of every edge of each plane (CV_32FC1, all of one size):

@@ -3,19 +3,20 @@
 #include "velimproclib/tiles/planBlocks.h"
 
 #include <cstdint>
+#include <optional>
 
 namespace vel {
 
-/// The part of the image under a tile and its margin, and how much of the tile the image does not
-/// reach. All in pixels.
+/// The part of the image under a tile and its margin, and the parts of the tile outside the image.
+/// All in pixels.
 struct TileWindow {
     std::int32_t x; ///< first image column under the tile
     std::int32_t y;
-    std::int32_t width; ///< image columns under the tile
+    std::int32_t width; ///< image columns under the tile, at least 1
     std::int32_t height;
-    std::int32_t left; ///< tile columns before the image begins
+    std::int32_t left; ///< tile columns before the first image column
     std::int32_t top;
-    std::int32_t right; ///< tile columns after the image has ended
+    std::int32_t right; ///< tile columns after the last image column
     std::int32_t bottom;
 };
 
@@ -28,69 +29,91 @@ struct TileLayout {
     std::int32_t border;  ///< margin on each side of the useful part, 0 or more
 };
 
-/// What `TileWalk::advance` found.
+/// The result of `TileWalk::advance`.
 enum class WalkState {
     kTileAhead, ///< the position is that of the next tile
     kFinished,  ///< every tile was visited
-    kStuck      ///< the plan's step cannot move the walk to the tile that is due
+    kStuck      ///< the step of the plan cannot move the walk to the next tile
 };
 
 /// The position rule of both tile iterators: a scan of an image in row-major order, tiles from left
 /// to right, rows of tiles from the top. The step is the nominal distance; the last tile of each
 /// axis is pulled back so that it ends where the image ends, and overlaps its neighbour by more.
 ///
-/// Next to the position the walk keeps how far the image is finished, which is what tells the
-/// overlap of the tile at hand. One walk serves one thread, once.
-struct TileWalk {
-    std::int32_t m_imW = 0; ///< image width
-    std::int32_t m_imH = 0;
-    std::int32_t m_roiW = 0; ///< useful width of a tile
-    std::int32_t m_roiH = 0;
-    std::int32_t m_stepX = 0;
-    std::int32_t m_stepY = 0;
-    std::int32_t m_nBlkX = 0; ///< planned tiles across; the walk may make one more
-    std::int32_t m_nBlkY = 0;
-    std::int32_t m_curX = 0; ///< left edge of the current tile's useful part
-    std::int32_t m_curY = 0;
-    std::int32_t m_doneX = 0; ///< columns finished in this row of tiles
-    std::int32_t m_doneY = 0; ///< image rows finished by the rows of tiles before this one
-    bool m_storedATile = false;
-
+/// The walk also keeps how far the image is finished, which gives the overlap of the current tile.
+/// A walk is for one thread and one use.
+class TileWalk {
+public:
     TileWalk() = default;
+    /// The walk over an image of two planned axes, with `border` pixels of margin (0 or more).
     TileWalk(std::int32_t imageWidth, std::int32_t imageHeight, const TileGeometry& across,
-             const TileGeometry& down) noexcept;
+             const TileGeometry& down, std::int32_t border) noexcept;
     /// The walk that `layout` plans for an image. A layout without useful tiles gives a walk that
-    /// finds no window or cannot be moved.
+    /// has no window or is stuck.
     TileWalk(std::int32_t imageWidth, std::int32_t imageHeight, const TileLayout& layout) noexcept;
 
-    /// True until the first tile is stored: that tile is due without a step.
+    /// Planned tiles; the walk may make one more along each axis.
+    std::int32_t tilesAcross() const noexcept { return m_across.count; }
+    std::int32_t tilesDown() const noexcept { return m_down.count; }
+
+    std::int32_t imageWidth() const noexcept { return m_across.total; }
+    std::int32_t border() const noexcept { return m_border; }
+    /// Sizes of every tile with its margin.
+    std::int32_t tileWidth() const noexcept;
+    std::int32_t tileHeight() const noexcept;
+    /// Height of the useful part of every tile. Negative where the margins outgrow the tile.
+    std::int32_t usefulHeight() const noexcept { return m_down.length; }
+
+    /// True until the first tile is stored: the walk begins there, without `advance`.
     bool atFirstTile() const noexcept;
 
-    /// Moves to the next tile. Leaves the position alone when the walk is finished or stuck.
+    /// Moves to the next tile. The position does not change when the walk is finished or stuck.
     WalkState advance() noexcept;
 
-    /// Notes that the tile at hand is stored.
+    /// Notes that the current tile is stored.
     void noteStored() noexcept;
 
-    /// The image under the current tile with `border` pixels of margin around it. False when there
-    /// is none, `window` is untouched then.
-    bool windowOf(std::int32_t border, TileWindow& window) const noexcept;
+    /// Left and top edge of the current tile's useful part, in the image.
+    std::int32_t x() const noexcept { return m_across.current; }
+    std::int32_t y() const noexcept { return m_down.current; }
 
-    /// Full sizes of a tile with `border` pixels of margin around its useful part.
-    std::int32_t widthWith(std::int32_t border) const noexcept;
-    std::int32_t heightWith(std::int32_t border) const noexcept;
+    /// The image under the current tile and its margin; nothing where there is none.
+    std::optional<TileWindow> window() const noexcept;
 
-    /// Columns of the tile that the row of tiles has finished already; negative at a gap.
-    std::int64_t overlapX() const noexcept { return std::int64_t{m_doneX} - m_curX; }
+    /// Columns of the tile that its row of tiles has finished already; negative at a gap.
+    std::int64_t overlapX() const noexcept { return m_across.overlap(); }
     /// Rows of the tile that are finished already; negative at a gap.
-    std::int64_t overlapY() const noexcept { return std::int64_t{m_doneY} - m_curY; }
+    std::int64_t overlapY() const noexcept { return m_down.overlap(); }
 
-    /// Columns and rows of the useful part that lie inside the image.
-    std::int32_t storedWidth() const noexcept;
-    std::int32_t storedHeight() const noexcept;
+    /// Columns and rows of the useful part that are inside the image.
+    std::int32_t storedWidth() const noexcept { return m_across.stored(); }
+    std::int32_t storedHeight() const noexcept { return m_down.stored(); }
 
     /// True when the current tile is the last of its row.
-    bool endsARow() const noexcept;
+    bool endsARow() const noexcept { return m_across.reachesEnd(); }
+
+private:
+    struct Axis {
+        std::int32_t total = 0;  ///< length of the image
+        std::int32_t length = 0; ///< useful length of a tile
+        std::int32_t step = 0;
+        std::int32_t count = 0;
+        std::int32_t current = 0; ///< start of the current tile's useful part
+        std::int32_t done = 0;    ///< finished pixels before and under the current tile
+
+        Axis() = default;
+        Axis(std::int32_t imageLength, const TileGeometry& plan) noexcept;
+        bool reachesEnd() const noexcept;
+        /// Moves to the next tile, pulled back where it would end past the image.
+        void moveOn() noexcept;
+        std::int64_t overlap() const noexcept { return std::int64_t{done} - current; }
+        std::int32_t stored() const noexcept;
+    };
+
+    Axis m_across;
+    Axis m_down;
+    std::int32_t m_border = 0;
+    bool m_storedATile = false;
 };
 
 } // namespace vel

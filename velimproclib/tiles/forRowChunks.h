@@ -9,8 +9,8 @@
 namespace vel {
 
 /// Calls work(cv::Range) for chunks of rows that cover `rows` rows of `columns` pixels, in any
-/// order; side by side where the area is worth a team. The first failure is rethrown when all have
-/// ended. A chunk's rows of a few planes stay in the innermost cache from step to step.
+/// order, and in parallel where the area is worth a team. Rethrows the first failure after all
+/// chunks have ended. The rows that a chunk has in a few planes fit the innermost cache.
 template <class Work>
 void forRowChunks(std::int32_t columns, std::int32_t rows, const Work& work) {
     constexpr int kRowsPerChunk = 16;

@@ -28,14 +28,14 @@ AlignedFloats randomSpectrum(const RealFft2D& fft, unsigned seed) {
     return spectrum;
 }
 
-/// A complex slot and the frequency (v, u) that it holds.
+/// A complex slot and its frequency (v, u).
 struct Slot {
     std::size_t re;
     int v;
     int u;
 };
 
-/// All slots that hold one complex frequency.
+/// Calls check(slot) for every slot that holds one complex frequency.
 template <class Check>
 void forEachComplexSlot(const RealFft2D& fft, Check&& check) {
     for (int block = 0; block < fft.blockCount(); ++block) {
@@ -73,7 +73,7 @@ TEST(SpectralQuotient, RealSlotsAreTheFourRealFrequencies) {
     EXPECT_EQ(slots[3], 32 * fft.rowOf(kSide / 2) + 16);
 }
 
-TEST(SpectralQuotient, ProductWithTheConjugateIsComplexButForTheRealFrequencies) {
+TEST(SpectralQuotient, TheProductWithTheConjugateIsComplexExceptAtTheRealFrequencies) {
     const RealFft2D fft(kOrder, kOrder);
     const AlignedFloats a = randomSpectrum(fft, 1);
     const AlignedFloats b = randomSpectrum(fft, 2);
@@ -92,7 +92,7 @@ TEST(SpectralQuotient, ProductWithTheConjugateIsComplexButForTheRealFrequencies)
     }
 }
 
-TEST(SpectralQuotient, QuotientWeighsDataAndPriorAtEveryFrequency) {
+TEST(SpectralQuotient, TheQuotientWeighsDataAndPriorAtEveryFrequency) {
     const RealFft2D fft(kOrder, kOrder);
     const AlignedFloats kernel = randomSpectrum(fft, 4);
     const AlignedFloats numerator = randomSpectrum(fft, 5);
@@ -126,8 +126,8 @@ TEST(SpectralQuotient, QuotientWeighsDataAndPriorAtEveryFrequency) {
     }
 }
 
-TEST(SpectralQuotient, TinyDenominatorsDivideAsLongAsTheQuotientIsAFloat) {
-    // The inverse of a denominator of 1e-40 is beyond the floats, the quotient is not.
+TEST(SpectralQuotient, TinyDenominatorsDivideWheneverTheQuotientIsAFloat) {
+    // The inverse of a denominator of 1e-40 overflows single precision, the quotient does not.
     const RealFft2D fft(kOrder, kOrder);
     AlignedFloats kernel = randomSpectrum(fft, 4);
     AlignedFloats numerator = randomSpectrum(fft, 5);

@@ -13,18 +13,18 @@ using namespace vel;
 
 constexpr std::size_t kFloats = 17;
 
-TEST(ThreadScratch, ThreadsHaveRoomsOfTheirOwn) {
+TEST(ThreadScratch, EachThreadHasItsOwnAlignedMemory) {
     const test::ThreadCount two(2);
     ThreadScratch scratch;
     scratch.allocate(kFloats);
     EXPECT_GE(scratch.of(1) - scratch.of(0), static_cast<std::ptrdiff_t>(kFloats));
     EXPECT_EQ(reinterpret_cast<std::uintptr_t>(scratch.of(1)) % 64, 0u);
-    float* const room = scratch.of(0);
+    float* const memory = scratch.of(0);
     scratch.fitTeam();
-    EXPECT_EQ(scratch.of(0), room) << "nothing is allocated while the team stays";
+    EXPECT_EQ(scratch.of(0), memory) << "a team of the same size needs no allocation";
 }
 
-TEST(ThreadScratch, GrowsWithTheTeamAndDoesNotShrinkWithIt) {
+TEST(ThreadScratch, GrowsWithTheTeamButDoesNotShrink) {
     ThreadScratch scratch;
     {
         const test::ThreadCount one(1);
@@ -49,7 +49,7 @@ TEST(ThreadScratch, GrowsWithTheTeamAndDoesNotShrinkWithIt) {
     EXPECT_EQ(scratch.of(0), grown);
 }
 
-TEST(ThreadScratch, ATeamLargerThanTheSettingsIsFitToo) {
+TEST(ThreadScratch, FitsATeamThatIsLargerThanTheSettings) {
     const test::ThreadCount one(1);
     ThreadScratch scratch;
     scratch.allocate(kFloats);
@@ -65,7 +65,7 @@ TEST(ThreadScratch, ATeamLargerThanTheSettingsIsFitToo) {
     }
 }
 
-TEST(ThreadScratch, AllocatingAgainTakesTheNewSize) {
+TEST(ThreadScratch, ASecondAllocationTakesTheNewSize) {
     const test::ThreadCount two(2);
     ThreadScratch scratch;
     scratch.allocate(kFloats);

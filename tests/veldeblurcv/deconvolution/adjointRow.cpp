@@ -23,7 +23,7 @@ Row randomRow(std::size_t count, std::mt19937& random) {
     return row;
 }
 
-TEST(AdjointRow, AdjointIsTheSumOfBothTransposedDifferences) {
+TEST(AdjointRow, IsTheSumOfBothTransposedDifferences) {
     std::mt19937 random(2);
     test::forEachTarget([&] {
         for (std::size_t count : {1, 2, 3, 15, 16, 17, 67, 1024}) {
@@ -42,7 +42,7 @@ TEST(AdjointRow, AdjointIsTheSumOfBothTransposedDifferences) {
     });
 }
 
-TEST(AdjointRow, FirstRowHasNoVerticalPart) {
+TEST(AdjointRow, TheFirstRowHasNoVerticalTerm) {
     std::mt19937 random(3);
     test::forEachTarget([&] {
         const Row wx = randomRow(67, random);

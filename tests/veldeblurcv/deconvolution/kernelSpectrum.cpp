@@ -16,7 +16,7 @@ cv::Mat numbered(int rows, int cols) {
     return kernel;
 }
 
-TEST(KernelSpectrum, CentreOfAnOddKernelComesToTheOrigin) {
+TEST(KernelSpectrum, TheCentreOfAnOddKernelGoesToTheOrigin) {
     const cv::Mat plane = placeKernel(numbered(3, 5), 16);
     EXPECT_EQ(plane.at<float>(0, 0), 8.0f);
     EXPECT_EQ(plane.at<float>(15, 14), 1.0f);
@@ -26,14 +26,14 @@ TEST(KernelSpectrum, CentreOfAnOddKernelComesToTheOrigin) {
     EXPECT_EQ(cv::countNonZero(plane), 15);
 }
 
-TEST(KernelSpectrum, EvenKernelIsCentredAtHalfItsSides) {
+TEST(KernelSpectrum, AnEvenKernelIsCentredAtHalfItsSides) {
     const cv::Mat plane = placeKernel(numbered(2, 4), 16);
     EXPECT_EQ(plane.at<float>(0, 0), 7.0f);
     EXPECT_EQ(plane.at<float>(15, 14), 1.0f);
     EXPECT_EQ(plane.at<float>(0, 1), 8.0f);
 }
 
-TEST(KernelSpectrum, KernelLargerThanThePlaneAddsUp) {
+TEST(KernelSpectrum, AKernelLargerThanThePlaneAddsUp) {
     const cv::Mat ones(37, 50, CV_32FC1, cv::Scalar(1));
     const cv::Mat plane = placeKernel(ones, 16);
     EXPECT_EQ(cv::sum(plane)[0], 37.0 * 50.0);
@@ -41,7 +41,7 @@ TEST(KernelSpectrum, KernelLargerThanThePlaneAddsUp) {
     EXPECT_EQ(cv::countNonZero(placeKernel(cv::Mat(), 16)), 0);
 }
 
-TEST(KernelSpectrum, SpectrumOfASingleWeightHasItsMagnitudeEverywhere) {
+TEST(KernelSpectrum, ASingleWeightHasItsMagnitudeAtEveryFrequency) {
     const RealFft2D fft(8, 8);
     ThreadScratch scratch;
     scratch.allocate(fft.scratchFloats());

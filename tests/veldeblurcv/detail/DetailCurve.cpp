@@ -18,7 +18,7 @@ using Plane = test::GuardedPlane<float>;
 
 constexpr float kKnee = 0.18f;
 constexpr float kBoost = 3.0f;
-constexpr float kLastRead = 0.4677f; // the last level that takes part
+constexpr float kLastRead = 0.4677f; // the last level that the lookup reads
 
 Plane noise(int width, int height, float low = -0.6f, float high = 0.6f) {
     std::mt19937 random(1);
@@ -28,12 +28,14 @@ Plane noise(int width, int height, float low = -0.6f, float high = 0.6f) {
     return plane;
 }
 
+/// Applies `curve` with the settings of the detail stage and checks the canaries of `plane`.
 void apply(CDetailCurve& curve, Plane& plane, float gamma, float gain) {
     GIMG<float> image(plane.width(), plane.height(), plane.data(), plane.step());
     curve.apply(image, gamma, gain, kKnee, -0.5f, 0.5f, kBoost);
     EXPECT_TRUE(plane.intact());
 }
 
+/// The result for one pixel.
 float applied(float value, float gamma, float gain) {
     CDetailCurve curve;
     Plane plane(1, 1);
@@ -42,6 +44,7 @@ float applied(float value, float gamma, float gain) {
     return plane.at(0, 0);
 }
 
+/// The curve in double precision.
 double plainCurve(double detail, double gamma, double gain) {
     const double slope = gain > 0 ? 1 + 3 * gain : 1 + gain;
     const double centre = slope * 0.18;
@@ -100,8 +103,8 @@ TEST(DetailCurve, WithoutAPowerTheKnotsAreTheLevelsTimesTheGainExactly) {
     }
 }
 
-TEST(DetailCurve, GammaOfOneHundredthIsNoPowerYet) {
-    // The floats 0.01 and -0.01 lie nearer to zero than the doubles, the next ones further away.
+TEST(DetailCurve, GammaOfOneHundredthIsAStraightLine) {
+    // The floats 0.01 and -0.01 are nearer to zero than the doubles; their neighbours are not.
     for (const float gamma : {0.01f, -0.01f}) {
         CDetailCurve curve;
         Plane plane = noise(1, 1);
@@ -114,7 +117,7 @@ TEST(DetailCurve, GammaOfOneHundredthIsNoPowerYet) {
     }
 }
 
-TEST(DetailCurve, GainOfTwoHundredthsMakesDetailSixPercentStronger) {
+TEST(DetailCurve, GainOfTwoHundredthsStrengthensDetailBySixPercent) {
     for (const float detail : {-0.45f, -0.2f, -0.001f, 0.001f, 0.1f, 0.46f}) {
         EXPECT_NEAR(applied(detail, 0.0f, 0.02f), 1.06f * detail, 2e-7f);
     }
@@ -125,7 +128,7 @@ TEST(DetailCurve, NegativeGainsAreNotBoosted) {
     EXPECT_NEAR(applied(0.2f, 0.0f, -0.5f), 0.5f * 0.2f, 1e-6f);
 }
 
-TEST(DetailCurve, GammaAboveZeroLiftsSmallAmplitudesAndHoldsLargeOnesBack) {
+TEST(DetailCurve, GammaAboveZeroRaisesSmallAmplitudesAndReducesLargeOnes) {
     EXPECT_GT(applied(0.05f, 0.5f, 0.0f), 0.06f);
     EXPECT_LT(applied(0.4f, 0.5f, 0.0f), 0.35f);
     EXPECT_LT(applied(-0.05f, 0.5f, 0.0f), -0.06f);
@@ -140,11 +143,11 @@ TEST(DetailCurve, GainNearMinusOneClearsThePlane) {
         EXPECT_EQ(applied(std::nanf(""), 0.0f, gain), 0.0f);
     }
     EXPECT_NE(applied(0.3f, 0.0f, -0.98f), 0.0f);
-    // The float -0.99 lies below the double, the next one above.
+    // The float -0.99 is below the double, its upper neighbour above.
     EXPECT_NE(applied(0.3f, 0.0f, std::nextafter(-0.99f, 0.0f)), 0.0f);
 }
 
-TEST(DetailCurve, SettingsNearerToZeroThanOneThousandthLeaveThePlaneAsItIs) {
+TEST(DetailCurve, SettingsNearerToZeroThanOneThousandthDoNotChangeThePlane) {
     for (const float near : {0.0f, 0.0009f, -0.0009f}) {
         for (const float detail : {0.7f, -3.0f, 0.25f}) {
             EXPECT_EQ(applied(detail, near, near), detail);
@@ -152,14 +155,14 @@ TEST(DetailCurve, SettingsNearerToZeroThanOneThousandthLeaveThePlaneAsItIs) {
     }
     EXPECT_NE(applied(0.25f, 0.0f, 0.002f), 0.25f);
     EXPECT_EQ(applied(0.7f, 0.002f, 0.0f), 0.5f);
-    // The float 0.001 lies above the double.
+    // The float 0.001 is above the double.
     EXPECT_EQ(applied(0.7f, 0.0f, 0.001f), 0.5f);
     EXPECT_EQ(applied(0.7f, 0.001f, 0.0f), 0.5f);
     EXPECT_EQ(applied(0.7f, -0.001f, -0.001f), 0.5f);
     EXPECT_EQ(applied(0.7f, 0.0f, std::nextafter(0.001f, 0.0f)), 0.7f);
 }
 
-TEST(DetailCurve, DetailFromTheLastLevelReadOnGetsNoGain) {
+TEST(DetailCurve, DetailFromTheLastLevelThatIsReadGetsNoGain) {
     CDetailCurve curve;
     Plane plane = noise(1, 1);
     apply(curve, plane, 0.0f, 1.0f);
@@ -176,7 +179,7 @@ TEST(DetailCurve, SpikesAreCutBeforeTheLookup) {
     EXPECT_NEAR(applied(-0.7f, 0.0f, 1.0f), -2.0f, 1e-6f);
 }
 
-TEST(DetailCurve, PlaneFollowsTheCurveOnEveryVariantWithEqualBits) {
+TEST(DetailCurve, ThePlaneFollowsTheCurveWithEqualBitsOnEveryVariant) {
     const Plane before = noise(67, 33);
     CDetailCurve curve;
     Plane expected = before;
@@ -184,7 +187,7 @@ TEST(DetailCurve, PlaneFollowsTheCurveOnEveryVariantWithEqualBits) {
     for (int y = 0; y < before.height(); ++y) {
         for (int x = 0; x < before.width(); ++x) {
             const float detail = std::clamp(before.at(x, y), -0.5f, 0.5f);
-            // Between the knots beside zero the cubic cannot follow the power.
+            // Between the knots next to zero the cubic cannot follow the power.
             if (std::abs(detail) > 0.1f && detail < 0.467f) {
                 ASSERT_NEAR(expected.at(x, y), plainCurve(detail, 0.4, 0.3), 3e-3) << detail;
             }
@@ -213,27 +216,34 @@ TEST(DetailCurve, TableIsRebuiltForEveryCall) {
     EXPECT_TRUE(second.sameBits(expected));
 }
 
-TEST(DetailCurve, TwoSectionsMayShareOneTable) {
-    CDetailCurve curve;
-    Plane planes[2] = {noise(64, 64), noise(64, 64)};
-#pragma omp parallel for num_threads(2)
-    for (int i = 0; i < 2; ++i) {
-        for (int round = 0; round < 20; ++round) {
-            planes[i] = noise(64, 64);
-            apply(curve, planes[i], 0.5f, 0.5f);
-        }
-    }
-    EXPECT_TRUE(planes[0].sameBits(planes[1]));
+TEST(DetailCurve, SettingsThatAreNotFiniteGiveADefinedCurve) {
+    const float infinity = std::numeric_limits<float>::infinity();
+    const float nan = std::nanf("");
+    const float straight = applied(0.2f, 0.0f, 0.5f);
+    EXPECT_EQ(applied(0.2f, nan, 0.5f), straight) << "a gamma of NaN is no power";
+    EXPECT_TRUE(std::isnan(applied(0.2f, 0.5f, nan)));
+    EXPECT_EQ(applied(0.2f, 0.5f, -infinity), 0.0f);
+    EXPECT_EQ(applied(0.2f, 0.5f, -1e30f), 0.0f);
+    // Power 0: every amplitude becomes the knee, 2.5 * 0.18, before the gain.
+    EXPECT_NEAR(applied(0.2f, infinity, 0.5f), 2.5f * 2.5f * 0.18f, 1e-5f);
 }
 
-TEST(DetailCurve, OddSettingsAndPixelsAreSurvived) {
+TEST(DetailCurve, AnySettingsWriteNothingOutsideOfThePlane) {
     const float infinity = std::numeric_limits<float>::infinity();
     for (const float odd : {std::nanf(""), infinity, -infinity, 1e30f, -1e30f}) {
-        applied(0.2f, odd, 0.5f);
-        applied(0.2f, 0.5f, odd);
-        applied(odd, 0.5f, 0.5f);
+        for (const float gamma : {odd, 0.5f}) {
+            CDetailCurve curve;
+            Plane plane = noise(37, 5);
+            apply(curve, plane, gamma, gamma == 0.5f ? odd : 0.5f);
+        }
     }
+}
+
+TEST(DetailCurve, NaNStaysAndInfinitiesAreCut) {
+    const float infinity = std::numeric_limits<float>::infinity();
     EXPECT_TRUE(std::isnan(applied(std::nanf(""), 0.5f, 0.5f)));
+    EXPECT_EQ(applied(infinity, 0.5f, 0.5f), applied(0.5f, 0.5f, 0.5f));
+    EXPECT_EQ(applied(-infinity, 0.5f, 0.5f), applied(-0.5f, 0.5f, 0.5f));
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "tests/support/EachTarget.h"
 #include "tests/support/GuardedPlane.h"
 #include "tests/support/Threads.h"
+#include "velimproclib/primitives/base/failures.h"
 
 #include <gtest/gtest.h>
 
@@ -44,7 +45,7 @@ struct Settings {
     int iterations = 20;
 };
 
-/// Smooths `io` in place, with copies of the other two.
+/// Smooths `io` in place with copies of the other two planes and checks the canaries of all three.
 int smooth(CEdgeSmoother& smoother, Plane rhs, Plane& io, Plane guide, const Settings& set = {}) {
     auto b = over(rhs);
     auto u = over(io);
@@ -61,7 +62,7 @@ Plane smoothed(const Plane& rhs, Plane io, const Plane& guide, const Settings& s
     return io;
 }
 
-/// The system as compressed rows of the upper triangle, counted from 1, and the plain
+/// The system as compressed rows of the upper triangle with indices from 1, and the textbook
 /// preconditioned iteration on it.
 class PlainSolver {
 public:
@@ -228,7 +229,7 @@ double largestDifference(const Plane& plane, const std::vector<double>& values) 
     return largest;
 }
 
-TEST(EdgeSmoother, StartsWithItsTwoConstantsAndWithoutArrays) {
+TEST(EdgeSmoother, StartsWithTwoConstantsAndNoArrays) {
     const CEdgeSmoother smoother;
     EXPECT_EQ(smoother.m_eps, 9.999999747378752e-5);
     EXPECT_EQ(smoother.m_reserved, static_cast<double>(0.1f));
@@ -242,7 +243,7 @@ TEST(EdgeSmoother, StartsWithItsTwoConstantsAndWithoutArrays) {
     EXPECT_FALSE(std::is_copy_constructible_v<CEdgeSmoother>);
 }
 
-TEST(EdgeSmoother, ResizingAllocatesAlignedArraysAndPlacesTheWeights) {
+TEST(EdgeSmoother, ResizeAllocatesAlignedArraysAndPlacesTheCouplings) {
     CEdgeSmoother smoother;
     smoother.resize(7, 5);
     EXPECT_EQ(smoother.m_w, 7);
@@ -257,7 +258,7 @@ TEST(EdgeSmoother, ResizingAllocatesAlignedArraysAndPlacesTheWeights) {
     }
 }
 
-TEST(EdgeSmoother, ResizingToTheSameSizeOrBelowOneKeepsTheArrays) {
+TEST(EdgeSmoother, ResizeToTheSameSizeOrBelowOneKeepsTheArrays) {
     CEdgeSmoother smoother;
     smoother.resize(7, 5);
     const double* work = smoother.m_cgWork.get();
@@ -269,7 +270,7 @@ TEST(EdgeSmoother, ResizingToTheSameSizeOrBelowOneKeepsTheArrays) {
     }
 }
 
-TEST(EdgeSmoother, FailedAllocationRaises120AndLeavesAnEmptyUsableWorkspace) {
+TEST(EdgeSmoother, FailedAllocationRaisesItsNumberAndLeavesAnEmptyWorkspaceThatWorks) {
     CEdgeSmoother smoother;
     smoother.resize(7, 5);
     constexpr int kHuge = std::numeric_limits<std::int32_t>::max();
@@ -277,7 +278,7 @@ TEST(EdgeSmoother, FailedAllocationRaises120AndLeavesAnEmptyUsableWorkspace) {
         smoother.resize(kHuge, kHuge);
         FAIL();
     } catch (int failure) {
-        EXPECT_EQ(failure, 120);
+        EXPECT_EQ(failure, kNoSmootherMemory);
     }
     EXPECT_FALSE(smoother.m_rhs || smoother.m_solution || smoother.m_guide || smoother.m_cgWork);
     EXPECT_EQ(smoother.m_wx, nullptr);
@@ -293,7 +294,7 @@ TEST(EdgeSmoother, FailedAllocationRaises120AndLeavesAnEmptyUsableWorkspace) {
     EXPECT_TRUE(io.sameBits(smoothed(plane, plane, plane)));
 }
 
-TEST(EdgeSmoother, WithoutIterationsOnlyCutsTheImages) {
+TEST(EdgeSmoother, WithoutIterationsTheImagesAreOnlyCut) {
     for (const int iterations : {0, -1, std::numeric_limits<int>::min()}) {
         CEdgeSmoother smoother;
         Plane planes[3] = {noise(9, 6, 1, -1.0f, 2.0f), noise(9, 6, 2, -1.0f, 2.0f),
@@ -317,7 +318,7 @@ TEST(EdgeSmoother, WithoutIterationsOnlyCutsTheImages) {
     }
 }
 
-TEST(EdgeSmoother, CutsTheRightHandSideToo) {
+TEST(EdgeSmoother, CutsTheRightHandSideAndTheResult) {
     Plane rhs = noise(9, 6, 1, -1.0f, 2.0f);
     Plane io = noise(9, 6, 2, -1.0f, 2.0f);
     Plane guide = noise(9, 6, 3, -1.0f, 2.0f);
@@ -346,7 +347,7 @@ TEST(EdgeSmoother, BuildsThePrescribedMatrix) {
                 CEdgeSmoother smoother;
                 Plane io = guide;
                 smooth(smoother, guide, io, guide, set);
-                // The logarithms are singles and of different makes.
+                // The two logarithms are different single-precision functions.
                 const double relative = logGuide ? 1e-5 : 1e-12;
                 for (std::size_t k = 0; k < plain.wx.size(); ++k) {
                     const double tolerance = relative * plain.diagonal[k];
@@ -359,7 +360,7 @@ TEST(EdgeSmoother, BuildsThePrescribedMatrix) {
     }
 }
 
-TEST(EdgeSmoother, FlatGuideCouplesWithWeight500AndAStepOfOneWithOneTwentieth) {
+TEST(EdgeSmoother, AFlatGuideCouplesWithWeight500AndAStepOfOneWithOneTwentieth) {
     Plane guide = filled(4, 3, 0.0f);
     for (int y = 0; y < 3; ++y) {
         guide.set(2, y, 1.0f);
@@ -376,8 +377,8 @@ TEST(EdgeSmoother, FlatGuideCouplesWithWeight500AndAStepOfOneWithOneTwentieth) {
     EXPECT_EQ(smoother.m_wy[9], 0.0);
 }
 
-TEST(EdgeSmoother, ImageOfOneRowHasNoVerticalWeights) {
-    // The workspace has seen other weights before.
+TEST(EdgeSmoother, AnImageOfOneRowHasNoVerticalCouplings) {
+    // The workspace holds other couplings from the call before.
     CEdgeSmoother smoother;
     for (const int width : {1, 2, 3, 67}) {
         const Plane square = noise(width, width, 1);
@@ -395,7 +396,7 @@ TEST(EdgeSmoother, ImageOfOneRowHasNoVerticalWeights) {
     }
 }
 
-TEST(EdgeSmoother, ExponentBelowOneMakesEveryWeightTheSame) {
+TEST(EdgeSmoother, AnExponentBelowOneGivesEveryPairTheSameCoupling) {
     const Plane guide = noise(8, 6, 1);
     CEdgeSmoother smoother;
     Plane io = guide;
@@ -406,7 +407,7 @@ TEST(EdgeSmoother, ExponentBelowOneMakesEveryWeightTheSame) {
     EXPECT_EQ(smoother.m_wy[20], weight);
 }
 
-TEST(EdgeSmoother, FractionOfTheExponentHasNoEffect) {
+TEST(EdgeSmoother, TheFractionOfTheExponentHasNoEffect) {
     const Plane plane = noise(23, 19, 1);
     const Plane whole = smoothed(plane, plane, plane, {0.05f, 1.0f, true, 20});
     EXPECT_TRUE(whole.sameBits(smoothed(plane, plane, plane, {0.05f, 1.2f, true, 20})));
@@ -414,7 +415,7 @@ TEST(EdgeSmoother, FractionOfTheExponentHasNoEffect) {
     EXPECT_FALSE(whole.sameBits(smoothed(plane, plane, plane, {0.05f, 2.0f, true, 20})));
 }
 
-TEST(EdgeSmoother, EqualsThePlainIterationOnTheCompressedMatrix) {
+TEST(EdgeSmoother, EqualsTheTextbookIterationOnTheCompressedMatrix) {
     for (const cv::Size size :
          {cv::Size(1, 1), cv::Size(2, 1), cv::Size(1, 2), cv::Size(67, 1), cv::Size(1, 67),
           cv::Size(2, 2), cv::Size(9, 8), cv::Size(33, 41), cv::Size(130, 70)}) {
@@ -432,8 +433,8 @@ TEST(EdgeSmoother, EqualsThePlainIterationOnTheCompressedMatrix) {
     }
 }
 
-TEST(EdgeSmoother, StartsFromThePlaneAndSmoothsItsOwnEdgesAway) {
-    // As the detail stage calls it: right-hand side, start and guide are one picture.
+TEST(EdgeSmoother, SmoothsTexturesAndPreservesAStepWhenOnePictureHasAllRoles) {
+    // The detail stage passes one picture as right-hand side, start and guide.
     Plane picture = noise(96, 64, 4, -0.02f, 0.02f);
     for (int y = 0; y < 64; ++y) {
         for (int x = 0; x < 96; ++x) {
@@ -462,7 +463,7 @@ TEST(EdgeSmoother, EnoughIterationsReachTheDirectSolution) {
     }
 }
 
-TEST(EdgeSmoother, StopsWhenTheResidualHasFallenFarEnough) {
+TEST(EdgeSmoother, StopsWhenTheResidualIsSmallEnough) {
     const Plane rhs = noise(40, 30, 1);
     const Plane guide = noise(40, 30, 2);
     const Plane few = smoothed(rhs, rhs, guide, {0.05f, 0.5f, true, 50});
@@ -471,7 +472,7 @@ TEST(EdgeSmoother, StopsWhenTheResidualHasFallenFarEnough) {
     EXPECT_FALSE(few.sameBits(smoothed(rhs, rhs, guide, {0.05f, 0.5f, true, 2})));
 }
 
-TEST(EdgeSmoother, ConstantPlaneIsItsOwnSolution) {
+TEST(EdgeSmoother, AConstantPlaneIsItsOwnSolution) {
     for (const float value : {0.0f, 0.1f, 0.3f, 0.77f, 1.0f}) {
         const Plane constant = filled(37, 21, value);
         const Plane guide = noise(37, 21, 3);
@@ -480,12 +481,12 @@ TEST(EdgeSmoother, ConstantPlaneIsItsOwnSolution) {
     }
 }
 
-TEST(EdgeSmoother, OnePixelBecomesTheRightHandSide) {
+TEST(EdgeSmoother, ASinglePixelBecomesTheRightHandSide) {
     const Plane result = smoothed(filled(1, 1, 0.625f), filled(1, 1, 0.25f), filled(1, 1, 0.5f));
     EXPECT_EQ(result.at(0, 0), 0.625f);
 }
 
-TEST(EdgeSmoother, ImagesWithoutPixelsAreSurvived) {
+TEST(EdgeSmoother, ImagesWithoutPixelsChangeNothing) {
     CEdgeSmoother smoother;
     smoother.resize(4, 4);
     float pixel = 5.0f;
@@ -500,7 +501,7 @@ TEST(EdgeSmoother, ImagesWithoutPixelsAreSurvived) {
     }
 }
 
-TEST(EdgeSmoother, WorksOnTheRegionsOfInterestAlone) {
+TEST(EdgeSmoother, WritesOnlyTheRegionsOfInterest) {
     const Plane plane = noise(12, 9, 1);
     const Plane expected = smoothed(plane, plane, plane);
     Plane large[3] = {filled(15, 11, 7.0f), filled(15, 11, 7.0f), filled(15, 11, 7.0f)};
@@ -527,7 +528,7 @@ TEST(EdgeSmoother, WorksOnTheRegionsOfInterestAlone) {
     }
 }
 
-TEST(EdgeSmoother, WorkspaceGivesTheSameWhateverItServedBefore) {
+TEST(EdgeSmoother, ResultsDoNotDependOnEarlierCalls) {
     CEdgeSmoother smoother;
     for (const cv::Size size :
          {cv::Size(40, 30), cv::Size(40, 30), cv::Size(30, 40), cv::Size(5, 5), cv::Size(64, 64)}) {
@@ -538,7 +539,7 @@ TEST(EdgeSmoother, WorkspaceGivesTheSameWhateverItServedBefore) {
     }
 }
 
-TEST(EdgeSmoother, NotANumberAndInfinitiesAreSurvived) {
+TEST(EdgeSmoother, NaNSpreadsAndInfinitiesAreCut) {
     const float infinity = std::numeric_limits<float>::infinity();
     for (const float odd : {std::nanf(""), infinity, -infinity}) {
         for (int which = 0; which < 3; ++which) {
@@ -548,11 +549,27 @@ TEST(EdgeSmoother, NotANumberAndInfinitiesAreSurvived) {
             EXPECT_EQ(std::isnan(result.at(3, 3)), std::isnan(odd)) << which;
         }
     }
+}
+
+TEST(EdgeSmoother, OddSettingsGiveLevelsOfTheScaleOrNaN) {
+    const float infinity = std::numeric_limits<float>::infinity();
+    const Plane plane = noise(20, 15, 1);
+    const auto check = [](const Plane& result) {
+        for (int y = 0; y < 15; ++y) {
+            for (int x = 0; x < 20; ++x) {
+                const float level = result.at(x, y);
+                ASSERT_TRUE(std::isnan(level) || (level >= 0.0f && level <= 1.0f)) << level;
+            }
+        }
+    };
     for (const float odd : {std::nanf(""), infinity, -infinity, 1e30f, -1e30f}) {
-        const Plane plane = noise(20, 15, 1);
-        smoothed(plane, plane, plane, {0.05f, odd, true, 20});
-        smoothed(plane, plane, plane, {odd, 1.2f, true, 20});
+        SCOPED_TRACE(odd);
+        check(smoothed(plane, plane, plane, {0.05f, odd, true, 20}));
+        check(smoothed(plane, plane, plane, {odd, 1.2f, true, 20}));
     }
+    EXPECT_TRUE(smoothed(plane, plane, plane, {0.05f, std::nanf(""), true, 20})
+                    .sameBits(smoothed(plane, plane, plane, {0.05f, 0.0f, true, 20})))
+        << "an exponent of NaN truncates to 0";
 }
 
 TEST(EdgeSmoother, EveryVariantGivesTheSameBits) {
@@ -565,7 +582,7 @@ TEST(EdgeSmoother, EveryVariantGivesTheSameBits) {
     }
 }
 
-TEST(EdgeSmoother, ResultDoesNotDependOnTheNumberOfThreads) {
+TEST(EdgeSmoother, TheResultDoesNotDependOnTheNumberOfThreads) {
     const Plane plane = noise(131, 97, 9);
     const Plane expected = smoothed(plane, plane, plane);
     test::forThreadCounts([&] {

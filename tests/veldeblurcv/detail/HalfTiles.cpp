@@ -25,7 +25,7 @@ std::string failureOf(const cv::Mat& top, const cv::Mat& bottom, cv::Mat& plane)
     return {};
 }
 
-TEST(SplitTileHalves, HalvesShareThePlanesPixelsAndOverlapByTwiceTheExtra) {
+TEST(SplitTileHalves, HalvesShareThePlanesPixelsAndOverlapByTwiceTheExtraRows) {
     cv::Mat plane = ramp(256, 5, 0);
     cv::Mat top;
     cv::Mat bottom;
@@ -37,7 +37,7 @@ TEST(SplitTileHalves, HalvesShareThePlanesPixelsAndOverlapByTwiceTheExtra) {
     EXPECT_EQ(bottom.cols, 5);
 }
 
-TEST(SplitTileHalves, OddPlanesTruncate) {
+TEST(SplitTileHalves, HalfOfAnOddNumberOfRowsIsTruncated) {
     cv::Mat plane = ramp(101, 3, 0);
     cv::Mat top;
     cv::Mat bottom;
@@ -45,7 +45,7 @@ TEST(SplitTileHalves, OddPlanesTruncate) {
     EXPECT_EQ(bottom.data, plane.ptr(41));
 }
 
-TEST(SplitTileHalves, PlaneWithoutTheRowsFails) {
+TEST(SplitTileHalves, PlanesWithTooFewRowsFail) {
     cv::Mat plane = ramp(40, 3, 0);
     cv::Mat top;
     cv::Mat bottom;
@@ -76,7 +76,7 @@ TEST(TBMerge, BlendsTheMiddleThirdOfTheOverlapFromASixteenthToAll) {
 }
 
 TEST(TBMerge, WeightGrowsInSinglePrecision) {
-    // Overlap 21: seven rows, whose seventh is no exact float.
+    // An overlap of 21 rows blends seven rows; one seventh is not an exact float.
     const cv::Mat top = ramp(40, 3, 0);
     const cv::Mat bottom = ramp(40, 3, 10);
     cv::Mat plane(59, 3, CV_32FC1);
@@ -96,7 +96,7 @@ TEST(TBMerge, WeightGrowsInSinglePrecision) {
     EXPECT_EQ(plane.at<float>(33, 1), bottom.at<float>(14, 1));
 }
 
-TEST(TBMerge, UndoesTheSplitExactly) {
+TEST(TBMerge, RestoresASplitPlaneExactly) {
     for (const int rows : {256, 512, 101, 64}) {
         const cv::Mat plane = ramp(rows, 9, 0.125F);
         cv::Mat top;
@@ -123,7 +123,7 @@ TEST(TBMerge, TooLittleOverlapFailsWithItsText) {
     }
 }
 
-TEST(TBMerge, PartThatDoesNotFitThePlaneFails) {
+TEST(TBMerge, PartsThatDoNotFitThePlaneFail) {
     cv::Mat plane(50, 4, CV_32FC1);
     EXPECT_THROW(vel::TBMerge(ramp(40, 4, 0), ramp(60, 4, 0), plane), cv::Exception);
     EXPECT_THROW(vel::TBMerge(ramp(40, 3, 0), ramp(40, 3, 0), plane), cv::Exception);

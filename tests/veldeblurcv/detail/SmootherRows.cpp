@@ -15,7 +15,7 @@ namespace {
 
 constexpr double kCanary = -777.0;
 
-/// Random values that begin at an odd place and lie between canaries.
+/// Random values at an unaligned address, between two canaries.
 class Row {
 public:
     Row(std::size_t count, std::mt19937& random, double low, double high)
@@ -48,7 +48,7 @@ std::vector<std::size_t> counts() {
     return all;
 }
 
-/// Column c goes to lane c mod 8; the lanes are added in pairs.
+/// Adds column c to lane c mod 8, and the lanes in pairs.
 class EightLanes {
 public:
     void add(std::size_t column, double term) { m_lanes[column % 8] += term; }
@@ -72,7 +72,7 @@ double plainPower(double base, int exponent) {
     return exponent < 0 ? 1.0 / result : result;
 }
 
-TEST(SmootherRows, CouplingsFollowTheGuidesStepsOnEveryVariant) {
+TEST(SmootherRows, CouplingsFollowTheStepsOfTheGuideOnEveryVariant) {
     std::mt19937 random(1);
     test::forEachTarget([&] {
         for (const int exponent : {0, 1, 2, 3, 5, 10, -1, -2, -7}) {
@@ -91,7 +91,7 @@ TEST(SmootherRows, CouplingsFollowTheGuidesStepsOnEveryVariant) {
     });
 }
 
-TEST(SmootherRows, CouplingsOfTheLargestExponentsAreDefined) {
+TEST(SmootherRows, TheLargestExponentsGiveDefinedCouplings) {
     const double a[3] = {0.0, 0.0, 0.0};
     const double b[3] = {0.0, 0.5, 1.0};
     double coupling[3];
@@ -118,7 +118,7 @@ struct Couplings {
     Row above;
 };
 
-TEST(SmootherRows, DiagonalIsOneMinusAllCouplings) {
+TEST(SmootherRows, TheDiagonalIsOneMinusAllCouplings) {
     std::mt19937 random(2);
     test::forEachTarget([&] {
         for (const std::size_t count : counts()) {
@@ -134,7 +134,7 @@ TEST(SmootherRows, DiagonalIsOneMinusAllCouplings) {
     });
 }
 
-TEST(SmootherRows, ProductAndItsSumAreOfEqualBitsOnEveryVariant) {
+TEST(SmootherRows, ProductAndSumHaveTheSameBitsOnEveryVariant) {
     std::mt19937 random(3);
     test::forEachTarget([&] {
         for (const std::size_t count : counts()) {
@@ -161,7 +161,7 @@ TEST(SmootherRows, ProductAndItsSumAreOfEqualBitsOnEveryVariant) {
     });
 }
 
-TEST(SmootherRows, ProductOfAConstantIsTheConstantExactly) {
+TEST(SmootherRows, TheProductOfAConstantIsExactlyTheConstant) {
     std::mt19937 random(4);
     const Couplings w(67, random);
     const Row constant(67, random, 0.3, 0.3);
@@ -170,7 +170,7 @@ TEST(SmootherRows, ProductOfAConstantIsTheConstantExactly) {
     EXPECT_TRUE(product == constant);
 }
 
-TEST(SmootherRows, StartIsTheScaledDifferenceAndItsSums) {
+TEST(SmootherRows, TheStartIsTheScaledDifferenceWithItsSums) {
     std::mt19937 random(5);
     test::forEachTarget([&] {
         for (const std::size_t count : counts()) {
@@ -197,7 +197,7 @@ TEST(SmootherRows, StartIsTheScaledDifferenceAndItsSums) {
     });
 }
 
-TEST(SmootherRows, ResidualLosesTheScaledProduct) {
+TEST(SmootherRows, TheScaledProductIsSubtractedFromTheResidual) {
     std::mt19937 random(6);
     test::forEachTarget([&] {
         for (const std::size_t count : counts()) {
@@ -222,7 +222,7 @@ TEST(SmootherRows, ResidualLosesTheScaledProduct) {
     });
 }
 
-TEST(SmootherRows, AdvancingMovesTheSolutionBeforeTheDirectionTurns) {
+TEST(SmootherRows, AdvanceMovesTheSolutionBeforeItChangesTheDirection) {
     std::mt19937 random(7);
     test::forEachTarget([&] {
         for (const std::size_t count : counts()) {

@@ -51,7 +51,7 @@ double spread(const cv::Mat& plane) {
     return deviation[0];
 }
 
-TEST(EnhanceHalf, IsTheBasePlusTheCurvedDetail) {
+TEST(EnhanceHalf, AddsTheCurvedDetailToTheBaseLayer) {
     for (const cv::Size size :
          {cv::Size(1, 1), cv::Size(31, 1), cv::Size(1, 31), cv::Size(64, 56)}) {
         const cv::Mat_<float> half = picture(size.width, size.height);
@@ -64,7 +64,7 @@ TEST(EnhanceHalf, IsTheBasePlusTheCurvedDetail) {
     }
 }
 
-TEST(EnhanceHalf, GainMakesTextureStrongerAndLeavesTheStep) {
+TEST(EnhanceHalf, GainStrengthensTextureAndKeepsTheMean) {
     const cv::Mat_<float> half = picture(96, 64, 0.02f);
     const cv::Mat_<float> result = enhancedHalf(half, 0.5f, 0.0f);
     const cv::Rect left(8, 8, 32, 48);
@@ -78,12 +78,12 @@ TEST(EnhanceHalf, GainNearMinusOneLeavesTheBaseLayer) {
     EXPECT_TRUE(sameBits(enhancedHalf(half, -0.995f, 0.5f), baseOf(half)));
 }
 
-TEST(EnhanceHalf, SettingsNearZeroGiveTheHalfBack) {
+TEST(EnhanceHalf, SettingsNearZeroReturnTheHalf) {
     const cv::Mat_<float> half = picture(40, 30);
     EXPECT_LE(cv::norm(enhancedHalf(half, 0.0f, 0.0f), half, cv::NORM_INF), 1e-7);
 }
 
-TEST(EnhanceHalf, InputIsCutButTheSumIsNot) {
+TEST(EnhanceHalf, CutsTheInputButNotTheSum) {
     cv::Mat_<float> half = picture(60, 50, 0.45f);
     half(10, 10) = 3.0f;
     half(20, 20) = -2.0f;
@@ -125,15 +125,47 @@ TEST(EnhanceHalf, SameBitsOnEveryVariantAndForEveryThreadCount) {
     test::forThreadCounts([&] { EXPECT_TRUE(sameBits(enhancedHalf(half, 0.5f, 0.3f), expected)); });
 }
 
-TEST(EnhanceHalf, NotANumberAndInfinitiesAreSurvived) {
+/// Enhances `half` inside a frame of canaries and checks the frame.
+cv::Mat_<float> enhancedInFrame(const cv::Mat_<float>& half, float gain, float gamma) {
+    cv::Mat_<float> large(half.rows + 4, half.cols + 4, 7.0f);
+    cv::Mat view = large(cv::Rect(2, 2, half.cols, half.rows));
+    half.copyTo(view);
+    IMG<float, 1> detail(half.cols, half.rows);
+    IMG<float, 1> guide(half.cols, half.rows);
+    CEdgeSmoother smoother;
+    CDetailCurve curve;
+    enhanceHalf(view, detail, guide, smoother, curve, gain, gamma);
+    const cv::Mat_<float> result = view.clone();
+    view.setTo(7);
+    EXPECT_EQ(cv::countNonZero(large != 7), 0);
+    return result;
+}
+
+TEST(EnhanceHalf, InfinitePixelsAreCutAndNaNSpreads) {
     const float infinity = std::numeric_limits<float>::infinity();
-    for (const float odd : {std::nanf(""), infinity, -infinity}) {
+    for (const float odd : {infinity, -infinity}) {
         cv::Mat_<float> half = picture(40, 30);
         half(3, 4) = odd;
-        enhancedHalf(half, 0.5f, 0.3f);
-        enhancedHalf(picture(40, 30), odd, 0.3f);
-        enhancedHalf(picture(40, 30), 0.5f, odd);
+        cv::Mat_<float> cut = half.clone();
+        cut(3, 4) = odd > 0 ? 1.0f : 0.0f;
+        EXPECT_TRUE(sameBits(enhancedInFrame(half, 0.5f, 0.3f), enhancedInFrame(cut, 0.5f, 0.3f)));
     }
+    cv::Mat_<float> half = picture(40, 30);
+    half(3, 4) = std::nanf("");
+    EXPECT_TRUE(std::isnan(enhancedInFrame(half, 0.5f, 0.3f)(25, 35)));
+}
+
+TEST(EnhanceHalf, SettingsThatAreNotFiniteWriteNothingOutsideOfTheHalf) {
+    const cv::Mat_<float> half = picture(40, 30);
+    const float infinity = std::numeric_limits<float>::infinity();
+    for (const float odd : {std::nanf(""), infinity, -infinity}) {
+        enhancedInFrame(half, odd, 0.3f);
+        enhancedInFrame(half, 0.5f, odd);
+    }
+    EXPECT_TRUE(sameBits(enhancedInFrame(half, -infinity, 0.3f), baseOf(half)));
+    EXPECT_TRUE(
+        sameBits(enhancedInFrame(half, 0.5f, std::nanf("")), enhancedInFrame(half, 0.5f, 0.0f)))
+        << "a gamma of NaN is no power";
 }
 
 } // namespace

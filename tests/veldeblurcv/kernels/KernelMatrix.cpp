@@ -11,7 +11,7 @@ TEST(KernelMatrix, IsZeroFilled) {
     EXPECT_EQ(cv::countNonZero(kernel), 0);
 }
 
-TEST(KernelMatrix, SidesThatNoMatrixHasFail) {
+TEST(KernelMatrix, SidesThatNoMatrixCanHaveFail) {
     EXPECT_THROW(vel::zeroKernel(0, 5), std::bad_alloc);
     EXPECT_THROW(vel::zeroKernel(5, -1), std::bad_alloc);
     EXPECT_THROW(vel::zeroKernel(std::int64_t{1} << 31, 1), std::bad_alloc);

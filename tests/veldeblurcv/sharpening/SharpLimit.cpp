@@ -1,6 +1,7 @@
 #include "velimproclib/veldeblurcv/sharpening/SharpLimit.h"
 
 #include "tests/support/EachTarget.h"
+#include "tests/support/NothrowNewFails.h"
 #include "tests/support/sameBits.h"
 #include "tests/support/Threads.h"
 
@@ -108,7 +109,7 @@ float limited(float v, float low, float high, const CSharpLimit& set) {
     return s;
 }
 
-// The whole method, one pixel at a time.
+/// The method, one pixel at a time.
 Plane reference(const Plane& source, const Plane& blur, const CSharpLimit& set) {
     const Bytes median = crossMedian(levels(blur), set.m_radius >= 2 ? 2 : 1);
     const Bytes source8 = levels(source);
@@ -205,7 +206,7 @@ TEST(SharpLimit, GivesTheSameInsideASectionOfAnotherRegion) {
     }
 }
 
-TEST(SharpLimit, PlanesInsideLargerImagesAreTakenAsTheyStand) {
+TEST(SharpLimit, PlanesMayLieInsideLargerImages) {
     const cv::Size size(40, 30);
     const Plane source = noise(50, 60, 5)(cv::Rect(cv::Point(7, 3), size));
     const Plane blur = noise(50, 60, 6)(cv::Rect(cv::Point(1, 9), size));
@@ -225,7 +226,7 @@ TEST(SharpLimit, StrengthBelowOneTenthPassesTheDeconvolvedPlaneThrough) {
     for (const float mix : {0.99f, 1.0f, 5.0f}) {
         CSharpLimit limit = limiter(blur.size(), 1, 4.0f, mix);
         Plane out(blur.size());
-        limit.Proc(cv::Mat(), blur, out); // the source plane is not looked at
+        limit.Proc(cv::Mat(), blur, out); // the source plane is not read
         EXPECT_TRUE(sameBits(blur, out));
         EXPECT_TRUE(limit.m_work8.empty());
     }
@@ -235,7 +236,7 @@ TEST(SharpLimit, StrengthBelowOneTenthPassesTheDeconvolvedPlaneThrough) {
     EXPECT_FALSE(sameBits(blur, out));
 }
 
-TEST(SharpLimit, WithoutASizeTheDeconvolvedPlanePassesUnchecked) {
+TEST(SharpLimit, WithoutASizeTheDeconvolvedPlanePassesThroughUnchecked) {
     const cv::Mat blur(4, 5, CV_16UC1, cv::Scalar(12));
     for (const cv::Size& size : {cv::Size(0, 5), cv::Size(5, 0), cv::Size(-1, 7)}) {
         CSharpLimit limit = limiter(size, 1, 1.0f, 0.0f);
@@ -245,7 +246,7 @@ TEST(SharpLimit, WithoutASizeTheDeconvolvedPlanePassesUnchecked) {
     }
 }
 
-TEST(SharpLimit, PlanesOfAnotherTypeOrSizeAreRefusedAndTheTargetStays) {
+TEST(SharpLimit, PlanesOfAnotherTypeOrSizeFailAndTheTargetStays) {
     CSharpLimit limit = limiter({6, 5}, 1, 1.0f, 0.0f);
     Plane out(5, 6, 7.0f);
     const Plane source(5, 6, 0.5f);
@@ -266,7 +267,7 @@ TEST(SharpLimit, PlanesOfAnotherTypeOrSizeAreRefusedAndTheTargetStays) {
     EXPECT_TRUE(sameBits(Plane(5, 6, 7.0f), out));
 }
 
-/// Serves matrices that are made while it lives until `served` have been, then has no memory left.
+/// While one lives, matrices find memory until `served` of them are allocated, then none.
 class ExhaustedAllocator : public cv::MatAllocator {
 public:
     explicit ExhaustedAllocator(int served)
@@ -297,7 +298,7 @@ private:
     cv::MatAllocator* m_before;
 };
 
-TEST(SharpLimit, WithoutMemoryForTheBoundsTheTargetStays) {
+TEST(SharpLimit, WithoutMemoryForAScratchPlaneTheTargetStays) {
     const Plane source = noise(40, 50, 1);
     const Plane blur = noise(40, 50, 2);
     int served = 0;
@@ -311,13 +312,68 @@ TEST(SharpLimit, WithoutMemoryForTheBoundsTheTargetStays) {
             limit.Proc(source, blur, out);
             complete = true;
         } catch (const std::exception&) {
-            EXPECT_TRUE(sameBits(before, out)) << served << " matrices were served";
+            EXPECT_TRUE(sameBits(before, out)) << "memory for " << served << " matrices";
         }
     }
-    EXPECT_GT(served, 6) << "six scratch planes and the call that has them all";
+    EXPECT_GT(served, 6) << "there are six scratch planes";
 }
 
-TEST(SharpLimit, TheFrameOfTheBoundsHoldsThePlanesOwnLevels) {
+TEST(SharpLimit, ExhaustedMemoryOfTheMorphologyIsRaisedAndTheTargetStays) {
+    // Rows of this width need a buffer from the heap.
+    const Plane source = noise(5, 5000, 1);
+    const Plane blur = noise(5, 5000, 2);
+    CSharpLimit limit = limiter(blur.size(), 2, 1.2f, 0.3f);
+    Plane out(blur.size(), 7.0f);
+    {
+        const test::NothrowNewFails noMemory;
+        EXPECT_THROW(limit.Proc(source, blur, out), std::bad_alloc);
+    }
+    EXPECT_TRUE(sameBits(Plane(blur.size(), 7.0f), out));
+    limit.Proc(source, blur, out);
+    EXPECT_TRUE(sameBits(reference(source, blur, limit), out));
+}
+
+/// A soft edge between 0.3 and 0.7, and the same edge deconvolved with ringing on both sides.
+struct Edge {
+    Plane soft = Plane(24, 64);
+    Plane ringing = Plane(24, 64);
+
+    Edge() {
+        for (int y = 0; y < soft.rows; ++y) {
+            for (int x = 0; x < soft.cols; ++x) {
+                const double distance = x - 31.5;
+                soft(y, x) = static_cast<float>(0.5 + 0.2 * std::tanh(0.25 * distance));
+                const double ring = 0.15 * std::sin(distance) * std::exp(-0.1 * std::abs(distance));
+                ringing(y, x) = static_cast<float>((x < 32 ? 0.3 : 0.7) + ring);
+            }
+        }
+    }
+};
+
+float largestValue(const Plane& plane) {
+    return *std::max_element(plane.begin(), plane.end());
+}
+
+TEST(SharpLimit, ASmallerMixLeavesLessOvershoot) {
+    const Edge edge;
+    // A large neighbourhood of the soft edge: its levels are the bounds next to the ringing, apart
+    // from the ringing itself, which counts after the median.
+    CSharpLimit limit = limiter(edge.soft.size(), 5, 4.0f, 1.0f);
+    const auto overshoot = [&](float mix) {
+        limit.m_mix = mix;
+        Plane out(edge.soft.size());
+        limit.Proc(edge.soft, edge.ringing, out);
+        return largestValue(out) - 0.7f;
+    };
+    const float free = overshoot(1.0f);
+    const float half = overshoot(0.5f);
+    const float none = overshoot(0.0f);
+    EXPECT_GT(free, 0.1f) << "the deconvolved edge must overshoot";
+    EXPECT_LT(half, free);
+    EXPECT_LT(none, half);
+}
+
+TEST(SharpLimit, TheFrameOfTheBoundsHoldsTheLevelsOfThePlanes) {
     const Plane source = noise(9, 12, 9, 0.0f, 1.0f);
     const Plane blur = noise(9, 12, 10, 0.0f, 1.0f);
     CSharpLimit limit = limiter(blur.size(), 5, 1.0f, 0.0f);
@@ -337,7 +393,7 @@ TEST(SharpLimit, TheFrameOfTheBoundsHoldsThePlanesOwnLevels) {
     }
 }
 
-TEST(SharpLimit, WithNoShareKeptEveryPixelEndsWithinTheSoftBounds) {
+TEST(SharpLimit, AMixOfZeroPutsEveryPixelWithinTheSoftBounds) {
     const Plane blur = noise(33, 47, 11, -2.0f, 3.0f);
     CSharpLimit limit = limiter(blur.size(), 2, 4.0f, 0.0f);
     Plane out(blur.size());
@@ -353,8 +409,8 @@ TEST(SharpLimit, WithNoShareKeptEveryPixelEndsWithinTheSoftBounds) {
     }
 }
 
-TEST(SharpLimit, APixelThatIsBlackInAllPlanesStaysBlackWhateverTheShare) {
-    // Below half a level the 8-bit copies read 0, and so do all bounds.
+TEST(SharpLimit, APixelThatIsBlackInAllPlanesStaysBlackForAnyMix) {
+    // Values below half a level are 0 in the 8-bit copies, therefore all bounds are 0.
     const Plane blur(8, 8, 0.0015f);
     CSharpLimit limit = limiter(blur.size(), 1, 4.0f, 0.9f);
     Plane out(8, 8, 7.0f);
@@ -362,7 +418,7 @@ TEST(SharpLimit, APixelThatIsBlackInAllPlanesStaysBlackWhateverTheShare) {
     EXPECT_TRUE(sameBits(Plane(8, 8, 0.0f), out));
 }
 
-TEST(SharpLimit, ValuesBeyondTheScaleNeverWidenTheBounds) {
+TEST(SharpLimit, ValuesOutsideOfTheScaleNeverWidenTheBounds) {
     Plane blur(8, 8, 5.0f);
     blur(0, 0) = -5.0f;
     CSharpLimit limit = limiter(blur.size(), 1, 1.0f, 0.5f);
@@ -372,7 +428,7 @@ TEST(SharpLimit, ValuesBeyondTheScaleNeverWidenTheBounds) {
     EXPECT_EQ(0.0f, out(0, 0));
 }
 
-TEST(SharpLimit, NotANumberAndInfinitiesNeitherCrashNorSpread) {
+TEST(SharpLimit, NaNAndInfinitiesDoNotSpread) {
     const float nan = std::numeric_limits<float>::quiet_NaN();
     const float infinity = std::numeric_limits<float>::infinity();
     forEachTarget([&] {
@@ -394,23 +450,40 @@ TEST(SharpLimit, NotANumberAndInfinitiesNeitherCrashNorSpread) {
     });
 }
 
-TEST(SharpLimit, SettingsThatAreNotNumbersDoNotCrash) {
+TEST(SharpLimit, OddSettingsWriteNothingOutsideOfTheTarget) {
     const float nan = std::numeric_limits<float>::quiet_NaN();
     const Plane blur = noise(20, 37, 15);
     const Plane source = noise(20, 37, 16);
     for (const float odd : {nan, std::numeric_limits<float>::infinity(), -1.0f}) {
+        Plane frame(24, 41, 7.0f);
+        cv::Mat out = frame(cv::Rect(2, 2, 37, 20));
         CSharpLimit limit = limiter(blur.size(), 1, odd, 0.5f);
-        Plane out(blur.size(), 7.0f);
         limit.Proc(source, blur, out);
         limit.m_mix = nan;
         limit.m_radius = -3;
         limit.m_innerPasses = -1;
         limit.Proc(source, blur, out);
-        EXPECT_EQ(blur.size(), out.size());
+        out.setTo(7.0f);
+        EXPECT_EQ(0, cv::countNonZero(frame != 7.0f)) << odd;
     }
 }
 
-TEST(SharpLimit, OneObjectServesTilesOfChangingSize) {
+TEST(SharpLimit, NegativePassesLeaveTheBoundsOfThePixelItself) {
+    const Plane blur = noise(20, 37, 15);
+    const Plane source = noise(20, 37, 16);
+    CSharpLimit none = limiter(blur.size(), 0, 1.5f, 0.5f);
+    none.m_innerPasses = 0;
+    CSharpLimit negative = none;
+    negative.m_radius = -3;
+    negative.m_innerPasses = -1;
+    Plane expected(blur.size());
+    Plane out(blur.size());
+    none.Proc(source, blur, expected);
+    negative.Proc(source, blur, out);
+    EXPECT_TRUE(sameBits(expected, out));
+}
+
+TEST(SharpLimit, AnObjectHandlesTilesOfChangingSize) {
     CSharpLimit limit = limiter({}, 2, 1.2f, 0.3f);
     for (const cv::Size& size : {cv::Size(40, 30), cv::Size(12, 50), cv::Size(40, 30)}) {
         limit.m_imSize = size;

@@ -64,7 +64,7 @@ Plane extremes(const Plane& plane, bool largest) {
     return result;
 }
 
-// A filter of seven taps from one plane into another, leaving out three rows or columns.
+/// A filter of seven taps from one plane into another without the outer three rows or columns.
 void filter(const Plane& from, Plane& to, const std::vector<float>& taps, bool downColumns) {
     if (from.rows < 7 && downColumns) {
         return;
@@ -89,7 +89,7 @@ std::vector<float> gaussian(float sigma) {
     return taps;
 }
 
-// The whole method, plane after plane, every operation rounded to single precision.
+/// The method, plane after plane, with every operation rounded to single precision.
 void reference(const Plane& in, Plane& out, const CSharpenEdge& set) {
     const Plane high = extremes(in, true);
     const Plane low = extremes(in, false);
@@ -200,7 +200,7 @@ TEST(SharpenEdge, GivesTheSameInsideASectionOfAnotherRegion) {
     }
 }
 
-TEST(SharpenEdge, PlanesInsideLargerImagesAreTakenAsTheyStand) {
+TEST(SharpenEdge, PlanesMayLieInsideLargerImages) {
     const cv::Size size(40, 35);
     cv::Mat in = noise(50, 60, 5)(cv::Rect(cv::Point(7, 3), size));
     Plane frame(50, 60, 0.5f);
@@ -218,7 +218,7 @@ TEST(SharpenEdge, PlanesInsideLargerImagesAreTakenAsTheyStand) {
     }
 }
 
-TEST(SharpenEdge, AnotherElementTypeIsRefused) {
+TEST(SharpenEdge, AnotherElementTypeFails) {
     for (const int type : {CV_8UC1, CV_64FC1, CV_32FC3}) {
         cv::Mat in(9, 9, type, cv::Scalar::all(1));
         Plane out(9, 9, 7.0f);
@@ -233,7 +233,7 @@ TEST(SharpenEdge, AnotherElementTypeIsRefused) {
     }
 }
 
-TEST(SharpenEdge, ARadiusOfFourTenthsOrLessGivesThePlaneItself) {
+TEST(SharpenEdge, ARadiusBelowFourTenthsReturnsThePlane) {
     Plane in = noise(40, 50, 6);
     for (const float sigma : {0.1f, 0.25f, std::nextafter(0.4f, 0.0f)}) {
         for (const float slope : {0.0f, 5.0f, -3.0f}) {
@@ -253,7 +253,7 @@ TEST(SharpenEdge, TheFloatFourTenthsIsAboveTheDoubleAndSharpens) {
     EXPECT_FALSE(sameBits(in, out));
 }
 
-TEST(SharpenEdge, AGainOfOneWithoutSlopeGivesThePlaneUpToRounding) {
+TEST(SharpenEdge, AGainOfOneWithoutSlopeReturnsThePlaneUpToRounding) {
     Plane in = noise(40, 50, 8);
     Plane out = noise(40, 50, 9);
     CSharpenEdge edge = sharpener(0.85f, 0.005f, 0.0f, 1.0f);
@@ -287,7 +287,7 @@ TEST(SharpenEdge, TheOuterThreePixelsOfTheResultAreThoseOfThePlane) {
     EXPECT_TRUE(innerChanged);
 }
 
-TEST(SharpenEdge, TheEdgeMeasureOfTheOuterRowsComesFromWhatTheTargetHeld) {
+TEST(SharpenEdge, TheEdgeMeasureOfTheOuterRowsDependsOnTheContentOfTheTarget) {
     Plane in = noise(40, 50, 12);
     CSharpenEdge first = sharpener(0.85f, 0.005f, 2.0f, 1.0f);
     CSharpenEdge second = first;
@@ -295,13 +295,13 @@ TEST(SharpenEdge, TheEdgeMeasureOfTheOuterRowsComesFromWhatTheTargetHeld) {
     Plane secondOut(40, 50, 1.0f);
     first.Proc(in, firstOut);
     second.Proc(in, secondOut);
-    // The outermost row is its own maximum, its measure 0 over whatever contrast.
+    // The outermost row is its own maximum: its measure is 0 for any contrast.
     for (int y = 1; y < 39; ++y) {
         const bool outer = y < 3 || y >= 37;
         EXPECT_EQ(outer, cv::norm(first.m_ratio.row(y), second.m_ratio.row(y), cv::NORM_INF) > 0)
             << y;
     }
-    // With nothing in the target the contrast of these rows is the floor alone.
+    // With zeros in the target the contrast of these rows is the floor.
     const Plane high = extremes(in, true);
     const float distance = high(1, 20) - in(1, 20);
     EXPECT_EQ(std::min(distance, in(1, 20)) / 0.005f, first.m_ratio.at<float>(1, 20));
@@ -321,7 +321,7 @@ TEST(SharpenEdge, TheOuterColumnsKeepTheUnsmoothedContrast) {
     }
 }
 
-TEST(SharpenEdge, TheSlopeIsCappedOnlyBelowNinetyNine) {
+TEST(SharpenEdge, TheSlopeIsCappedOnlyForCapsBelowNinetyNine) {
     const Plane in = noise(40, 50, 14);
     const Plane scratch = noise(40, 50, 15);
     for (const float cap : {0.5f, 98.9f, 99.0f, 1000.0f}) {
@@ -331,7 +331,7 @@ TEST(SharpenEdge, TheSlopeIsCappedOnlyBelowNinetyNine) {
     }
 }
 
-TEST(SharpenEdge, PlanesBelowSevenPixelsAreSurvived) {
+TEST(SharpenEdge, PlanesBelowSevenPixelsAreNotSmoothed) {
     for (int rows = 1; rows <= 8; ++rows) {
         for (int cols = 1; cols <= 8; ++cols) {
             for (const float sigma : {0.2f, 0.85f}) {
@@ -342,7 +342,7 @@ TEST(SharpenEdge, PlanesBelowSevenPixelsAreSurvived) {
     }
 }
 
-TEST(SharpenEdge, ARadiusOfZeroAndSettingsThatAreNotNumbersNeitherCrashNorWriteBeside) {
+TEST(SharpenEdge, OddSettingsAndPixelsWriteNothingOutsideOfTheTarget) {
     const float nan = std::numeric_limits<float>::quiet_NaN();
     const float infinity = std::numeric_limits<float>::infinity();
     Plane in = noise(33, 40, 18);
@@ -369,7 +369,7 @@ TEST(SharpenEdge, ARadiusOfZeroAndSettingsThatAreNotNumbersNeitherCrashNorWriteB
     });
 }
 
-TEST(SharpenEdge, DenormalsAndSubnormalContrastKeepTheirBits) {
+TEST(SharpenEdge, SubnormalPixelsKeepTheirBits) {
     const Plane in = noise(20, 30, 19, 0.0f, 1e-38f);
     expectReference(in, noise(20, 30, 20), sharpener(0.85f, 0.0f, 2.0f, 1.5f));
 }

@@ -19,7 +19,7 @@ BuiltShrinkTable built(double alpha, int lastLevel = 0) {
     return table;
 }
 
-TEST(BuiltShrinkTable, GridStartsAtEntryOneBehindAZero) {
+TEST(BuiltShrinkTable, TheGridStartsAtEntryOneAfterAZero) {
     BuiltShrinkTable table;
     table.allocate(5);
     ASSERT_EQ(table.grid().size(), 200002u);
@@ -81,7 +81,7 @@ TEST(BuiltShrinkTable, SolvesTheScalarProblemAtEveryLevel) {
     }
 }
 
-TEST(BuiltShrinkTable, AboveTheGridTheLastCellButOneIsContinued) {
+TEST(BuiltShrinkTable, ValuesAboveTheGridExtrapolateTheLastCellButOne) {
     const BuiltShrinkTable table = built(0.5);
     const auto& x = table.grid();
     const auto& lut = table.values(0);
@@ -91,7 +91,7 @@ TEST(BuiltShrinkTable, AboveTheGridTheLastCellButOneIsContinued) {
     }
 }
 
-TEST(BuiltShrinkTable, BelowTheGridTheLineRunsThroughTheOrigin) {
+TEST(BuiltShrinkTable, ValuesBelowTheGridLieOnALineThroughTheOrigin) {
     const BuiltShrinkTable table = built(0.5);
     const float slope = table.values(0)[1] / table.grid()[1];
     for (const float v : {-10.001f, -20.0f, -1e6f, -1e30f}) {
@@ -99,7 +99,7 @@ TEST(BuiltShrinkTable, BelowTheGridTheLineRunsThroughTheOrigin) {
     }
 }
 
-TEST(BuiltShrinkTable, AnyGradientAndAnyAlphaGiveAValue) {
+TEST(BuiltShrinkTable, AnyGradientAndAnyAlphaGiveADefinedValue) {
     const float infinity = std::numeric_limits<float>::infinity();
     const float nan = std::numeric_limits<float>::quiet_NaN();
     const BuiltShrinkTable table = built(0.5);

@@ -18,7 +18,7 @@ namespace {
 
 using namespace vel;
 
-/// The clamps and the lookup of the stored polyline, in double and rounded once.
+/// Clamp and lookup of the stored polyline in double, rounded once.
 float plainShrink(const StoredShrink& row, float v) {
     if (v != v) {
         return v;
@@ -43,7 +43,7 @@ std::int64_t ulpsApart(float a, float b) {
     return std::abs(ordered(a) - ordered(b));
 }
 
-/// Gradients of every kind: all over the range, near the threshold, knots and their neighbours.
+/// Gradients of all kinds: over the whole range, near the threshold, knots and their neighbours.
 std::vector<float> gradients(const StoredShrink& row) {
     std::vector<float> v;
     std::mt19937 random(1);
@@ -61,7 +61,7 @@ std::vector<float> gradients(const StoredShrink& row) {
     return v;
 }
 
-/// Two rows whose differences are `v`, to rounding where both are large.
+/// Two rows whose differences are the gradients, up to rounding.
 struct Sources {
     std::vector<float> minuend;
     std::vector<float> subtrahend;
@@ -70,7 +70,7 @@ struct Sources {
     float difference(std::size_t i) const { return minuend[i] - subtrahend[i]; }
 };
 
-/// The gradients themselves, then the same as differences of two pixels.
+/// The gradients minus zero, then the gradients as differences of two pixels.
 Sources sourcesOf(const std::vector<float>& v) {
     std::mt19937 random(2);
     std::uniform_real_distribution<float> pixel(0.0f, 1.0f);
@@ -83,7 +83,7 @@ Sources sourcesOf(const std::vector<float>& v) {
     return sources;
 }
 
-/// shrinkDifferenceRow over all of `sources`.
+/// The result of `shrinkDifferenceRow` for `sources`.
 std::vector<float> shrunk(const StoredShrink& row, const Sources& sources) {
     std::vector<float> w(sources.size());
     shrinkDifferenceRow(ShrinkCurve(row), sources.minuend.data(), sources.subtrahend.data(),
@@ -124,7 +124,7 @@ TEST(ShrinkCurve, IsWithinTwoUnitsOfTheLookupInDoubleOnEveryVariant) {
     });
 }
 
-TEST(ShrinkCurve, EveryLengthAndOffsetGivesTheSameBitsAndWritesNothingBeside) {
+TEST(ShrinkCurve, EveryLengthAndOffsetGivesTheSameBitsAndWritesOnlyTheTarget) {
     forEachRow([](const StoredShrink& row) {
         const ShrinkCurve curve(row);
         std::vector<float> v = gradients(row);
@@ -159,7 +159,7 @@ TEST(ShrinkCurve, EveryLengthAndOffsetGivesTheSameBitsAndWritesNothingBeside) {
     });
 }
 
-TEST(ShrinkCurve, SourcesMayOverlapAsARowAndItsNeighbour) {
+TEST(ShrinkCurve, SourcesMayOverlap) {
     const StoredShrink row = storedShrink(2, 8);
     const std::vector<float> pixels = gradients(row);
     const std::size_t count = pixels.size() - 1;
@@ -170,7 +170,7 @@ TEST(ShrinkCurve, SourcesMayOverlapAsARowAndItsNeighbour) {
     }
 }
 
-TEST(ShrinkCurve, NoGradientIsNoGradientAtEveryLevelAndAlpha) {
+TEST(ShrinkCurve, ZeroStaysZeroAtEveryLevelAndAlpha) {
     forEachRow([](const StoredShrink& row) {
         for (const float level : {0.0f, 0.3f, -9.0f}) {
             EXPECT_EQ(shrunk(row, Sources{{level}, {level}}).front(), 0.0f);
@@ -179,7 +179,7 @@ TEST(ShrinkCurve, NoGradientIsNoGradientAtEveryLevelAndAlpha) {
     });
 }
 
-TEST(ShrinkCurve, GradientsFromTheLastKnotOnGiveTheLastKnot) {
+TEST(ShrinkCurve, GradientsFromTheLastKnotUpwardsGiveTheLastKnot) {
     const StoredShrink row = storedShrink(0, 5);
     EXPECT_EQ(shrunk(row, 10.0f), 10.0f);
     EXPECT_EQ(shrunk(row, 11.0f), 10.0f);
@@ -188,7 +188,7 @@ TEST(ShrinkCurve, GradientsFromTheLastKnotOnGiveTheLastKnot) {
     EXPECT_EQ(shrunk(row, -11.0f), shrunk(row, -10.0f));
 }
 
-TEST(ShrinkCurve, NotANumberStays) {
+TEST(ShrinkCurve, NaNStaysNaN) {
     EXPECT_TRUE(std::isnan(shrunk(storedShrink(0, 5), std::numeric_limits<float>::quiet_NaN())));
 }
 

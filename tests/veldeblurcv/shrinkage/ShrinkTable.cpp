@@ -22,8 +22,8 @@ double betaOfLevel(int level) {
     return beta;
 }
 
-/// The non-zero candidate of the minimisation, found by halving where the derivative of the cost
-/// changes its sign; the cost then decides against 0. No part of the table's own method.
+/// The minimum by a method of its own: bisection finds where the derivative of the cost changes its
+/// sign, and the cost decides between that point and 0.
 double exactShrink(double v, double alpha, double beta) {
     const double magnitude = std::abs(v);
     if (alpha == 1) {
@@ -59,7 +59,7 @@ double polyline(const StoredShrink& row, double v) {
     return (v - row.levels[k]) * slope + row.values[k];
 }
 
-/// The largest error over a grid of -10..10, dense near zero, without the two jumps.
+/// The largest error on a grid over -10..10, dense near zero, without the two jumps.
 double largestError(const StoredShrink& row, double alpha, double beta) {
     const int inner = row.knots / 2;
     const double jumpFrom = row.levels[inner];
@@ -67,7 +67,7 @@ double largestError(const StoredShrink& row, double alpha, double beta) {
     double largest = 0;
     const auto look = [&](double v) {
         if (std::abs(v) > jumpFrom * (1 - 1e-6) && std::abs(v) < jumpTo * (1 + 1e-6)) {
-            return; // a threshold may coincide with a knot of its pair
+            return; // the threshold may coincide with a knot of its pair
         }
         largest = std::max(largest, std::abs(polyline(row, v) - exactShrink(v, alpha, beta)));
     };
@@ -100,14 +100,14 @@ void expectRow(int level, int a, const std::vector<float>& levels,
     }
 }
 
-TEST(ShrinkTable, HardAndSoftThresholdOfTheFirstLevelStandAsDefined) {
+TEST(ShrinkTable, HardAndSoftThresholdOfTheFirstLevelHaveTheDefinedKnots) {
     expectRow(0, 0, {-10.0f, -1.4143f, -1.4142f, 1.4142f, 1.4143f, 10.0f},
               {-10.0f, -1.4143f, 0.0f, 0.0f, 1.4143f, 10.0f});
     expectRow(0, 10, {-10.0f, -5.5f, -1.0f, 1.0f, 5.5f, 10.0f},
               {-9.0f, -4.5f, 0.0f, 0.0f, 4.5f, 9.0f});
 }
 
-TEST(ShrinkTable, RowsOfTheEstimatorsAlphaStandAsDefined) {
+TEST(ShrinkTable, RowsOfTheEstimatorsAlphaHaveTheDefinedKnots) {
     expectRow(0, 5,
               {-10.0f, -2.2374f, -1.7233f, -1.5306f, -1.5001f, -1.5f, 1.5f, 1.5001f, 1.6601f,
                2.0427f, 4.1799f, 10.0f},
@@ -150,7 +150,7 @@ TEST(ShrinkTable, KnotsRiseStrictlyFromMinusTenToTen) {
     });
 }
 
-TEST(ShrinkTable, RowsEndInAlphaAndKnotCountAndZeros) {
+TEST(ShrinkTable, RowsEndWithAlphaOrTheKnotCountAndZeros) {
     constexpr std::array<int, kShrinkAlphas> kKnots = {6, 6, 8, 8, 10, 12, 14, 16, 18, 22, 6};
     forEachStoredRow([&](int level, int a, const StoredShrink& row) {
         EXPECT_EQ(row.levels, kStoredShrinkTable[22 * level + 2 * a]);
@@ -165,7 +165,7 @@ TEST(ShrinkTable, RowsEndInAlphaAndKnotCountAndZeros) {
     });
 }
 
-TEST(ShrinkTable, JumpPairsStandOneGridStepApartAtTheThreshold) {
+TEST(ShrinkTable, KnotsOfAJumpPairAreOneGridStepApartAtTheThreshold) {
     forEachStoredRow([](int level, int a, const StoredShrink& row) {
         if (a == 10) {
             return;
@@ -180,7 +180,7 @@ TEST(ShrinkTable, JumpPairsStandOneGridStepApartAtTheThreshold) {
             EXPECT_EQ(step, 1);
             EXPECT_EQ(row.values[inner], 0.0f);
             EXPECT_NE(row.values[outer], 0.0f);
-            // A little less or more than the pair decides the exact solution.
+            // The exact solution jumps between the knots of the pair.
             const double beta = betaOfLevel(level);
             EXPECT_EQ(exactShrink(row.levels[inner] * (1 - 1e-6), a / 10.0, beta), 0.0);
             EXPECT_NE(exactShrink(row.levels[outer] * (1 + 1e-6), a / 10.0, beta), 0.0);
@@ -197,8 +197,8 @@ TEST(ShrinkTable, KnotsLieOnTheGridAndOnTheExactFunction) {
                 EXPECT_NEAR(10000.0 * knot, std::round(10000.0 * knot), 0.005);
             }
             if (row.values[k] != 0) {
-                // The defined rows carry six digits; a hair further out, as one of their jumps
-                // stands right on the threshold.
+                // The defined rows have six digits. The exact function is evaluated slightly
+                // further out, because one of their jumps is exactly at the threshold.
                 EXPECT_NEAR(row.values[k], exactShrink(knot * (1 + 1e-7), a / 10.0, beta),
                             1e-5 * std::abs(knot) + 1e-6);
             }
@@ -224,7 +224,7 @@ TEST(ShrinkTable, SoftThresholdRowsHoldThresholdsAndMidpoints) {
 TEST(ShrinkTable, PolylinesStayWithinTheToleranceOfTheirLevel) {
     for (int level = 0; level < kShrinkLevels; ++level) {
         const double beta = betaOfLevel(level);
-        // The defined rows set the tolerance that all others keep.
+        // The defined rows set the tolerance for all other rows.
         const double tolerance = largestError(storedShrink(level, 5), 0.5, beta);
         EXPECT_LE(tolerance, level == 4 ? 0.0135 : 0.065);
         for (int a = 0; a < kShrinkAlphas; ++a) {
@@ -234,7 +234,7 @@ TEST(ShrinkTable, PolylinesStayWithinTheToleranceOfTheirLevel) {
     }
 }
 
-TEST(ShrinkTable, IndexOfAlphaTruncatesTheDoubleThatHoldsTheFloat) {
+TEST(ShrinkTable, TheIndexOfAlphaTruncatesTheDoubleThatHoldsTheFloat) {
     constexpr std::array<float, 11> kAlphas = {0.0f, 0.1f, 0.2f, 0.3f, 0.4f, 0.5f,
                                                0.6f, 0.7f, 0.8f, 0.9f, 1.0f};
     constexpr std::array<int, 11> kIndices = {0, 1, 2, 3, 4, 5, 6, 6, 8, 8, 10};
@@ -246,7 +246,7 @@ TEST(ShrinkTable, IndexOfAlphaTruncatesTheDoubleThatHoldsTheFloat) {
     EXPECT_EQ(shrinkAlphaIndex(std::numeric_limits<double>::quiet_NaN()), 0);
 }
 
-TEST(ShrinkTable, ScheduleOfBetaGivesTheLevelsZeroToFive) {
+TEST(ShrinkTable, TheScheduleOfBetaGivesTheLevelsZeroToFive) {
     double beta = 1.0;
     for (int level = 0; level < kShrinkLevels; ++level) {
         EXPECT_EQ(shrinkLevel(beta, kRate), level);

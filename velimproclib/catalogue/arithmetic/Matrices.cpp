@@ -26,8 +26,8 @@ public:
 
 private:
     auto at(std::int32_t row, std::int32_t column) const {
-        T* inRow = rowAt(m_base, m_rowStride, static_cast<std::size_t>(row));
-        return unaligned(rowAt(inRow, m_columnStride, static_cast<std::size_t>(column)));
+        return rowAt(rowAt(unaligned(m_base), m_rowStride, static_cast<std::size_t>(row)),
+                     m_columnStride, static_cast<std::size_t>(column));
     }
 
     T* m_base;

@@ -15,7 +15,7 @@ template <class T, std::size_t N, class Operation>
 void combine(T* srcDst, std::int32_t step, std::int32_t w, std::int32_t h,
              const std::array<T, N>& constants, Operation&& operation) noexcept {
     for (std::size_t y = 0; y < static_cast<std::size_t>(h); ++y) {
-        auto* element = unaligned(rowAt(srcDst, step, y));
+        auto* element = rowAt(unaligned(srcDst), step, y);
         for (std::size_t x = 0; x < static_cast<std::size_t>(w); ++x) {
             for (const T constant : constants) {
                 element->value = operation(element->value, constant);

@@ -16,9 +16,9 @@ Status combine(const float* a, std::int32_t aStep, const float* b, std::int32_t 
         return status;
     }
     for (std::size_t y = 0; y < static_cast<std::size_t>(h); ++y) {
-        const auto* aRow = unaligned(rowAt(a, aStep, y));
-        const auto* bRow = unaligned(rowAt(b, bStep, y));
-        auto* dstRow = unaligned(rowAt(dst, dstStep, y));
+        const auto* aRow = rowAt(unaligned(a), aStep, y);
+        const auto* bRow = rowAt(unaligned(b), bStep, y);
+        auto* dstRow = rowAt(unaligned(dst), dstStep, y);
         for (std::size_t x = 0; x < static_cast<std::size_t>(w); ++x) {
             dstRow[x].value = Operation()(aRow[x].value, bRow[x].value);
         }

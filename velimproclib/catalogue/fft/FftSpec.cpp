@@ -50,13 +50,13 @@ HWY_INLINE void takePairs(const float* from, float* re) {
 void packFullBlock(const RealFft2D& fft, const float* block, const FloatPlane& packed, int x) {
     for (int row = 0; row < fft.height(); ++row) {
         putPairs(block + std::ptrdiff_t{row} * RealFft2D::kRowFloats,
-                 packed.row(fft.frequencyOf(row)) + x);
+                 reinterpret_cast<float*>(packed.at(x, fft.frequencyOf(row))));
     }
 }
 
 void unpackFullBlock(const RealFft2D& fft, const FloatPlane& packed, int x, float* block) {
     for (int row = 0; row < fft.height(); ++row) {
-        takePairs(packed.row(fft.frequencyOf(row)) + x,
+        takePairs(reinterpret_cast<const float*>(packed.at(x, fft.frequencyOf(row))),
                   block + std::ptrdiff_t{row} * RealFft2D::kRowFloats);
     }
 }

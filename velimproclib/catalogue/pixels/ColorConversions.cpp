@@ -1,8 +1,9 @@
 #include "velimproclib/catalogue/pixels/ColorConversions.h"
 
 #include "velimproclib/primitives/base/argumentChecks.h"
-#include "velimproclib/primitives/base/rows.h"
 #include "velimproclib/primitives/pixels/Conversions.h"
+
+#include <cstddef>
 
 namespace vel {
 namespace {
@@ -16,10 +17,8 @@ Status convertStrips(Convert&& convert, const From* src, std::int32_t srcStep, T
     if (const Status status = checkArguments({src, dst}, {w, h}, {srcStep, dstStep})) {
         return status;
     }
-    for (std::int64_t strip = 0; strip < 3; ++strip) {
-        const std::int64_t elements = strip * w;
-        convert(bytesAway(src, elements * std::int64_t{sizeof(From)}), srcStep,
-                bytesAway(dst, elements * std::int64_t{sizeof(To)}), dstStep, w, h, round...);
+    for (std::ptrdiff_t strip = 0; strip < 3; ++strip) {
+        convert(src + strip * w, srcStep, dst + strip * w, dstStep, w, h, round...);
     }
     return kOk;
 }

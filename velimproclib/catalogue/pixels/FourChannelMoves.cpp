@@ -16,8 +16,8 @@ Status move(const T* src, std::int32_t srcStep, T* dst, std::int32_t dstStep, st
         return status;
     }
     for (std::size_t y = 0; y < static_cast<std::size_t>(h); ++y) {
-        const auto* from = unaligned(rowAt(src, srcStep, y));
-        auto* to = unaligned(rowAt(dst, dstStep, y));
+        const auto* from = rowAt(unaligned(src), srcStep, y);
+        auto* to = rowAt(unaligned(dst), dstStep, y);
         for (std::size_t x = 0; x < static_cast<std::size_t>(w); ++x) {
             to[dstStride * x].value = from[srcStride * x].value;
         }

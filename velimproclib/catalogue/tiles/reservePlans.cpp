@@ -2,7 +2,7 @@
 
 #include "velimproclib/primitives/base/narrowToInt32.h"
 #include "velimproclib/primitives/base/truncate.h"
-#include "velimproclib/tiles/AxisPlan.h"
+#include "velimproclib/tiles/planBlocks.h"
 
 #include <algorithm>
 

@@ -41,8 +41,7 @@ HWY_EXPORT(absDiffRows);
 Status absDiffU8(const std::uint8_t* a, std::int32_t aStep, const std::uint8_t* b,
                  std::int32_t bStep, std::uint8_t* dst, std::int32_t dstStep, std::int32_t w,
                  std::int32_t h) noexcept {
-    const Status status = checkArguments({a, b, dst}, {w, h}, {aStep, bStep, dstStep});
-    if (status != kOk) {
+    if (const Status status = checkArguments({a, b, dst}, {w, h}, {aStep, bStep, dstStep})) {
         return status;
     }
     const Extent extent = joinAdjacentRows(w, h, {{aStep, 1}, {bStep, 1}, {dstStep, 1}});

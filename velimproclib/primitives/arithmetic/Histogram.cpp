@@ -68,8 +68,7 @@ std::int32_t countBetween(const Counts& counts, std::int32_t from, std::int32_t 
 Status histogramEvenU8(const std::uint8_t* src, std::int32_t step, std::int32_t w, std::int32_t h,
                        std::int32_t* hist, std::int32_t* levels, std::int32_t n, std::int32_t lower,
                        std::int32_t upper) noexcept {
-    const Status status = checkArguments({src, hist, levels}, {w, h}, {step});
-    if (status != kOk) {
+    if (const Status status = checkArguments({src, hist, levels}, {w, h}, {step})) {
         return status;
     }
     if (n < 2) {

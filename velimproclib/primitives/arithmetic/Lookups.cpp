@@ -141,8 +141,8 @@ void lookUpRowsWith(const float* src, std::int32_t srcStep, float* dst, std::int
     const auto first = hn::Set(floats, table.levels[0]);
     const auto end = hn::Set(floats, table.levels[table.count - 1]);
     for (std::size_t y = 0; y < extent.rows; ++y) {
-        mapFloats(floats, rowAt(src, srcStep, y), rowAt(dst, dstStep, y), extent.columns,
-                  [&](auto v) HWY_ATTR {
+        mapFloats(floats, rowAt(unaligned(src), srcStep, y), rowAt(unaligned(dst), dstStep, y),
+                  extent.columns, [&](auto v) HWY_ATTR {
                       const auto isInside = hn::And(hn::Ge(v, first), hn::Lt(v, end));
                       return hn::IfThenElse(
                           isInside, evaluated<Piece, Entries>(v, levelsReached(v, table), table),
@@ -250,8 +250,8 @@ void lookUpPixels(const float* src, std::int32_t srcStep, float* dst, std::int32
                   PieceOf pieceOf) {
     const auto intervalOf = rising ? intervalAmongRising : intervalAmongAny;
     for (std::size_t y = 0; y < extent.rows; ++y) {
-        const auto* srcRow = unaligned(rowAt(src, srcStep, y));
-        auto* dstRow = unaligned(rowAt(dst, dstStep, y));
+        const auto* srcRow = rowAt(unaligned(src), srcStep, y);
+        auto* dstRow = rowAt(unaligned(dst), dstStep, y);
         for (std::size_t x = 0; x < extent.columns; ++x) {
             const float v = srcRow[x].value;
             const std::int32_t k = intervalOf(v, levels, n);

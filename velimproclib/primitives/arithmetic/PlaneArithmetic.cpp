@@ -49,9 +49,9 @@ template <class Operation>
 void combineRows(const float* a, std::int32_t aStep, const float* b, std::int32_t bStep, float* dst,
                  std::int32_t dstStep, Extent extent) {
     for (std::size_t y = 0; y < extent.rows; ++y) {
-        const auto* aRow = unaligned(rowAt(a, aStep, y));
-        const auto* bRow = unaligned(rowAt(b, bStep, y));
-        auto* dstRow = unaligned(rowAt(dst, dstStep, y));
+        const auto* aRow = rowAt(unaligned(a), aStep, y);
+        const auto* bRow = rowAt(unaligned(b), bStep, y);
+        auto* dstRow = rowAt(unaligned(dst), dstStep, y);
 #pragma omp simd
         for (std::size_t x = 0; x < extent.columns; ++x) {
             dstRow[x].value = Operation::of(aRow[x].value, bRow[x].value);
@@ -63,8 +63,8 @@ template <class Operation>
 void combineRowsWithConst(const float* src, std::int32_t srcStep, float c, float* dst,
                           std::int32_t dstStep, Extent extent) {
     for (std::size_t y = 0; y < extent.rows; ++y) {
-        const auto* srcRow = unaligned(rowAt(src, srcStep, y));
-        auto* dstRow = unaligned(rowAt(dst, dstStep, y));
+        const auto* srcRow = rowAt(unaligned(src), srcStep, y);
+        auto* dstRow = rowAt(unaligned(dst), dstStep, y);
 #pragma omp simd
         for (std::size_t x = 0; x < extent.columns; ++x) {
             dstRow[x].value = Operation::of(srcRow[x].value, c);
@@ -76,8 +76,8 @@ template <class Relation>
 void compareRowsBy(const float* a, std::int32_t aStep, const float* b, std::int32_t bStep,
                    std::uint8_t* dst, std::int32_t dstStep, Extent extent) {
     for (std::size_t y = 0; y < extent.rows; ++y) {
-        const auto* aRow = unaligned(rowAt(a, aStep, y));
-        const auto* bRow = unaligned(rowAt(b, bStep, y));
+        const auto* aRow = rowAt(unaligned(a), aStep, y);
+        const auto* bRow = rowAt(unaligned(b), bStep, y);
         std::uint8_t* dstRow = rowAt(dst, dstStep, y);
 #pragma omp simd
         for (std::size_t x = 0; x < extent.columns; ++x) {
@@ -108,8 +108,8 @@ bool divideRows(const float* src, std::int32_t srcStep, float* srcDst, std::int3
                 Extent extent) {
     std::int32_t zeros = 0;
     for (std::size_t y = 0; y < extent.rows; ++y) {
-        const auto* srcRow = unaligned(rowAt(src, srcStep, y));
-        auto* srcDstRow = unaligned(rowAt(srcDst, srcDstStep, y));
+        const auto* srcRow = rowAt(unaligned(src), srcStep, y);
+        auto* srcDstRow = rowAt(unaligned(srcDst), srcDstStep, y);
 #pragma omp simd reduction(| : zeros)
         for (std::size_t x = 0; x < extent.columns; ++x) {
             const float divisor = srcRow[x].value;
@@ -146,11 +146,10 @@ bool logRows(float* srcDst, std::int32_t step, Extent extent) {
     const hn::Rebind<float, decltype(wide)> narrow;
     std::int32_t outside = 0;
     for (std::size_t y = 0; y < extent.rows; ++y) {
-        float* row = rowAt(srcDst, step, y);
-        const auto* values = unaligned(row);
+        auto* row = rowAt(unaligned(srcDst), step, y);
 #pragma omp simd reduction(| : outside)
         for (std::size_t x = 0; x < extent.columns; ++x) {
-            outside |= values[x].value <= 0.0f ? 1 : 0;
+            outside |= row[x].value <= 0.0f ? 1 : 0;
         }
         mapFloats(narrow, row, row, extent.columns, [=](auto v) HWY_ATTR {
             return roundedToFloats(narrow, naturalLog(wide, hn::PromoteTo(wide, v)));

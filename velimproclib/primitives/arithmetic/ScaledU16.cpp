@@ -33,8 +33,8 @@ template <class Operation>
 void multipliedRows(const std::uint16_t* src, std::int32_t srcStep, std::uint32_t value,
                     std::uint16_t* dst, std::int32_t dstStep, Extent extent, unsigned shift) {
     for (std::size_t y = 0; y < extent.rows; ++y) {
-        const auto* srcRow = unaligned(rowAt(src, srcStep, y));
-        auto* dstRow = unaligned(rowAt(dst, dstStep, y));
+        const auto* srcRow = rowAt(unaligned(src), srcStep, y);
+        auto* dstRow = rowAt(unaligned(dst), dstStep, y);
 #pragma omp simd
         for (std::size_t x = 0; x < extent.columns; ++x) {
             const std::uint32_t v = saturated(Operation::of(std::uint32_t{srcRow[x].value}, value));
@@ -48,8 +48,8 @@ void dividedRows(const std::uint16_t* src, std::int32_t srcStep, std::uint32_t v
                  std::uint16_t* dst, std::int32_t dstStep, Extent extent, unsigned shift) {
     const std::uint32_t belowHalf = (std::uint32_t{1} << (shift - 1)) - 1;
     for (std::size_t y = 0; y < extent.rows; ++y) {
-        const auto* srcRow = unaligned(rowAt(src, srcStep, y));
-        auto* dstRow = unaligned(rowAt(dst, dstStep, y));
+        const auto* srcRow = rowAt(unaligned(src), srcStep, y);
+        auto* dstRow = rowAt(unaligned(dst), dstStep, y);
 #pragma omp simd
         for (std::size_t x = 0; x < extent.columns; ++x) {
             const std::uint32_t v = Operation::of(std::uint32_t{srcRow[x].value}, value);

@@ -60,7 +60,7 @@ template <Exponent kExponent>
 void powerOf(const float* a, double x, float* y, std::size_t count) {
     const hn::ScalableTag<double> wide;
     const hn::Rebind<float, decltype(wide)> narrow;
-    mapFloats(narrow, a, y, count, [=](auto base) HWY_ATTR {
+    mapFloats(narrow, unaligned(a), unaligned(y), count, [=](auto base) HWY_ATTR {
         const auto log = naturalLog(wide, hn::PromoteTo(wide, hn::Abs(base)));
         const auto power = exponential(wide, hn::Mul(log, hn::Set(wide, x)));
         return withSignOf<kExponent>(narrow, base, roundedToFloats(narrow, power));

@@ -7,11 +7,11 @@
 
 namespace vel {
 
-/// A block of floats for vectors and transforms: aligned to 64 bytes at least, not initialised.
+/// A block of floats for vectors and transforms, aligned to at least 64 bytes, not initialised.
 class AlignedFloats {
 public:
-    /// Gives the block `count` floats of undefined content; nothing happens when it has as many.
-    /// @throws std::bad_alloc, and the block is empty then.
+    /// Allocates `count` floats of undefined content. Does nothing when the size is the same.
+    /// @throws std::bad_alloc when memory is exhausted; the block is empty then
     void resize(std::size_t count) {
         if (count == m_count) {
             return;

@@ -9,7 +9,7 @@ namespace vel {
 namespace {
 
 constexpr std::size_t kAlignment = 32;
-// Room to align up, and for the heap's own pointer in the word just before the block.
+// Room to align upwards, and for the heap's pointer in the word before the block.
 constexpr std::size_t kExtraBytes = kAlignment + sizeof(void*);
 
 void* alignedAlloc(std::uint64_t bytes) noexcept {

@@ -2,9 +2,8 @@
 
 namespace vel {
 
-/// Chooses, once and for the whole process, the variant of every primitive that fits this
-/// processor. The results do not depend on the choice. Without this call the first primitive that
-/// runs makes it.
+/// Selects for the whole process the variant of every primitive that suits this processor best.
+/// Results do not depend on the variant. Without this call, the first primitive that runs selects.
 void selectProcessorVariants() noexcept;
 
 } // namespace vel

@@ -4,9 +4,9 @@
 
 /// Status codes of the primitive operations and the codes of their arguments.
 ///
-/// Every primitive checks its pointers, then its sizes, then its steps, in that order, returns the
-/// first complaint and then has written nothing. Nothing in the catalogue throws or allocates
-/// unless its docstring says so, and everything is re-entrant.
+/// Every primitive checks its pointers, then its sizes, then its steps. It returns the status of
+/// the first check that fails and writes nothing then. Primitives are re-entrant. They neither
+/// throw nor allocate unless their docstring says so.
 namespace vel {
 
 using Status = std::int32_t;

@@ -56,8 +56,8 @@ void forEachPiece(int pieces, const Body& body) {
     failures.rethrow();
 }
 
-/// body(begin, end) for bands of at most `bandRows` (at least 1) rows that cover 0 .. rows, as
-/// `forEachPiece` does.
+/// body(begin, end) for bands of at most `bandRows` (at least 1) rows that cover 0 .. rows. Runs
+/// and fails as `forEachPiece` does.
 template <class Body>
 void forEachRowBand(int rows, int bandRows, const Body& body) {
     const int bands = rows / bandRows + (rows % bandRows != 0 ? 1 : 0);

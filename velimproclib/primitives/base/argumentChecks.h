@@ -7,13 +7,13 @@
 
 namespace vel {
 
-/// The checks that open every primitive, in their fixed order: pointers, then sizes, then steps.
-/// A null pointer gives `kNullPointer`, a width, height or length below 1 `kBadSize`, a step below
-/// 1 `kBadStep`; the first complaint wins.
+/// The check that opens every primitive: pointers, then sizes, then steps. Returns `kNullPointer`
+/// for a null pointer, `kBadSize` for a width, height or length below 1, `kBadStep` for a step
+/// below 1, and `kOk` when all arguments pass.
 ///
-/// A step is not held against the length of a row: callers pass pointers that are moved to a
-/// channel or into a region, and the step of a single row is never used. Operations on
-/// neighbourhoods check more, see neighbourhoods.h.
+/// A step is not compared with the length of a row: callers pass pointers to a channel or into a
+/// region, and the step of a single row is never used. Operations on neighbourhoods check more, see
+/// neighbourhoods.h.
 [[nodiscard]] inline Status checkArguments(std::initializer_list<const void*> pointers,
                                            std::initializer_list<std::int32_t> sizes,
                                            std::initializer_list<std::int32_t> steps) noexcept {

@@ -5,8 +5,8 @@
 
 namespace vel {
 
-/// Truncates toward zero, defined for every input: NaN gives 0, values beyond the range of an
-/// int32 (infinities included) give its nearest end.
+/// Truncates toward zero. Defined for every input: NaN gives 0, and a value out of the range of an
+/// int32, infinities included, gives the nearest end of the range.
 constexpr std::int32_t truncateToInt(double value) noexcept {
     constexpr double kLowest = std::numeric_limits<std::int32_t>::min();
     constexpr double kHighest = std::numeric_limits<std::int32_t>::max();

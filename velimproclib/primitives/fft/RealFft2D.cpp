@@ -173,9 +173,9 @@ private:
 };
 
 /// Image columns `left` to `left` + 15 of all rows to elements, which are pairs of columns.
-inline void loadImageTile(const RowGroup& group, const float* firstRow, std::ptrdiff_t stepBytes,
+inline void loadImageTile(const RowGroup& group, const char* firstRow, std::ptrdiff_t stepBytes,
                           std::ptrdiff_t left) {
-    const char* from = bytes(firstRow + left);
+    const char* from = firstRow + left * kFloatBytes;
     char* to = bytes(group.memory.elements + left * kFftLanes);
     const auto rowAt = [=](int row)
                            HWY_ATTR { return bytesAway(from, std::int64_t{stepBytes} * row); };
@@ -189,12 +189,12 @@ inline void loadImageTile(const RowGroup& group, const float* firstRow, std::ptr
 }
 
 /// The reverse, scaled, from elements in the order of `places`.
-inline void storeImageTile(const RowGroup& group, float* firstRow, std::ptrdiff_t stepBytes,
+inline void storeImageTile(const RowGroup& group, char* firstRow, std::ptrdiff_t stepBytes,
                            std::ptrdiff_t left, float factor) {
     const auto rowAt = [&](int row) HWY_ATTR {
         return bytes(group.element((left + row) / 2) + row % 2 * kFftLanes);
     };
-    char* to = bytes(firstRow + left);
+    char* to = firstRow + left * kFloatBytes;
     if (group.fillsTiles()) {
         transposeTile(rowAt, to, stepBytes, Scaled{hn::Set(TileTag(), factor)});
         return;
@@ -306,7 +306,7 @@ void splitFromBlocks(const RowGroup& group, const float* factors) {
 } // namespace
 
 void forwardRowGroupLanes(const RealFft2D& fft, const RealFft2D::Tables& tables,
-                          const float* firstRow, std::ptrdiff_t stepBytes, int groupIndex,
+                          const char* firstRow, std::ptrdiff_t stepBytes, int groupIndex,
                           float* spectrum, float* scratch) {
     const RowGroup group(fft, tables, groupIndex, spectrum, scratch);
     for (std::ptrdiff_t left = 0; left < group.width; left += kTileSide) {
@@ -317,7 +317,7 @@ void forwardRowGroupLanes(const RealFft2D& fft, const RealFft2D::Tables& tables,
 }
 
 void inverseRowGroupLanes(const RealFft2D& fft, const RealFft2D::Tables& tables,
-                          const float* spectrum, int groupIndex, float* firstRow,
+                          const float* spectrum, int groupIndex, char* firstRow,
                           std::ptrdiff_t stepBytes, float* scratch) {
     const RowGroup group(fft, tables, groupIndex, const_cast<float*>(spectrum), scratch);
     splitFromBlocks(group, tables.joinFactors.data());
@@ -435,16 +435,32 @@ RealFft2D::RealFft2D(int orderX, int orderY)
           floatCount(std::uint64_t{m_blockFloats} * static_cast<std::uint64_t>(m_blockCount))),
       m_scratchFloats(rowScratchFloats(orderX)), m_tables(orderX, orderY) {}
 
+void RealFft2D::forwardRows(const float* image, std::ptrdiff_t imageStepBytes, int group,
+                            float* spectrum, float* scratch) const {
+    const char* firstRow = bytesAway(reinterpret_cast<const char*>(image),
+                                     std::int64_t{imageStepBytes} * group * kLanes);
+    HWY_DYNAMIC_DISPATCH(forwardRowGroupLanes)
+    (*this, m_tables, firstRow, imageStepBytes, group, spectrum, scratch);
+}
+
 void RealFft2D::forwardRowGroup(const float* firstRow, std::ptrdiff_t stepBytes, int group,
                                 float* spectrum, float* scratch) const {
     HWY_DYNAMIC_DISPATCH(forwardRowGroupLanes)
-    (*this, m_tables, firstRow, stepBytes, group, spectrum, scratch);
+    (*this, m_tables, reinterpret_cast<const char*>(firstRow), stepBytes, group, spectrum, scratch);
+}
+
+void RealFft2D::inverseRows(const float* spectrum, int group, float* image,
+                            std::ptrdiff_t imageStepBytes, float* scratch) const {
+    char* firstRow =
+        bytesAway(reinterpret_cast<char*>(image), std::int64_t{imageStepBytes} * group * kLanes);
+    HWY_DYNAMIC_DISPATCH(inverseRowGroupLanes)
+    (*this, m_tables, spectrum, group, firstRow, imageStepBytes, scratch);
 }
 
 void RealFft2D::inverseRowGroup(const float* spectrum, int group, float* firstRow,
                                 std::ptrdiff_t stepBytes, float* scratch) const {
     HWY_DYNAMIC_DISPATCH(inverseRowGroupLanes)
-    (*this, m_tables, spectrum, group, firstRow, stepBytes, scratch);
+    (*this, m_tables, spectrum, group, reinterpret_cast<char*>(firstRow), stepBytes, scratch);
 }
 
 void RealFft2D::forwardColumns(float* block, int blockIndex) const {

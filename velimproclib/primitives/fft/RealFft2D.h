@@ -1,6 +1,5 @@
 #pragma once
 
-#include "velimproclib/primitives/base/rows.h"
 #include "velimproclib/primitives/fft/LaneFftPlan.h"
 
 #include <cstddef>
@@ -78,10 +77,7 @@ public:
     /// Transforms the rows 16 `group`..16 `group` + 15 of the image at `image` into the rows of the
     /// same numbers in all blocks. `imageStepBytes` may be negative.
     void forwardRows(const float* image, std::ptrdiff_t imageStepBytes, int group, float* spectrum,
-                     float* scratch) const {
-        forwardRowGroup(firstRowOf(image, imageStepBytes, group), imageStepBytes, group, spectrum,
-                        scratch);
-    }
+                     float* scratch) const;
 
     /// The same for rows that stand elsewhere: `firstRow` is the first row of the group.
     void forwardRowGroup(const float* firstRow, std::ptrdiff_t stepBytes, int group,
@@ -96,11 +92,7 @@ public:
     /// Undoes `forwardRows`, divided by h: writes the rows 16 `group`..16 `group` + 15 of the
     /// image.
     void inverseRows(const float* spectrum, int group, float* image, std::ptrdiff_t imageStepBytes,
-                     float* scratch) const {
-        inverseRowGroup(spectrum, group,
-                        const_cast<float*>(firstRowOf(image, imageStepBytes, group)),
-                        imageStepBytes, scratch);
-    }
+                     float* scratch) const;
 
     /// The same for rows that stand elsewhere: `firstRow` is the first row of the group.
     void inverseRowGroup(const float* spectrum, int group, float* firstRow,
@@ -121,11 +113,6 @@ public:
     };
 
 private:
-    static const float* firstRowOf(const float* image, std::ptrdiff_t stepBytes,
-                                   int group) noexcept {
-        return bytesAway(image, std::int64_t{stepBytes} * group * kLanes);
-    }
-
     int m_width;
     int m_height;
     int m_blockCount;

@@ -14,6 +14,8 @@
 #include <cstring>
 #include <hwy/highway.h>
 
+#include "velimproclib/primitives/base/unalignedVectors-inl.h"
+
 HWY_BEFORE_NAMESPACE();
 namespace vel::HWY_NAMESPACE {
 namespace {
@@ -31,7 +33,7 @@ using TileVec = hn::Vec<TileTag>;
 template <class D, class RowAt>
 HWY_INLINE hn::Vec<D> loadEveryFourthRow(D d, RowAt rowAt, int row, int left) {
     if constexpr (hn::MaxLanes(D()) == 4) {
-        return hn::LoadU(d, reinterpret_cast<const float*>(rowAt(row) + left * 4));
+        return loadUnaligned(d, rowAt(row) + left * 4);
     } else {
         const hn::Half<D> half;
         constexpr auto kRows = static_cast<int>(hn::MaxLanes(D())) / 2;
@@ -74,9 +76,8 @@ HWY_INLINE void transposeTile(RowAt rowAt, char* to, std::ptrdiff_t toStepBytes,
             const auto high23 = hn::BitCast(pairs, hn::InterleaveUpper(d, v2, v3));
             char* target = bytesAway(to, std::int64_t{toStepBytes} * left) + top * 4;
             const auto put = [&](int column, auto columnPairs) HWY_ATTR {
-                hn::StoreU(change(hn::BitCast(d, columnPairs)), d,
-                           reinterpret_cast<float*>(
-                               bytesAway(target, std::int64_t{toStepBytes} * column)));
+                storeUnaligned(change(hn::BitCast(d, columnPairs)), d,
+                               bytesAway(target, std::int64_t{toStepBytes} * column));
             };
             put(0, hn::InterleaveLower(pairs, low01, low23));
             put(1, hn::InterleaveUpper(pairs, low01, low23));

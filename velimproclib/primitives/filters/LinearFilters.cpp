@@ -47,7 +47,7 @@ namespace {
 
 // Where a pixel's window begins and how far apart its pixels are, and the taps that meet them.
 struct RowFilter {
-    const float* first;
+    const Unaligned<float>* first;
     std::int64_t tapStep;
     const float* lastTap;
     std::int32_t len;
@@ -56,11 +56,10 @@ struct RowFilter {
 // The products of two floats are exact in double, so that each pixel sees one rounding for every
 // tap, in the order of the taps, however many pixels are carried side by side.
 float convolvePixel(const RowFilter& filter, std::size_t x) {
-    const float* pixel = filter.first + x;
+    const auto* pixel = filter.first + x;
     double sum = 0;
     for (std::int32_t k = 0; k < filter.len; ++k) {
-        sum +=
-            static_cast<double>(filter.lastTap[-k]) * static_cast<double>(unaligned(pixel)->value);
+        sum += static_cast<double>(filter.lastTap[-k]) * static_cast<double>(pixel->value);
         pixel = bytesAway(pixel, filter.tapStep);
     }
     return static_cast<float>(sum);
@@ -69,7 +68,7 @@ float convolvePixel(const RowFilter& filter, std::size_t x) {
 using Wide = hn::ScalableTag<double>;
 
 // Four vectors of pixels.
-void convolveBlock(const RowFilter& filter, std::size_t x, float* dst) {
+void convolveBlock(const RowFilter& filter, std::size_t x, Unaligned<float>* dst) {
     const Wide wide;
     const hn::Rebind<float, Wide> narrow;
     const std::size_t lanes = hn::Lanes(wide);
@@ -77,11 +76,11 @@ void convolveBlock(const RowFilter& filter, std::size_t x, float* dst) {
     auto sum1 = hn::Zero(wide);
     auto sum2 = hn::Zero(wide);
     auto sum3 = hn::Zero(wide);
-    const float* pixels = filter.first + x;
+    const auto* pixels = filter.first + x;
     for (std::int32_t k = 0; k < filter.len; ++k) {
         const auto tap = hn::Set(wide, static_cast<double>(filter.lastTap[-k]));
         const auto pixel = [&](std::size_t i) {
-            return hn::PromoteTo(wide, hn::LoadU(narrow, pixels + i * lanes));
+            return hn::PromoteTo(wide, loadUnaligned(narrow, pixels + i * lanes));
         };
         sum0 = hn::Add(sum0, hn::Mul(tap, pixel(0)));
         sum1 = hn::Add(sum1, hn::Mul(tap, pixel(1)));
@@ -89,18 +88,18 @@ void convolveBlock(const RowFilter& filter, std::size_t x, float* dst) {
         sum3 = hn::Add(sum3, hn::Mul(tap, pixel(3)));
         pixels = bytesAway(pixels, filter.tapStep);
     }
-    hn::StoreU(roundedToFloats(narrow, sum0), narrow, dst + x);
-    hn::StoreU(roundedToFloats(narrow, sum1), narrow, dst + x + lanes);
-    hn::StoreU(roundedToFloats(narrow, sum2), narrow, dst + x + 2 * lanes);
-    hn::StoreU(roundedToFloats(narrow, sum3), narrow, dst + x + 3 * lanes);
+    storeUnaligned(roundedToFloats(narrow, sum0), narrow, dst + x);
+    storeUnaligned(roundedToFloats(narrow, sum1), narrow, dst + x + lanes);
+    storeUnaligned(roundedToFloats(narrow, sum2), narrow, dst + x + 2 * lanes);
+    storeUnaligned(roundedToFloats(narrow, sum3), narrow, dst + x + 3 * lanes);
 }
 
 // The last block of a row is moved back to its end: it makes some pixels a second time.
-void convolveRowF32(const RowFilter& filter, float* dst, std::size_t w) {
+void convolveRowF32(const RowFilter& filter, Unaligned<float>* dst, std::size_t w) {
     const std::size_t block = 4 * hn::Lanes(Wide());
     if (w < block) {
         for (std::size_t x = 0; x < w; ++x) {
-            unaligned(dst + x)->value = convolvePixel(filter, x);
+            dst[x].value = convolvePixel(filter, x);
         }
         return;
     }
@@ -153,11 +152,11 @@ void convolveRowU8(const std::uint8_t* first, std::int64_t tapStep, std::uint8_t
 
 void convolveF32(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep,
                  std::int32_t w, std::int32_t h, const float* kernel, Window window) {
-    const float* first = firstTap(src, window);
+    const auto* first = firstTap(unaligned(src), window);
     for (std::size_t y = 0; y < static_cast<std::size_t>(h); ++y) {
         const RowFilter filter{rowAt(first, srcStep, y), window.tapStep, kernel + window.len - 1,
                                window.len};
-        convolveRowF32(filter, rowAt(dst, dstStep, y), static_cast<std::size_t>(w));
+        convolveRowF32(filter, rowAt(unaligned(dst), dstStep, y), static_cast<std::size_t>(w));
     }
 }
 
@@ -201,8 +200,7 @@ template <class T, class Tap>
 Status checkFilter(Direction direction, const T* src, std::int32_t srcStep, const T* dst,
                    std::int32_t dstStep, std::int32_t w, std::int32_t h, const Tap* kernel,
                    std::int32_t len) noexcept {
-    const Status status = checkArguments({src, dst, kernel}, {w, h, len}, {srcStep, dstStep});
-    if (status != kOk) {
+    if (const Status status = checkArguments({src, dst, kernel}, {w, h, len}, {srcStep, dstStep})) {
         return status;
     }
     return direction == Direction::kRow
@@ -213,8 +211,8 @@ Status checkFilter(Direction direction, const T* src, std::int32_t srcStep, cons
 Status filterF32(Direction direction, const float* src, std::int32_t srcStep, float* dst,
                  std::int32_t dstStep, std::int32_t w, std::int32_t h, const float* kernel,
                  std::int32_t len, std::int32_t anchor) noexcept {
-    const Status status = checkFilter(direction, src, srcStep, dst, dstStep, w, h, kernel, len);
-    if (status != kOk) {
+    if (const Status status =
+            checkFilter(direction, src, srcStep, dst, dstStep, w, h, kernel, len)) {
         return status;
     }
     HWY_DYNAMIC_DISPATCH(convolveF32)
@@ -226,8 +224,8 @@ Status filterU8(Direction direction, const std::uint8_t* src, std::int32_t srcSt
                 std::uint8_t* dst, std::int32_t dstStep, std::int32_t w, std::int32_t h,
                 const std::int32_t* kernel, std::int32_t len, std::int32_t anchor,
                 std::int32_t divisor) noexcept {
-    const Status status = checkFilter(direction, src, srcStep, dst, dstStep, w, h, kernel, len);
-    if (status != kOk) {
+    if (const Status status =
+            checkFilter(direction, src, srcStep, dst, dstStep, w, h, kernel, len)) {
         return status;
     }
     if (divisor == 0) {

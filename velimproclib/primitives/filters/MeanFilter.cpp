@@ -92,8 +92,7 @@ HWY_EXPORT(meanRows);
 Status meanFilterU8(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst,
                     std::int32_t dstStep, std::int32_t w, std::int32_t h,
                     std::int32_t mask) noexcept {
-    const Status status = checkArguments({src, dst}, {w, h}, {srcStep, dstStep});
-    if (status != kOk) {
+    if (const Status status = checkArguments({src, dst}, {w, h}, {srcStep, dstStep})) {
         return status;
     }
     if (mask != kMask33 && mask != kMask55) {

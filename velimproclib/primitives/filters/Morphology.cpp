@@ -41,14 +41,14 @@ auto pickOfThree(const Row* row, std::ptrdiff_t x) {
 }
 
 template <class Pick>
-void morphRowF32(const float* above, const float* middle, const float* below,
-                 float* HWY_RESTRICT dst, std::ptrdiff_t w) {
-    Unaligned<float>* HWY_RESTRICT out = unaligned(dst);
+void morphRowF32(const Unaligned<float>* above, const Unaligned<float>* middle,
+                 const Unaligned<float>* below, Unaligned<float>* HWY_RESTRICT dst,
+                 std::ptrdiff_t w) {
     for (std::ptrdiff_t x = 0; x < w; ++x) {
-        const float upper = pickOfThree<Pick>(unaligned(above), x);
-        const float centre = pickOfThree<Pick>(unaligned(middle), x);
-        const float lower = pickOfThree<Pick>(unaligned(below), x);
-        out[x].value = Pick()(Pick()(upper, centre), lower);
+        const float upper = pickOfThree<Pick>(above, x);
+        const float centre = pickOfThree<Pick>(middle, x);
+        const float lower = pickOfThree<Pick>(below, x);
+        dst[x].value = Pick()(Pick()(upper, centre), lower);
     }
 }
 
@@ -56,9 +56,9 @@ template <class Pick>
 void morphF32(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep,
               std::int32_t w, std::int32_t h) {
     for (std::int32_t y = 0; y < h; ++y) {
-        const float* middle = rowAt(src, srcStep, static_cast<std::size_t>(y));
+        const auto* middle = rowAt(unaligned(src), srcStep, static_cast<std::size_t>(y));
         morphRowF32<Pick>(bytesAway(middle, -srcStep), middle, rowAt(middle, srcStep, 1),
-                          rowAt(dst, dstStep, static_cast<std::size_t>(y)), w);
+                          rowAt(unaligned(dst), dstStep, static_cast<std::size_t>(y)), w);
     }
 }
 
@@ -181,8 +181,7 @@ Status erode3x3F32(const float* src, std::int32_t srcStep, float* dst, std::int3
 
 Status dilate3x3InPlaceU8(std::uint8_t* srcDst, std::int32_t step, std::int32_t w,
                           std::int32_t h) noexcept {
-    const Status status = checkMorphology({srcDst}, w, h, {step}, step, 1);
-    if (status != kOk) {
+    if (const Status status = checkMorphology({srcDst}, w, h, {step}, step, 1)) {
         return status;
     }
     return withTwoRows(w, [&](std::uint8_t* twoRows) {
@@ -192,8 +191,7 @@ Status dilate3x3InPlaceU8(std::uint8_t* srcDst, std::int32_t step, std::int32_t 
 
 Status erode3x3InPlaceU8(std::uint8_t* srcDst, std::int32_t step, std::int32_t w,
                          std::int32_t h) noexcept {
-    const Status status = checkMorphology({srcDst}, w, h, {step}, step, 1);
-    if (status != kOk) {
+    if (const Status status = checkMorphology({srcDst}, w, h, {step}, step, 1)) {
         return status;
     }
     return withTwoRows(w, [&](std::uint8_t* twoRows) {

@@ -117,7 +117,8 @@ void intoC3U8(const Unaligned<std::uint8_t>* src, Unaligned<std::uint8_t>* dst, 
 void intoC3U16(const Unaligned<std::uint16_t>* src, Unaligned<std::uint16_t>* dst, std::size_t n) {
     intoChannel(src, dst, intoBlocks(src, dst, n), n);
 }
-void intoC4U8(const Unaligned<std::uint8_t>* src, Unaligned<std::uint8_t>* dst, std::size_t n) {
+void intoC4U8(const Unaligned<std::uint8_t>* HWY_RESTRICT src,
+              Unaligned<std::uint8_t>* HWY_RESTRICT dst, std::size_t n) {
     auto* HWY_RESTRICT pixels = reinterpret_cast<Pixel*>(dst);
     for (std::size_t i = 0; i + 1 < n; ++i) {
         pixels[i].setChannel(src[i].value);
@@ -158,14 +159,13 @@ namespace {
 template <std::size_t srcChannels, std::size_t dstChannels, class Row, class T>
 Status moveRows(Row&& row, const T* src, std::int32_t srcStep, T* dst, std::int32_t dstStep,
                 std::int32_t w, std::int32_t h) noexcept {
-    const Status status = checkArguments({src, dst}, {w, h}, {srcStep, dstStep});
-    if (status != kOk) {
+    if (const Status status = checkArguments({src, dst}, {w, h}, {srcStep, dstStep})) {
         return status;
     }
     const Extent extent = joinAdjacentRows(
         w, h, {{srcStep, srcChannels * sizeof(T)}, {dstStep, dstChannels * sizeof(T)}});
     for (std::size_t y = 0; y < extent.rows; ++y) {
-        row(unaligned(rowAt(src, srcStep, y)), unaligned(rowAt(dst, dstStep, y)), extent.columns);
+        row(rowAt(unaligned(src), srcStep, y), rowAt(unaligned(dst), dstStep, y), extent.columns);
     }
     return kOk;
 }
@@ -199,8 +199,7 @@ Status planeToChannelC4U8(const std::uint8_t* src, std::int32_t srcStep, std::ui
 
 Status setChannelC4U8(std::uint8_t value, std::uint8_t* dst, std::int32_t dstStep, std::int32_t w,
                       std::int32_t h) noexcept {
-    const Status status = checkArguments({dst}, {w, h}, {dstStep});
-    if (status != kOk) {
+    if (const Status status = checkArguments({dst}, {w, h}, {dstStep})) {
         return status;
     }
     const Extent extent = joinAdjacentRows(w, h, {{dstStep, 4}});

@@ -26,9 +26,9 @@ void twistRows(float* const planes[3], std::int32_t step, Extent extent, const f
     float matrix[3][4];
     std::copy_n(&coef[0][0], 12, &matrix[0][0]);
     for (std::size_t y = 0; y < extent.rows; ++y) {
-        auto* row0 = unaligned(rowAt(planes[0], step, y));
-        auto* row1 = unaligned(rowAt(planes[1], step, y));
-        auto* row2 = unaligned(rowAt(planes[2], step, y));
+        auto* row0 = rowAt(unaligned(planes[0]), step, y);
+        auto* row1 = rowAt(unaligned(planes[1]), step, y);
+        auto* row2 = rowAt(unaligned(planes[2]), step, y);
 #pragma omp simd
         for (std::size_t x = 0; x < extent.columns; ++x) {
             const float p0 = row0[x].value;

@@ -13,6 +13,8 @@
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
+#include "velimproclib/primitives/base/unalignedVectors-inl.h"
+
 HWY_BEFORE_NAMESPACE();
 namespace vel::HWY_NAMESPACE {
 namespace {
@@ -94,12 +96,11 @@ std::size_t roundWholeVectors(const Unaligned<float>* HWY_RESTRICT src,
     const hn::ScalableTag<float> d;
     const hn::Rebind<To, decltype(d)> narrow;
     const std::size_t lanes = hn::Lanes(d);
-    const auto* from = reinterpret_cast<const float*>(src);
-    auto* to = reinterpret_cast<To*>(dst);
     std::size_t i = 0;
     for (; i + lanes <= n; i += lanes) {
-        const auto values = saturateLanes<To>(d, hn::LoadU(d, from + i));
-        hn::StoreU(hn::DemoteTo(narrow, roundLanesInRange<nearest>(d, values)), narrow, to + i);
+        const auto values = saturateLanes<To>(d, loadUnaligned(d, src + i));
+        storeUnaligned(hn::DemoteTo(narrow, roundLanesInRange<nearest>(d, values)), narrow,
+                       dst + i);
     }
     return i;
 }
@@ -179,13 +180,12 @@ namespace {
 template <class Row, class From, class To, class... Round>
 Status convertRows(Row&& row, const From* src, std::int32_t srcStep, To* dst, std::int32_t dstStep,
                    std::int32_t w, std::int32_t h, Round... round) noexcept {
-    const Status status = checkArguments({src, dst}, {w, h}, {srcStep, dstStep});
-    if (status != kOk) {
+    if (const Status status = checkArguments({src, dst}, {w, h}, {srcStep, dstStep})) {
         return status;
     }
     const Extent extent = joinAdjacentRows(w, h, {{srcStep, sizeof(From)}, {dstStep, sizeof(To)}});
     for (std::size_t y = 0; y < extent.rows; ++y) {
-        row(unaligned(rowAt(src, srcStep, y)), unaligned(rowAt(dst, dstStep, y)), extent.columns,
+        row(rowAt(unaligned(src), srcStep, y), rowAt(unaligned(dst), dstStep, y), extent.columns,
             round...);
     }
     return kOk;

@@ -40,14 +40,13 @@ HWY_EXPORT(copyMaskedRow);
 
 Status copyPlaneF32(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep,
                     std::int32_t w, std::int32_t h) noexcept {
-    const Status status = checkArguments({src, dst}, {w, h}, {srcStep, dstStep});
-    if (status != kOk) {
+    if (const Status status = checkArguments({src, dst}, {w, h}, {srcStep, dstStep})) {
         return status;
     }
     const Extent extent =
         joinAdjacentRows(w, h, {{srcStep, sizeof(float)}, {dstStep, sizeof(float)}});
     for (std::size_t y = 0; y < extent.rows; ++y) {
-        std::memcpy(static_cast<void*>(rowAt(dst, dstStep, y)), rowAt(src, srcStep, y),
+        std::memcpy(rowAt(unaligned(dst), dstStep, y), rowAt(unaligned(src), srcStep, y),
                     extent.columns * sizeof(float));
     }
     return kOk;
@@ -55,14 +54,13 @@ Status copyPlaneF32(const float* src, std::int32_t srcStep, float* dst, std::int
 
 Status setPlaneF32(float value, float* dst, std::int32_t dstStep, std::int32_t w,
                    std::int32_t h) noexcept {
-    const Status status = checkArguments({dst}, {w, h}, {dstStep});
-    if (status != kOk) {
+    if (const Status status = checkArguments({dst}, {w, h}, {dstStep})) {
         return status;
     }
     const Extent extent = joinAdjacentRows(w, h, {{dstStep, sizeof(float)}});
     for (std::size_t y = 0; y < extent.rows; ++y) {
         HWY_DYNAMIC_DISPATCH(fillRow)
-        (value, unaligned(rowAt(dst, dstStep, y)), extent.columns);
+        (value, rowAt(unaligned(dst), dstStep, y), extent.columns);
     }
     return kOk;
 }
@@ -70,15 +68,15 @@ Status setPlaneF32(float value, float* dst, std::int32_t dstStep, std::int32_t w
 Status copyMaskedF32(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep,
                      std::int32_t w, std::int32_t h, const std::uint8_t* mask,
                      std::int32_t maskStep) noexcept {
-    const Status status = checkArguments({src, dst, mask}, {w, h}, {srcStep, dstStep, maskStep});
-    if (status != kOk) {
+    if (const Status status =
+            checkArguments({src, dst, mask}, {w, h}, {srcStep, dstStep, maskStep})) {
         return status;
     }
     const Extent extent =
         joinAdjacentRows(w, h, {{srcStep, sizeof(float)}, {dstStep, sizeof(float)}, {maskStep, 1}});
     for (std::size_t y = 0; y < extent.rows; ++y) {
         HWY_DYNAMIC_DISPATCH(copyMaskedRow)
-        (unaligned(rowAt(src, srcStep, y)), unaligned(rowAt(dst, dstStep, y)),
+        (rowAt(unaligned(src), srcStep, y), rowAt(unaligned(dst), dstStep, y),
          rowAt(mask, maskStep, y), extent.columns);
     }
     return kOk;

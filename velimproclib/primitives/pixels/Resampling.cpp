@@ -325,9 +325,9 @@ Status resizeU8(const std::uint8_t* src, std::int32_t srcW, std::int32_t srcH, s
     if (!(xFactor > 0.0) || !(yFactor > 0.0)) {
         return kBadSize;
     }
-    const Status status = checkArguments(
-        {}, {srcW, srcH, srcRect.w, srcRect.h, rect.w, rect.h, dstW, dstH}, {srcStep, dstStep});
-    if (status != kOk) {
+    if (const Status status =
+            checkArguments({}, {srcW, srcH, srcRect.w, srcRect.h, rect.w, rect.h, dstW, dstH},
+                           {srcStep, dstStep})) {
         return status;
     }
     if (interpolation != kLinear) {
