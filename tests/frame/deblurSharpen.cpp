@@ -1,10 +1,10 @@
 // ornDeblurSharpen, tested through the shared library.
 #include "tests/frame/DeblurCalls.h"
 #include "tests/support/ProgressListener.h"
+#include "tests/support/Threads.h"
 
 #include <cmath>
 #include <limits>
-#include <omp.h>
 #include <string>
 #include <vector>
 
@@ -192,17 +192,13 @@ TEST_F(DeblurSharpen, ResultDoesNotDependOnTheNumberOfThreads) {
     settings.edgeSlope = 2.0f;
     settings.detailGain = 0.4f;
     settings.detailGamma = 0.2f;
-    const int threads = omp_get_max_threads();
-    std::vector<cv::Mat> results;
-    for (const int count : {1, 2, 4}) {
-        omp_set_num_threads(count);
+    cv::Mat expected(source.size(), CV_8UC3);
+    EXPECT_EQ(run(source, expected, disc(2.0f), settings), VELORN_OK);
+    forThreadCounts([&] {
         cv::Mat target(source.size(), CV_8UC3);
         EXPECT_EQ(run(source, target, disc(2.0f), settings), VELORN_OK);
-        results.push_back(target);
-    }
-    omp_set_num_threads(threads);
-    EXPECT_EQ(largestDifference(results[0], results[1]), 0);
-    EXPECT_EQ(largestDifference(results[0], results[2]), 0);
+        EXPECT_EQ(largestDifference(expected, target), 0);
+    });
 }
 
 TEST_F(DeblurSharpen, ProgressAdvancesStepByStepAndEndsAtTheExactTotal) {
@@ -494,42 +490,63 @@ TEST_F(DeblurSharpen, StepMustHoldARowOfItsPixelType) {
     }
 }
 
-TEST_F(DeblurSharpen, UnusableRecordsAreTextFailures) {
-    cv::Mat source = noise(cv::Size(20, 10), CV_8UC3, 255);
-    cv::Mat target(source.size(), CV_8UC3);
-    ProgressRecord progress{100, 100, nullptr, nullptr, 0};
+class UnusableRecords : public DeblurSharpen {
+protected:
+    void expectText(const std::string& text, int32_t deconvolve = 0) {
+        ProgressRecord progress{100, 100, nullptr, nullptr, 0};
+        DeblurSettings settings;
+        settings.deconvolve = deconvolve;
+        EXPECT_EQ(call(&progress, imagePointer, kernelPointer, settings), VELORN_TEXT_FAILURE);
+        // The text may end with one stale character.
+        EXPECT_EQ(std::string(errorMessage()).substr(0, text.size()), text);
+    }
+
+    const cv::Mat source = noise(cv::Size(20, 10), CV_8UC3, 255);
+    cv::Mat target = flat(source.size(), 77);
+    ImageRecord image{psC3U8, source.data, 60, target.data, 60, 20, 10};
     KernelRecord kernel = disc(1.0f);
-    const ImageRecord good{psC3U8, source.data, 60, target.data, 60, 20, 10};
-    DeblurSettings deconvolve;
-    deconvolve.deconvolve = 1;
+    ImageRecord* imagePointer = &image;
+    KernelRecord* kernelPointer = &kernel;
+};
 
-    EXPECT_EQ(call(&progress, nullptr, &kernel, {}), VELORN_TEXT_FAILURE);
-    EXPECT_NE(errorMessage()[0], '\0');
-    ImageRecord image = good;
-    EXPECT_EQ(call(&progress, &image, nullptr, {}), VELORN_TEXT_FAILURE);
+TEST_F(UnusableRecords, NullImageFails) {
+    imagePointer = nullptr;
+    expectText("ornDeblurSharpen - image_p ==NULL");
+}
+
+TEST_F(UnusableRecords, NullKernelFails) {
+    kernelPointer = nullptr;
+    expectText("ornDeblurSharpen - kernel_p ==NULL");
+}
+
+TEST_F(UnusableRecords, NullPixelsFail) {
     image.source = nullptr;
-    EXPECT_EQ(call(&progress, &image, &kernel, {}), VELORN_TEXT_FAILURE);
-    image = good;
+    expectText("ornDeblurSharpen - source or target ==NULL");
+    image.source = source.data;
     image.target = nullptr;
-    EXPECT_EQ(call(&progress, &image, &kernel, {}), VELORN_TEXT_FAILURE);
-    image = good;
-    image.sourceStep = 59;
-    EXPECT_EQ(call(&progress, &image, &kernel, {}), VELORN_TEXT_FAILURE);
-    image = good;
-    image.targetStep = -60;
-    EXPECT_EQ(call(&progress, &image, &kernel, {}), VELORN_TEXT_FAILURE);
-    image = good;
-    KernelRecord bad = kernel;
-    bad.data = nullptr;
-    EXPECT_EQ(call(&progress, &image, &bad, deconvolve), VELORN_TEXT_FAILURE);
-    bad = kernel;
-    bad.width = 0;
-    EXPECT_EQ(call(&progress, &image, &bad, deconvolve), VELORN_TEXT_FAILURE);
-    bad.width = -1;
-    EXPECT_EQ(call(&progress, &image, &bad, {}), VELORN_TEXT_FAILURE);
+    expectText("ornDeblurSharpen - source or target ==NULL");
+}
 
-    EXPECT_EQ(call(&progress, &image, &kernel, {}), VELORN_OK);
-    EXPECT_STREQ(errorMessage(), "");
+TEST_F(UnusableRecords, StepsShorterThanARowFail) {
+    image.sourceStep = 59;
+    expectText("ornDeblurSharpen - step shorter than a row");
+    image.sourceStep = 60;
+    image.targetStep = -60;
+    expectText("ornDeblurSharpen - step shorter than a row");
+}
+
+TEST_F(UnusableRecords, KernelWithoutDataFailsOnlyWithDeconvolution) {
+    kernel.data = nullptr;
+    expectText("ornDeblurSharpen - kernel data ==NULL", 1);
+    EXPECT_EQ(run(source, target, kernel, {}), VELORN_OK);
+}
+
+TEST_F(UnusableRecords, KernelOfSideZeroFailsOnlyWithDeconvolution) {
+    kernel.width = 0;
+    expectText("ornDeblurSharpen - kernel without elements", 1);
+    EXPECT_EQ(run(source, target, kernel, {}), VELORN_OK);
+    kernel.width = -1;
+    expectText("ornDeblurSharpen - kernel without elements");
 }
 
 TEST_F(DeblurSharpen, NaNAndInfiniteSettingsAreLegal) {
