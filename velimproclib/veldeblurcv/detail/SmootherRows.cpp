@@ -25,52 +25,64 @@ struct Blocks {
     std::size_t end;
 };
 
-/// Adds up `kSums` sums over all columns. `terms(d, c, t)` stores in `t` one vector for each sum:
-/// the terms of the columns from c on.
+/// Adds the columns from `begin` to `end` to the lanes, one at a time.
 template <std::size_t kSums, class Terms>
-HWY_INLINE void sumColumns(std::size_t count, const Blocks& blocks, double* sums,
+HWY_INLINE void addColumns(std::size_t begin, std::size_t end, double (&lanes)[kSums][kSumLanes],
                            const Terms& terms) {
-    const hn::CappedTag<double, kSumLanes> d;
     const hn::CappedTag<double, 1> one;
-    constexpr std::size_t kStep = hn::MaxLanes(d);
-    constexpr std::size_t kParts = kSumLanes / kStep;
-    using Vector = hn::Vec<decltype(d)>;
-    alignas(64) double lanes[kSums][kSumLanes] = {};
-    const auto addColumn = [&](std::size_t c) HWY_ATTR {
+    for (std::size_t c = begin; c < end; ++c) {
         hn::Vec<decltype(one)> term[kSums];
         terms(one, c, term);
         for (std::size_t s = 0; s < kSums; ++s) {
             lanes[s][c % kSumLanes] += hn::GetLane(term[s]);
         }
-    };
-
-    std::size_t c = 0;
-    for (; c < count && c < blocks.begin; ++c) {
-        addColumn(c);
     }
-    Vector blockSums[kSums][kParts];
+}
+
+/// Adds whole blocks of eight columns from `begin`, a multiple of eight, up to `end` to the lanes.
+/// @return the first column that no block contains
+template <std::size_t kSums, class Terms>
+HWY_INLINE std::size_t addBlocks(std::size_t begin, std::size_t end,
+                                 double (&lanes)[kSums][kSumLanes], const Terms& terms) {
+    const hn::CappedTag<double, kSumLanes> d;
+    constexpr std::size_t kStep = hn::MaxLanes(d);
+    constexpr std::size_t kParts = kSumLanes / kStep;
+    using Vector = hn::Vec<decltype(d)>;
+    Vector sums[kSums][kParts];
     for (std::size_t s = 0; s < kSums; ++s) {
         for (std::size_t part = 0; part < kParts; ++part) {
-            blockSums[s][part] = hn::Load(d, lanes[s] + part * kStep);
+            sums[s][part] = hn::Load(d, lanes[s] + part * kStep);
         }
     }
-    for (; c + kSumLanes <= blocks.end; c += kSumLanes) {
+    std::size_t c = begin;
+    for (; c + kSumLanes <= end; c += kSumLanes) {
         for (std::size_t part = 0; part < kParts; ++part) {
             Vector term[kSums];
             terms(d, c + part * kStep, term);
             for (std::size_t s = 0; s < kSums; ++s) {
-                blockSums[s][part] = hn::Add(blockSums[s][part], term[s]);
+                sums[s][part] = hn::Add(sums[s][part], term[s]);
             }
         }
     }
     for (std::size_t s = 0; s < kSums; ++s) {
         for (std::size_t part = 0; part < kParts; ++part) {
-            hn::Store(blockSums[s][part], d, lanes[s] + part * kStep);
+            hn::Store(sums[s][part], d, lanes[s] + part * kStep);
         }
     }
-    for (; c < count; ++c) {
-        addColumn(c);
-    }
+    return c;
+}
+
+/// Adds up `kSums` sums over all columns of a row. `terms(d, c, t)` stores in `t` one vector for
+/// each sum: the terms of the columns from c on. Columns outside of `blocks` are added one at a
+/// time.
+template <std::size_t kSums, class Terms>
+HWY_INLINE void sumColumns(std::size_t count, const Blocks& blocks, double* sums,
+                           const Terms& terms) {
+    alignas(64) double lanes[kSums][kSumLanes] = {};
+    const std::size_t first = blocks.begin < count ? blocks.begin : count;
+    addColumns(0, first, lanes, terms);
+    const std::size_t rest = addBlocks(first, blocks.end, lanes, terms);
+    addColumns(rest, count, lanes, terms);
     for (std::size_t s = 0; s < kSums; ++s) {
         sums[s] = addLanes(lanes[s]);
     }
