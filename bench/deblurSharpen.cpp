@@ -1,11 +1,13 @@
-// The whole of ornDeblurSharpen with a disc of radius 5.
+// Measures ornDeblurSharpen with a disc of radius 5.
 //
-//   deblurSharpen  megapixels per second on one and on two threads, and the speed-up between them,
-//                  measured alternately in one run; stages 1 and 2, then all three
-//   shares         where the time of a call with all stages goes, in percent. Calls with one stage
-//                  more each are made in turns; a share is what a stage adds to the median time:
-//                  `tiles` are loading, colours and storing, `deconv` the deconvolution of three
-//                  planes, `limit` the limiter, `edge` edge sharpening, `detail` enhancement
+//   deblurSharpen  megapixels per second on one and on two threads, measured alternately in one
+//   run,
+//                  and the speed-up; for stages 1 and 2, then for all three
+//   shares         the shares of the stages in the time of a call, in percent. Each iteration makes
+//                  calls with one, two, three... stages; the share of a stage is the time that it
+//                  adds to the median. `tiles` is loading, colours and storing, `deconv` the
+//                  deconvolution of three planes, `limit` the limiter, `edge` edge sharpening and
+//                  `detail` detail enhancement
 //
 //   bench_deblurSharpen --benchmark_min_time=0.1
 #include "bench/alternate.h"
@@ -35,7 +37,7 @@ std::vector<unsigned char> texturedPicture(int width, int height) {
     return pixels;
 }
 
-/// Which stages run, each together with those before it.
+/// The last stage that runs; all earlier stages run too.
 enum Stages { kTiles, kDeconvolution, kLimiter, kEdges, kDetail, kStagesCount };
 
 struct Call {

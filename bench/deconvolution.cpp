@@ -1,11 +1,11 @@
-// The deconvolution of a tile against the bare time of its transforms as FFTW does them (single
-// precision, FFTW_ESTIMATE), everything on one thread. Luminance takes 13 transforms, the two
-// chroma planes 4. Each iteration times both, one after the other, in processor time of the
-// thread; "ratio" is the quotient of the medians: 1 would be the arithmetic of a tile in the time
-// of the reference's transforms alone.
+// Compares the deconvolution of a tile with the time that FFTW (single precision, FFTW_ESTIMATE)
+// needs for the transforms of the tile alone, all on one thread. Luminance takes 13 transforms, the
+// two chroma planes 4. Each iteration times both, one after the other, in processor time of the
+// thread. "ratio" is the quotient of the medians: at 1, the whole deconvolution is as fast as the
+// reference's transforms.
 //
 // Content 0 is a drawn scene with a little noise: most gradients shrink to 0, as in photographs.
-// Content 1 is white noise, for which the shrink always walks its table.
+// Content 1 is white noise: every gradient needs the table lookup.
 //
 //   bench_deconvolution --benchmark_min_time=1
 
@@ -56,7 +56,7 @@ cv::Mat observedPlane(int side, int content) {
     return plane;
 }
 
-/// Planes and plans of the reference's transforms.
+/// The transforms of the reference with their planes and plans.
 class Transforms {
 public:
     explicit Transforms(int side)
@@ -79,7 +79,7 @@ public:
         fftwf_free(m_spectrum);
     }
 
-    /// The numerator's transform, then one forward and one inverse for each of six passes.
+    /// One transform for the numerator, then one forward and one inverse for each of six passes.
     void luminance() const {
         fftwf_execute(m_forward);
         constexpr int kPasses = 6;

@@ -1,13 +1,15 @@
-// The detail stage and the solver that it spends its time in. `threads` is the size of the regions.
+// Measures the detail stage and its solver, which takes most of its time. `threads` is the number
+// of threads of a region.
 //
-// smoother: a 1024 by 536 half, all 20 steps, set-up and conversions included. `ofBound` is its
-// time over the time of moving the bytes that the steps cannot avoid, 13 planes of doubles a step
-// (4 for the product with the matrix, 4 for the residual, 5 for the solution and the direction), as
-// a memcpy by the same number of threads in a working set of the same seven planes.
+// smoother: one half of 1024 by 536 pixels, all 20 steps, including set-up and conversions.
+// `ofBound` is its time divided by the time to move the bytes that the steps must move: 13 planes
+// of doubles per step (4 for the product with the matrix, 4 for the residual, 5 for the solution
+// and the direction). The reference is a memcpy by the same number of threads in a working set of
+// the same seven planes.
 //
-// stage: a square tile; `copies` is against a memcpy of its plane.
+// stage: a square tile; `copies` is its time divided by that of a memcpy of its plane.
 //
-// The clock shows how busy the machine is as well; `cpuMs` is the processor time of all threads.
+// Wall time depends on the load of the machine; `cpuMs` is the processor time of all threads.
 //
 //   bench_detail --benchmark_min_time=2
 
@@ -29,7 +31,7 @@ namespace {
 
 constexpr int kSteps = 20;
 
-/// Waves, a step and noise: far from converged after all steps.
+/// Waves, a step and noise: the iteration is far from converged after all steps.
 cv::Mat picture(int width, int height) {
     std::mt19937 random(1);
     std::uniform_real_distribution<float> noise(-0.05f, 0.05f);
@@ -43,7 +45,7 @@ cv::Mat picture(int width, int height) {
     return plane;
 }
 
-/// Adds up the processor time of its runs.
+/// Runs work and adds up its processor time.
 template <class Work>
 class Timed {
 public:
@@ -67,7 +69,7 @@ vel::GIMG<float> over(cv::Mat& plane) {
     return {plane.cols, plane.rows, plane.data, static_cast<int>(plane.step)};
 }
 
-/// Copies by as many threads as regions have.
+/// Copies memory on all threads of a region.
 class Copier {
 public:
     explicit Copier(std::size_t bytes) : m_from(bytes, 1), m_to(bytes, 2) {}
@@ -98,8 +100,8 @@ void smoother(benchmark::State& state) {
     cv::Mat io;
     cv::Mat guide;
     vel::CEdgeSmoother workspace;
-    // A copy reads and writes: 7 planes of which half is copied to the other, and 13 planes moved
-    // a step are 6.5 planes copied.
+    // A copy reads one byte and writes one: it copies half of the 7 planes to the other half, and a
+    // step that moves 13 planes corresponds to 6.5 copied planes.
     const std::size_t planeBytes = source.total() * sizeof(double);
     Copier copier(planeBytes * 7 / 2);
     constexpr int kCopies = kSteps * 13 / 7;

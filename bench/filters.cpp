@@ -1,5 +1,5 @@
-// The neighbourhood primitives on one thread, against a memcpy of a plane of the same pixels in the
-// same run (column `copies`), the resampler against cv::resize (`resizes`):
+// Compares the neighbourhood primitives on one thread with a memcpy of a plane of the same pixels
+// in the same run (column `copies`), and the resampler with cv::resize (column `resizes`):
 //   bench_filters --benchmark_min_time=1
 
 #include "bench/alternate.h"
@@ -24,7 +24,7 @@ namespace {
 constexpr int kSide = 512;
 constexpr int kBorder = 4;
 
-/// A plane with a border and the pointer to the first pixel inside.
+/// A plane with a border; `data` points to the first pixel inside.
 template <class T>
 struct Plane {
     Plane() : pixels(static_cast<std::size_t>(kRowPixels * kRowPixels)) {

@@ -1,5 +1,5 @@
-// The sharpening stages on one tile, against a memcpy of one float plane of the tile in the same
-// run (column `copies`). OMP_NUM_THREADS sets the threads:
+// Compares the sharpening stages on one tile with a memcpy of one float plane of the tile in the
+// same run (column `copies`). OMP_NUM_THREADS sets the number of threads:
 //   bench_stages --benchmark_min_time=1
 
 #include "bench/alternate.h"

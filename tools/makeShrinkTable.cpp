@@ -283,7 +283,7 @@ int verify(const char* path) {
     if (committed == makeTable()) {
         return 0;
     }
-    std::cerr << path << " is not what makeShrinkTable writes\n";
+    std::cerr << path << " differs from the output of makeShrinkTable\n";
     return 1;
 }
 

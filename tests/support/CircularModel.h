@@ -7,13 +7,13 @@
 #include <complex>
 #include <random>
 
-/// Planes, kernels and full complex spectra in double precision: the plain side of the
+/// Planes, kernels and full complex spectra in double precision: the reference of the
 /// deconvolvers' tests.
 namespace vel::test {
 
 using Complex = std::complex<double>;
 
-/// A drawn scene with edges, a ramp and a little noise; periodic only by accident.
+/// A drawn scene with edges, a ramp and a little noise; it is not periodic.
 inline cv::Mat scene(int side, unsigned seed = 1) {
     cv::Mat plane(side, side, CV_32FC1);
     std::mt19937 random(seed);

@@ -6,7 +6,7 @@
 
 namespace vel::test {
 
-/// `half` as `enhanceHalf` leaves it, with objects of its own; the scratch images are larger than
+/// The result of `enhanceHalf` for `half` with new workspaces. The scratch images are larger than
 /// the half by `scratchMargin` columns and rows.
 inline cv::Mat enhancedHalf(const cv::Mat& half, float gain, float gamma, int scratchMargin = 0) {
     cv::Mat result = half.clone();

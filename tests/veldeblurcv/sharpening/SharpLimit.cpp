@@ -356,8 +356,7 @@ float largestValue(const Plane& plane) {
 
 TEST(SharpLimit, ASmallerMixLeavesLessOvershoot) {
     const Edge edge;
-    // A large neighbourhood of the soft edge: its levels are the bounds next to the ringing, apart
-    // from the ringing itself, which counts after the median.
+    // Near the edge the bounds come from the soft edge and from the ringing that the median keeps.
     CSharpLimit limit = limiter(edge.soft.size(), 5, 4.0f, 1.0f);
     const auto overshoot = [&](float mix) {
         limit.m_mix = mix;

@@ -27,8 +27,8 @@ namespace vel {
 /// image deconvolution using hyper-Laplacian priors, 2009.
 ///
 /// The data term is circular, but the prior does not see the step across the plane's seam: the
-/// gradients of the last column and row are 0, and the first column and row of the transposed
-/// differences are zero.
+/// gradients of the last column and row are 0, and the transposed differences leave out the
+/// horizontal term of the first column and the vertical term of the first row.
 ///
 /// Planes are CV_32FC1, n by n, n in {256, 512, 1024}, 1.0 = full scale.
 ///
