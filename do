@@ -7,6 +7,8 @@ packages=(build-essential cmake ninja-build pkg-config git
     libopencv-core-dev libopencv-imgproc-dev libhwy-dev liblcms2-dev
     libgtest-dev libgmock-dev libbenchmark-dev libfftw3-dev
     libopenimageio-dev libcli11-dev)
+# Other versions lay code out differently.
+clang_format=clang-format-14
 windows_packages=(g++-mingw-w64-i686-posix libz-mingw-w64-dev dpkg-dev debootstrap)
 
 say() { printf '\033[1m%s\033[0m\n' "$*" >&2; }
@@ -29,33 +31,36 @@ install_packages() {
         command -v sudo >/dev/null || die "not root and no sudo: install these packages: $(echo $missing)"
         as_root=(sudo)
     fi
-    "${as_root[@]}" apt-get update -qq
+    # Machines that have just started often hold the lock for their own updates.
+    local wait_for_lock=(-o DPkg::Lock::Timeout=600)
+    "${as_root[@]}" apt-get "${wait_for_lock[@]}" update -qq
     # shellcheck disable=SC2086
-    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq $missing >/dev/null
+    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
+        apt-get "${wait_for_lock[@]}" install -y -qq $missing >/dev/null
 }
 
 # build PRESET [TARGET...]
 build() {
-    local preset=$1
+    local preset=$1 start=$SECONDS
     shift
     install_packages "${packages[@]}"
     cmake --preset "$preset" >/dev/null
-    cmake --build --preset "$preset" ${1:+--target "$@"}
+    NINJA_STATUS='[%f of %t, %e s] ' cmake --build --preset "$preset" ${1:+--target "$@"}
+    say "Built ($preset) in $((SECONDS - start)) s"
+}
+
+# build_and_test PRESET [CTEST OPTION...]
+build_and_test() {
+    local preset=$1
+    shift
+    build "$preset"
+    ctest --preset "$preset" "$@"
 }
 
 command_build() { build "${1:-release}"; }
-
-command_test() {
-    build release
-    ctest --preset release "$@"
-}
-
-command_sanitize() {
-    for preset in asan ubsan; do
-        build "$preset"
-        ctest --preset "$preset"
-    done
-}
+command_test() { build_and_test release "$@"; }
+command_sanitize() { build_and_test sanitize "$@"; }
+command_scalar() { build_and_test scalar "$@"; }
 
 command_bench() {
     build release
@@ -66,24 +71,32 @@ command_bench() {
     done
 }
 
-# Cross-builds velorncore10.dll for 32-bit Windows and runs its tests under Wine. What that takes
-# besides packages is made once and kept outside of the tree.
+# Cross-builds velorncore10.dll for 32-bit Windows and runs its tests under Wine. Dependencies that
+# are not in packages are built once and kept outside of the tree.
 command_windows() {
     install_packages "${packages[@]}" "${windows_packages[@]}"
     local cache=${XDG_CACHE_HOME:-$HOME/.cache}/velorncore10/windows-x86
-    local tools=$PWD/tools/windows dependencies
+    local tools=$PWD/tools/windows start=$SECONDS dependencies
     dependencies=$("$tools/dependencies" "$cache" | paste -sd ';')
     "$tools/install-wine" "$cache/wine"
     cmake --preset windows-x86 -DVELORN_WINDOWS_DEPENDENCIES="$dependencies" \
         -DCMAKE_CROSSCOMPILING_EMULATOR="$tools/wine;$cache/wine" >/dev/null
-    cmake --build --preset windows-x86
-    ctest --preset windows-x86 "$@"
+    say "Dependencies are ready after $((SECONDS - start)) s"
+    build windows-x86
     say "See build/windows-x86/bin/velorncore10.dll"
+    ctest --preset windows-x86 "$@"
 }
 
+# ./do format lays the code out, ./do format --check fails where that would change a file.
 command_format() {
-    install_packages clang-format
-    git ls-files '*.cpp' '*.h' '*.c' | xargs clang-format -i
+    install_packages "$clang_format"
+    local options=(-i)
+    case ${1:-} in
+    '') ;;
+    --check) options=(--dry-run --Werror) ;;
+    *) die "format takes --check or nothing, not: $1" ;;
+    esac
+    git ls-files -z '*.cpp' '*.h' '*.c' | xargs -0 "$clang_format" "${options[@]}"
 }
 
 # Blurs a drawn scene, restores it with velorn, and shows the three side by side.
@@ -101,7 +114,7 @@ command_demo() {
     say "See demo/side-by-side.png, demo/stages.png and, blurs found blindly, demo/{focus,shake}*.png"
 }
 
-# The same photograph with one stage more each.
+# The same photograph several times, each time with one more stage.
 demo_stages() {
     local bin=$1 stage
     local -A options=(
@@ -120,7 +133,7 @@ demo_stages() {
         --columns 3 --sheet demo/stages.png --inset 740,465,140,140
 }
 
-# Restores a photograph whose blur nobody tells, beside one with the true kernel.
+# Restores a photograph blindly, and with the true kernel for comparison.
 demo_blind() {
     local bin=$1 name=$2
     shift 2
@@ -139,13 +152,18 @@ demo_blind() {
 
 command_help() {
     cat <<'TEXT'
-./do test       install what is missing, build, run all tests
-./do build      build only (./do build debug|asan|ubsan for the other presets)
+./do test       install missing packages, build, run all tests
+./do build      build only (./do build debug|sanitize|scalar for the other presets)
+./do sanitize   run all tests under the address and undefined-behaviour sanitizers
+./do scalar     run the library's tests with the scalar variant of the vector code
 ./do windows    cross-build velorncore10.dll for 32-bit Windows and run its tests under Wine
+./do format     lay out the code with clang-format; --check only reports what would change
+./do mutate     break the library on purpose, line by line, and list the breaks that no test notices
 ./do bench      build and run the benchmarks; each prints its ratio to a reference of the same run
-./do demo       restore blurred sample scenes, blindly too: pictures in demo/, PSNR before and after
-./do sanitize   run all tests under the address and the undefined-behaviour sanitizer
-./do format     lay out the code with clang-format
+./do demo       restore blurred sample scenes, with known and with unknown blur: pictures in demo/,
+                PSNR before and after
+
+test, sanitize, scalar and windows pass further options to ctest, for example -R Digests.
 TEXT
 }
 

@@ -15,9 +15,9 @@ inline double median(std::vector<double>& values) {
     return *middle;
 }
 
-/// Runs `work` in turns with `reference`, reports the time of `work` and, as `counter`, the median
-/// time of `work` divided by that of `reference`. What disturbs the machine disturbs both.
-/// The benchmark is registered with `UseManualTime`.
+/// Alternates `work` and `reference`. Reports the time of `work` and, as `counter`, the median time
+/// of `work` divided by that of `reference`: other load on the machine slows both down. Register
+/// the benchmark with `UseManualTime`.
 template <class Work, class Reference>
 void runAgainst(benchmark::State& state, const char* counter, Work&& work, Reference&& reference) {
     using Clock = std::chrono::steady_clock;
@@ -38,7 +38,7 @@ void runAgainst(benchmark::State& state, const char* counter, Work&& work, Refer
     state.counters[counter] = median(workTimes) / median(referenceTimes);
 }
 
-/// The same against a memcpy of `planeBytes` bytes; the counter is `copies`.
+/// The same with a memcpy of `planeBytes` bytes as the reference; the counter is `copies`.
 template <class Work>
 void runAgainstCopy(benchmark::State& state, std::size_t planeBytes, Work&& work) {
     const std::vector<unsigned char> from(planeBytes, 1);

@@ -1,10 +1,10 @@
 // The display exports, 1800 by 1200 pixels, on one thread.
 //
-//   direct      PSImage2QImage at scale 1 against a memcpy with the same traffic, as many bytes
-//               read and written together; the counter `copies` is our time over its
-//   resampled   PSImage2QImage at 0.5 and 2 against cv::resize of three planes, which neither takes
-//               them apart nor joins them: `resizes`
-//   colour      the colour pass alone, from a wide-gamut profile to sRGB, in million pixels a
+//   direct      PSImage2QImage at scale 1 against a memcpy that reads and writes as many bytes in
+//               total; the counter `copies` is our time divided by the memcpy's
+//   resampled   PSImage2QImage at 0.5 and 2 against cv::resize of three planes, without the
+//               conversion between planes and pixels: `resizes`
+//   colour      the colour pass alone, from a wide-gamut profile to sRGB, in million pixels per
 //               second, against the transform itself, called once for all pixels without
 //               reordering: `transforms`
 #include "bench/alternate.h"
@@ -74,7 +74,8 @@ void resampled(benchmark::State& state, bool is8, float scale) {
 
 void colour(benchmark::State& state) {
     const auto picture = noise(3 * kPixels);
-    // An image without pixels: the display buffer stays as it is and is then transformed.
+    // An image without pixels leaves the display buffer unchanged, and the colour pass transforms
+    // it.
     PlaneRecord image{psC3U8, picture.data(), 3 * kWidth, 0, 0};
     const auto profile = vel::test::wideGamutProfile();
     PSProfilesRecord profiles{profile.data(), static_cast<std::int32_t>(profile.size()), nullptr,

@@ -1,9 +1,9 @@
-// The conversions and channel moves against `memcpy` with the same traffic: as many bytes read and
-// written together. The counter `of_memcpy` is memcpy's time over the operation's (1 is memcpy's
-// speed), both taken in turns within one run and the median of the rounds, so that a disturbed
-// machine disturbs both. One plane of 1024 by 1024 pixels, and one of 256 by 64 that stays in the
-// cache. Two things no variant can change: the planes of 1024 by 1024 do not fit the first cache,
-// and a move into one channel carries the bytes of the other channels along.
+// The conversions and channel moves against a memcpy that reads and writes as many bytes in total.
+// The counter `of_memcpy` is memcpy's time divided by the operation's (1 is memcpy's speed). Both
+// alternate within one run and the medians are compared, so that other load on the machine slows
+// both down. One plane has 1024 by 1024 pixels, one 256 by 64, which fit the cache. Two limits hold
+// for every variant: the large planes do not fit the first-level cache, and a move into one channel
+// transfers the bytes of the other channels too.
 #include "velimproclib/primitives/base/Memory.h"
 #include "velimproclib/primitives/pixels/ChannelMoves.h"
 #include "velimproclib/primitives/pixels/Conversions.h"
@@ -128,7 +128,7 @@ void addRounding(const std::string& name, Size size, Rounding<To> convert) {
     }
 }
 
-/// A move out of a channel reads the whole pixel; one into a channel reads and writes it.
+/// A move out of a channel reads the whole pixel; a move into a channel reads and writes it.
 template <class T>
 void addMoves(const std::string& suffix, Size size, Conversion<T, T> into, Conversion<T, T> from) {
     const auto element = static_cast<std::int32_t>(sizeof(T));

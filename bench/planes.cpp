@@ -1,8 +1,8 @@
-// The plane operations and both lookups against memcpy. "toMemcpy" is the time of an operation over
-// the time of copying half as many bytes as it reads and writes together (a copy of n bytes reads n
-// and writes n), both taken in turns in the same run; "nsPerPixel" is the operation alone. Both
-// come from the shortest times of the run, which other work on the machine disturbs least.
-// VELORN_TARGET in the environment names a processor variant to measure instead of the best one.
+// The plane operations and both lookups against memcpy. "toMemcpy" is the time of an operation
+// divided by the time of a memcpy that reads and writes as many bytes in total; both alternate in
+// one run. "nsPerPixel" is the operation alone. Both use the shortest times of the run, which other
+// load on the machine affects least. The environment variable VELORN_TARGET selects a processor
+// variant instead of the best one.
 
 #include "velimproclib/primitives/arithmetic/Lookups.h"
 #include "velimproclib/primitives/arithmetic/PlaneArithmetic.h"
@@ -30,7 +30,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// Four planes of `side` by `side` floats; the first is what operations work on in place.
+/// Four planes of `side` by `side` floats; operations in place work on the first.
 class Planes {
 public:
     explicit Planes(int side) : m_side(side) {
@@ -68,7 +68,7 @@ double secondsFor(Work&& work) {
     return std::chrono::duration<double>(Clock::now() - start).count();
 }
 
-/// `planesMoved` counts the planes that are read and those that are written.
+/// `planesMoved` is the number of planes read plus the number of planes written.
 void measure(benchmark::State& state, const Operation& operation, double planesMoved) {
     Planes planes(static_cast<int>(state.range(0)));
     const auto bytes = static_cast<std::size_t>(static_cast<double>(planes.count()) *
@@ -97,8 +97,8 @@ struct Knots {
     std::int32_t count() const { return static_cast<std::int32_t>(levels.size()); }
 };
 
-/// Evenly spread over -0.5 to 0.5, the range of a detail layer; every value is its level, so that a
-/// lookup leaves the plane as it is.
+/// Levels evenly spaced over -0.5 to 0.5, the range of a detail layer. Every value equals its
+/// level, so that a lookup leaves the plane unchanged.
 Knots evenKnots(int n) {
     Knots knots;
     for (int i = 0; i < n; ++i) {
@@ -174,7 +174,7 @@ void addLookups() {
     add("lutCubicInPlaceF32/levels:200", 2, cubicLookup(200));
 }
 
-/// A plane counts two rows of 16-bit elements for one of floats.
+/// One row of floats holds two rows of 16-bit elements.
 void addScaledOperations() {
     const auto elements = [](const Planes& p) { return reinterpret_cast<std::uint16_t*>(p[0]); };
     add("addConstScaledU16", 2, [=](const Planes& p) {

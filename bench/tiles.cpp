@@ -20,7 +20,7 @@ double millisecondsSince(Clock::time_point start) {
     return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
 }
 
-/// Milliseconds of a copy of three planes and their source pixels; the fastest of some.
+/// Milliseconds of a copy of three planes and their source pixels; the fastest of several runs.
 double copyTime(int side, int type) {
     const std::size_t bytes = static_cast<std::size_t>(side) * static_cast<std::size_t>(side) *
                               (3 * sizeof(float) + static_cast<std::size_t>(CV_ELEM_SIZE(type)));
@@ -43,7 +43,7 @@ struct TileTimes {
     double store = 1e9;
 };
 
-/// Times the tiles of one walk one by one, keeping the fastest of each step.
+/// Times every tile of one walk, and keeps the fastest time of each step.
 void timeWalk(const cv::Mat& source, cv::Mat& target, int side, int border, int taper,
               TileTimes& times) {
     vel::CBlockProcP3 walk;

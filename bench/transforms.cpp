@@ -1,6 +1,6 @@
 // Our transforms against FFTW's real transforms in single precision, one thread, FFTW_ESTIMATE.
-// "halfSpectrum" rows are the whole 2-D transform in the form that the deconvolution uses;
-// "packed" rows go through the packed spectrum of the catalogue. Compare medians of one run:
+// "halfSpectrum" rows are the 2-D transform in the form that the deconvolution uses; "packed" rows
+// use the packed spectrum of the catalogue. Compare medians of one run:
 //   bench_transforms --benchmark_repetitions=15 --benchmark_enable_random_interleaving=true
 //                    --benchmark_report_aggregates_only=true
 
@@ -34,7 +34,7 @@ int orderOf(int side) {
     return std::bit_width(static_cast<unsigned>(side)) - 1;
 }
 
-/// One image and one spectrum for an engine of our own.
+/// One image and one spectrum for our transforms.
 struct Ours {
     explicit Ours(int side)
         : fft(orderOf(side), orderOf(side)), step(side * static_cast<int>(sizeof(float))),
@@ -78,7 +78,8 @@ void inverseRows(const Ours& our) {
     }
 }
 
-/// The inverse works in place: zeros stay zeros, and nothing but denormals changes the time.
+/// The inverse works in place. Zeros stay zeros, and the time does not depend on values other
+/// than denormals.
 void clear(const Ours& our) {
     std::fill_n(our.spectrum.get(), our.fft.spectrumFloats(), 0.0f);
 }
@@ -119,7 +120,7 @@ void halfSpectrumInverseRowsOnly(benchmark::State& state) {
     }
 }
 
-/// The catalogue's transforms, with a work buffer of the caller.
+/// The catalogue's transforms, with a work buffer provided by the caller.
 struct Packed {
     explicit Packed(int side)
         : step(side * static_cast<int>(sizeof(float))),
@@ -201,7 +202,7 @@ void fftwInverse(benchmark::State& state) {
     }
 }
 
-/// `of_fftw`: our time divided by FFTW's, the two run in turns.
+/// `of_fftw` is our time divided by FFTW's; both alternate.
 void forwardAgainstFftw(benchmark::State& state) {
     const Ours our(static_cast<int>(state.range(0)));
     const Reference reference(static_cast<int>(state.range(0)));

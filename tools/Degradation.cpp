@@ -28,7 +28,7 @@ private:
 } // namespace
 
 cv::Mat blurInside(const cv::Mat& picture, const BlurKernel& kernel) {
-    // filter2D correlates: turned by 180 degrees, the kernel convolves.
+    // filter2D correlates; with a kernel turned by 180 degrees it convolves.
     cv::Mat turned(kernel.height, kernel.width, CV_32FC1);
     for (int r = 0; r < kernel.height; ++r) {
         for (int c = 0; c < kernel.width; ++c) {

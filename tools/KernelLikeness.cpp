@@ -8,7 +8,7 @@
 namespace velorn::tools {
 namespace {
 
-/// The sum of products with `second` moved by (right, down) against `first`.
+/// The sum of products after moving `second` by (right, down) relative to `first`.
 double overlap(const BlurKernel& first, const BlurKernel& second, int right, int down) {
     double sum = 0.0;
     for (int r = std::max(0, down); r < std::min(first.height, second.height + down); ++r) {

@@ -4,12 +4,14 @@
 
 namespace velorn::tools {
 
-/// How alike two kernels are, whatever their sizes: the largest sum of products of their weights
-/// over all whole-pixel shifts, over the product of their roots of summed squares. 1 for kernels
-/// that are equal but for a shift and a factor; a turn by 180 degrees counts as a difference.
+/// Similarity of two kernels of any sizes: the largest sum of products of their weights over all
+/// whole-pixel shifts, divided by the product of the square roots of their summed squares. It is 1
+/// for kernels that differ only by a shift and a factor. A rotation by 180 degrees counts as a
+/// difference.
 double likeness(const BlurKernel& first, const BlurKernel& second);
 
-/// The larger `likeness` of the two ways round that `first` can be held against `second`.
+/// The larger of two similarities with `second`: that of `first`, and that of `first` turned by 180
+/// degrees.
 double likenessEitherWay(const BlurKernel& first, const BlurKernel& second);
 
 } // namespace velorn::tools

@@ -44,7 +44,8 @@ std::vector<Place> placesAlong(std::span<const PathPoint> path) {
     return places;
 }
 
-/// The places shared out among the four weights around each, their centre of mass in the middle.
+/// Distributes each place among the four weights around it. The centre of mass is the kernel's
+/// centre.
 BlurKernel sharedOut(const std::vector<Place>& places, int side) {
     Place sum{0.0, 0.0, 0.0};
     for (const Place& place : places) {
@@ -76,7 +77,7 @@ BlurKernel sharedOut(const std::vector<Place>& places, int side) {
     return checkedKernel(std::move(kernel), "a sample blur");
 }
 
-/// Two soft spots, one twice as bright as the other, like a camera that stood still twice.
+/// Two soft spots, one twice as bright as the other, as of a camera that rests in two places.
 BlurKernel twoLobes() {
     constexpr std::array<PathPoint, 2> kSpots{{{-3.0, -1.5, 2.0}, {3.0, 1.5, 1.0}}};
     constexpr double kSoftness = 0.9;

@@ -8,23 +8,23 @@
 
 namespace velorn::tools {
 
-/// A blur with the name that tables call it by.
+/// A blur and its name in tables.
 struct NamedBlur {
     std::string name;
     BlurKernel kernel;
 };
 
-/// A place on the way of a shaken camera, in pixels to the right and down, and how long the camera
-/// stayed there, in any unit.
+/// A point on the path of a shaken camera, in pixels to the right and down, and the time that the
+/// camera spent there, in any unit.
 struct PathPoint {
     double right;
     double down;
     double stay;
 };
 
-/// The kernel of a camera that moved along straight lines from point to point. Its centre of mass
-/// lies in the kernel's middle, so that a restoration with it does not move the picture.
-/// @param side odd; what lies further out than the kernel reaches is lost.
+/// The kernel of a camera that moves along straight lines from point to point. Its centre of mass
+/// is the kernel's centre, so that a restoration with it does not move the picture.
+/// @param side odd; parts of the path outside the kernel are lost.
 BlurKernel pathKernel(std::span<const PathPoint> path, int side);
 
 /// A camera shake along an arc that slows down at one end: 13 by 13, and not symmetric.
@@ -34,7 +34,7 @@ BlurKernel curvedShake();
 /// is wider than 13 pixels.
 std::vector<NamedBlur> studiedBlurs();
 
-/// Blurs that a turn by 180 degrees changes. None is wider than 13 pixels.
+/// Blurs that are not symmetric under a rotation by 180 degrees. None is wider than 13 pixels.
 std::vector<NamedBlur> unevenBlurs();
 
 } // namespace velorn::tools

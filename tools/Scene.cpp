@@ -12,9 +12,9 @@
 namespace velorn::tools {
 namespace {
 
-/// Drawn so many times larger than shown.
+/// The scene is drawn this many times larger than the result.
 constexpr int kOversampling = 2;
-/// The view is laid out for this frame and scaled to the wanted one.
+/// The layout is made for this frame and scaled to the requested one.
 constexpr double kFrameWidth = 1024.0;
 constexpr double kFrameHeight = 768.0;
 
@@ -33,8 +33,8 @@ Colour between(const Colour& from, const Colour& to, double share) {
             from.blue + (to.blue - from.blue) * share};
 }
 
-/// Chance that is the same everywhere: the library's distributions differ between systems, the
-/// generator does not.
+/// Random numbers that are the same on every system: the standard library's generators are
+/// portable, its distributions are not.
 class Chance {
 public:
     explicit Chance(std::uint32_t seed) : m_generator(seed) {}
@@ -46,7 +46,7 @@ private:
     std::mt19937 m_generator;
 };
 
-/// Smooth noise of several octaves, -1..1, a function of the place alone.
+/// Smooth noise of several octaves, -1..1, a function of the position only.
 class Clouds {
 public:
     explicit Clouds(std::uint32_t seed) : m_seed(seed) {}
@@ -163,7 +163,7 @@ private:
                     size * m_unit, scalar(colour), thickness(width), cv::LINE_AA);
     }
 
-    /// Sets every pixel of a rectangle to what `shade` says of its place in the frame.
+    /// Sets every pixel of a rectangle to `shade` of its position in the frame.
     template <class Shade>
     void fill(double x, double y, double width, double height, Shade&& shade) {
         const cv::Point2d from = place(x, y);
@@ -339,7 +339,7 @@ private:
         ellipse(684, 562, 3, 3, 0, {226, 196, 104});
     }
 
-    /// A sheet of print: the finest lettering of the view.
+    /// A printed notice: the finest lettering of the scene.
     void notice() {
         box(744, 470, 122, 132, {118, 92, 62});
         box(749, 475, 112, 122, {244, 241, 232});
@@ -432,7 +432,7 @@ private:
         }
     }
 
-    /// What lies below every surface: nothing in a photograph is perfectly even.
+    /// Texture for every surface: nothing in a photograph is perfectly even.
     void grain() {
         for (int row = 0; row < m_canvas.rows; ++row) {
             for (int column = 0; column < m_canvas.cols; ++column) {

@@ -1,4 +1,4 @@
-// Tells how alike kernels are to a reference, and shows them side by side.
+// Prints the similarity of kernels to a reference, and draws them side by side.
 #include "hosts/command/kernels/KernelFile.h"
 #include "hosts/command/terminal/Failure.h"
 #include "KernelLikeness.h"
@@ -25,7 +25,8 @@ struct Panel {
     std::string caption;
 };
 
-/// The kernel in the middle of a square of `side` weights a side, the largest weight white.
+/// Draws the kernel in the centre of a square of `side` by `side` weights. The largest weight is
+/// white.
 cv::Mat drawPanel(const Panel& panel, int side) {
     const float peak = std::ranges::max(panel.kernel.weights);
     cv::Mat weights(side, side, CV_32FC3, cv::Scalar::all(0));
@@ -83,14 +84,15 @@ void compare(const std::vector<std::string>& files, const std::vector<std::strin
 } // namespace
 
 int main(int argc, char** argv) {
-    CLI::App app{"Prints how alike blur kernels are to the first of them: 1 for the same shape,\n"
-                 "wherever it lies in the kernel."};
+    CLI::App app{
+        "Prints the similarity of blur kernels to the first of them. 1 means the same shape,\n"
+        "at any position in the kernel."};
     std::vector<std::string> files;
     std::vector<std::string> labels;
     std::string sheet;
     app.add_option("KERNELS", files, "Kernel files, the reference first")->required();
-    app.add_option("--labels", labels, "Names shown")->delimiter(',');
-    app.add_option("--sheet", sheet, "Where to write all kernels side by side");
+    app.add_option("--labels", labels, "Captions, one for each kernel")->delimiter(',');
+    app.add_option("--sheet", sheet, "Write all kernels side by side to this file");
     CLI11_PARSE(app, argc, argv);
     try {
         compare(files, labels, sheet);

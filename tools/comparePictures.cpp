@@ -1,4 +1,5 @@
-// Tells how near pictures come to a reference, and shows them on one sheet with a magnified part.
+// Prints the distance of pictures from a reference, and draws them on one sheet with a magnified
+// part of each.
 #include "hosts/command/terminal/Failure.h"
 #include "Pictures.h"
 
@@ -33,7 +34,7 @@ cv::Mat scaledTo(const cv::Mat& picture, int width, int method) {
     return scaled;
 }
 
-/// The picture reduced, with the magnified part framed, and the part below it pixel by pixel.
+/// Draws the reduced picture with a frame around the inset, and below it the magnified inset.
 cv::Mat drawPanel(const Panel& panel, const cv::Rect& inset) {
     cv::Mat whole = scaledTo(panel.picture, kPanelWidth, cv::INTER_AREA);
     const double scale = static_cast<double>(kPanelWidth) / panel.picture.cols;
@@ -48,7 +49,7 @@ cv::Mat drawPanel(const Panel& panel, const cv::Rect& inset) {
     return drawn;
 }
 
-/// The panels in rows of `columns`, from left to right and from top to bottom.
+/// Arranges the panels in rows of at most `columns`, from left to right and from top to bottom.
 cv::Mat drawSheet(const std::vector<Panel>& panels, const cv::Rect& inset, int columns) {
     const int count = static_cast<int>(panels.size());
     const int across = std::min(columns, count);
@@ -124,17 +125,16 @@ void compare(const Request& request) {
 } // namespace
 
 int main(int argc, char** argv) {
-    CLI::App app{"Prints the peak signal to noise ratio of pictures against a reference."};
+    CLI::App app{"Prints the peak signal-to-noise ratio of pictures against a reference."};
     Request request;
-    app.add_option("REFERENCE", request.reference, "The picture to compare with")->required();
+    app.add_option("REFERENCE", request.reference, "Picture to compare with")->required();
     app.add_option("PICTURES", request.others, "Pictures of the same size")->required();
-    app.add_option("--labels", request.labels, "Names shown, the reference's first")
-        ->delimiter(',');
-    app.add_option("--sheet", request.sheet, "Where to write all pictures side by side");
-    app.add_option("--columns", request.columns, "Pictures side by side at most")
+    app.add_option("--labels", request.labels, "Captions, the reference's first")->delimiter(',');
+    app.add_option("--sheet", request.sheet, "Write all pictures side by side to this file");
+    app.add_option("--columns", request.columns, "Largest number of pictures in a row")
         ->check(CLI::PositiveNumber);
-    app.add_flag("--reference-last", request.referenceIsLast, "Show the reference at the end");
-    app.add_option("--inset", request.inset, "X,Y,WIDTH,HEIGHT of the part that is magnified")
+    app.add_flag("--reference-last", request.referenceIsLast, "Show the reference last");
+    app.add_option("--inset", request.inset, "X,Y,WIDTH,HEIGHT of the magnified part")
         ->delimiter(',')
         ->expected(4);
     CLI11_PARSE(app, argc, argv);

@@ -1,5 +1,5 @@
-// Tells how near the presets of the host come to a sharp picture, for blurs that are known and for
-// one that is known wrongly: a table for docs/presets.md.
+// Measures the presets of the host on blurs that are known exactly and on one that is known only
+// approximately, and prints the table of docs/presets.md.
 #include "hosts/command/commands/Options.h"
 #include "hosts/command/commands/Presets.h"
 #include "hosts/command/restoration/DefaultStrength.h"
@@ -26,11 +26,11 @@ constexpr int kSceneHeight = 540;
 constexpr std::uint32_t kSceneSeed = 1;
 constexpr std::uint32_t kNoiseSeed = 11;
 
-/// How a picture was blurred, and how the user says that it was.
+/// The blur of a picture, and the blur that the user assumes.
 struct Case {
     const char* name;
     AnalyticBlur blur;
-    AnalyticBlur told;
+    AnalyticBlur assumed;
     double noise;
 };
 
@@ -47,11 +47,11 @@ constexpr std::array<Case, 4> kCases{{
 void printCase(const Case& item, const cv::Mat& colours) {
     const Photograph photograph =
         photographOf(colours, makeKernel(item.blur), item.noise, kNoiseSeed);
-    const BlurKernel told = makeKernel(item.told);
+    const BlurKernel assumed = makeKernel(item.assumed);
     const auto printRestored = [&](RestorationSettings settings) {
         settings.lambda = defaultStrength(noiseLevel(photograph.taken));
         const RgbPixels result =
-            restoreInFrame(photograph.taken, told, settings, DeblurOptions().framePasses,
+            restoreInFrame(photograph.taken, assumed, settings, DeblurOptions().framePasses,
                            [](int, int) { return true; });
         std::cout << " | " << photograph.decibelsOf(result);
     };
@@ -79,9 +79,9 @@ void printTable(const cv::Mat& colours) {
 } // namespace
 
 int main(int argc, char** argv) {
-    CLI::App app{"Prints the peak signal to noise ratio of the presets' restorations."};
+    CLI::App app{"Prints the peak signal-to-noise ratio of restorations with each preset."};
     std::string file;
-    app.add_option("PICTURE", file, "Sharp photograph to try on instead of the drawn scene");
+    app.add_option("PICTURE", file, "Sharp photograph to use instead of the drawn scene");
     CLI11_PARSE(app, argc, argv);
     try {
         printTable(file.empty() ? drawScene(kSceneWidth, kSceneHeight, 0, kSceneSeed)

@@ -1,5 +1,5 @@
-// Draws the sample scene of the demonstration, and what a camera that is out of focus or shaken
-// makes of it.
+// Draws the sample scene of the demonstration, and a photograph of it by a camera that is out of
+// focus or shaken.
 #include "Degradation.h"
 #include "hosts/command/kernels/KernelFile.h"
 #include "hosts/command/terminal/Failure.h"
@@ -35,22 +35,22 @@ int main(int argc, char** argv) {
     float radius = 4.0f;
     double noise = 1.0;
     std::uint32_t seed = 1;
-    app.add_option("SHARP", sharp, "Where to write the sharp scene")->required();
-    app.add_option("BLURRED", blurred, "Where to write the photograph of it")->required();
-    app.add_option("--width", width, "Pixels across")
+    app.add_option("SHARP", sharp, "File for the sharp scene")->required();
+    app.add_option("BLURRED", blurred, "File for the photograph of it")->required();
+    app.add_option("--width", width, "Width in pixels")
         ->capture_default_str()
         ->check(CLI::Range(64, 8192));
-    app.add_option("--height", height, "Pixels down")
+    app.add_option("--height", height, "Height in pixels")
         ->capture_default_str()
         ->check(CLI::Range(64, 8192));
     app.add_option("--disc", radius, "Radius of the blur in pixels")
         ->capture_default_str()
         ->check(CLI::Range(0.5, 50.0));
-    app.add_flag("--shake", isShaken, "Blur by a curved shake of the camera instead");
-    app.add_option("--kernel", kernelPath, "Where to write the blur's kernel");
+    app.add_flag("--shake", isShaken, "Blur by a curved camera shake instead of a disc");
+    app.add_option("--kernel", kernelPath, "File for the kernel of the blur");
     app.add_option("--noise", noise, "Standard deviation of the noise in levels of 255")
         ->capture_default_str();
-    app.add_option("--seed", seed, "What is left to chance")->capture_default_str();
+    app.add_option("--seed", seed, "Seed of the random numbers")->capture_default_str();
     CLI11_PARSE(app, argc, argv);
     try {
         const BlurKernel kernel =

@@ -1,5 +1,5 @@
-// Tells how well blurs are found in the picture itself: blurs sharp pictures on purpose, restores
-// them as `velorn deblur --blind` does, and holds kernels and results against the truth.
+// Measures the blind search for kernels: blurs sharp pictures, restores them as `velorn deblur
+// --blind` does, and compares kernels and results with the truth.
 #include "hosts/command/blind/BlindKernel.h"
 #include "hosts/command/commands/Options.h"
 #include "hosts/command/restoration/DefaultStrength.h"
@@ -23,19 +23,19 @@ using namespace velorn::tools;
 
 constexpr std::uint32_t kSeed = 11;
 
-/// What is tried.
+/// Settings of the study.
 struct Study {
     BlindSettings blind;
-    /// Strength of the restorations with a found kernel; 0 for the host's own.
+    /// Strength of the restorations with a found kernel; 0 uses the host's default.
     float lambda = 0.0f;
     std::vector<double> noises{0.5, 2.0};
 };
 
-/// What became of one blurred picture, in decibels.
+/// The results for one blurred picture, in decibels.
 struct Trial {
     double blurred = 0.0;
     double blind = 0.0;
-    /// `blind` after the best move by whole pixels.
+    /// `blind` after the best shift by whole pixels.
     double moved = 0.0;
     double known = 0.0;
     double likeness = 0.0;
@@ -56,7 +56,7 @@ RgbPixels restored(const RgbPixels& pixels, const BlurKernel& kernel,
                           [](int, int) { return true; });
 }
 
-/// Nothing when the picture has too few edges.
+/// Empty when the picture has too few edges.
 std::optional<BlindKernel> foundIn(const RgbPixels& pixels, const BlindSettings& blind) {
     const Interrupt interrupt;
     ProgressBar bar(std::cerr, false);
@@ -163,20 +163,22 @@ void run(const std::vector<NamedPicture>& pictures, const Study& study) {
 } // namespace
 
 int main(int argc, char** argv) {
-    CLI::App app{"Tells how well blurs are found in the picture itself."};
+    CLI::App app{"Measures the blind search for kernels on pictures with known blurs."};
     std::vector<std::string> files;
     Study study;
     int side = 15;
-    app.add_option("PICTURES", files, "Sharp photographs to try on as well, NAME=FILE");
-    app.add_option("--size", side, "Side of the kernels that are looked for")
-        ->capture_default_str();
+    app.add_option("PICTURES", files, "Further sharp photographs, NAME=FILE");
+    app.add_option("--size", side, "Side of the estimated kernels")->capture_default_str();
     app.add_option("--strength", study.blind.strength, "As for 'velorn estimate'")
         ->capture_default_str();
-    app.add_option("--part", study.blind.partSide, "Side of the part that is looked at")
+    app.add_option("--part", study.blind.partSide,
+                   "Side of the part that kernels are estimated from")
         ->capture_default_str();
-    app.add_option("--lambda", study.lambda, "Strength with the kernel found; 0: the host's own")
+    app.add_option("--lambda", study.lambda,
+                   "Strength of restorations with an estimated kernel; 0: the host's default")
         ->capture_default_str();
-    app.add_option("--noise", study.noises, "Noises tried, in levels of 255")->delimiter(',');
+    app.add_option("--noise", study.noises, "Standard deviations of the noise, in levels of 255")
+        ->delimiter(',');
     CLI11_PARSE(app, argc, argv);
     try {
         study.blind.size = {side, side};

@@ -1,6 +1,6 @@
-// Tells how often the way round of an uneven blur is decided well: restores pictures that were
-// blurred on purpose with a kernel both ways round, and holds the choice against the truth. It does
-// so with the very kernel of the blur and with the kernel that is found in the picture.
+// Measures how often the orientation of an asymmetric kernel is chosen correctly. Restores blurred
+// pictures with a kernel and with the same kernel turned by 180 degrees, and compares the choice
+// with the truth: for the kernel of the blur, and for the kernel estimated from the picture.
 #include "hosts/command/blind/BlindKernel.h"
 #include "hosts/command/blind/KernelCentre.h"
 #include "hosts/command/blind/KernelSpecks.h"
@@ -21,15 +21,14 @@ using namespace velorn::tools;
 
 constexpr std::array<double, 2> kNoises{0.5, 2.0};
 constexpr std::uint32_t kSeed = 11;
-/// Ways that differ by less, in decibels, are as good as one another.
+/// Orientations whose results differ by less, in decibels, count as equally good.
 constexpr double kMatters = 0.2;
 
 bool goOn(int, int) {
     return true;
 }
 
-/// What the two ways round make of a picture, in decibels after the best move, and which was
-/// chosen.
+/// Results of both orientations, in decibels after the best shift, and the orientation chosen.
 struct Choice {
     double asItIs = 0.0;
     double turned = 0.0;
@@ -50,7 +49,7 @@ Choice choose(const Photograph& photograph, const BlurKernel& kernel) {
     return {decibelsWith(kernel), decibelsWith(turned), better.value().weights == turned.weights};
 }
 
-/// How many choices mattered, and how many of those were right.
+/// Counts the choices that mattered, and the correct ones among them.
 class Score {
 public:
     void count(const Choice& choice) {
@@ -98,19 +97,19 @@ void study(const std::vector<NamedPicture>& pictures, KernelSize size) {
             }
         }
     }
-    std::cout << "\nThe better way was chosen for " << known.text() << " true kernels and "
-              << found.text() << " found ones whose ways differ by " << kMatters << " dB.\n";
+    std::cout << "\nThe better orientation was chosen for " << known.text() << " true kernels and "
+              << found.text() << " estimated ones whose orientations differ by at least "
+              << kMatters << " dB.\n";
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
-    CLI::App app{"Tells how often the way round of an uneven blur is decided well."};
+    CLI::App app{"Measures how often the orientation of an asymmetric kernel is chosen correctly."};
     std::vector<std::string> files;
     int side = 15;
-    app.add_option("PICTURES", files, "Sharp photographs to try on as well, NAME=FILE");
-    app.add_option("--size", side, "Side of the kernels that are looked for")
-        ->capture_default_str();
+    app.add_option("PICTURES", files, "Further sharp photographs, NAME=FILE");
+    app.add_option("--size", side, "Side of the estimated kernels")->capture_default_str();
     CLI11_PARSE(app, argc, argv);
     try {
         std::vector<NamedPicture> pictures = drawnViews(500, 400);

@@ -1,6 +1,5 @@
-// Finds the rule by which the host chooses its strength: restores pictures that were blurred and
-// made noisy on purpose with a range of strengths, and fits the strength that comes nearest to the
-// sharp picture to the noise that the host measures.
+// Fits the rule for the host's default strength: restores blurred, noisy pictures with a range of
+// strengths, and fits the best strength to the noise that the host measures.
 #include "hosts/command/commands/Options.h"
 #include "hosts/command/kernels/BlurKernel.h"
 #include "hosts/command/restoration/DefaultStrength.h"
@@ -21,7 +20,7 @@ using namespace velorn;
 using namespace velorn::tools;
 
 constexpr std::array<double, 4> kNoises{0.5, 1.0, 2.0, 4.0};
-/// Strengths tried: from 250 upwards, each twice the former.
+/// Strengths tried: 250 and its doubles.
 constexpr int kStrengths = 10;
 constexpr double kFirstStrength = 250.0;
 
@@ -34,7 +33,7 @@ const std::array<Blur, 3> kBlurs{{{"gaussian 1.5", {AnalyticBlur::Shape::Gaussia
                                   {"disc 3", {AnalyticBlur::Shape::Disc, 3.0f, 0.0f}},
                                   {"motion 11,30", {AnalyticBlur::Shape::Motion, 11.0f, 30.0f}}}};
 
-/// One degraded picture and how near each strength brings it to the sharp one.
+/// One degraded picture and its distance from the sharp one after restoration with each strength.
 struct Trial {
     std::string picture;
     std::string blur;
@@ -43,7 +42,7 @@ struct Trial {
     double before = 0.0;
     std::array<double, kStrengths> after{};
 
-    /// Decibels at any strength, by straight lines between those tried.
+    /// Decibels at any strength, interpolated linearly between those tried.
     double at(double strength) const {
         const double place =
             std::clamp(std::log2(strength / kFirstStrength), 0.0, kStrengths - 1.000001);
@@ -95,7 +94,7 @@ struct Rule {
     }
 };
 
-/// Decibels that `rule` misses of what the best strengths reach, on the mean of all trials.
+/// Mean loss of `rule` against the best strength of each trial, in decibels.
 double meanLoss(const std::vector<Trial>& trials, const auto& rule) {
     double loss = 0.0;
     for (const Trial& trial : trials) {
@@ -163,8 +162,8 @@ int main(int argc, char** argv) {
     std::vector<std::string> files;
     int scenes = 2;
     RestorationSettings settings;
-    app.add_option("PICTURES", files, "Sharp photographs to try on as well");
-    app.add_option("--scenes", scenes, "Drawn scenes to try on")->capture_default_str();
+    app.add_option("PICTURES", files, "Further sharp photographs");
+    app.add_option("--scenes", scenes, "Number of drawn scenes")->capture_default_str();
     int framePasses = DeblurOptions().framePasses;
     app.add_option("--frame-passes", framePasses)->capture_default_str();
     app.add_option("--alpha", settings.alpha)->capture_default_str();

@@ -13,7 +13,7 @@ using velorn::tools::likenessEitherWay;
 
 const BlurKernel kUneven{3, 3, {0.5f, 0.3f, 0.0f, 0.0f, 0.2f, 0.0f, 0.0f, 0.0f, 0.0f}};
 
-TEST(KernelLikeness, EqualShapesAreAlikeWhateverTheirPlaceSizeAndScale) {
+TEST(KernelLikeness, IsOneForEqualShapesOfAnyPositionSizeAndScale) {
     const BlurKernel moved{5,
                            3,
                            {0.0f, 0.0f, 0.0f, 0.0f, 0.0f, //
@@ -27,7 +27,7 @@ TEST(KernelLikeness, IsTheCorrelationAtTheBestShift) {
     EXPECT_NEAR(likeness(velorn::pointKernel(), pair), std::sqrt(0.5), 1e-6);
 }
 
-TEST(KernelLikeness, TurnCountsAsADifferenceUnlessEitherWayWillDo) {
+TEST(KernelLikeness, RotationByHalfATurnCountsExceptInTheSymmetricForm) {
     const BlurKernel turned = velorn::turnedRound(kUneven);
     EXPECT_LT(likeness(turned, kUneven), 0.95);
     EXPECT_NEAR(likenessEitherWay(turned, kUneven), 1.0, 1e-6);

@@ -26,12 +26,12 @@ void expectCentredAndNormalised(const NamedBlur& blur) {
         }
     }
     EXPECT_NEAR(sum, 1.0, 1e-5) << blur.name;
-    // What the sides cut off of a faint end moves the centre a little.
+    // The path's faint end is cut off at the sides, which moves the centre slightly.
     EXPECT_NEAR(right, 0.0, 0.05) << blur.name;
     EXPECT_NEAR(down, 0.0, 0.05) << blur.name;
 }
 
-TEST(SampleBlurs, AllLeaveThePictureInItsPlaceAndFitThirteenPixels) {
+TEST(SampleBlurs, AreCentredNormalisedAndAtMostThirteenPixelsWide) {
     for (const auto& blurs : {velorn::tools::studiedBlurs(), velorn::tools::unevenBlurs()}) {
         for (const NamedBlur& blur : blurs) {
             expectCentredAndNormalised(blur);
@@ -40,14 +40,14 @@ TEST(SampleBlurs, AllLeaveThePictureInItsPlaceAndFitThirteenPixels) {
     }
 }
 
-TEST(SampleBlurs, UnevenOnesAreChangedByATurn) {
+TEST(SampleBlurs, UnevenBlursChangeUnderRotationByHalfATurn) {
     for (const NamedBlur& blur : velorn::tools::unevenBlurs()) {
         EXPECT_LT(velorn::tools::likeness(velorn::turnedRound(blur.kernel), blur.kernel), 0.95)
             << blur.name;
     }
 }
 
-TEST(SampleBlurs, LevelPathSharesItsTimeOutEvenly) {
+TEST(SampleBlurs, HorizontalPathDistributesItsTimeEvenly) {
     constexpr std::array<PathPoint, 2> kPath{{{-2.0, 0.0, 1.0}, {2.0, 0.0, 1.0}}};
     const BlurKernel kernel = pathKernel(kPath, 7);
     for (int c = 2; c <= 4; ++c) {
