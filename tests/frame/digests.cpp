@@ -5,7 +5,11 @@
 #include "tests/support/IccProfiles.h"
 
 #include <cstdint>
+#include <cstdlib>
+#include <opencv2/core/utility.hpp>
+#include <optional>
 #include <span>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -69,8 +73,30 @@ struct Settings {
 
 constexpr Settings kAllStages{1, 0.7f, 1.8f, 0.4f, 0.3f};
 
+/// The number that OpenCV gives to a processor feature, or nothing for a name that it does not
+/// know.
+std::optional<int> featureNamed(const std::string& name) {
+    for (int feature = 1; feature < CV_HARDWARE_MAX_FEATURE; ++feature) {
+        if (cv::getHardwareFeatureName(feature) == name) {
+            return feature;
+        }
+    }
+    return std::nullopt;
+}
+
 class Digests : public ::testing::Test {
 protected:
+    /// OpenCV ignores names that it does not know in its list of processor features to disable.
+    void SetUp() override {
+        const char* const disabled = std::getenv("OPENCV_CPU_DISABLE");
+        std::istringstream names(disabled != nullptr ? disabled : "");
+        for (std::string name; std::getline(names, name, ',');) {
+            const std::optional<int> feature = featureNamed(name);
+            ASSERT_TRUE(feature) << "OpenCV knows no feature " << name;
+            ASSERT_FALSE(cv::checkHardwareSupport(*feature)) << name << " is still in use";
+        }
+    }
+
     KernelRecord kernelOf(int32_t type, float first, float second) {
         KernelRecord kernel{0, 0, 0, 0, kernelValues.data()};
         EXPECT_EQ(createKernel(type, first, second, &kernel), VELORN_OK);
