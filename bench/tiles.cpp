@@ -1,6 +1,6 @@
 // The path of a tile through the tile pipeline, without the stages in between: load, taper, colour
-// twist, twist back, store. The reference is memcpy of as many bytes as the tile's source pixels and
-// planes have; it is measured in the same run, and every result is also given as a ratio to it.
+// twist, twist back, store. The reference is memcpy of as many bytes as the tile's source pixels
+// and planes have; it is measured in the same run, and every result is also given as a ratio to it.
 
 #include "velimproclib/tiles/BlockProcP3.h"
 #include "velimproclib/tiles/ColorTwistTile.h"
