@@ -33,7 +33,7 @@ using vel::test::softScene;
 using vel::test::textOf;
 using vel::test::unsolvedKernel;
 
-/// An estimator without an audience.
+/// An estimator with a silent progress.
 struct Estimator : CBlurEst {
     CProgressSpan silent;
 

@@ -19,7 +19,7 @@ PlaneRecord recordOf(const GuardedPlane<Sample>& image, std::int32_t format) {
     return {format, image.data(), image.step(), image.width() / 3, image.height()};
 }
 
-/// The luminance of one pixel of `image`, as its description says.
+/// The definition for one pixel of `image`.
 template <class Sample>
 int plainLuminance(const GuardedPlane<Sample>& image, int x, int y) {
     std::array<double, 3> weights{0.299, 0.587, 0.114};
@@ -109,7 +109,7 @@ TEST(LumaToMatValues, WeightsFollowTheSamplesInMemoryOrderAndTheSumIsTruncated) 
     EXPECT_EQ(eightBits(255, 255, 255), 255);
 }
 
-TEST(LumaToMatValues, GreysKeepTheirLevelAlthoughTheirSumsFallShortOfIt) {
+TEST(LumaToMatValues, GreysKeepTheirLevelAlthoughTheirWeightsAreInexact) {
     for (int level = 0; level < 256; ++level) {
         const auto eight = static_cast<std::uint8_t>(level);
         const auto sixteen = static_cast<std::uint16_t>(level * 128);
@@ -118,13 +118,13 @@ TEST(LumaToMatValues, GreysKeepTheirLevelAlthoughTheirSumsFallShortOfIt) {
     }
 }
 
-TEST(LumaToMatValues, SixteenBitsComeDownFromTheFifteenBitScale) {
+TEST(LumaToMatValues, SixteenBitsAreReducedFromTheFifteenBitScale) {
     EXPECT_EQ(sixteenBits(12800, 12800, 12800), 100);
     EXPECT_EQ(sixteenBits(12799, 12799, 12799), 99);
     EXPECT_EQ(sixteenBits(32767, 0, 0), 76);
 }
 
-TEST(LumaToMatValues, WhiteAndBeyondAreCutToTheLargestByte) {
+TEST(LumaToMatValues, WhiteAndAboveAreLimitedToTheLargestByte) {
     EXPECT_EQ(sixteenBits(32768, 32768, 32768), 255); // 256 before the cut
     EXPECT_EQ(sixteenBits(65535, 65535, 65535), 255);
 }

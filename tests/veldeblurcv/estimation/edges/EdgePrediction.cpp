@@ -115,7 +115,7 @@ TEST(EdgePrediction, BlurredEdgeBecomesAStep) {
     EXPECT_TRUE(sameBits(edge, expected)) << edge;
 }
 
-TEST(EdgePrediction, ATieMovesThePixelToTheHigherExtreme) {
+TEST(EdgePrediction, TieMovesThePixelToTheHigherExtreme) {
     Bytes image(3, 3);
     image << 40, 50, 60, 40, 50, 60, 40, 50, 60;
     cv::Mat edge;

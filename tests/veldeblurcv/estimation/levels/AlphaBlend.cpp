@@ -82,7 +82,7 @@ TEST(AlphaBlend, EqualsTheDefinitionForEveryThreadCount) {
     forThreadCounts([] { expectDefinition(floatNoise(37, 20, 3), floatNoise(37, 20, 4), 0.3f); });
 }
 
-TEST(AlphaBlend, RowsOfALargerImageKeepWhatStandsBesideThem) {
+TEST(AlphaBlend, PixelsBesideAPartOfALargerImageKeepTheirValues) {
     const cv::Mat_<float> src = floatNoise(9, 20, 5);
     cv::Mat_<float> dst = floatNoise(9, 20, 6);
     const cv::Mat_<float> before = dst.clone();
@@ -121,7 +121,7 @@ TEST(AlphaBlend, TheByteFormTruncates) {
     EXPECT_EQ(100, dst.at<std::uint8_t>(1, 1));
 }
 
-TEST(AlphaBlend, AnAlphaThatIsNotANumberGivesZeroBytesAndNaNFloats) {
+TEST(AlphaBlend, AlphaThatIsNotANumberGivesZeroBytesAndNaNFloats) {
     const float nan = std::numeric_limits<float>::quiet_NaN();
     forEachTarget([&] {
         cv::Mat_<std::uint8_t> bytes = byteNoise(3, 70, 2);
@@ -149,7 +149,7 @@ TEST(AlphaBlend, OtherTypesAreRefused) {
     }
 }
 
-TEST(AlphaBlend, OneBytePlaneMakesBothBytes) {
+TEST(AlphaBlend, OneBytePlaneMakesBothPlanesBytes) {
     const cv::Mat_<std::uint8_t> src = byteNoise(4, 8, 1);
     cv::Mat_<float> dst = floatNoise(4, 8, 2);
     const cv::Mat_<float> before = dst.clone();
@@ -163,7 +163,7 @@ TEST(AlphaBlend, OneBytePlaneMakesBothBytes) {
     }
 }
 
-TEST(AlphaBlend, OneFloatPlaneMakesBothFloat) {
+TEST(AlphaBlend, OneFloatPlaneMakesBothPlanesFloat) {
     const cv::Mat_<float> src = floatNoise(4, 8, 1);
     cv::Mat dst(4, 8, CV_32SC1);
     const cv::Mat_<float> floats = floatNoise(4, 8, 2);
@@ -176,7 +176,7 @@ TEST(AlphaBlend, OneFloatPlaneMakesBothFloat) {
     }
 }
 
-TEST(AlphaBlend, ARowOfNarrowerElementsIsNotOverrun) {
+TEST(AlphaBlend, RowOfNarrowerElementsIsNotOverrun) {
     const cv::Mat_<float> src = floatNoise(4, 8, 1);
     cv::Mat wide(4, 16, CV_16UC1, cv::Scalar(0x4321));
     cv::Mat dst = wide.colRange(0, 8);

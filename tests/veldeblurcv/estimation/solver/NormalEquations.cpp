@@ -15,8 +15,8 @@ namespace {
 using vel::CNormalEquations;
 using vel::NormalSums;
 
-/// One pixel's samples, each in a block of memory of its exact size, so that a sanitizer sees any
-/// read beyond them. Three by three samples are observed.
+/// The samples of one pixel, in blocks of memory of their exact size, so that a sanitizer sees any
+/// read beyond them. `observed` holds 3 by 3 samples.
 struct Pixel {
     std::vector<std::uint8_t> patch;
     std::vector<std::uint8_t> observed;
@@ -27,7 +27,7 @@ std::vector<Pixel> randomPixels(int width, int height, int count, std::mt19937& 
     for (Pixel& pixel : pixels) {
         pixel.patch.resize(static_cast<std::size_t>((width + 2) * (height + 2)));
         pixel.observed.resize(9);
-        // Extremes often, so that sums grow to both signs.
+        // Extremes are frequent, so that sums become large in both signs.
         const auto level = [&] {
             const unsigned v = static_cast<unsigned>(random() % 512);
             return static_cast<std::uint8_t>(v < 128 ? 0U : std::min(v - 128U, 255U));
@@ -79,7 +79,8 @@ PlainSums plainSums(int width, int height, const std::vector<Pixel>& pixels) {
     return sums;
 }
 
-/// Sums the pixels in batches of at most `batch`, blocks in random order, and compares all.
+/// Sums the pixels in batches of at most `batch`, the blocks in random order, and compares all
+/// sums.
 void expectPlainSums(int width, int height, const std::vector<Pixel>& pixels, int batch,
                      const PlainSums& expected, std::mt19937& random) {
     constexpr double kCanary = -0.25;

@@ -26,7 +26,7 @@ using vel::CPSFEst;
 using vel::test::sameBits;
 using vel::test::textOf;
 
-/// A solver without an audience.
+/// A solver with a silent progress.
 struct Solver {
     vel::CProgressSpan silent;
     CPSFEst solver{silent};

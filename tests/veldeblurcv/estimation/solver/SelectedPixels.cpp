@@ -10,7 +10,7 @@ using vel::PixelPosition;
 using vel::PixelRange;
 using vel::SelectedPixels;
 
-/// A mask that selects about one pixel in `rarity`, each with a value of its own.
+/// A mask that selects about one pixel in `rarity`, with random values.
 cv::Mat randomMask(int width, int height, unsigned rarity, std::mt19937& random) {
     cv::Mat mask(height, width, CV_8UC1);
     for (int y = 0; y < height; ++y) {
@@ -41,7 +41,7 @@ struct Scan {
     int batches = 0;
 };
 
-/// All batches one after the other; each but the last must be full.
+/// All batches, of which only the last may be incomplete.
 Scan scanned(const cv::Mat& mask, PixelRange walked, PixelRange rows, PixelRange columns,
              int batchPixels) {
     SelectedPixels pixels(mask, walked, rows, columns, batchPixels);
@@ -59,7 +59,7 @@ Scan scanned(const cv::Mat& mask, PixelRange walked, PixelRange rows, PixelRange
     return scan;
 }
 
-TEST(SelectedPixels, BatchesOfAnyLengthHoldThePlainScan) {
+TEST(SelectedPixels, BatchesOfAnyLengthHoldThePixelsOfThePlainScan) {
     std::mt19937 random(81);
     for (int i = 0; i < 60; ++i) {
         const int width = 1 + static_cast<int>(random() % 67);
@@ -86,18 +86,18 @@ TEST(SelectedPixels, OnlyTheGivenRowsAndColumnsCount) {
     }
 }
 
-TEST(SelectedPixels, EveryWalkedRowIsTakenUpEvenWithoutPixels) {
+TEST(SelectedPixels, EveryWalkedRowIsReportedEvenWithoutPixels) {
     const cv::Mat empty(20, 20, CV_8UC1, cv::Scalar(0));
     const cv::Mat full(20, 20, CV_8UC1, cv::Scalar(1));
     EXPECT_EQ(scanned(empty, {4, 17}, {4, 17}, {0, 20}, 8).rowsTaken, 13);
-    // Rows that may not hold pixels, and columns none of which may.
+    // Rows in which pixels do not count, and columns of which none counts.
     EXPECT_EQ(scanned(full, {4, 17}, {10, 11}, {0, 20}, 8).rowsTaken, 13);
     EXPECT_EQ(scanned(full, {4, 17}, {10, 11}, {0, 20}, 8).found.size(), 20U);
     EXPECT_EQ(scanned(full, {4, 17}, {4, 17}, {9, 9}, 8).rowsTaken, 13);
     EXPECT_EQ(scanned(full, {4, 17}, {4, 17}, {9, 3}, 8).batches, 0);
 }
 
-TEST(SelectedPixels, WithoutARowThereIsNothing) {
+TEST(SelectedPixels, WithoutARowNoPixelIsFound) {
     const cv::Mat full(5, 5, CV_8UC1, cv::Scalar(1));
     for (const PixelRange none : {PixelRange{3, 3}, PixelRange{6, -1}}) {
         const Scan scan = scanned(full, none, none, {0, 5}, 8);

@@ -117,7 +117,7 @@ TEST(EstKernel, WithoutASelectedPixelTheKernelIsNotANumber) {
     expectAllNaN(kernel);
 }
 
-TEST(EstKernel, AnImageTooSmallForTheKernelGivesNotANumber) {
+TEST(EstKernel, ImageTooSmallForTheKernelGivesNotANumber) {
     for (const cv::Size size : {cv::Size(14, 60), cv::Size(60, 14), cv::Size(1, 1)}) {
         const cv::Mat image(size, CV_8UC1, cv::Scalar(99));
         cv::Mat kernel = cv::Mat::ones(5, 5, CV_32FC1);

@@ -32,7 +32,7 @@ void blendRowF32(const float* src, float* dst, std::size_t w, float alpha) {
 void blendRowU8(const std::uint8_t* src, std::uint8_t* dst, std::size_t w, float alpha) {
     for (std::size_t x = 0; x < w; ++x) {
         const double value = blended(src[x], dst[x], alpha);
-        // Not below 0 but for NaN, which must not reach the conversion.
+        // Only NaN fails the comparison: it must not reach the conversion.
         const double number = value > 0.0 ? value : 0.0;
         dst[x] = static_cast<std::uint8_t>(static_cast<std::int32_t>(number));
     }
@@ -64,7 +64,7 @@ void blendRows(const cv::Mat& src, cv::Mat& dst, BlendRow&& blendRow) {
 } // namespace
 
 void alphaBlend(const cv::Mat& src, cv::Mat& dst, float alpha) {
-    const float share = std::clamp(alpha, 0.0f, 1.0f); // keeps not-a-number
+    const float share = std::clamp(alpha, 0.0f, 1.0f); // leaves NaN as it is
     if (src.type() == CV_8UC1 || dst.type() == CV_8UC1) {
         blendRows<std::uint8_t>(src, dst, [&](const auto* from, auto* to, std::size_t w) {
             HWY_DYNAMIC_DISPATCH(blendRowU8)(from, to, w, share);

@@ -7,14 +7,14 @@
 #include <new>
 
 // How the data moves. A batch of pixels is a matrix X of 16-bit integers with one column for each
-// unknown, one more column for the observations, and six rows for each pixel. Two rows at a time
-// are zipped, so that one 32-bit lane holds two factors of one column and a multiply-add of
-// neighbouring 16-bit lanes (pmaddwd) advances a sum by two rows. Sixteen columns make a panel,
-// stored contiguously row pair by row pair: a 64-byte line for each pair. The product X^T X is then
-// computed tile by tile: rows of the tile are broadcast lanes, columns of the tile are vectors, and
-// the tile's sums stay in registers for a chunk of pixels. Only then are they added to the doubles
-// of the result. Panels serve both factors, so nothing is packed twice; the observations ride along
-// as the matrix's last row.
+// unknown, one column for the observations, and six rows for each pixel. Rows are zipped in pairs:
+// one 32-bit lane holds two factors of one column, and a multiply-add of neighbouring 16-bit lanes
+// (pmaddwd) advances a sum by two rows. Sixteen columns form a panel, stored contiguously row pair
+// by row pair, with a 64-byte line for each pair. The product X^T X is computed tile by tile: rows
+// of a tile are broadcast lanes, columns of a tile are vectors, and the sums of a tile stay in
+// registers for a chunk of pixels. Then they are added to the doubles of the result. Both factors
+// come from the same panels, so nothing is packed twice. The observations are the last row of the
+// product.
 
 #ifndef VEL_NORMAL_EQUATIONS_LAYOUT
 #define VEL_NORMAL_EQUATIONS_LAYOUT
@@ -22,21 +22,22 @@ namespace vel {
 namespace {
 
 constexpr int kPairsPerPixel = 3;
-/// Odd squares leave 1 divided by 8, so with the observations' row a square kernel's last tile has
-/// two rows.
+/// The square of an odd side is 1 more than a multiple of 8. With the row of the observations, the
+/// last tile of a square kernel has two rows.
 constexpr int kTailRows = 2;
 constexpr int kPanelColumns = 16;
-/// Turned copies of a patch that packing needs: as it is, and closed up from three rows on.
+/// Transposed copies of a patch that packing needs: one as it is, and three without gaps between
+/// columns.
 constexpr std::size_t kPatchCopies = 4;
-/// Sides of the square pieces that threads take; a multiple of every tile's sides.
+/// Side of the square pieces that threads take; a multiple of the sides of every tile.
 constexpr int kBlock = 64;
-/// The greatest that one pixel adds to one sum: three orders within 255 and three within 510.
+/// The largest term of one pixel in one sum: three orders within 255 and three within 510.
 constexpr std::int64_t kGreatestTerm = 3 * (255 * 255 + 510 * 510);
-/// A tile's sums leave the registers after as many pixels. The panels of a block then stay in the
-/// second-level cache, and those of a tile in the first-level cache.
+/// Pixels after which the sums of a tile leave the registers. The panels of a block then stay in
+/// the second-level cache, and those of a tile in the first-level cache.
 constexpr std::int64_t kChunkPixels = 64;
 static_assert(kChunkPixels * kGreatestTerm <= INT32_MAX, "a chunk must not overflow 32-bit sums");
-/// Threads meet twice a batch: large batches keep that rare, and 8 MB stay in a third-level cache.
+/// Each batch has two barriers: large batches keep them rare, and 8 MB stay in a third-level cache.
 constexpr std::int64_t kBatchBytes = 8 << 20;
 constexpr std::int64_t kMostBatchPixels = 1 << 14;
 
@@ -49,7 +50,7 @@ constexpr std::int32_t zip(int first, int second) noexcept {
 struct PackedBatch {
     const std::int32_t* lines;
     std::size_t panelStride; ///< 32-bit lanes from one panel to the next
-    std::int64_t pixels;     ///< slots that take part
+    std::int64_t pixels;     ///< used slots
 };
 
 /// Consecutive pixels of a batch.
@@ -76,8 +77,8 @@ struct PatchShape {
     std::size_t width;  ///< kernel columns
     std::size_t height; ///< kernel rows
 
-    /// Room for one turned copy of a patch, with its two more rows and columns and what vectors
-    /// read and write beyond.
+    /// Size of one transposed copy of a patch, with two more rows and columns and the excess of
+    /// vector loads and stores.
     std::size_t bytes() const noexcept { return (width + 2) * (height + 2) + 64; }
 };
 
@@ -94,16 +95,16 @@ HWY_BEFORE_NAMESPACE();
 namespace vel::HWY_NAMESPACE {
 namespace {
 
-/// The bytes of a patch column by column without gaps: from the patch's first row, from its second
-/// and from its third.
+/// The bytes of a patch, column by column without gaps: from its first, its second and its third
+/// row on.
 struct PatchColumns {
     std::uint8_t* fromFirst;
     std::uint8_t* fromSecond;
     std::uint8_t* fromThird;
 };
 
-/// The six derivatives, zipped into three pairs, of the 16 points from `at` on. `right` bytes on
-/// lies the next column.
+/// The six derivatives, zipped into three pairs, of the 16 points from `at` on. The next column
+/// follows after `right` bytes.
 inline void derivePanel(const PatchColumns& columns, std::size_t at, std::size_t right,
                         std::int32_t* HWY_RESTRICT pairs) {
     const std::uint8_t* HWY_RESTRICT value = columns.fromFirst + at;
@@ -171,7 +172,7 @@ inline void transpose8x8(const std::uint8_t* in, std::ptrdiff_t inStep,
     const hn::Half<decltype(d8)> row;
     const hn::Repartition<std::uint16_t, decltype(d8)> d16;
     const hn::Repartition<std::uint32_t, decltype(d8)> d32;
-    // Rows 2 r and 2 r + 1, then four rows, then eight: each step doubles what lies together.
+    // Interleaves pairs of rows, then fours, then all eight.
     const auto twoRows = [&](int r) {
         const auto first = hn::ZeroExtendVector(d8, hn::LoadU(row, in + r * inStep));
         const auto second = hn::ZeroExtendVector(d8, hn::LoadU(row, in + (r + 1) * inStep));
@@ -199,8 +200,8 @@ inline void transpose8x8(const std::uint8_t* in, std::ptrdiff_t inStep,
 using Lanes32 = hn::CappedTag<std::int32_t, kPanelColumns>;
 using Lanes16 = hn::Repartition<std::int16_t, Lanes32>;
 constexpr int kVectorColumns = static_cast<int>(hn::MaxLanes(Lanes32()));
-// Twice as many sums as rows must fit the registers: 32 where vectors are 64 bytes, else 16, and 8
-// on 32-bit x86.
+// Two sums per row must fit the registers: 32 where vectors have 64 bytes, else 16, and 8 on 32-bit
+// x86.
 constexpr int kTileRows = HWY_ARCH_X86_32 ? 2 : (kVectorColumns == kPanelColumns ? 8 : 4);
 
 /// The sums of `kRows` broadcast rows with `kVectors` vectors of columns over `pairs` row
@@ -265,7 +266,7 @@ inline void transpose(const std::uint8_t* in, std::ptrdiff_t inStep, std::size_t
         }
         return;
     }
-    // The last squares overlap those before them, so that nothing beyond the patch is read.
+    // The last squares overlap the previous ones, so that nothing outside the patch is read.
     for (std::size_t nextRow = 0; nextRow < rows; nextRow += 8) {
         const std::size_t r = std::min(nextRow, rows - 8);
         for (std::size_t nextColumn = 0; nextColumn < columns; nextColumn += 8) {
@@ -276,9 +277,9 @@ inline void transpose(const std::uint8_t* in, std::ptrdiff_t inStep, std::size_t
     }
 }
 
-/// Copies in steps of 16 bytes, so up to 15 beyond `count`.
-inline void copyGenerously(const std::uint8_t* HWY_RESTRICT from, std::size_t count,
-                           std::uint8_t* HWY_RESTRICT to) {
+/// Copies in steps of 16 bytes, up to 15 bytes more than `count`.
+inline void copyInSteps(const std::uint8_t* HWY_RESTRICT from, std::size_t count,
+                        std::uint8_t* HWY_RESTRICT to) {
     for (std::size_t k = 0; k < count; k += 16) {
         std::memcpy(to + k, from + k, 16);
     }
@@ -319,7 +320,7 @@ void addTile(const Chunk& chunk, const BlockArea& area, std::int64_t row, std::i
     }
 }
 
-/// The tiles of a block that touch the lower half, for one chunk.
+/// Adds one chunk to those tiles of a block that contain elements of the lower half.
 void accumulateChunk(const Chunk& chunk, const BlockArea& area, const NormalSums& sums) {
     for (std::int64_t column = area.columnBegin; column < area.columnEnd;
          column += 2 * kVectorColumns) {
@@ -343,27 +344,27 @@ void accumulateChunk(const Chunk& chunk, const BlockArea& area, const NormalSums
 void packPixel(const PatchShape& shape, std::uint8_t* HWY_RESTRICT workspace,
                const std::uint8_t* taps, std::ptrdiff_t tapStep, const std::int32_t* observed,
                std::int32_t* HWY_RESTRICT lines, std::size_t panelStride) {
-    // Unknowns run down the columns of the kernel, so the patch is turned to run that way too.
+    // Unknowns are numbered down the columns of the kernel, therefore the patch is transposed.
     const std::size_t patchRows = shape.height + 2;
     const std::size_t patchColumns = shape.width + 2;
     std::uint8_t* const patch = workspace;
     transpose(taps, tapStep, patchRows, patchColumns, patch, patchRows);
-    // Closed up to the kernel's height its columns number the points as the unknowns are numbered.
-    // What a copy writes beyond a column's end, the next column overwrites.
+    // Without gaps, columns of the kernel's height have their points in the order of the unknowns.
+    // Each copy overwrites the excess of the previous one.
     const std::size_t part = shape.bytes();
     const PatchColumns columns{workspace + part, workspace + 2 * part, workspace + 3 * part};
     for (std::size_t i = 0; i < patchColumns; ++i) {
         const std::uint8_t* column = patch + i * patchRows;
         const std::size_t point = i * shape.height;
-        copyGenerously(column, shape.height, columns.fromFirst + point);
-        copyGenerously(column + 1, shape.height, columns.fromSecond + point);
-        copyGenerously(column + 2, shape.height, columns.fromThird + point);
+        copyInSteps(column, shape.height, columns.fromFirst + point);
+        copyInSteps(column + 1, shape.height, columns.fromSecond + point);
+        copyInSteps(column + 2, shape.height, columns.fromThird + point);
     }
     const std::size_t unknowns = shape.width * shape.height;
     for (std::size_t u = 0; u < unknowns; u += kPanelColumns) {
         derivePanel(columns, u, shape.height, lines + u / kPanelColumns * panelStride);
     }
-    // The observations stand behind the last unknown, and zeros behind them.
+    // The observations follow the last unknown, and zeros fill the panel.
     std::int32_t* last = lines + unknowns / kPanelColumns * panelStride;
     for (std::size_t p = 0; p < kPairsPerPixel; ++p) {
         std::int32_t* line = last + p * kPanelColumns;
@@ -433,7 +434,7 @@ CNormalEquations::CNormalEquations(int kernelWidth, int kernelHeight, int thread
     if (lines > std::numeric_limits<std::ptrdiff_t>::max() / std::int64_t{sizeof(Line)}) {
         throw std::bad_alloc();
     }
-    // Packing a pixel fills all of its lines, so they start as they come.
+    // Packing a pixel writes all of its lines, so they need no initial value.
     m_lines = std::make_unique_for_overwrite<Line[]>(static_cast<std::size_t>(lines));
 
     const PatchShape shape{static_cast<std::size_t>(kernelWidth),

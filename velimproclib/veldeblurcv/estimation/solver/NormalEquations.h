@@ -22,10 +22,10 @@ struct NormalSums {
 /// 510 in magnitude, so a sum over any real image stays an integer far below 2^53 and is the same
 /// double in every order of summation: on every processor variant and for every number of threads.
 ///
-/// How to use it: `pack` up to `batchPixels` pixels, `accumulate` every block, begin again with the
-/// next batch; `mirror` every block once at the end. Within each of these three phases the calls
-/// may be shared freely among threads (a slot, a block and a thread number each belong to one
-/// thread at a time); between the phases the threads must meet.
+/// Use: `pack` up to `batchPixels` pixels, `accumulate` every block, repeat for each batch; at the
+/// end `mirror` every block once. Threads may share the calls of a phase in any way, as long as one
+/// thread at a time uses a slot, a block and a thread number. Between phases the threads need a
+/// barrier.
 ///
 /// Unknown number i * kernelHeight + j is the kernel's entry in row j and column i.
 class CNormalEquations {
@@ -39,23 +39,24 @@ public:
     /// Pixels that one batch can hold.
     int batchPixels() const noexcept { return m_batchPixels; }
 
-    /// Blocks that the lower half of the matrix, and the vector, are cut into.
+    /// Number of blocks that the lower half of the matrix and the vector are divided into.
     std::int64_t blockCount() const noexcept { return m_blockCount; }
 
     /// Writes one pixel's equations into `slot` of the batch.
     /// @param thread   number of the calling thread, below `threads`
-    /// @param taps     first sample of the patch of the sharp image that the kernel lies on; the
-    ///                 two columns and rows after the patch are read as well
-    /// @param observed the pixel of the blurred image; two more columns and rows are read
+    /// @param taps     first sample of the patch under the kernel in the sharp image; two columns
+    ///                 and rows after the patch are read as well
+    /// @param observed the pixel of the blurred image; two columns and rows after it are read as
+    ///                 well
     /// Steps count bytes.
     void pack(int thread, int slot, const std::uint8_t* taps, std::ptrdiff_t tapStep,
               const std::uint8_t* observed, std::ptrdiff_t observedStep) noexcept;
 
-    /// Adds the equations of slots 0 to `pixels` - 1 to the sums that belong to `block`. Above the
-    /// diagonal the matrix then holds remains that `mirror` overwrites.
+    /// Adds the equations of slots 0 to `pixels` - 1 to the sums of `block`. Elements above the
+    /// diagonal are undefined until `mirror` overwrites them.
     void accumulate(std::int64_t block, int pixels, const NormalSums& sums) const noexcept;
 
-    /// Copies the lower half of the matrix in `block` to its place in the upper half.
+    /// Copies the elements of `block` from the lower half of the matrix to the upper half.
     void mirror(std::int64_t block, const NormalSums& sums) const noexcept;
 
 private:

@@ -7,7 +7,8 @@ namespace vel {
 
 namespace {
 
-/// The first byte that is not 0, else `end`. Masks are mostly empty: eight bytes at a time.
+/// The first byte that is not 0, or `end`. Skips eight bytes at a time, because masks are mostly
+/// empty.
 const unsigned char* firstSelected(const unsigned char* at, const unsigned char* end) noexcept {
     for (std::uint64_t eight = 0; end - at >= 8; at += 8) {
         std::memcpy(&eight, at, 8);

@@ -20,15 +20,15 @@ struct PixelRange {
     std::int64_t end;
 };
 
-/// Hands out the pixels that a mask selects, row by row, a batch at a time. For one thread; the
-/// mask must outlive it.
+/// Enumerates the pixels that a mask selects, row by row, in batches. One thread uses an object;
+/// the mask must outlive it.
 class SelectedPixels {
 public:
     /// @param mask    CV_8UC1; pixels that are not 0 are selected
-    /// @param walked  rows that are taken up, one after the other, inside the mask or not
-    /// @param rows    those of them that may hold pixels, inside the mask
-    /// @param columns columns that may hold pixels, inside the mask
-    /// @param batchPixels most pixels of a batch, at least 1
+    /// @param walked  rows that are visited and reported, inside the mask or not
+    /// @param rows    rows among them in which pixels count, inside the mask
+    /// @param columns columns in which pixels count, inside the mask
+    /// @param batchPixels largest number of pixels in a batch, at least 1
     SelectedPixels(const cv::Mat& mask, PixelRange walked, PixelRange rows, PixelRange columns,
                    int batchPixels) noexcept
         : m_mask(mask), m_walkedEnd(walked.end), m_rows(rows), m_columns(columns),
@@ -37,9 +37,8 @@ public:
 
     std::size_t capacity() const noexcept { return m_capacity; }
 
-    /// Replaces `batch` by the next `capacity` pixels, or by those that are left; it stays empty
-    /// when all rows are walked. Calls `rowTaken()` for each row that is taken up, before its
-    /// pixels are looked for.
+    /// Replaces `batch` by the next pixels, at most `capacity`. It is empty after the last pixel.
+    /// Calls `rowTaken()` for each visited row, before the search for its pixels.
     template <class RowTaken>
     void next(std::vector<PixelPosition>& batch, RowTaken&& rowTaken) {
         batch.clear();
