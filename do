@@ -99,6 +99,12 @@ command_format() {
     git ls-files -z '*.cpp' '*.h' '*.c' | xargs -0 "$clang_format" "${options[@]}"
 }
 
+# Breaks the library of the last commit, one line at a time; ./do mutate --help has the options.
+command_mutate() {
+    install_packages "${packages[@]}" python3
+    tools/mutation/mutate "$@"
+}
+
 # Blurs a drawn scene, restores it with velorn, and shows the three side by side.
 command_demo() {
     build release velorn makeScene comparePictures compareKernels

@@ -1,9 +1,9 @@
-# Finds the core and imgproc modules of OpenCV 4 by their files: the distribution ships no package
-# file with these two modules alone. Defines the imported target OpenCV::CoreImgproc.
+# Finds the core and imgproc modules of OpenCV 4 by their files: the distribution has no package file
+# for these two modules only. Defines the imported target OpenCV::CoreImgproc.
 include(FindPackageHandleStandardArgs)
 
 find_path(OpenCVCoreImgproc_INCLUDE_DIR opencv2/imgproc.hpp PATH_SUFFIXES opencv4)
-# Built for Windows, the names of the libraries carry the version.
+# The names of libraries for Windows contain the version.
 find_library(OpenCVCoreImgproc_CORE_LIBRARY NAMES opencv_core opencv_core460)
 find_library(OpenCVCoreImgproc_IMGPROC_LIBRARY NAMES opencv_imgproc opencv_imgproc460)
 
@@ -13,12 +13,12 @@ find_package_handle_standard_args(OpenCVCoreImgproc REQUIRED_VARS
 
 if(OpenCVCoreImgproc_FOUND AND NOT TARGET OpenCV::CoreImgproc)
     add_library(OpenCV::CoreImgproc INTERFACE IMPORTED)
-    # Imported include folders are system folders: warnings in them are not ours to mend.
+    # Imported include folders are system folders, which keeps the compiler from warnings in them.
     target_include_directories(OpenCV::CoreImgproc INTERFACE ${OpenCVCoreImgproc_INCLUDE_DIR})
     target_link_libraries(OpenCV::CoreImgproc INTERFACE
         ${OpenCVCoreImgproc_IMGPROC_LIBRARY} ${OpenCVCoreImgproc_CORE_LIBRARY})
     if(WIN32)
-        # A static library does not bring along what it needs itself.
+        # A static library does not contain its own dependencies.
         find_package(ZLIB REQUIRED)
         target_link_libraries(OpenCV::CoreImgproc INTERFACE ZLIB::ZLIB)
     endif()

@@ -1,5 +1,4 @@
-# What `cmake --install` puts in place: header, library, velorn, CMake package, pkg-config file and
-# manual page.
+# `cmake --install` installs header, library, velorn, CMake package, pkg-config file and manual page.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
@@ -13,7 +12,7 @@ install(TARGETS velorncore10 EXPORT velorncore10Targets
         ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
         INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 if(WIN32)
-    # Whoever links with another compiler makes an import library of this.
+    # Other compilers make an import library from this file.
     install(FILES ${CMAKE_CURRENT_SOURCE_DIR}/cmake/velorncore10.def
             DESTINATION ${CMAKE_INSTALL_LIBDIR})
 endif()
@@ -27,7 +26,7 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/velorncore10Config.cmake
               ${CMAKE_CURRENT_BINARY_DIR}/velorncore10ConfigVersion.cmake
         DESTINATION ${package_dir})
 
-# The prefix may still be chosen at install time, so the file is made then.
+# The prefix can be chosen at install time, therefore the file is made then.
 install(CODE "
     set(PROJECT_VERSION \"${PROJECT_VERSION}\")
     set(PROJECT_DESCRIPTION \"${PROJECT_DESCRIPTION}\")

@@ -7,16 +7,16 @@ set(toolchain i686-w64-mingw32)
 set(CMAKE_C_COMPILER ${toolchain}-gcc-posix)
 set(CMAKE_CXX_COMPILER ${toolchain}-g++-posix)
 set(CMAKE_RC_COMPILER ${toolchain}-windres)
-# The compiler's archiver wrapper would load its plug-in for nothing: there is no link-time code.
+# The compiler's archiver wrapper loads a plug-in for link-time code, which this build does not have.
 set(CMAKE_AR ${toolchain}-ar CACHE FILEPATH "Archiver")
 
-# Windows promises a stack aligned to 4 bytes, vector code wants 16: whoever is called from outside
-# (a foreign compiler's code, a new thread) realigns. Floats are computed in SSE registers, in their
-# own precision: results are defined to the last bit.
+# Windows guarantees stacks aligned to 4 bytes, vector code needs 16: functions called from outside
+# (from code of other compilers, on new threads) realign. Floats are computed in SSE registers, in
+# single precision: results are defined to the last bit.
 set(CMAKE_C_FLAGS_INIT "-msse2 -mfpmath=sse -mstackrealign")
 set(CMAKE_CXX_FLAGS_INIT "-msse2 -mfpmath=sse -mstackrealign")
 
-# The run-time libraries go into the product, which then needs nothing but Windows itself.
+# The run-time libraries are linked statically, so that the product needs no library but Windows'.
 set(CMAKE_EXE_LINKER_FLAGS_INIT "-static")
 set(CMAKE_SHARED_LINKER_FLAGS_INIT "-static")
 

@@ -1,4 +1,4 @@
-// What a picture of 24 megapixels takes of the 2 GiB that a 32-bit process has.
+// The address space that a picture of 24 megapixels needs. A 32-bit process has 2 GiB.
 #include "tests/frame/LoadedLibrary.h"
 
 #include <algorithm>
@@ -15,7 +15,7 @@ constexpr int kWidth = 6000;
 constexpr int kHeight = 4000;
 constexpr double kMebibyte = 1024.0 * 1024.0;
 
-/// Counted region by region: the system's own figure may be a second old.
+/// The sum over all regions; the system's own figure may be a second old.
 std::uint64_t freeAddressSpace() {
     std::uint64_t sum = 0;
     const char* address = nullptr;
@@ -45,7 +45,7 @@ std::vector<std::uint16_t> barsAndSlopes() {
     return samples;
 }
 
-TEST(AddressSpace, TwentyFourMegapixelsOfSixteenBitsGoThroughAllStages) {
+TEST(AddressSpace, AllStagesOnTwentyFourMegapixelsOfSixteenBitsNeedLessThanOneGibibyte) {
     const LoadedLibrary library;
     auto* const deblurSharpen = VELORN_FIND(library, ornDeblurSharpen);
     auto* const createKernel = VELORN_FIND(library, ornCreateKernel);
@@ -65,7 +65,7 @@ TEST(AddressSpace, TwentyFourMegapixelsOfSixteenBitsGoThroughAllStages) {
                             0.005f, 0.3f, 0.2f),
               VELORN_OK);
 
-    // The last row of tiles was written, too.
+    // The last row of tiles is written.
     const auto last = target.end() - 3 * kWidth;
     EXPECT_GT(std::count_if(last, target.end(), [](std::uint16_t v) { return v > 8000; }), kWidth);
 
@@ -76,7 +76,8 @@ TEST(AddressSpace, TwentyFourMegapixelsOfSixteenBitsGoThroughAllStages) {
                 static_cast<double>(freeBefore - freeWithPictures) / kMebibyte,
                 static_cast<double>(freeWithPictures - freeAtWorst) / kMebibyte,
                 static_cast<double>(counters.PeakWorkingSetSize) / kMebibyte);
-    // Half of the address space stays the host's.
+    EXPECT_LT(freeAtWorst, freeWithPictures) << "the call reported progress";
+    // Half of the address space remains for the host.
     EXPECT_LT(freeBefore - freeAtWorst, 1024u * 1024u * 1024u);
 }
 

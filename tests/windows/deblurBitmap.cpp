@@ -1,4 +1,4 @@
-// The small Windows host, run from end to end on a bitmap.
+// Runs the small Windows host on a bitmap.
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -24,7 +24,7 @@ std::uint8_t sharpSample(int x, int y, int c) {
     return static_cast<std::uint8_t>(50 + (isBar ? 70 : 0) + (isRing ? 80 : 0) + 10 * c);
 }
 
-/// A picture whose every sample is the mean of a disc of the given radius.
+/// A picture in which every sample is the mean over a disc of the given radius.
 Pixels picture(int radius) {
     Pixels pixels(static_cast<std::size_t>(kStep) * kHeight);
     for (int y = 0; y < kHeight; ++y) {
@@ -46,7 +46,7 @@ Pixels picture(int radius) {
     return pixels;
 }
 
-/// The sharp picture, moved as `picture` moves the blurred one.
+/// The sharp picture, with the same displacement as the blurred one of `picture`.
 Pixels sharpPicture() {
     Pixels pixels(static_cast<std::size_t>(kStep) * kHeight);
     for (int y = 0; y < kHeight; ++y) {
@@ -99,7 +99,7 @@ protected:
         std::filesystem::remove_all(folder, ignored);
     }
 
-    /// Its exit status; what it prints is in `printed`.
+    /// Runs the host. Stores its output in `printed` and returns its exit status.
     int run(const std::string& library) {
         const std::filesystem::path log = folder / "printed.txt";
         const std::string command = quoted(VELORN_DEBLUR_BITMAP) + " " + quoted(library) + " " +
@@ -141,7 +141,7 @@ TEST_F(DeblurBitmap, RestoresABlurredBitmapAndPrintsItsProgress) {
     }
 }
 
-TEST_F(DeblurBitmap, SaysWhatItMisses) {
+TEST_F(DeblurBitmap, NamesTheFileThatItCannotLoadOrOpen) {
     EXPECT_EQ(run("no such library.dll"), 1);
     ASSERT_FALSE(printed.empty());
     EXPECT_NE(printed.front().find("cannot load"), std::string::npos);

@@ -1,5 +1,5 @@
-/* A small Windows host: loads velorncore10.dll, restores a 24-bit bitmap that a disc of a known
- * radius has blurred, and prints progress.
+/* A small Windows host: loads velorncore10.dll, restores a 24-bit bitmap that is blurred by a disc
+ * of known radius, and prints progress.
  *
  *     deblurBitmap velorncore10.dll blurred.bmp restored.bmp RADIUS */
 #include "velorncore10.h"
@@ -9,7 +9,7 @@
 #include <string.h>
 #include <windows.h>
 
-/* The functions that this host uses, found by name. */
+/* The functions that this host calls, found by name. */
 typedef int32_t(VELORN_CALL* DeblurSharpen)(ProgressRecord*, ImageRecord*, KernelRecord*, int32_t,
                                             float, float, float, float, float, float, float, float,
                                             float);
@@ -22,7 +22,7 @@ typedef struct Library {
     GetErrMsg getErrMsg;
 } Library;
 
-/* A bitmap as its file holds it: the bytes before the pixels, then rows of blue, green, red. */
+/* A bitmap in the layout of its file: a header, then rows of blue, green, red. */
 typedef struct Bitmap {
     unsigned char* bytes;
     size_t size;
@@ -37,7 +37,7 @@ static int fail(const char* what, const char* name) {
     return 1;
 }
 
-/* The type that stands for functions of any type, as void* does for data. */
+/* A generic function pointer, like void* for data. */
 typedef void (*AnyFunction)(void);
 
 static AnyFunction find(HMODULE module, const char* name) {
@@ -76,7 +76,7 @@ static int readFile(const char* name, Bitmap* bitmap) {
     return isRead ? 0 : fail("cannot read", name);
 }
 
-/* Finds the pixels. Rows may run upwards or downwards: a blur of a disc does not care. */
+/* Finds the pixels. Rows may run upwards or downwards: the blur of a disc is symmetric. */
 static int readBitmap(const char* name, Bitmap* bitmap) {
     const size_t headers = sizeof(BITMAPFILEHEADER) + sizeof(BITMAPINFOHEADER);
     const size_t largestSide = 30000;
@@ -108,7 +108,7 @@ static int readBitmap(const char* name, Bitmap* bitmap) {
     return 0;
 }
 
-/* The library works on red, green, blue: colour has a part in what it takes for brightness. */
+/* The library expects red, green, blue: the luminance that it restores weights them differently. */
 static void swapRedAndBlue(const Bitmap* bitmap, unsigned char* pixels) {
     int32_t x, y;
     for (y = 0; y < bitmap->height; ++y) {
@@ -125,13 +125,13 @@ static int32_t VELORN_CALL printProgress(int32_t current, int32_t limit, void* u
     (void)userData;
     printf("%d of %d\n", (int)current, (int)limit);
     fflush(stdout);
-    return 1; /* go on; 0 would cancel */
+    return 1; /* continue; 0 cancels */
 }
 
 static int restore(const Library* library, const Bitmap* bitmap, float radius,
                    unsigned char* restored) {
     const int32_t side = 2 * (int32_t)(radius + 0.5f) + 1;
-    int anything; /* without user data the library makes no callback */
+    int anything; /* the library makes no callback without user data */
     ProgressRecord progress = {100, 100, printProgress, NULL, 0};
     KernelRecord kernel = {0, 0, 0, 0, NULL};
     ImageRecord image = {psC3U8, NULL, 0, NULL, 0, 0, 0};

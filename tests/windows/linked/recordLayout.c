@@ -1,4 +1,4 @@
-/* The records as a C program on 32-bit Windows sees them, and a call through the import library
+/* The layout of the records in a C program on 32-bit Windows, and a call through the import library
  * with one of them. */
 #include "velorncore10.h"
 
