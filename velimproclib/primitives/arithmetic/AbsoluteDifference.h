@@ -6,9 +6,9 @@
 
 namespace vel {
 
-/// `dst = |a - b|`, pixel by pixel, over a region of `w` by `h` pixels. `dst` may be `a` or `b`
-/// itself. Steps are bytes between rows. Result: `kOk`, `kNullPointer`, `kBadSize` or `kBadStep`,
-/// complained of in that order; after a complaint nothing has been written. Re-entrant.
+/// `dst = |a - b|`, pixel by pixel, over a region of `w` by `h` pixels. `dst` may be `a` or `b`.
+/// Steps are bytes between rows. Returns `kOk`, `kNullPointer`, `kBadSize` or `kBadStep`, checked
+/// in this order; writes nothing when a check fails. Re-entrant.
 Status absDiffU8(const std::uint8_t* a, std::int32_t aStep, const std::uint8_t* b,
                  std::int32_t bStep, std::uint8_t* dst, std::int32_t dstStep, std::int32_t w,
                  std::int32_t h) noexcept;

@@ -14,8 +14,8 @@ namespace {
 using Counts = std::array<std::int64_t, 256>;
 
 Counts countPixels(const std::uint8_t* src, std::int32_t step, std::int32_t w, std::int32_t h) {
-    // Neighbouring pixels are often equal: separate tables keep one count from waiting for the
-    // other.
+    // Neighbouring pixels are often equal. With separate tables, an increment need not wait for the
+    // one before.
     std::array<Counts, 4> tables{};
     const Extent extent = joinAdjacentRows(w, h, {{step, 1}});
     for (std::size_t y = 0; y < extent.rows; ++y) {

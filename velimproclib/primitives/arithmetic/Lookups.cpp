@@ -14,16 +14,16 @@
 
 #include "velimproclib/primitives/arithmetic/floatRows-inl.h"
 
-// Up to 32 rising levels, which is all that the library itself uses, the interval of a pixel is the
-// number of levels that are not above it: compared with each level in turn, a vector of pixels at a
-// time, without a branch. The coefficients come from tables on the stack. More levels, or levels in
-// disorder, go pixel by pixel.
+// With up to 32 rising levels, which covers all tables of this library, the interval of a pixel is
+// the number of levels that are not above it: a vector of pixels is compared with each level in
+// turn, without a branch. The coefficients come from tables on the stack. More levels, or levels
+// that do not rise, are processed pixel by pixel.
 
 HWY_BEFORE_NAMESPACE();
 namespace vel::HWY_NAMESPACE {
 namespace {
 
-// As many pixels as a vector holds are searched at once, and evaluated as two vectors of doubles.
+// One vector of pixels is searched at a time and evaluated as two vectors of doubles.
 using Floats = hn::ScalableTag<float>;
 using Indices = hn::RebindToSigned<Floats>;
 using Doubles = hn::ScalableTag<double>;
@@ -63,7 +63,8 @@ private:
 };
 
 #if HWY_TARGET <= HWY_AVX3
-/// Reads coefficients of 16 entries at most out of two vectors, which beats gathered loads here.
+/// Reads coefficients of at most 16 entries from two vectors, which is faster than gathered loads
+/// here.
 class PermutedEntries {
 public:
     static constexpr std::int32_t kMaxEntries = 16;
@@ -183,7 +184,7 @@ namespace {
 HWY_EXPORT(lookUpLineRows);
 HWY_EXPORT(lookUpCubicRows);
 
-/// Neighbours may be equal; with a NaN among them levels do not rise.
+/// True when no level is below its predecessor and none is NaN.
 bool areRising(const float* levels, std::int32_t n) {
     for (std::int32_t k = 0; k + 1 < n; ++k) {
         if (!(levels[k] <= levels[k + 1])) {
@@ -242,8 +243,8 @@ std::int32_t intervalAmongAny(float v, const float* levels, std::int32_t n) {
     return kNone;
 }
 
-/// Any levels and any number of them: `pieceOf(k)` is made anew for every pixel, so that nothing
-/// need be kept.
+/// The lookup for any levels and any number of them. It computes `pieceOf(k)` again for every pixel
+/// and therefore stores nothing.
 template <class PieceOf>
 void lookUpPixels(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep,
                   Extent extent, const float* levels, std::int32_t n, bool rising,

@@ -14,9 +14,9 @@
 #include "velimproclib/primitives/arithmetic/floatRows-inl.h"
 #include "velimproclib/primitives/arithmetic/operations-inl.h"
 
-// The loops below carry `omp simd`: a target may be one of the sources, but then it is the same
-// plane, so that the elements are independent of each other. Without it the compiler's overlap
-// test would send exactly that case down the scalar path.
+// The loops carry `omp simd`: a target that is one of the sources is the same plane, therefore the
+// elements are independent. Without it, the compiler's overlap test selects the scalar loop for
+// exactly this case.
 
 HWY_BEFORE_NAMESPACE();
 namespace vel::HWY_NAMESPACE {

@@ -62,8 +62,8 @@ void dividedRows(const std::uint16_t* src, std::int32_t srcStep, std::uint32_t v
 template <class Operation>
 void scaledRows(const std::uint16_t* src, std::int32_t srcStep, std::uint32_t value,
                 std::uint16_t* dst, std::int32_t dstStep, Extent extent, std::int32_t scale) {
-    // A value of 17 bits is 0 when it is divided by 2^18 or more, and saturates, unless it is 0,
-    // when it is multiplied by 2^16 or more.
+    // A 17-bit value divided by 2^18 or more is 0. A value other than 0 saturates when multiplied
+    // by 2^16 or more.
     constexpr std::int32_t kLargest = 18;
     constexpr std::int32_t kSmallest = -16;
     const std::int32_t limited = std::clamp(scale, kSmallest, kLargest);

@@ -6,18 +6,18 @@
 
 /// Integer arithmetic on rows of unsigned 16-bit elements.
 ///
-/// `scale` below 0 multiplies a result by 2^-scale; above 0 it divides by 2^scale with rounding to
-/// nearest, ties to even. Any scale is legal, and the result saturates at 65535.
+/// A `scale` below 0 multiplies the result by 2^-scale. A `scale` above 0 divides it by 2^scale and
+/// rounds to nearest, ties to even. Any scale is legal, and the result saturates at 65535.
 ///
-/// All return `kNullPointer`, `kBadSize` or `kBadStep`, looked for in this order, and then have
-/// written nothing.
+/// Both return `kOk`, `kNullPointer`, `kBadSize` or `kBadStep`, checked in this order, and write
+/// nothing when a check fails. Re-entrant.
 namespace vel {
 
-/// srcDst = (srcDst + value), scaled. The sum itself does not saturate before it is scaled.
+/// srcDst = (srcDst + value), scaled. The sum does not saturate before it is scaled.
 Status addConstScaledU16(std::uint16_t value, std::uint16_t* srcDst, std::int32_t step,
                          std::int32_t w, std::int32_t h, std::int32_t scale) noexcept;
 
-/// dst = max(src - value, 0), scaled. `src` and `dst` are the same plane or lie apart.
+/// dst = max(src - value, 0), scaled. `src` and `dst` are the same plane or do not overlap.
 Status subConstScaledU16(const std::uint16_t* src, std::int32_t srcStep, std::uint16_t value,
                          std::uint16_t* dst, std::int32_t dstStep, std::int32_t w, std::int32_t h,
                          std::int32_t scale) noexcept;

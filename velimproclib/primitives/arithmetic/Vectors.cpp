@@ -17,8 +17,8 @@
 #include "velimproclib/primitives/arithmetic/floatRows-inl.h"
 #include "velimproclib/primitives/arithmetic/operations-inl.h"
 
-// The loops below carry `omp simd`: a target may be one of the sources, but then it is the same
-// vector, so that the elements are independent of each other.
+// The loops carry `omp simd`: a target that is one of the sources is the same vector, therefore the
+// elements are independent.
 
 HWY_BEFORE_NAMESPACE();
 namespace vel::HWY_NAMESPACE {
@@ -39,7 +39,7 @@ void combine(const float* a, const float* b, float* dst, std::size_t count) {
     }
 }
 
-/// What a^x means for negative bases.
+/// Selects the rule for negative bases.
 enum class Exponent { kOddInteger, kEvenInteger, kFraction };
 
 /// `power` is |base|^x; gives base^x.
@@ -132,7 +132,7 @@ HWY_EXPORT(subtractF32);
 HWY_EXPORT(absF32);
 HWY_EXPORT(power);
 
-/// Exponents whose results are 0, 1, infinity or NaN only, which every library gives alike.
+/// For exponents whose only results are 0, 1, infinity and NaN: every library gives the same.
 void degeneratePower(const float* a, float x, float* y, std::size_t count) {
     for (std::size_t i = 0; i < count; ++i) {
         unaligned(y)[i].value = std::pow(unaligned(a)[i].value, x);

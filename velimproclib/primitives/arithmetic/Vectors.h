@@ -6,10 +6,10 @@
 
 /// Operations on flat vectors of `len` (or `n`) elements.
 ///
-/// A target may be one of the sources of the same element type, or lie apart from them; vectors
-/// that overlap otherwise are not allowed. All return `kNullPointer` or `kBadSize` (a length below
-/// 1), looked for in this order, and then have written nothing. The results are the same on every
-/// processor, apart from which NaN comes out of an operation on two.
+/// A target is one of the sources of its element type or does not overlap them. All return `kOk`,
+/// `kNullPointer` or `kBadSize` (a length below 1), checked in this order, and write nothing when a
+/// check fails. The results are the same on every processor; only the choice between two NaN
+/// operands may differ. Re-entrant.
 namespace vel {
 
 /// dst = src, exactly.
@@ -28,8 +28,8 @@ Status vsSub(std::int32_t n, const float* a, const float* b, float* y) noexcept;
 /// y = |a|; the sign of a NaN is cleared too.
 Status vsAbs(std::int32_t n, const float* a, float* y) noexcept;
 
-/// y = a^x, within 0.501 units in the last place. Zeros, infinities, NaN, negative bases and any
-/// `x` follow the rules of `std::pow`: among others a^0 is 1 for every a, 0 to a negative power is
+/// y = a^x, within 0.501 units in the last place. Zeros, infinities, NaN and negative bases follow
+/// the rules of `std::pow` for any `x`. For example, a^0 is 1 for every a, 0 to a negative power is
 /// infinite, and a negative number to a power that is no integer is NaN.
 Status vsPowx(std::int32_t n, const float* a, float x, float* y) noexcept;
 

@@ -1,6 +1,6 @@
-// Logarithm and exponential for single-precision work, computed in double from sums, products
-// and one quotient. Unlike the system's library, whose routines differ with the processor and the
-// platform, they give the same bits everywhere. Included once for each processor variant.
+// Logarithm and exponential for single-precision work, computed in double from sums, products and
+// one quotient. They give the same bits everywhere; the routines of the system's library differ
+// with the processor and the platform. Included once for each processor variant.
 #if defined(VELORN_PRIMITIVES_ELEMENTARY_INL_H) == defined(HWY_TARGET_TOGGLE)
 #ifdef VELORN_PRIMITIVES_ELEMENTARY_INL_H
 #undef VELORN_PRIMITIVES_ELEMENTARY_INL_H
@@ -18,7 +18,7 @@ namespace vel::HWY_NAMESPACE {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
-/// The polynomial with `coefficients`, that of the highest power first, by Horner's rule.
+/// The polynomial with `coefficients`, highest power first, by Horner's rule.
 template <class D, std::size_t kCount>
 HWY_INLINE hn::Vec<D> polynomial(D d, hn::Vec<D> x, const double (&coefficients)[kCount]) {
     hn::Vec<D> sum = hn::Set(d, coefficients[0]);
@@ -28,12 +28,12 @@ HWY_INLINE hn::Vec<D> polynomial(D d, hn::Vec<D> x, const double (&coefficients)
     return sum;
 }
 
-/// Natural logarithm of doubles that floats were widened to. Zero of either sign gives minus
-/// infinity, a negative number and NaN give NaN. The error is a few units in the last place of a
-/// double, so that rounding the result to float is right but for about one input in 10^8.
+/// Natural logarithm of doubles that were widened from floats. Zero of either sign gives minus
+/// infinity; a negative number and NaN give NaN. The error is a few units in the last place of a
+/// double; therefore rounding the result to float is correct except for about one input in 10^8.
 ///
-/// With v = 2^k m and m next to 1, log v = k log 2 + 2 artanh(s) with s = (m - 1)/(m + 1); |s| is
-/// below 0.172, and nine terms of the odd series leave less than 1e-15.
+/// Method: with v = 2^k m and m close to 1, log v = k log 2 + 2 artanh(s) and s = (m - 1)/(m + 1).
+/// |s| is below 0.172, and the error of nine terms of the odd series is below 1e-15.
 template <class D>
 HWY_INLINE hn::Vec<D> naturalLog(D d, hn::Vec<D> v) {
     constexpr std::uint64_t kOne = 0x3ff0000000000000;
@@ -67,16 +67,16 @@ HWY_INLINE hn::Vec<D> naturalLog(D d, hn::Vec<D> v) {
     return hn::IfThenElse(hn::Gt(v, zero), positive, notPositive);
 }
 
-/// e^y for results that are rounded to float: exact to about 1e-14 of the value where that lies in
-/// the range of floats; smaller and larger results, infinite `y` included, come out as doubles that
-/// round to 0 and infinity. NaN gives NaN.
+/// e^y for results that are rounded to float, with a relative error of about 1e-14 in the range of
+/// floats. Smaller and larger results, also those of infinite `y`, are doubles that round to 0 and
+/// infinity. NaN gives NaN.
 ///
-/// With n the integer nearest to y / log 2, e^y = 2^n e^r and |r| is at most 0.35; thirteen terms
-/// of the power series leave less than 1e-15.
+/// Method: with n the integer nearest to y / log 2, e^y = 2^n e^r and |r| is at most 0.35. The
+/// error of thirteen terms of the power series is below 1e-15.
 template <class D>
 HWY_INLINE hn::Vec<D> exponential(D d, hn::Vec<D> y) {
     constexpr double kLimit = 200.0;
-    constexpr double kRoundingShift = 0x1.8p52; // adding it leaves an integer in the low bits
+    constexpr double kRoundingShift = 0x1.8p52; // a sum with it has an integer in its low bits
     constexpr double kInverseLog2 = 0x1.71547652b82fep0;
     constexpr double kLog2High = 0x1.62e42feep-1; // its product with n below 2^10 is exact
     constexpr double kLog2Low = 0x1.a39ef35793c76p-33;
@@ -96,7 +96,7 @@ HWY_INLINE hn::Vec<D> exponential(D d, hn::Vec<D> y) {
                                   1.0};
     const hn::RebindToUnsigned<D> bits;
 
-    // Comparisons, not Min and Max: what those make of NaN differs between processors.
+    // Comparisons instead of Min and Max, whose result for NaN differs between processors.
     const auto highest = hn::Set(d, kLimit);
     const auto lowest = hn::Set(d, -kLimit);
     const auto below = hn::IfThenElse(hn::Gt(y, highest), highest, y);

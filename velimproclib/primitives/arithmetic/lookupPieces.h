@@ -30,7 +30,7 @@ struct CubicPiece {
     }
 };
 
-/// Quotient of two differences. Knots that coincide have no slope between them: 0 stands for it.
+/// Quotient of two differences; 0 for two knots at the same place.
 inline double slopeOver(double rise, double run) {
     return run != 0.0 ? rise / run : 0.0;
 }
@@ -43,10 +43,10 @@ inline LinePiece linePiece(const float* values, const float* levels, std::int32_
 }
 
 /// The cubic of interval `k` of `n` levels, n at least 4: through the knots j .. j + 3 with
-/// j = k - 1, moved inwards at both ends, and written around knot j + 1.
+/// j = k - 1, moved inwards at both ends, and expanded around knot j + 1.
 ///
-/// Divided differences: g holds the chord slopes from knot j + 1 to the three others, a quadratic
-/// in d through them is what the cubic leaves when its value at d = 0 and a factor d are taken out.
+/// Method: divided differences. g0, g2 and g3 are the chord slopes from knot j + 1 to the three
+/// others. The cubic is value + d q(d) with q the quadratic through these slopes.
 inline CubicPiece cubicPiece(const float* values, const float* levels, std::int32_t n,
                              std::int32_t k) {
     const std::int32_t j = std::min(std::max(k - 1, 0), n - 4);
@@ -66,9 +66,9 @@ inline CubicPiece cubicPiece(const float* values, const float* levels, std::int3
     return {base, value, c1, c2, c3};
 }
 
-/// The pieces of all intervals, one array for each coefficient as vector code wants them. Entry 0
-/// stands for pixels below the levels, entry k + 1 for interval k, entry n for pixels above; the
-/// outer two hold zeros.
+/// The pieces of all intervals, one array for each coefficient for use by vector code. Entry 0 is
+/// for pixels below the levels, entry k + 1 for interval k, entry n for pixels above; the outer two
+/// hold zeros.
 struct LookupTable {
     static constexpr std::int32_t kMaxLevels = 32;
     static constexpr std::size_t kEntries = kMaxLevels + 1;

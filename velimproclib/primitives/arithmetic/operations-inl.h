@@ -1,4 +1,5 @@
-// What the element-wise families do with two numbers. Included once for each processor variant.
+// The operations of the element-wise families on two numbers. Included once for each processor
+// variant.
 #if defined(VELORN_PRIMITIVES_OPERATIONS_INL_H) == defined(HWY_TARGET_TOGGLE)
 #ifdef VELORN_PRIMITIVES_OPERATIONS_INL_H
 #undef VELORN_PRIMITIVES_OPERATIONS_INL_H

@@ -1,4 +1,4 @@
-// Included once for each processor variant; see LaneFftPlan.h for the plan.
+// Included once for each processor variant. LaneFftPlan.h describes the plan.
 
 #if defined(VELORN_PRIMITIVES_LANE_FFT_INL_H) == defined(HWY_TARGET_TOGGLE)
 #ifdef VELORN_PRIMITIVES_LANE_FFT_INL_H
@@ -12,17 +12,17 @@
 #include <cstddef>
 #include <hwy/highway.h>
 
-// Sixteen complex transforms side by side, in place. An element is 32 floats, one part (real or
-// imaginary) of the 16 lanes and then the other; vectors run across lanes, so that no butterfly
-// shuffles and a wider processor does the same arithmetic for each lane.
+// Sixteen complex transforms side by side, in place. An element is 32 floats: the real (or
+// imaginary) parts of the 16 lanes, then the other parts. Vectors run across lanes. Therefore no
+// butterfly shuffles, and a wider processor does the same arithmetic for each lane.
 //
-// Every pass puts its results where its operands were. Frequency k so ends in the element
-// plan.places[k], and the way back starts from there: nothing is ever sorted, and a transform of
-// 256 elements does all its work inside the first-level cache. Longer ones run their first pass
-// over all elements; each part that it leaves is then finished on its own, down to the last pass.
+// Every pass overwrites its operands with its results. Frequency k ends up in element
+// plan.places[k], and the inverse starts from there: nothing is ever sorted. A transform of 256
+// elements stays inside the first-level cache. A longer one runs its first pass over all elements
+// and then finishes each part of the result on its own, down to the last pass.
 //
-// The inverse transform is the forward one with real and imaginary parts exchanged, which costs
-// nothing here: `Parts` says which comes first.
+// The inverse transform is the forward one with real and imaginary parts exchanged: `Parts` holds
+// their order, at no cost.
 
 HWY_BEFORE_NAMESPACE();
 namespace vel::HWY_NAMESPACE {
@@ -124,7 +124,7 @@ HWY_INLINE void butterfly(Complex* x) {
     }
 }
 
-/// Where the twiddle factors of a butterfly go.
+/// The values of a butterfly that the twiddle factors multiply.
 enum class Twiddle { kNone, kOperands, kResults };
 
 HWY_INLINE Complex twiddled(const Complex& x, const float* factor) {
@@ -202,8 +202,8 @@ inline void leaves(int radix, float* data, std::ptrdiff_t count, Parts parts) {
     }
 }
 
-/// From the order of samples to the order of `places`: the passes from `level` on, over the part of
-/// `length` elements at `data`.
+/// From the order of samples to the order of `places`: runs the passes from `level` on, over the
+/// part of `length` elements at `data`.
 inline void decimate(const LaneFftPlan& plan, std::size_t level, std::ptrdiff_t length, float* data,
                      Parts parts) {
     if (level == plan.radices.size()) {
@@ -225,8 +225,8 @@ inline void decimate(const LaneFftPlan& plan, std::size_t level, std::ptrdiff_t 
     }
 }
 
-/// The way back: from the order of `places` to the order of samples, times the length when the
-/// parts are exchanged.
+/// The inverse: from the order of `places` to the order of samples. With exchanged parts the result
+/// is the inverse transform times the length.
 inline void assemble(const LaneFftPlan& plan, std::size_t level, std::ptrdiff_t length, float* data,
                      Parts parts) {
     if (level == plan.radices.size()) {

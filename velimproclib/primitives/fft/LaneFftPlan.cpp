@@ -38,7 +38,7 @@ RootsOfUnity::Root exactRoot(std::uint64_t k, std::uint64_t n) {
     }
 }
 
-/// Radix 8 as far as it goes; what remains goes to passes of radix 4, or 2 for a length of 2.
+/// As many passes of radix 8 as possible, then one or two of radix 4; radix 2 for a length of 2.
 std::vector<int> chooseRadices(int log2Length) {
     if (log2Length == 0) {
         return {};
@@ -66,7 +66,7 @@ std::vector<float> passTwiddles(const RootsOfUnity& roots, std::size_t rootStep,
     return factors;
 }
 
-/// Frequency k has the digits of the first radix lowest; places have them highest.
+/// The digit of the first radix is the lowest of a frequency and the highest of a place.
 std::vector<std::uint32_t> placesOf(std::size_t length, const std::vector<int>& radices) {
     std::vector<std::uint32_t> places;
     places.reserve(length);

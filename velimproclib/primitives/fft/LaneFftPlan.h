@@ -8,7 +8,7 @@ namespace vel {
 
 /// The roots of unity exp(-2 pi i k / n) in double precision, for any k, with n a power of two.
 ///
-/// Two tables of about sqrt(n) entries each; a root is the product of one entry of each, so that
+/// A root is the product of one entry from each of two tables of about sqrt(n) entries. Therefore
 /// the set-up of long transforms needs few calls of sine and cosine. Multiples of a quarter turn
 /// are exact.
 class RootsOfUnity {
@@ -27,15 +27,15 @@ private:
     std::vector<Root> m_fine;
 };
 
-/// What a 16-lane complex transform of a power-of-two length needs to know.
+/// The constant tables of a 16-lane complex transform of a power-of-two length.
 ///
 /// The transform decimates in frequency, in place. A pass of radix r over n elements, with
-/// m = n / r, leaves r contiguous parts of m elements; output k of the butterfly at j is multiplied
-/// by exp(-2 pi i j k / n). The inverse takes the passes in the opposite order, with the conjugate
-/// factors on the operands.
+/// m = n / r, produces r contiguous parts of m elements; output k of the butterfly at j is
+/// multiplied by exp(-2 pi i j k / n). The inverse runs the passes in the opposite order, with the
+/// conjugate factors on the operands.
 struct LaneFftPlan {
-    /// @throws std::bad_alloc when the tables do not fit in memory, std::length_error when one is
-    /// longer than a vector can be: both are std::exception.
+    /// @throws std::bad_alloc when memory is exhausted, std::length_error when a table exceeds the
+    /// largest size of a vector
     explicit LaneFftPlan(int log2Length);
 
     std::size_t length;
@@ -44,7 +44,7 @@ struct LaneFftPlan {
     /// The factors of each pass as pairs (re, im) for j = 1..m-1, k = 1..r-1, k fastest; the last
     /// pass has none.
     std::vector<std::vector<float>> twiddles;
-    /// Frequency k ends in element places[k]. Frequency 0 stays in element 0.
+    /// Frequency k ends up in element places[k]; frequency 0 in element 0.
     std::vector<std::uint32_t> places;
 };
 

@@ -17,11 +17,11 @@
 #include "velimproclib/primitives/fft/LaneFft-inl.h"
 #include "velimproclib/primitives/fft/TransposeTile-inl.h"
 
-// Rows: a group of 16 rows is transposed tile by tile, so that its 16 rows become the lanes of one
-// transform. The real row of w samples is read as w/2 complex ones (even samples real, odd samples
-// imaginary), which is what the transposed tiles are already. After the complex transform of half
-// the length, frequencies k and w/2 - k are joined to the spectrum of the real row, in two tiles at
-// a time from both ends of the row, and these tiles are transposed back into the column blocks.
+// Rows: a group of 16 rows is transposed tile by tile; its 16 rows become the lanes of one
+// transform. The real row of w samples is read as w/2 complex samples (even samples real, odd
+// samples imaginary), which is the layout of the transposed tiles. After the complex transform of
+// half the length, frequencies k and w/2 - k are joined to the spectrum of the real row, two tiles
+// at a time from both ends of the row, and these tiles are transposed back into the column blocks.
 //
 // Columns: the 16 columns of a block are the lanes.
 
@@ -52,7 +52,7 @@ struct Scaled {
     HWY_INLINE TileVec operator()(TileVec v) const { return hn::Mul(v, factor); }
 };
 
-/// The plain path for images smaller than a tile.
+/// A part of an image that does not fill a tile.
 struct SmallTile {
     int rows;
     int columns;
@@ -113,8 +113,8 @@ struct ElementPair {
     float* high; ///< of frequency w/2 - k
 };
 
-/// Frequencies k and w/2 - k of the real rows from those of the transform of half length, or the
-/// reverse, for which the factor comes conjugated. The two may be one, k = w/4.
+/// Frequencies k and w/2 - k of the real rows from those of the transform of half length, or with
+/// the conjugate factor the reverse. For k = w/4 the two are the same.
 HWY_INLINE void joinPair(ElementPair from, ElementPair to, float factorRe, float factorIm) {
     forEachLane([&](std::ptrdiff_t lane) HWY_ATTR {
         const LaneTag d;
@@ -136,12 +136,12 @@ struct RowMemory {
           low(scratch + static_cast<std::ptrdiff_t>(tables.rows.length) * kElementFloats),
           high(low + kSideElements * kElementFloats) {}
 
-    /// A tile's elements and the first one of its neighbour.
+    /// The elements of a tile and the first element of the next.
     static constexpr std::ptrdiff_t kSideElements = kTileSide + 1;
 
     float* elements; ///< the transform of half length
     float* low;      ///< frequencies of a tile from the low end of the rows
-    float* high;     ///< and of one from the high end
+    float* high;     ///< frequencies of a tile from the high end
 };
 
 /// One group of rows in the image and in the spectrum.
@@ -172,7 +172,7 @@ private:
     std::ptrdiff_t m_blockFloats;
 };
 
-/// Image columns `left` to `left` + 15 of all rows to elements, which are pairs of columns.
+/// Loads image columns `left` to `left` + 15 of all rows into elements, two columns each.
 inline void loadImageTile(const RowGroup& group, const char* firstRow, std::ptrdiff_t stepBytes,
                           std::ptrdiff_t left) {
     const char* from = firstRow + left * kFloatBytes;
@@ -188,7 +188,7 @@ inline void loadImageTile(const RowGroup& group, const char* firstRow, std::ptrd
     transposeSmallTile({group.rows, static_cast<int>(columns)}, rowAt, to, kLaneBytes, 1.0f);
 }
 
-/// The reverse, scaled, from elements in the order of `places`.
+/// Stores elements in the order of `places`, scaled, into image columns `left` to `left` + 15.
 inline void storeImageTile(const RowGroup& group, char* firstRow, std::ptrdiff_t stepBytes,
                            std::ptrdiff_t left, float factor) {
     const auto rowAt = [&](int row) HWY_ATTR {
@@ -203,7 +203,8 @@ inline void storeImageTile(const RowGroup& group, char* firstRow, std::ptrdiff_t
     transposeSmallTile({columns, group.rows}, rowAt, to, stepBytes, factor);
 }
 
-/// The elements at `from`, one for each column of a block, to the group's rows of that block.
+/// Stores the elements at `from`, one for each column of a block, into the group's rows of the
+/// block.
 inline void storeBlockTile(const RowGroup& group, const float* from, std::ptrdiff_t block) {
     for (const std::ptrdiff_t part : {std::ptrdiff_t{0}, kFftLanes}) {
         const auto rowAt = [=](int row)
@@ -292,7 +293,7 @@ void splitFromBlocks(const RowGroup& group, const float* factors) {
             }
             return;
         }
-        // The partner of the tile's first frequency was the first one of the high tile before.
+        // The partner of the tile's first frequency is the first one of the previous high tile.
         std::copy_n(memory.high, kElementFloats, memory.high + kTileSide * kElementFloats);
         loadBlockTile(group, group.blocks - 1 - block, memory.high);
         for (std::ptrdiff_t i = block == 0 ? 1 : 0; i < kTileSide; ++i) {
@@ -360,7 +361,7 @@ void forEachRowPair(const RealFft2D& fft, float* block, Visit visit) {
 }
 
 /// Column 0 holds the transform of two real columns, one in the real and one in the imaginary
-/// parts: takes their spectra apart.
+/// parts. Separates their spectra.
 void untangleFirstColumn(const RealFft2D& fft, float* block) {
     forEachRowPair(fft, block, [](float* low, float* high) {
         const float lowRe = low[0];
@@ -387,8 +388,8 @@ void tangleFirstColumn(const RealFft2D& fft, float* block) {
     });
 }
 
-/// No processor that this is built for has a larger address space for one program; a larger
-/// spectrum is refused before time goes into its tables.
+/// A limit above the address space of every supported processor. A larger spectrum is refused
+/// before its tables are computed.
 constexpr std::uint64_t kMaxSpectrumBytes = std::uint64_t{1} << 46;
 
 std::size_t floatCount(std::uint64_t count) {
@@ -400,7 +401,7 @@ std::size_t floatCount(std::uint64_t count) {
     return static_cast<std::size_t>(count);
 }
 
-/// The elements of a group of rows, and two tiles with the first element of a neighbour each.
+/// The elements of a group of rows, and two tiles with the first element of the next tile each.
 std::size_t rowScratchFloats(int orderX) {
     constexpr std::uint64_t kTileElements = 2 * (RealFft2D::kLanes + 1);
     return floatCount(kRow * ((std::uint64_t{1} << std::max(orderX - 1, 0)) + kTileElements));

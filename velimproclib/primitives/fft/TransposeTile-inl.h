@@ -28,8 +28,7 @@ using TileTag = HWY_CAPPED(float, 16);
 using TileVec = hn::Vec<TileTag>;
 
 #if HWY_TARGET != HWY_SCALAR
-/// Four floats each, from column `left` on, of every fourth row, the rows from `row` on, side by
-/// side in one vector.
+/// Four floats from column `left` on of rows `row`, `row` + 4, ..., side by side in one vector.
 template <class D, class RowAt>
 HWY_INLINE hn::Vec<D> loadEveryFourthRow(D d, RowAt rowAt, int row, int left) {
     if constexpr (hn::MaxLanes(D()) == 4) {
@@ -44,10 +43,11 @@ HWY_INLINE hn::Vec<D> loadEveryFourthRow(D d, RowAt rowAt, int row, int left) {
 #endif
 
 /// Transposes a tile of 16 by 16 floats: to(c, r) = from(r, c). `rowAt(r)` is the address of a
-/// source row; target rows stand `toStepBytes` apart. Neither needs alignment. `change` is applied
-/// to every vector on its way.
+/// source row; the distance of target rows is `toStepBytes`. Neither needs alignment. `change` maps
+/// every vector between load and store.
 ///
-/// The vectors are loaded so that transposing 4 by 4 within their 128-bit blocks finishes the work.
+/// The vectors are loaded in an order that leaves only transposes of 4 by 4 within their 128-bit
+/// blocks.
 template <class RowAt, class Change>
 HWY_INLINE void transposeTile(RowAt rowAt, char* to, std::ptrdiff_t toStepBytes, Change change) {
     const TileTag d;

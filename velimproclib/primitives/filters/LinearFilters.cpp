@@ -23,7 +23,7 @@
 namespace vel {
 namespace {
 
-// Rows and columns differ only in how many bytes the window moves from one tap to the next.
+// Rows and columns differ only in the bytes between the pixels of neighbouring taps.
 struct Window {
     std::int64_t tapStep;
     std::int32_t len;
@@ -45,7 +45,8 @@ HWY_BEFORE_NAMESPACE();
 namespace vel::HWY_NAMESPACE {
 namespace {
 
-// Where a pixel's window begins and how far apart its pixels are, and the taps that meet them.
+// The window of a row's first pixel and the taps. `first` is the window's first pixel; the taps are
+// used from the last to the first.
 struct RowFilter {
     const Unaligned<float>* first;
     std::int64_t tapStep;
@@ -53,8 +54,8 @@ struct RowFilter {
     std::int32_t len;
 };
 
-// The products of two floats are exact in double, so that each pixel sees one rounding for every
-// tap, in the order of the taps, however many pixels are carried side by side.
+// The product of two floats is exact in double. Therefore each pixel is rounded once for every tap,
+// in the order of the taps, for any number of pixels side by side.
 float convolvePixel(const RowFilter& filter, std::size_t x) {
     const auto* pixel = filter.first + x;
     double sum = 0;
@@ -94,7 +95,7 @@ void convolveBlock(const RowFilter& filter, std::size_t x, Unaligned<float>* dst
     storeUnaligned(roundedToFloats(narrow, sum3), narrow, dst + x + 3 * lanes);
 }
 
-// The last block of a row is moved back to its end: it makes some pixels a second time.
+// The last block ends with the row and computes some pixels a second time.
 void convolveRowF32(const RowFilter& filter, Unaligned<float>* dst, std::size_t w) {
     const std::size_t block = 4 * hn::Lanes(Wide());
     if (w < block) {
@@ -108,15 +109,15 @@ void convolveRowF32(const RowFilter& filter, Unaligned<float>* dst, std::size_t 
     }
 }
 
-// Halves go up, whatever the signs. The offset of a quarter of a divisor's unit beyond the half
-// cannot carry a quotient across the next integer, and is far more than the error of the inverse.
+// Halves round up for every sign. The quotient is a multiple of 1 / divisor; the additional quarter
+// of that unit cannot move it past the next integer and exceeds the error of the inverse by far.
 inline std::uint8_t roundedQuotient(std::int32_t sum, std::int32_t /*divisor*/, double inverse) {
     const double quotient = sum * inverse + (0.5 + 0.25 * (inverse < 0 ? -inverse : inverse));
     const double low = quotient > 0.0 ? quotient : 0.0;
     return static_cast<std::uint8_t>(static_cast<std::int32_t>(low < 255.0 ? low : 255.0));
 }
 
-// For kernels whose sums may leave 32 bits; the double's 53 bits need not hold the sum.
+// For kernels whose sums may exceed 32 bits, and then also the 53 bits of a double.
 inline std::uint8_t roundedQuotient(std::int64_t sum, std::int32_t divisor, double /*inverse*/) {
     const std::int64_t magnitude = std::abs(static_cast<std::int64_t>(divisor));
     const std::int64_t numerator = 2 * (divisor < 0 ? -sum : sum) + magnitude;

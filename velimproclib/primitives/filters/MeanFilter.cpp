@@ -20,9 +20,9 @@ inline std::uint16_t highHalf(std::uint32_t a, std::uint32_t b) {
     return static_cast<std::uint16_t>((a * b) >> 16);
 }
 
-// The factor stands for the division by the number of pixels. It is scaled so that the shift starts
-// with a whole 16 bits, which vectors of 16-bit elements multiply and shift in one step: 455 >> 12
-// is 7280 >> 16, and 10485 >> 18 is 10485 >> 16 >> 2.
+// The factor and the shift divide by the number of pixels. They are scaled to a shift of at least
+// 16 bits, because vectors of 16-bit elements multiply and shift by 16 in one instruction: 455 >>
+// 12 is 7280 >> 16, and 10485 >> 18 is 10485 >> 16 >> 2.
 struct Mean3x3 {
     static constexpr std::ptrdiff_t kSide = 3;
     static std::uint16_t of(std::uint16_t sum) { return highHalf(sum + 5u, 7280u); }
@@ -37,7 +37,7 @@ struct Mean5x5 {
 
 constexpr std::ptrdiff_t kBlock = 256;
 
-// The sums down the columns first, and then of these sums along the row.
+// Sums down the columns first, then sums these along the row.
 template <class Mean>
 void meanBlock(const std::uint8_t* src, std::int64_t step, std::uint8_t* HWY_RESTRICT dst,
                std::ptrdiff_t w) {

@@ -29,8 +29,8 @@ inline Pixel medianOf3(Pixel a, Pixel b, Pixel c) {
     return larger(smaller(a, b), smaller(larger(a, b), c));
 }
 
-// Neither the smallest nor the largest of any four of five can be the median: it is the median of
-// the two middle candidates and the fifth.
+// Neither the smallest nor the largest of four of the five values can be the median. Therefore it
+// is the median of the two remaining candidates and the fifth value.
 inline Pixel medianOf5(Pixel a, Pixel b, Pixel c, Pixel d, Pixel e) {
     const Pixel low = larger(smaller(a, b), smaller(c, d));
     const Pixel high = smaller(larger(a, b), larger(c, d));
@@ -49,8 +49,8 @@ inline Sorted sorted(Pixel a, Pixel b, Pixel c) {
     return {smaller(low, c), larger(low, smaller(high, c)), larger(high, c)};
 }
 
-// Of three sorted triples: the median is the one between the largest of the lows, the median of
-// the middles and the smallest of the highs.
+// Takes three sorted triples. The median of all nine values is the median of the largest low, the
+// median of the middles and the smallest high.
 inline Pixel medianOf9(Sorted a, Sorted b, Sorted c) {
     return medianOf3(larger(larger(a.low, b.low), c.low), medianOf3(a.middle, b.middle, c.middle),
                      smaller(smaller(a.high, b.high), c.high));
@@ -99,7 +99,7 @@ void medianRowOfLargeCross(const Pixel* src, std::int64_t step, Pixel* HWY_RESTR
 }
 
 template <class MedianRow>
-void forEachRow(const Pixel* src, std::int32_t srcStep, Pixel* dst, std::int32_t dstStep,
+void medianRows(const Pixel* src, std::int32_t srcStep, Pixel* dst, std::int32_t dstStep,
                 std::int32_t w, std::int32_t h, std::int64_t apart, MedianRow medianRow) {
     for (std::size_t y = 0; y < static_cast<std::size_t>(h); ++y) {
         medianRow(rowAt(src, srcStep, y), apart, rowAt(dst, dstStep, y), w);
@@ -111,12 +111,12 @@ void forEachRow(const Pixel* src, std::int32_t srcStep, Pixel* dst, std::int32_t
 void medianLine(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst,
                 std::int32_t dstStep, std::int32_t w, std::int32_t h, std::int64_t apart,
                 std::int32_t length) {
-    forEachRow(src, srcStep, dst, dstStep, w, h, apart, length == 3 ? medianRowOf3 : medianRowOf5);
+    medianRows(src, srcStep, dst, dstStep, w, h, apart, length == 3 ? medianRowOf3 : medianRowOf5);
 }
 
 void medianCross(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst,
                  std::int32_t dstStep, std::int32_t w, std::int32_t h, std::int32_t mask) {
-    forEachRow(src, srcStep, dst, dstStep, w, h, srcStep,
+    medianRows(src, srcStep, dst, dstStep, w, h, srcStep,
                mask == kMask33 ? medianRowOfSmallCross : medianRowOfLargeCross);
 }
 
@@ -139,11 +139,13 @@ Status checkMask(std::int32_t mask, const Masks& known) noexcept {
     return mask == known.small || mask == known.large ? kOk : kBadMask;
 }
 
-/// For the masks that read 1 (the small one) or 2 pixels on either side of a row.
+/// For masks that read 1 (the small one) or 2 pixels on each side of a row.
 Status checkWideMask(std::int32_t mask, const Masks& known, std::int32_t srcStep,
                      std::int32_t w) noexcept {
-    const Status status = checkMask(mask, known);
-    return status != kOk ? status : checkBorderStep(srcStep, w, mask == known.small ? 2 : 4, 1);
+    if (const Status status = checkMask(mask, known)) {
+        return status;
+    }
+    return checkBorderStep(srcStep, w, mask == known.small ? 2 : 4, 1);
 }
 
 } // namespace

@@ -20,7 +20,7 @@ HWY_BEFORE_NAMESPACE();
 namespace vel::HWY_NAMESPACE {
 namespace {
 
-// Of equal or unordered values the first stays.
+// Of two equal or unordered values, the first is picked.
 struct Larger {
     template <class T>
     T operator()(T first, T second) const {
@@ -81,8 +81,9 @@ void morphRowInPlace(std::uint8_t* HWY_RESTRICT row, const std::uint8_t* HWY_RES
     }
 }
 
-// The extremes along the row above and along the row itself are kept from before these rows were
-// overwritten; those along the row below come from the image and take the place of the former.
+// The buffer holds the extremes along the row above and along the row itself, taken before these
+// rows were overwritten. The extremes along the row below come from the image and replace those of
+// the row above.
 template <class Pick>
 void morphInPlaceU8(std::uint8_t* srcDst, std::int32_t step, std::int32_t w, std::int32_t h,
                     std::uint8_t* twoRows) {
@@ -134,8 +135,10 @@ HWY_EXPORT(erodeInPlaceU8);
 Status checkMorphology(std::initializer_list<const void*> pointers, std::int32_t w, std::int32_t h,
                        std::initializer_list<std::int32_t> steps, std::int32_t srcStep,
                        std::size_t pixelBytes) noexcept {
-    const Status status = checkArguments(pointers, {w, h}, steps);
-    return status != kOk ? status : checkBorderStep(srcStep, w, 2, pixelBytes);
+    if (const Status status = checkArguments(pointers, {w, h}, steps)) {
+        return status;
+    }
+    return checkBorderStep(srcStep, w, 2, pixelBytes);
 }
 
 template <class Morph>

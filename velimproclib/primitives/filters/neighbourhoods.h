@@ -5,11 +5,11 @@
 #include <cstddef>
 #include <cstdint>
 
-/// What the primitives that read a border around their region share.
+/// Checks shared by the primitives that read a border around their region.
 namespace vel {
 
-/// `kBadBorderStep` when a step cannot hold a row of the region with its border, else `kOk`. It
-/// follows the other checks of the arguments.
+/// `kBadBorderStep` when a step is shorter than a row of the region with its border, else `kOk`.
+/// Follows the other checks of the arguments.
 ///
 /// @param border pixels that are read beyond the region in a row, left and right together
 /// @param pixelBytes bytes of one pixel of the source
@@ -19,8 +19,8 @@ namespace vel {
     return srcStep < rowBytes ? kBadBorderStep : kOk;
 }
 
-/// `kBadStep` when a step cannot hold a row of the region, else `kOk`: for those that read no
-/// pixels at the sides.
+/// `kBadStep` when a step is shorter than a row of the region, else `kOk`. For primitives that read
+/// no pixels at the sides.
 [[nodiscard]] inline Status checkRowStep(std::int32_t srcStep, std::int32_t w,
                                          std::size_t pixelBytes) noexcept {
     return checkBorderStep(srcStep, w, 0, pixelBytes) == kOk ? kOk : kBadStep;

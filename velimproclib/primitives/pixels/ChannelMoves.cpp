@@ -49,9 +49,9 @@ struct [[gnu::packed, gnu::may_alias]] Pixel {
 #if HWY_TARGET != HWY_SCALAR
 namespace hn = hwy::HWY_NAMESPACE;
 
-/// Pixels of three elements, taken 48 bytes at a time: 16 bytes of the plane and three blocks of 16
-/// bytes of the image, whatever the width of the processor's vectors. A table for each block says
-/// which of the plane's bytes goes to each of the block's; a place of another channel has none.
+/// Pixels of three elements are filled 48 bytes at a time: 16 bytes of the plane go to three blocks
+/// of 16 bytes of the image, for every vector width. The table of a block holds for each of its
+/// bytes the source byte in the plane, or `kNone` for a byte of another channel.
 constexpr std::size_t kBlockBytes = 16;
 constexpr std::uint8_t kNone = 0x80;
 
@@ -59,7 +59,6 @@ struct alignas(kBlockBytes) BlockTables {
     std::uint8_t byte[3][kBlockBytes];
 };
 
-/// For each byte of the image, its byte in the plane.
 template <std::size_t elementBytes>
 constexpr BlockTables spreadTables() {
     BlockTables tables{};
@@ -75,8 +74,8 @@ constexpr BlockTables spreadTables() {
 using BlockTag = hn::FixedTag<std::uint8_t, kBlockBytes>;
 using BlockVector = hn::Vec<BlockTag>;
 
-/// Fills a channel of whole triples of blocks; gives the number of elements done. The last element
-/// stays undone always: the two behind it may not be touched.
+/// Fills a channel of whole triples of blocks and returns the number of elements done. It never
+/// does the last element, because the two elements after that one must not be touched.
 template <class T>
 std::size_t intoBlocks(const Unaligned<T>* HWY_RESTRICT src, Unaligned<T>* HWY_RESTRICT dst,
                        std::size_t n) {
@@ -154,8 +153,8 @@ HWY_EXPORT(fillC4U8);
 
 namespace {
 
-/// Checks, and runs the row kernel over the rows; pixels have `srcChannels` and `dstChannels`
-/// elements.
+/// Checks the arguments and runs the row kernel over the rows. Pixels have `srcChannels` and
+/// `dstChannels` elements.
 template <std::size_t srcChannels, std::size_t dstChannels, class Row, class T>
 Status moveRows(Row&& row, const T* src, std::int32_t srcStep, T* dst, std::int32_t dstStep,
                 std::int32_t w, std::int32_t h) noexcept {

@@ -6,16 +6,16 @@
 
 /// Moves between planes and one channel of interleaved images, one element per pixel.
 ///
-/// The pointer of the interleaved side already points at the channel: the pixel's address plus the
-/// element's offset. Elements before the first of the region and after the last are neither
-/// read nor written, so a region may start and end with the memory it lies in. Regions are `w` by
-/// `h` pixels and do not overlap; steps are bytes between rows, above 0 and of any alignment. The
-/// result is `kOk`, `kNullPointer`, `kBadSize` or `kBadStep`, complained of in that order; after a
-/// complaint nothing has been written.
+/// The pointer of the interleaved side points at the channel: the pixel's address plus the
+/// element's offset. Elements before the first and after the last of the region are neither read
+/// nor written; therefore a region may start and end with its memory block. Regions are `w` by `h`
+/// pixels and do not overlap; steps are bytes between rows, above 0 and of any alignment. All
+/// return `kOk`, `kNullPointer`, `kBadSize` or `kBadStep`, checked in this order, and write nothing
+/// when a check fails.
 ///
-/// All are re-entrant. The other channels between the first and the last element keep their values,
-/// but may be read and written back: two threads must not fill channels of the same rows of one
-/// image at the same time.
+/// Re-entrant. The other channels between the first and the last element keep their values, but may
+/// be read and written back: two threads must not fill channels of the same rows of one image at
+/// the same time.
 namespace vel {
 
 /// `dst[3x] = src[x]`.

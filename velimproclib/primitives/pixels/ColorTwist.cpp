@@ -22,7 +22,7 @@ float twisted(const float row[4], float p0, float p1, float p2) {
 } // namespace
 
 void twistRows(float* const planes[3], std::int32_t step, Extent extent, const float coef[3][4]) {
-    // A copy that no plane can overlap: the coefficients stay in registers.
+    // No plane can overlap this copy; therefore the coefficients stay in registers.
     float matrix[3][4];
     std::copy_n(&coef[0][0], 12, &matrix[0][0]);
     for (std::size_t y = 0; y < extent.rows; ++y) {

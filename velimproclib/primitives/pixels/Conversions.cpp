@@ -35,8 +35,8 @@ void saturateRow(const Unaligned<std::uint16_t>* HWY_RESTRICT src,
     }
 }
 
-/// Into the range of `To`, NaN to 0. The ends of the range are integers, so that rounding after
-/// this is the same as saturating after the rounding.
+/// Clamps to the range of `To`; NaN gives 0. The ends of the range are integers; therefore the
+/// result is the same as with rounding first.
 template <class To>
 float saturate(float value) {
     constexpr float kLowest = std::numeric_limits<To>::min();
@@ -46,9 +46,9 @@ float saturate(float value) {
     return notBelow < kHighest ? notBelow : kHighest;
 }
 
-/// Adding 1.5 * 2^23 leaves no room for a fraction: the sum's own rounding, to nearest and ties to
-/// even, puts the integer into the low bits. That holds for the 16 bits and less that are asked
-/// for, and needs no rounding instruction.
+/// A sum with 1.5 * 2^23 has no fraction bits: its own rounding, to nearest with ties to even,
+/// leaves the integer in the low bits. This holds for integers of up to 16 bits and needs no
+/// rounding instruction.
 constexpr float kNoFraction = 12582912.0f;
 
 template <bool nearest>
@@ -88,8 +88,8 @@ auto roundLanesInRange(D d, hn::Vec<D> values) {
     }
 }
 
-/// Whole vectors; gives the number of elements done. Left to the plain loop, the compiler carries
-/// every comparison down to the narrow elements: twice the time in the cache.
+/// Rounds whole vectors and returns the number of elements done. The compiler's code for the plain
+/// loop narrows every comparison to the small elements and takes twice as long on cached data.
 template <class To, bool nearest>
 std::size_t roundWholeVectors(const Unaligned<float>* HWY_RESTRICT src,
                               Unaligned<To>* HWY_RESTRICT dst, std::size_t n) {

@@ -6,15 +6,15 @@
 
 /// Conversions of element type, plane to plane.
 ///
-/// Common to all: `src` and `dst` point at the first pixel of regions of `w` by `h` pixels that do
-/// not overlap; steps are bytes between rows, above 0 and of any alignment. In the C3 forms a pixel
-/// is three elements. The result is `kOk`, `kNullPointer`, `kBadSize` or `kBadStep`, complained of
-/// in that order; after a complaint nothing has been written. All are re-entrant.
+/// `src` and `dst` point at the first pixel of regions of `w` by `h` pixels that do not overlap;
+/// steps are bytes between rows, above 0 and of any alignment. All return `kOk`, `kNullPointer`,
+/// `kBadSize` or `kBadStep`, checked in this order, and write nothing when a check fails.
+/// Re-entrant.
 ///
-/// Widening is exact. Narrowing saturates to the target's range. Floats are rounded as `round`
-/// says: to nearest with ties to even for `kToNearestEven`, toward zero for every other code, and
-/// saturate after that; infinities give the nearer end of the range and NaN gives 0. Rounding is
-/// the processor's, under the rounding mode that a process starts with.
+/// Widening is exact. Narrowing saturates to the target's range. Floats are rounded first: to
+/// nearest with ties to even for a `round` of `kToNearestEven`, toward zero for every other code.
+/// Infinities give the nearer end of the range and NaN gives 0. The calling thread must round to
+/// nearest, as every process does when it starts.
 namespace vel {
 
 Status convertU8toF32(const std::uint8_t* src, std::int32_t srcStep, float* dst,

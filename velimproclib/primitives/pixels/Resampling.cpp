@@ -22,7 +22,7 @@ namespace {
 
 constexpr int kWeightBits = 14;
 constexpr std::int32_t kWeightOne = 1 << kWeightBits;
-// Fractional bits that a pixel keeps between the two passes: with its weight it fills 29 bits.
+// Fractional bits of a pixel between the two passes. With a weight, the product has 29 bits.
 constexpr int kPassBits = 7;
 
 // A position between two neighbouring pixels, or on one of them when the second has no weight.
@@ -33,7 +33,7 @@ struct Sample {
     std::int32_t second() const noexcept { return secondWeight == 0 ? first : first + 1; }
 };
 
-// One direction of the resampling: `length` source pixels, shown `factor` times as large.
+// One direction of the resampling: `length` source pixels, enlarged by `factor`.
 struct Axis {
     std::int32_t length;
     double factor;
@@ -68,17 +68,17 @@ HWY_BEFORE_NAMESPACE();
 namespace vel::HWY_NAMESPACE {
 namespace {
 
-// The result is made row by row from two source rows, which are resampled along the row first and
-// kept for as long as the rows of the result need them. All of that is arithmetic on vectors of 16
-// bits: a pixel with its fraction of `kPassBits` fits into them.
+// Each row of the result is blended from two source rows. These are first resampled along the row
+// and kept while rows of the result need them. All arithmetic is on vectors of 16-bit elements,
+// which hold a pixel with a fraction of `kPassBits`.
 //
-// Columns are resampled in blocks, so that their positions, computed once for all rows, and the
-// two source rows at work have a fixed place on the stack.
+// Columns are resampled in blocks: the positions of a block, computed once for all rows, and the
+// two current source rows are arrays of a fixed size on the stack.
 constexpr std::int32_t kBlock = 1024;
 
-// Neighbouring columns of the result, one for each lane of a vector. They take their pixels from a
-// window of the source row where it holds them all: one load and one table bring every column its
-// pair. Columns that lie further apart, and those of very short rows, fetch them one by one.
+// Neighbouring columns of the result, one for each lane of a vector. Where a window of the source
+// row holds the pixels of all of them, one load and one table lookup give every column its pair.
+// Otherwise, for distant columns and in very short rows, the pixels are fetched one by one.
 constexpr std::int32_t kLanes = 8;
 constexpr std::int32_t kWindow = 16;
 constexpr std::int32_t kNoWindow = -1;
@@ -94,7 +94,7 @@ struct alignas(kWindow) ColumnGroup {
 ColumnGroup locateGroup(const Axis& columns, std::int32_t x0, std::int32_t last) {
     ColumnGroup group;
     for (std::int32_t lane = 0; lane < kLanes; ++lane) {
-        // Lanes beyond the block repeat its last column.
+        // Lanes beyond the end of the block repeat its last column.
         const Sample sample = columns.at(x0 + std::min(lane, last - x0));
         group.firsts[lane] = sample.first;
         group.seconds[lane] = sample.second();
@@ -133,8 +133,8 @@ HWY_INLINE hn::Vec<ByteTag> pairsOf(const std::uint8_t* HWY_RESTRICT src,
     return hn::Load(bytes, pairs);
 }
 
-// first + (second - first)*weight, rounded to `kPassBits` fractional bits. The multiplication of
-// fractions of 15 bits rounds as the sum of both pixels with weights of 14 bits would.
+// first + (second - first)*weight, rounded to `kPassBits` fractional bits. The product of 15-bit
+// fractions rounds exactly as the sum of both pixels with 14-bit weights does.
 HWY_INLINE void resampleGroup(const std::uint8_t* HWY_RESTRICT src, const ColumnGroup& group,
                               std::int16_t* HWY_RESTRICT row) {
     static_assert(std::endian::native == std::endian::little && kPassBits == 7);
@@ -167,9 +167,9 @@ void resampleRow(const std::uint8_t* HWY_RESTRICT src, const ColumnGroup* HWY_RE
     }
 }
 
-// first + (second - first)*weight, rounded to the pixel. The product fills 30 bits, of which the
-// lowest 14 cannot move the sum across a whole number of fractions of `kPassBits`: what is above
-// them is put together from both halves of the product, and all else happens in 16 bits.
+// first + (second - first)*weight, rounded to the pixel. The product has 30 bits. Its lowest 14
+// bits do not affect the result; the others are combined from both halves of the product, and
+// everything else is 16-bit arithmetic.
 template <class D>
 HWY_INLINE void blendPixels(D d, const std::int16_t* first, const std::int16_t* second,
                             std::int16_t weight, std::uint8_t* dst) {
@@ -200,8 +200,8 @@ void blendRows(const std::int16_t* HWY_RESTRICT first, const std::int16_t* HWY_R
     }
 }
 
-// Source rows of one block of columns, resampled on demand. Output rows run downwards, so that the
-// second row of one is often the first row of the next.
+// Source rows of one block of columns, resampled on demand. Output rows are made from top to
+// bottom, and the second source row of one is often the first source row of the next.
 class ResampledRows {
 public:
     ResampledRows(const Plane& plane, std::int32_t x0, std::int32_t count)
@@ -220,7 +220,7 @@ public:
         m_second = sample.second() == sample.first ? 0 : 1;
         provide(m_second, sample.second());
     }
-    // The rows of the sample that was requested last.
+    // The rows of the last requested sample.
     const std::int16_t* first() const { return m_rows[0]; }
     const std::int16_t* second() const { return m_rows[m_second]; }
 
@@ -243,8 +243,8 @@ private:
     int m_second = 0;
 };
 
-// In a picture of half the size every pixel is the mean of four that no other pixel shares: the
-// weights and both roundings come to this.
+// At half the size, every pixel is the rounded mean of four source pixels of its own: the weights
+// and both roundings give the same value.
 bool isHalved(const Plane& plane, std::int32_t w, std::int32_t h) {
     return plane.columns.factor == 0.5 && plane.rows.factor == 0.5 &&
            w <= plane.columns.length / 2 && h <= plane.rows.length / 2;
@@ -297,7 +297,7 @@ namespace {
 HWY_EXPORT(resampleU8);
 
 std::int32_t resampledLength(std::int32_t srcLength, double factor, std::int32_t limit) noexcept {
-    // A product that misses a whole number by the rounding of the factor still counts as whole.
+    // A product that is below a whole number only by the rounding of the factor counts as whole.
     const double length = std::floor(srcLength * factor + 0.0000001);
     return length < limit ? static_cast<std::int32_t>(length) : limit;
 }
