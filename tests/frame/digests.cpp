@@ -195,7 +195,7 @@ TEST_F(Digests, KernelsOfAllTypes) {
 
 #if defined(__i386__)
 
-/// While one lives, the x87 unit of this thread rounds to 53 bits, as Windows sets it up for hosts.
+/// Sets the x87 unit of this thread to 53 bits for its lifetime, the default of Windows.
 class FiftyThreeBits {
 public:
     FiftyThreeBits() {

@@ -23,13 +23,13 @@ inline const bool heapKeepsNoReserves =
     mallopt(M_MMAP_THRESHOLD, 128 * 1024) != 0 && mallopt(M_ARENA_MAX, 1) != 0;
 #endif
 
-/// While one lives, the process gets hardly more than `bytes` of memory beyond what it has. Threads
-/// that the test needs must have been started before. Not for the address sanitizer, which takes
-/// address space of its own.
+/// Limits the memory of the process for its lifetime to little more than `bytes` above the current
+/// use. The threads of the test must already run. Does not work under the address sanitizer, which
+/// needs address space of its own.
 class AddressSpaceLimit {
 public:
 #ifdef _WIN32
-    /// Takes the whole address space but for a room of that size.
+    /// Reserves the whole address space except for `bytes`.
     explicit AddressSpaceLimit(std::size_t bytes) {
         constexpr std::size_t kLargest = std::size_t{1} << 30;
         constexpr std::size_t kSmallest = std::size_t{1} << 16;

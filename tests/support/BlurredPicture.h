@@ -9,7 +9,7 @@
 
 namespace vel::test {
 
-/// A colour picture with edges in all directions, fine bars and soft slopes, 8 bits.
+/// An 8-bit colour picture with edges in all directions, fine bars and soft slopes.
 inline velorn::RgbPixels drawnPicture(int width, int height) {
     std::vector<std::uint8_t> samples;
     for (int y = 0; y < height; ++y) {
@@ -25,7 +25,7 @@ inline velorn::RgbPixels drawnPicture(int width, int height) {
     return {width, height, samples};
 }
 
-/// `picture` (8 bits) with its contrast cut to a share of what it was.
+/// `picture` (8 bits) with its contrast reduced to a share of the original.
 inline velorn::RgbPixels faded(velorn::RgbPixels picture, double share) {
     constexpr double kGrey = 110.0;
     for (std::uint8_t& sample : std::get<std::vector<std::uint8_t>>(picture.samples)) {
@@ -34,7 +34,7 @@ inline velorn::RgbPixels faded(velorn::RgbPixels picture, double share) {
     return picture;
 }
 
-/// `sharp` (8 bits) blurred by plain summation; beyond the borders its edge pixels go on.
+/// `sharp` (8 bits) blurred by plain summation, with replicated border pixels.
 inline velorn::RgbPixels blurred(const velorn::RgbPixels& sharp, const velorn::BlurKernel& kernel) {
     const auto& samples = std::get<std::vector<std::uint8_t>>(sharp.samples);
     const auto at = [&](int x, int y, int c) {
@@ -61,7 +61,7 @@ inline velorn::RgbPixels blurred(const velorn::RgbPixels& sharp, const velorn::B
     return {sharp.width, sharp.height, result};
 }
 
-/// Peak signal to noise ratio in decibels, of samples with the given white.
+/// Peak signal-to-noise ratio in decibels, for samples with the given white level.
 template <class T>
 double decibels(const std::vector<T>& first, const std::vector<T>& second, double white) {
     double squares = 0.0;

@@ -6,8 +6,8 @@
 
 namespace vel::test {
 
-/// A guarded plane with a border around the region that a neighbourhood operation works on.
-/// Coordinates count from the region's first pixel; those in the border are negative or beyond.
+/// A guarded plane with a border around the region of a neighbourhood operation. Coordinates start
+/// at the first pixel of the region; in the border they are negative or beyond the region.
 template <class T>
 class BorderedPlane {
 public:

@@ -12,7 +12,7 @@
 
 namespace vel::test {
 
-/// What a primitive is called with when its checks are tried.
+/// The arguments of a primitive in a test of its checks.
 struct CheckedArguments {
     std::array<void*, 6> pointers;
     std::array<std::int32_t, 4> sizes;
@@ -23,7 +23,7 @@ struct CheckedArguments {
         return static_cast<T*>(pointers[i]);
     }
 
-    /// The same in the midst of the block, for routines that read a border around their region.
+    /// The middle of the block, for routines that read a border around their region.
     template <class T>
     T* inside(std::size_t i) const {
         constexpr std::size_t kBorderBytes = 1024;
@@ -32,7 +32,7 @@ struct CheckedArguments {
     }
 };
 
-/// A primitive with the number of its pointers, sizes and steps that are checked.
+/// A primitive and the number of pointers, sizes and steps that it checks.
 struct CheckedRoutine {
     std::string name;
     std::size_t pointers;
@@ -42,9 +42,9 @@ struct CheckedRoutine {
     Status badStep = kBadStep;
 };
 
-/// Calls the routine once with sound arguments, then with every single fault and everything that is
-/// checked later faulty too: pointers come before sizes, sizes before steps, and nothing is
-/// written.
+/// Calls the routine with valid arguments, then once per fault with all later arguments faulty,
+/// too. Pointers are checked before sizes and sizes before steps. Expects that failed calls write
+/// nothing.
 inline void expectChecksInOrder(const CheckedRoutine& routine) {
     SCOPED_TRACE(routine.name);
     constexpr std::size_t kBytes = 4096;

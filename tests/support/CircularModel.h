@@ -7,13 +7,13 @@
 #include <complex>
 #include <random>
 
-/// Planes, kernels and full complex spectra in double precision: the reference of the
-/// deconvolvers' tests.
+/// Planes, kernels and full complex spectra in double precision: the reference for the tests of the
+/// deconvolution.
 namespace vel::test {
 
 using Complex = std::complex<double>;
 
-/// A drawn scene with edges, a ramp and a little noise; it is not periodic.
+/// A scene with edges, a ramp and weak noise that is not periodic.
 inline cv::Mat scene(int side, unsigned seed = 1) {
     cv::Mat plane(side, side, CV_32FC1);
     std::mt19937 random(seed);
@@ -62,7 +62,7 @@ inline cv::Mat inverse(const cv::Mat& spectrum) {
     return plane;
 }
 
-/// The element of a spectrum as a complex number.
+/// An element of a spectrum as a complex number.
 inline Complex& at(cv::Mat& spectrum, int v, int u) {
     return spectrum.at<Complex>(v, u);
 }
@@ -86,7 +86,7 @@ inline cv::Mat centredKernel(const cv::Mat& kernel, int n) {
     return plane;
 }
 
-/// k * x on the circle.
+/// The circular convolution of k and x.
 inline cv::Mat blurred(const cv::Mat& plane, const cv::Mat& kernel) {
     cv::Mat x = forward(plane);
     cv::Mat k = forward(centredKernel(kernel, plane.rows));

@@ -12,10 +12,11 @@ inline constexpr bool kHasControlWord = true;
 inline constexpr bool kHasControlWord = false;
 #endif
 
-/// Both control bits: denormal inputs count as zero, denormal results become zero.
+/// Both control bits: denormal inputs and denormal results become zero.
 inline constexpr unsigned kFlushDenormals = (1u << 6) | (1u << 15);
 
-/// Sets the denormal bits of the current thread to `bits` while it lives; every other bit stays.
+/// Sets the denormal bits of the current thread to `bits` for its lifetime. Other bits are
+/// unchanged.
 class ControlBits {
 public:
     explicit ControlBits([[maybe_unused]] unsigned bits) {
@@ -36,8 +37,8 @@ private:
     [[maybe_unused]] unsigned m_before = 0;
 };
 
-/// True when the current thread treats denormals as zero and produces none. Measured on the word
-/// and not by arithmetic: compilers fold constants and move operations.
+/// True if the current thread treats denormals as zero and produces none. Reads the control word,
+/// because compilers fold constants and move arithmetic.
 inline bool flushesDenormals() {
 #if defined(__SSE__)
     return (_mm_getcsr() & kFlushDenormals) == kFlushDenormals;

@@ -10,7 +10,7 @@
 
 namespace vel::test {
 
-/// 64-bit FNV-1a of the bytes that it is given.
+/// 64-bit FNV-1a hash of a sequence of bytes.
 class Digest {
 public:
     template <class T>

@@ -4,7 +4,7 @@
 
 namespace vel::test {
 
-/// Filled shapes of all sizes, sharp edges in all directions, as a photograph has them.
+/// Filled shapes of many sizes with sharp edges in all directions.
 /// @param type CV_8UC1 or CV_8UC3
 inline cv::Mat drawnScene(cv::Size size, int type) {
     cv::Mat image(size, type, cv::Scalar::all(120));

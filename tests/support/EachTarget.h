@@ -5,8 +5,8 @@
 
 namespace vel::test {
 
-/// Runs `check` once for every processor variant that this machine can run, and leaves the best
-/// one chosen. A failure names the variant.
+/// Runs `check` on every processor variant that this machine supports, then selects the best one
+/// again. A failure names the variant.
 template <class Check>
 void forEachTarget(Check&& check) {
     for (const int64_t target : hwy::SupportedAndGeneratedTargets()) {

@@ -6,13 +6,13 @@
 
 namespace vel::test {
 
-/// The same bits, or NaN both: which NaN comes out of an operation on two is the compiler's choice.
+/// True for the same bits and for two NaN: the compiler decides which NaN an operation returns.
 template <std::floating_point T>
 bool sameFloat(T a, T b) {
     return (std::isnan(a) && std::isnan(b)) || (a == b && std::signbit(a) == std::signbit(b));
 }
 
-/// Distance of `value` from `exact` in units of the last place of a float next to `exact`.
+/// Distance of `value` from `exact`, in units in the last place of the float nearest to `exact`.
 inline double unitsOff(float value, double exact) {
     constexpr float kInfinity = std::numeric_limits<float>::infinity();
     const float nearest = std::fabs(static_cast<float>(exact));

@@ -8,13 +8,14 @@
 
 namespace vel::test {
 
-/// A plane with a free choice of row step and start alignment, between canaries: bytes before the
-/// first row, after the last and in the rows' padding keep a pattern that `intact` verifies.
+/// A plane with any row step and start alignment, surrounded by canaries: `intact` checks a pattern
+/// in the bytes before the first row, after the last row and in the padding of the rows.
 template <class T>
 class GuardedPlane {
 public:
-    /// `width` elements a row (count all channels), `extraStep` bytes beyond the row's length and
-    /// `misalign` bytes that the first row stands away from a 64-byte boundary.
+    /// @param width     elements per row, all channels included
+    /// @param extraStep padding of a row in bytes
+    /// @param misalign  distance of the first row from a 64-byte boundary in bytes
     GuardedPlane(int width, int height, int extraStep = 0, int misalign = 0)
         : m_width(width), m_height(height),
           m_step(width * static_cast<int>(sizeof(T)) + extraStep) {
@@ -52,7 +53,7 @@ public:
         }
     }
 
-    /// True when nothing outside the rows' elements was written.
+    /// True if nothing but the elements of the rows was written.
     bool intact() const {
         for (std::size_t i = 0; i < m_bytes.size(); ++i) {
             if (!belongsToARow(i) && m_bytes[i] != kCanary) {
@@ -62,7 +63,7 @@ public:
         return true;
     }
 
-    /// True when both hold the same bits in every element.
+    /// True if all elements have the same bits.
     bool sameBits(const GuardedPlane& other) const {
         for (int y = 0; y < m_height; ++y) {
             if (std::memcmp(address(0, y), other.address(0, y),

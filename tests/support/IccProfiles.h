@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-/// ICC profiles as blocks of memory, made by the colour library itself.
+/// ICC profiles as blocks of memory, created by the colour library.
 namespace vel::test {
 
 using ProfileBytes = std::vector<std::uint8_t>;
@@ -30,7 +30,7 @@ inline ProfileBytes srgbProfile() {
     return bytesOf({cmsCreate_sRGBProfile(), cmsCloseProfile});
 }
 
-/// Red, green and blue further apart than those of sRGB, and a plain power as curve.
+/// Primaries with a wider gamut than sRGB, and a power function as tone curve.
 inline ProfileBytes wideGamutProfile() {
     const cmsCIExyY white{0.3127, 0.3290, 1.0};
     const cmsCIExyYTRIPLE primaries{{0.64, 0.33, 1.0}, {0.21, 0.71, 1.0}, {0.15, 0.06, 1.0}};
@@ -60,8 +60,8 @@ inline ProfileBytes garbageProfile() {
     return bytes;
 }
 
-/// Colours of three elements of `format` carried from one profile to another; an empty profile is
-/// sRGB.
+/// Colours of three elements of `format`, converted from one profile to another. An empty profile
+/// means sRGB.
 template <class Element>
 std::vector<Element> transformed(const ProfileBytes& source, const ProfileBytes& target,
                                  cmsUInt32Number format, const std::vector<Element>& colours) {

@@ -2,13 +2,12 @@
 
 #include <atomic>
 
-/// Lets tests see what happens when memory that is asked for with `new (std::nothrow) T[n]` is not
-/// there. The test program must be built with NothrowNewFails.cpp.
+/// Makes `new (std::nothrow) T[n]` fail. The test program must be built with NothrowNewFails.cpp.
 namespace vel::test {
 
 inline std::atomic<bool> nothrowNewFails = false;
 
-/// While one lives, `new (std::nothrow) T[n]` gives null.
+/// While an object lives, `new (std::nothrow) T[n]` returns null.
 class NothrowNewFails {
 public:
     NothrowNewFails() { nothrowNewFails = true; }

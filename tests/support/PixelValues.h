@@ -9,8 +9,8 @@
 
 namespace vel::test {
 
-/// The floats at which a conversion to an integer can go wrong: ties, the ends of every range and
-/// the first values beyond them, infinities, NaN of both signs, denormals, both zeros.
+/// Floats that are difficult to convert to an integer: ties, the ends of every range and the first
+/// values beyond them, infinities, NaN of both signs, denormals and both zeros.
 inline constexpr float kAwkwardFloats[] = {0.0f,
                                            -0.0f,
                                            0.5f,
@@ -52,8 +52,9 @@ inline constexpr float kAwkwardFloats[] = {0.0f,
                                            std::numeric_limits<float>::quiet_NaN(),
                                            -std::numeric_limits<float>::quiet_NaN()};
 
-/// Pixels of type `T`. Integers cover their whole range; a float is a tie, an awkward value, any
-/// bit pattern, or a plain value around the ranges of 8 and 16 bits, in equal parts.
+/// A random pixel of type `T`. Integers cover their whole range. Floats are, with equal
+/// probability, a tie, a difficult value, any bit pattern, or a value around the ranges of 8 and 16
+/// bits.
 template <class T>
 T randomPixel(std::mt19937& random) {
     if constexpr (std::is_integral_v<T>) {

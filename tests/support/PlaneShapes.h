@@ -8,7 +8,7 @@
 
 namespace vel::test {
 
-/// Size of a plane, the padding of its rows in bytes and its start's distance from alignment.
+/// Size of a plane, padding of its rows and distance of its start from alignment, in bytes.
 struct PlaneShape {
     int width;
     int height;
@@ -21,7 +21,7 @@ struct PlaneShape {
     }
 };
 
-/// Sizes 1 to 67 with odd steps and starts, adjacent rows among them, and a large one.
+/// Sizes from 1 to 67 with odd steps and starts, some with adjacent rows, and a large size.
 inline std::vector<PlaneShape> planeShapes(std::mt19937& random) {
     std::vector<PlaneShape> all{{1, 1, 0, 0}, {2, 3, 0, 0},  {3, 2, 1, 1},
                                 {1, 5, 7, 3}, {64, 4, 0, 0}, {1031, 9, 3, 5}};
@@ -43,7 +43,7 @@ inline bool sameFloats(const GuardedPlane<float>& a, const GuardedPlane<float>& 
     return true;
 }
 
-/// `plane` with `of(value, x, y)` in the place of every element.
+/// `plane` with every element replaced by `of(value, x, y)`.
 template <class T, class Of>
 GuardedPlane<T> mapped(GuardedPlane<T> plane, Of&& of) {
     for (int y = 0; y < plane.height(); ++y) {

@@ -14,9 +14,9 @@
 
 namespace vel::test {
 
-/// How a program ended and what it printed.
+/// Exit status and output of a program.
 struct ProgramResult {
-    /// The exit status, or -1 when a signal ended it.
+    /// The exit status, -1 if a signal ended the program.
     int exitStatus = -1;
     std::string output;
     std::string errors;
@@ -32,7 +32,7 @@ inline std::string drain(int descriptor, const std::function<void()>& onFirst = 
         if (count < 0 && errno == EINTR) {
             continue;
         }
-        if (count <= 0) { // a terminal whose other end is closed reads as an error
+        if (count <= 0) { // reading a terminal fails when its other end is closed
             return text;
         }
         if (text.empty() && onFirst) {
@@ -43,7 +43,7 @@ inline std::string drain(int descriptor, const std::function<void()>& onFirst = 
 }
 
 [[noreturn]] inline void become(const std::vector<std::string>& words) {
-    // Whoever started the tests may have had these ignored, which a program would inherit.
+    // The program would inherit these signals as ignored if the process that runs the tests does.
     std::signal(SIGINT, SIG_DFL);
     std::signal(SIGTERM, SIG_DFL);
     std::vector<char*> arguments;
@@ -64,7 +64,7 @@ inline int exitStatusOf(pid_t child) {
 
 } // namespace detail
 
-/// Runs a program with its outputs in pipes. `inChild` is called in the new process before.
+/// Runs a program with its outputs in pipes. Calls `inChild` in the new process before it starts.
 inline ProgramResult runProgram(const std::vector<std::string>& words,
                                 const std::function<void()>& inChild = {}) {
     int out[2];
@@ -86,7 +86,7 @@ inline ProgramResult runProgram(const std::vector<std::string>& words,
     }
     close(out[1]);
     close(err[1]);
-    // The programs print little: neither pipe fills up while the other is read.
+    // The programs print little, therefore one pipe does not fill while the other is read.
     ProgramResult result;
     result.output = detail::drain(out[0]);
     result.errors = detail::drain(err[0]);
@@ -96,8 +96,8 @@ inline ProgramResult runProgram(const std::vector<std::string>& words,
     return result;
 }
 
-/// Runs a program on a terminal of its own, and sends `signal` (unless 0) as soon as it prints.
-/// What it prints to either output is in `output`.
+/// Runs a program on a terminal of its own and sends `signal` (unless 0) when it first prints.
+/// `output` holds both outputs.
 inline ProgramResult runOnTerminal(const std::vector<std::string>& words, int signal) {
     int terminal = -1;
     const pid_t child = forkpty(&terminal, nullptr, nullptr, nullptr);

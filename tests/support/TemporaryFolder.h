@@ -9,7 +9,7 @@
 
 namespace vel::test {
 
-/// A folder of a test's own, removed with all its files at the end.
+/// A temporary folder, removed with all its files at the end.
 class TemporaryFolder {
 public:
     TemporaryFolder() {
@@ -25,7 +25,7 @@ public:
 
     std::filesystem::path operator/(const std::string& name) const { return m_path / name; }
 
-    /// How many files there are, hidden ones included.
+    /// The number of files, including hidden ones.
     std::size_t fileCount() const {
         return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator(m_path),
                                                       std::filesystem::directory_iterator()));

@@ -9,8 +9,8 @@
 
 namespace vel::test {
 
-/// A colour profile with nothing but a name, just complete enough for picture formats to carry it.
-/// `space` is its four-letter colour space.
+/// A colour profile with one text tag, complete enough for image formats to store it.
+/// @param space its colour space, four letters
 inline std::vector<unsigned char> minimalProfile(const std::string& space = "RGB ") {
     std::vector<unsigned char> profile(168, 0);
     const auto put = [&](std::size_t at, const std::string& text) {
@@ -21,7 +21,7 @@ inline std::vector<unsigned char> minimalProfile(const std::string& space = "RGB
     put(12, "mntr" + space + "XYZ ");
     put(36, "acsp");
     put(68, std::string("\0\0\xF6\xD6\0\x01\0\0\0\0\xD3\x2D", 12)); // the D50 white point
-    // One tag: its name, where it stands and how long it is.
+    // One tag: name, offset and size.
     put(128, std::string("\0\0\0\x01"
                          "cprt"
                          "\0\0\0\x90\0\0\0\x18",
@@ -38,7 +38,7 @@ inline void attachProfile(OIIO::ImageSpec& spec, const std::vector<unsigned char
                    profile.data());
 }
 
-/// Samples that differ everywhere and use the whole range of `T`.
+/// Varied samples over the whole range of `T`.
 template <class T>
 std::vector<T> variedSamples(const OIIO::ImageSpec& spec) {
     std::vector<T> samples(spec.image_pixels() * static_cast<std::size_t>(spec.nchannels));
@@ -50,7 +50,7 @@ std::vector<T> variedSamples(const OIIO::ImageSpec& spec) {
     return samples;
 }
 
-/// Writes a picture with the picture library alone.
+/// Writes a picture with the image library alone.
 template <class T>
 void writePicture(const std::filesystem::path& path, OIIO::ImageSpec spec,
                   const std::vector<T>& samples) {
@@ -65,7 +65,7 @@ void writePicture(const std::filesystem::path& path, OIIO::ImageSpec spec,
     ASSERT_TRUE(output->close()) << output->geterror();
 }
 
-/// Reads a picture with the picture library alone, alpha and colours as stored.
+/// Reads a picture with the image library alone, with alpha and colours as stored.
 template <class T>
 std::vector<T> readPicture(const std::filesystem::path& path, OIIO::ImageSpec& spec) {
     OIIO::ImageSpec wishes;

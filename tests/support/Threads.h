@@ -5,7 +5,7 @@
 
 namespace vel::test {
 
-/// While one lives, regions have `count` threads; then as many as before.
+/// Sets the number of threads of parallel regions to `count` for its lifetime.
 class ThreadCount {
 public:
     explicit ThreadCount(int count) : m_before(omp_get_max_threads()) {
@@ -19,7 +19,7 @@ private:
     int m_before;
 };
 
-/// Runs `check` with regions of 1, 2 and 4 threads and leaves the setting as it was.
+/// Runs `check` with parallel regions of 1, 2 and 4 threads.
 template <class Check>
 void forThreadCounts(Check&& check) {
     for (const int threads : {1, 2, 4}) {

@@ -7,7 +7,7 @@
 
 namespace vel::test {
 
-/// The levels along an axis after tiles of one level each have faded in, one after the other.
+/// The levels along an axis after tiles of one level each have faded in, in order.
 /// @param tiles    start and level of each tile, all of `length` pixels
 /// @param truncate truncates a blend that is given exactly, in units of 2^-32
 template <class Truncate>

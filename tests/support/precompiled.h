@@ -1,4 +1,4 @@
-// The headers that most tests include and that change with the machine only.
+// Headers that most tests include and that change only with the system.
 #include <gtest/gtest.h>
 #include <hwy/highway.h>
 #include <opencv2/core.hpp>

@@ -6,7 +6,7 @@
 
 namespace vel::test {
 
-/// True when two matrices have one size and one type, and the same bits in every element.
+/// True if two matrices have the same size, type and bits.
 inline bool sameBits(const cv::Mat& a, const cv::Mat& b) {
     if (a.size() != b.size() || a.type() != b.type()) {
         return false;

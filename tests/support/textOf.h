@@ -5,7 +5,7 @@
 
 namespace vel::test {
 
-/// The text failure of `run`, or nothing.
+/// The text that `run` throws, if any.
 template <class Run>
 std::string textOf(Run&& run) {
     try {
