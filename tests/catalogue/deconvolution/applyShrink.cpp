@@ -50,13 +50,22 @@ TEST(ApplyShrink, StoredTableClampsTheGradientsInPlace) {
     EXPECT_EQ(w(3, 3), 0.0f);
 }
 
-TEST(ApplyShrink, LevelFollowsTheWeight) {
+TEST(ApplyShrink, TheLevelFollowsTheWeightInBothTables) {
+    const double lastBeta = std::pow(kBetaRate, 5);
+    BuiltShrinkTable table;
+    table.allocate(5);
+    table.build(0.5, kBetaRate, 4);
     Plane v(1, 1, 0.05f);
-    Plane w(1, 1);
-    applyShrink(w, v, 0.5, kFirstBeta);
-    EXPECT_EQ(w(0, 0), 0.0f);
-    applyShrink(w, v, 0.5, std::pow(kBetaRate, 5));
-    EXPECT_GT(w(0, 0), 0.03f);
+    Plane stored(1, 1);
+    Plane built(1, 1);
+    applyShrink(stored, v, 0.5, kFirstBeta);
+    applyShrink(built, v, table, kFirstBeta);
+    EXPECT_EQ(stored(0, 0), 0.0f);
+    EXPECT_EQ(built(0, 0), 0.0f);
+    applyShrink(stored, v, 0.5, lastBeta);
+    applyShrink(built, v, table, lastBeta);
+    EXPECT_GT(stored(0, 0), 0.03f);
+    EXPECT_NEAR(built(0, 0), stored(0, 0), 2e-3f);
 }
 
 TEST(ApplyShrink, BuiltTableLeavesTheGradientsAsTheyAre) {

@@ -82,6 +82,22 @@ TEST(ChromaDeconv, EveryNumberOfThreadsAndEveryVariantGivesTheSameBits) {
     forEachTarget([&] { EXPECT_TRUE(sameBits(restore(in, kernel), any)); });
 }
 
+TEST(ChromaDeconv, ATeamThatGrewAfterSetupGetsItsScratch) {
+    const cv::Mat kernel = unevenKernel(5, 5);
+    cv::Mat in = blurred(scene(256), kernel);
+    cv::Mat out(in.size(), CV_32FC1);
+    CChromaDeconv chroma;
+    {
+        const ThreadCount one(1);
+        chroma.setup(kernel, cv::Point(), in.size(), kWeight);
+    }
+    {
+        const ThreadCount four(4);
+        chroma.Proc(in, out);
+    }
+    EXPECT_TRUE(sameBits(out, restore(in, kernel)));
+}
+
 TEST(ChromaDeconv, RunsInASectionNextToTheLuminance) {
     const cv::Mat kernel = unevenKernel(9, 9);
     cv::Mat luma = blurred(scene(256, 1), kernel);

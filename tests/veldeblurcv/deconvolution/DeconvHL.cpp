@@ -205,6 +205,8 @@ TEST(DeconvHL, AlphaIsCutToZeroAndOne) {
                          deconvolve(in, kernel, {.alpha = 0.0f})));
     EXPECT_TRUE(
         sameBits(deconvolve(in, kernel, {.alpha = 3.0f}), deconvolve(in, kernel, {.alpha = 1.0f})));
+    EXPECT_TRUE(sameBits(deconvolve(in, kernel, {.alpha = 3.0f, .useStored = false}),
+                         deconvolve(in, kernel, {.alpha = 1.0f, .useStored = false})));
 }
 
 TEST(DeconvHL, PlanesThatAreNotSquareFailBeforeTheCheckOfTheirSize) {

@@ -39,7 +39,8 @@ HWY_INLINE void addColumns(std::size_t begin, std::size_t end, double (&lanes)[k
     }
 }
 
-/// Adds whole blocks of eight columns from `begin`, a multiple of eight, up to `end` to the lanes.
+/// Adds whole blocks of eight columns between `begin` and `end` to the lanes. `begin` is a multiple
+/// of eight when at least one block follows.
 /// @return the first column that no block contains
 template <std::size_t kSums, class Terms>
 HWY_INLINE std::size_t addBlocks(std::size_t begin, std::size_t end,

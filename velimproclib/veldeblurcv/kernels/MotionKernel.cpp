@@ -44,7 +44,7 @@ public:
         return std::int64_t{truncateToInt(m_half * m_sine + 1.0 - m_length * epsilon())} + 1;
     }
 
-    /// Weight of the pixel: 1 on the line, falling to 0 a pixel away from it, round at the end.
+    /// Weight of the pixel: 1 on the line, falling to 0 one pixel away from it, with round ends.
     float weight(int row, int column) const {
         const double y = row;
         const double x = column * direction();
