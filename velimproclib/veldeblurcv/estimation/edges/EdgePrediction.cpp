@@ -1,28 +1,14 @@
 #include "velimproclib/veldeblurcv/estimation/edges/EdgePrediction.h"
 
-#include "velimproclib/images/InnerRegion.h"
+#include "velimproclib/images/morphInside.h"
 #include "velimproclib/primitives/base/Team.h"
-#include "velimproclib/primitives/filters/Morphology.h"
 #include "velimproclib/veldeblurcv/estimation/edges/bilateralFilter.h"
 
 #include <cstdint>
-#include <new>
 
 namespace vel {
 
 namespace {
-
-using InPlaceMorphology = decltype(dilate3x3InPlaceU8);
-
-/// An image without pixels inside the one-pixel frame stays as it is.
-void applyInsideFrame(cv::Mat& image, int passes, InPlaceMorphology* morphology) {
-    const InnerRegion<std::uint8_t> inside(image, 1, 1);
-    for (int pass = 0; pass < passes; ++pass) {
-        if (morphology(inside.data, inside.step, inside.w, inside.h) == kOutOfMemory) {
-            throw std::bad_alloc();
-        }
-    }
-}
 
 /// Sets each pixel to the nearer extreme, in a tie to the higher one.
 void moveToNearerExtreme(const cv::Mat& high, const cv::Mat& low, cv::Mat& image) {
@@ -52,8 +38,8 @@ void estEdge(const cv::Mat& src, cv::Mat& dst, int d, float sigmaColor, float si
     }
     cv::Mat high = dst.clone();
     cv::Mat low = dst.clone();
-    runSideBySide([&] { applyInsideFrame(high, shockIters, dilate3x3InPlaceU8); },
-                  [&] { applyInsideFrame(low, shockIters, erode3x3InPlaceU8); });
+    runSideBySide([&] { morphInside(high, shockIters, dilate3x3InPlaceU8); },
+                  [&] { morphInside(low, shockIters, erode3x3InPlaceU8); });
     moveToNearerExtreme(high, low, dst);
 }
 
