@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <cstdlib>
+#include <initializer_list>
 #include <opencv2/core/utility.hpp>
 #include <optional>
 #include <span>
@@ -156,6 +157,20 @@ protected:
         return digest.text();
     }
 
+    std::string estimated(int width, int height, std::initializer_list<float> strengths) {
+        Digest digest;
+        for (const float strength : strengths) {
+            const auto source = softPicture<std::uint8_t>(width, height);
+            PlaneRecord image = source.record();
+            KernelRecord kernel{11, 9, 0, 0, kernelValues.data()};
+            ProgressRecord progress{100, 100, nullptr, nullptr, 0};
+            EXPECT_EQ(blurEstimate(&progress, &image, &kernel, strength), VELORN_OK);
+            EXPECT_GT(kernel.data[4 * 11 + 4], 0.02f); // a kernel and not a refusal
+            digest.add(std::span<const float>(kernel.data, 99));
+        }
+        return digest.text();
+    }
+
     template <class T>
     void addDisplay(Digest& digest, float scale, PSProfilesRecord* profiles) {
         const Picture<T> source = softPicture<T>(300, 270);
@@ -270,17 +285,11 @@ TEST_F(Digests, PicturesThroughAllStages) {
 }
 
 TEST_F(Digests, EstimatedKernels) {
-    Digest digest;
-    for (const float strength : {0.0f, 0.8f}) {
-        const Picture<std::uint8_t> source = softPicture<std::uint8_t>(160, 140);
-        PlaneRecord image = source.record();
-        KernelRecord kernel{11, 9, 0, 0, kernelValues.data()};
-        ProgressRecord progress{100, 100, nullptr, nullptr, 0};
-        EXPECT_EQ(blurEstimate(&progress, &image, &kernel, strength), VELORN_OK);
-        EXPECT_GT(kernel.data[4 * 11 + 4], 0.02f); // a kernel and not a refusal
-        digest.add(std::span<const float>(kernel.data, 99));
-    }
-    EXPECT_EQ(digest.text(), "D6A8B7AEA432D13C");
+    EXPECT_EQ(estimated(160, 140, {0.0f, 0.8f}), "D6A8B7AEA432D13C");
+}
+
+TEST_F(Digests, EstimatedKernelsOfPicturesInSeveralRowsOfBlocks) {
+    EXPECT_EQ(estimated(150, 256, {0.0f}), "74BBC88C177E9849");
 }
 
 } // namespace
