@@ -1,5 +1,6 @@
 #include "velimproclib/veldeblurcv/DeblurTile.h"
 
+#include "tests/support/sameBits.h"
 #include "velimproclib/veldeblurcv/kernels/DiscKernel.h"
 #include "velimproclib/veldeblurcv/sharpening/SharpenEdge.h"
 
@@ -9,6 +10,7 @@
 namespace {
 
 using vel::CDeblurTile;
+using vel::test::sameBits;
 
 TEST(DeblurTile, SideFollowsTheLargerImageSide) {
     CDeblurTile tile;
@@ -117,10 +119,6 @@ void prepare(CDeblurTile& tile, const cv::Mat& kernel) {
     tile.setLimiter(0.7f, kernel.cols);
     tile.m_edgeSlope = 2.0f;
     tile.m_edgeGain = 1.3f;
-}
-
-bool sameBits(const cv::Mat& a, const cv::Mat& b) {
-    return a.size() == b.size() && cv::countNonZero(a != b) == 0;
 }
 
 TEST(DeblurTile, RunsDeconvolutionThenLimiterThenSharpener) {

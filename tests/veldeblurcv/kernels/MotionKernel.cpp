@@ -1,6 +1,7 @@
 #include "velimproclib/veldeblurcv/kernels/MotionKernel.h"
 
 #include "tests/support/Digest.h"
+#include "tests/support/sameBits.h"
 
 #include <algorithm>
 #include <cmath>
@@ -12,10 +13,7 @@
 namespace {
 
 using vel::createMotionKernel;
-
-bool sameElements(const cv::Mat& a, const cv::Mat& b) {
-    return a.size() == b.size() && cv::countNonZero(a != b) == 0;
-}
+using vel::test::sameBits;
 
 using Kernel = cv::Mat_<float>;
 
@@ -58,7 +56,7 @@ TEST(MotionKernel, SumsToOneAndIsSymmetricAboutItsCentre) {
         const Kernel kernel = createMotionKernel(length, angle);
         cv::Mat turned;
         cv::flip(kernel, turned, -1);
-        EXPECT_TRUE(sameElements(kernel, turned)) << length << " at " << angle;
+        EXPECT_TRUE(sameBits(kernel, turned)) << length << " at " << angle;
         EXPECT_NEAR(cv::sum(kernel)[0], 1.0, 1e-5) << length << " at " << angle;
     });
 }
@@ -91,7 +89,7 @@ TEST(MotionKernel, EvenLengthIsCentredByHalfWeightEnds) {
 
 TEST(MotionKernel, LengthBelowOneBehavesAsOne) {
     const cv::Mat kernel = createMotionKernel(0.3f, 30.0f);
-    ASSERT_TRUE(sameElements(kernel, createMotionKernel(1.0f, 30.0f)));
+    ASSERT_TRUE(sameBits(kernel, createMotionKernel(1.0f, 30.0f)));
     ASSERT_EQ(kernel.size(), cv::Size(1, 1));
     EXPECT_EQ(kernel.at<float>(0, 0), 1.0f);
 }
@@ -106,10 +104,10 @@ TEST(MotionKernel, LengthBelowOneAtANegativeCosineIsThreeWideWithEmptyEnds) {
 
 TEST(MotionKernel, AnglesOneHalfTurnApartGiveTheSameKernel) {
     for (const float angle : {0.0f, 17.0f, 45.0f, 90.0f, 135.0f, 179.0f}) {
-        EXPECT_TRUE(sameElements(createMotionKernel(9.0f, angle),
-                                 createMotionKernel(9.0f, angle + 180.0f)));
+        EXPECT_TRUE(
+            sameBits(createMotionKernel(9.0f, angle), createMotionKernel(9.0f, angle + 180.0f)));
     }
-    EXPECT_TRUE(sameElements(createMotionKernel(9.0f, -45.0f), createMotionKernel(9.0f, 135.0f)));
+    EXPECT_TRUE(sameBits(createMotionKernel(9.0f, -45.0f), createMotionKernel(9.0f, 135.0f)));
 }
 
 TEST(MotionKernel, NinetyDegreesFollowsTheSignOfItsTinyCosine) {

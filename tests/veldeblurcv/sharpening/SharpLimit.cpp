@@ -1,6 +1,7 @@
 #include "velimproclib/veldeblurcv/sharpening/SharpLimit.h"
 
 #include "tests/support/EachTarget.h"
+#include "tests/support/noisePlane.h"
 #include "tests/support/NothrowNewFails.h"
 #include "tests/support/sameBits.h"
 #include "tests/support/Threads.h"
@@ -15,7 +16,6 @@
 #include <limits>
 #include <new>
 #include <opencv2/core.hpp>
-#include <random>
 #include <type_traits>
 #include <vector>
 
@@ -31,13 +31,7 @@ using Bytes = cv::Mat_<std::uint8_t>;
 constexpr float kLevel = 0.003921568393707275f;
 
 Plane noise(int rows, int cols, unsigned seed, float low = -0.2f, float high = 1.2f) {
-    std::mt19937 random(seed);
-    std::uniform_real_distribution<float> pixel(low, high);
-    Plane plane(rows, cols);
-    for (auto& value : plane) {
-        value = pixel(random);
-    }
-    return plane;
+    return test::noisePlane(rows, cols, seed, low, high);
 }
 
 Bytes levels(const Plane& plane) {

@@ -1,6 +1,7 @@
 #include "velimproclib/veldeblurcv/sharpening/SharpenEdge.h"
 
 #include "tests/support/EachTarget.h"
+#include "tests/support/noisePlane.h"
 #include "tests/support/sameBits.h"
 #include "tests/support/Threads.h"
 #include "velimproclib/veldeblurcv/kernels/Gaussian1D.h"
@@ -11,7 +12,6 @@
 #include <cmath>
 #include <limits>
 #include <opencv2/core.hpp>
-#include <random>
 #include <type_traits>
 #include <vector>
 
@@ -24,13 +24,7 @@ using test::sameBits;
 using Plane = cv::Mat_<float>;
 
 Plane noise(int rows, int cols, unsigned seed, float low = 0.0f, float high = 1.0f) {
-    std::mt19937 random(seed);
-    std::uniform_real_distribution<float> pixel(low, high);
-    Plane plane(rows, cols);
-    for (auto& value : plane) {
-        value = pixel(random);
-    }
-    return plane;
+    return test::noisePlane(rows, cols, seed, low, high);
 }
 
 template <class Function>
