@@ -1,15 +1,17 @@
 #include "velimproclib/veldeblurcv/shrinkage/BuiltShrinkTable.h"
 
+#include "tests/support/Digest.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <limits>
+#include <vector>
 
 namespace {
 
 using namespace vel;
 
-constexpr int kN = BuiltShrinkTable::kLutSize;
 const double kRate = std::sqrt(2.0) + std::sqrt(2.0);
 
 BuiltShrinkTable built(double alpha, int lastLevel = 0) {
@@ -19,19 +21,27 @@ BuiltShrinkTable built(double alpha, int lastLevel = 0) {
     return table;
 }
 
-TEST(BuiltShrinkTable, TheGridStartsAtEntryOneAfterAZero) {
+TEST(BuiltShrinkTable, IsZeroBeforeItIsBuilt) {
     BuiltShrinkTable table;
     table.allocate(5);
-    ASSERT_EQ(table.grid().size(), 200002u);
-    EXPECT_EQ(table.grid()[0], 0.0f);
-    EXPECT_EQ(table.grid()[1], -10.0f);
-    EXPECT_EQ(table.grid()[2], static_cast<float>(0.0001 - 10));
-    EXPECT_EQ(table.grid()[100001], static_cast<float>(100000 * 0.0001 - 10));
-    EXPECT_EQ(table.grid()[200001], 10.0f);
     for (int level = 0; level <= 5; ++level) {
-        EXPECT_EQ(table.values(level).size(), 200002u);
-        EXPECT_EQ(table.values(level)[77], 0.0f);
+        for (const float v : {-30.0f, -10.0f, 0.0f, 3.0f, 10.0f, 30.0f}) {
+            EXPECT_EQ(table.at(level, v), 0.0f) << level << ' ' << v;
+        }
     }
+}
+
+TEST(BuiltShrinkTable, ValuesKeepTheirBits) {
+    const BuiltShrinkTable table = built(0.66, 5);
+    test::Digest digest;
+    for (int level = 0; level <= 5; ++level) {
+        std::vector<float> values;
+        for (float v = -12.0f; v < 12.0f; v += 0.013f) {
+            values.push_back(table.at(level, v));
+        }
+        digest.add(values);
+    }
+    EXPECT_EQ(digest.text(), "33EA67FA210F648C");
 }
 
 TEST(BuiltShrinkTable, HardThresholdAtAlphaZero) {
@@ -81,19 +91,22 @@ TEST(BuiltShrinkTable, SolvesTheScalarProblemAtEveryLevel) {
     }
 }
 
-TEST(BuiltShrinkTable, ValuesAboveTheGridExtrapolateTheLastCellButOne) {
+TEST(BuiltShrinkTable, ValuesAboveTheGridExtrapolateTheCurve) {
     const BuiltShrinkTable table = built(0.5);
-    const auto& x = table.grid();
-    const auto& lut = table.values(0);
-    const float slope = (lut[kN - 1] - lut[kN - 2]) / (x[kN - 1] - x[kN - 2]);
-    for (const float v : {10.0f, 12.0f, 1e6f, 1e30f}) {
-        EXPECT_EQ(table.at(0, v), slope * (v - x[kN - 2]) + lut[kN - 2]) << v;
+    // At 2^40 all other terms are below the rounding of the slope's term.
+    const float huge = std::ldexp(1.0f, 40);
+    const float slope = table.at(0, huge) / huge;
+    EXPECT_NEAR(slope, 1.0f, 0.03f);
+    EXPECT_NEAR(table.at(0, 10.0f), table.at(0, 9.9995f), 1e-3f);
+    for (const float v : {12.0f, 20.0f, 100.0f}) {
+        EXPECT_NEAR(table.at(0, v) - table.at(0, 10.0f), slope * (v - 10.0f), 1e-6f * v) << v;
     }
 }
 
-TEST(BuiltShrinkTable, ValuesBelowTheGridLieOnALineThroughTheOrigin) {
+TEST(BuiltShrinkTable, ValuesBelowTheGridLieOnALineThroughTheOriginAndTheFirstPoint) {
     const BuiltShrinkTable table = built(0.5);
-    const float slope = table.values(0)[1] / table.grid()[1];
+    const float slope = table.at(0, -32.0f) / -32.0f;
+    EXPECT_NEAR(-10.0f * slope, table.at(0, -9.9995f), 1e-3f);
     for (const float v : {-10.001f, -20.0f, -1e6f, -1e30f}) {
         EXPECT_EQ(table.at(0, v), slope * v) << v;
     }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -28,13 +27,6 @@ public:
     /// cell but one. Values below -10 lie on the line from the origin through the first grid point:
     /// entry 0 causes that, on purpose.
     float at(int level, float v) const noexcept;
-
-    /// The abscissas: entry 0 is 0, then the grid. Empty until `allocate`.
-    const std::vector<float>& grid() const noexcept { return m_lutX; }
-    /// The ordinates of `level`, 0..`lastLevel` of `allocate`, one for each entry of `grid`.
-    const std::vector<float>& values(int level) const noexcept {
-        return m_lut[static_cast<std::size_t>(level)];
-    }
 
 private:
     std::vector<float> m_lutX;
