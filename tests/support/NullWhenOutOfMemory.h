@@ -1,8 +1,8 @@
 #pragma once
 
 /// By default the address sanitizer ends the program when an allocation fails. In test programs
-/// that include this header it returns null, like the heap. The function must be visible to the
-/// library of the sanitizer.
+/// that include this header, the allocation returns null as the heap does. The function must be
+/// visible to the sanitizer's library.
 #if defined(__SANITIZE_ADDRESS__)
 extern "C" [[gnu::weak, gnu::visibility("default")]] const char* __asan_default_options();
 extern "C" [[gnu::weak, gnu::visibility("default")]] const char* __asan_default_options() {

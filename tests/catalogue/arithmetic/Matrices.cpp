@@ -14,7 +14,7 @@ namespace {
 using namespace vel;
 using test::CheckedArguments;
 
-/// A matrix of any strides, in bytes of its own; what lies between its elements is a canary.
+/// A matrix of any strides in its own memory; the bytes between its elements are canaries.
 template <class T>
 class StridedMatrix {
 public:
@@ -23,7 +23,7 @@ public:
           m_bytes(static_cast<std::size_t>(rows * stride1 + columns * stride2) + sizeof(T) + 4,
                   0xA5) {}
 
-    /// Row-major or, when `transposed`, column-major, with room to spare between the elements.
+    /// Row-major or, when `transposed`, column-major, with gaps between the elements.
     static StridedMatrix spaced(int rows, int columns, int gap, bool transposed) {
         const int element = static_cast<int>(sizeof(T)) + 4 * gap;
         return transposed ? StridedMatrix(rows, columns, element, element * rows + 4 * gap)
@@ -281,7 +281,7 @@ TEST(Matrices, StridesOfDoublesNeedNotBeMultiplesOfEight) {
     EXPECT_EQ(dst[2], 5.0);
 }
 
-TEST(Matrices, AStrideThatIsNoMultipleOfFourIsRefused) {
+TEST(Matrices, StrideThatIsNoMultipleOfFourIsRefused) {
     const float src[4] = {};
     float dst[4] = {9, 9, 9, 9};
     for (const int stride : {1, 2, 3, 5, 6, 7, -4}) {

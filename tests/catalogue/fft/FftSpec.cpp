@@ -266,13 +266,13 @@ TEST(FftSpec, OrdersOutsideZeroToThirtyAreRefused) {
     EXPECT_EQ(spec, nullptr);
 }
 
-TEST(FftSpec, LegalOrdersThatNoMemoryHoldsAreOutOfMemory) {
+TEST(FftSpec, LegalOrdersBeyondAllMemoryAreOutOfMemory) {
     FftSpec* spec = nullptr;
     EXPECT_EQ(fftInitAlloc(&spec, 30, 30, 2, 2), kOutOfMemory);
     EXPECT_EQ(spec, nullptr);
 }
 
-TEST(FftSpec, NoMemoryForAWorkBufferOfItsOwnIsAStatusAndNothingIsWritten) {
+TEST(FftSpec, ExhaustedMemoryForTheWorkBufferIsAStatusAndNothingIsWritten) {
     const SpecPtr spec = makeSpec(4, 3);
     const Plane image = randomImage(16, 8);
     Plane result(16, 8);
@@ -306,7 +306,7 @@ TEST(FftSpec, NullPointersComeBeforeEverythingElse) {
     EXPECT_EQ(fftInvPackToReal(plane, 0, plane, 16, nullptr, nullptr), kNullPointer);
 }
 
-TEST(FftSpec, WrongMagicNumberIsRefusedBeforeTheStepsAreLookedAt) {
+TEST(FftSpec, WrongMagicNumberIsRefusedBeforeTheStepsAreChecked) {
     const SpecPtr spec = makeSpec(2, 2);
     spec->magic ^= 1;
     float plane[16] = {};

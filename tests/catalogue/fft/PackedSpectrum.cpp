@@ -36,13 +36,13 @@ Plane randomPlane(int width, int height, unsigned seed, int extraStep = 0, int m
     return plane;
 }
 
-/// Where the real and the imaginary part of F(v, u) stand; a row of -1 says that there is none.
+/// The places of the real and the imaginary part of F(v, u); a row of -1 means that there is none.
 struct Slots {
     int reX, reY, imX, imY;
     bool conjugate;
 };
 
-/// The packed layout, written down once more: independent of the order in which the library walks.
+/// The packed layout element by element, independent of the order of the library's loops.
 Slots slotsOf(int v, int u, int w, int h) {
     const bool selfConjugateColumn = u == 0 || 2 * u == w;
     if (!selfConjugateColumn) {
@@ -269,7 +269,7 @@ TEST(PackedSpectrum, DivComplexDividesTheSecondByTheFirst) {
     });
 }
 
-TEST(PackedSpectrum, DivisionByZeroGivesNotANumberInBothPartsAndAWarning) {
+TEST(PackedSpectrum, DivisionByZeroGivesNaNInBothPartsAndAWarning) {
     forEachTarget([] {
         for (const int zeroAt : {0, 1, 63, 64, 65, 99}) {
             Plane a = randomPlane(200, 2, 10);
@@ -391,7 +391,7 @@ TEST(PackedSpectrum, NaNAndInfinitiesSpreadToTheirOwnFrequencyOnly) {
     });
 }
 
-TEST(PackedSpectrum, QuotientsOfNaNAndInfinitiesAreWhatTheFormulaGivesAndNoWarning) {
+TEST(PackedSpectrum, QuotientsOfNaNAndInfinitiesFollowTheFormulaWithoutAWarning) {
     forEachTarget([] {
         for (const auto& [w, h] : kSizes) {
             SCOPED_TRACE(testing::Message() << w << " by " << h);

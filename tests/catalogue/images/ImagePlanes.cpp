@@ -20,7 +20,7 @@ void fillWithNoise(Image& image, unsigned seed) {
     }
 }
 
-/// Fills a channel of a shifted region and demands that all else stays.
+/// Fills a channel of a shifted region and expects everything else to stay.
 template <class Plane, class Colour, class Operation>
 void expectFillsChannel(Operation planeToChannel) {
     for (int c = 0; c < 3; ++c) {
@@ -73,7 +73,7 @@ TEST(ImagePlanes, PlaneFillsAChannelOverTheTargetsRegion) {
     expectFillsChannel<IMG<short, 1>, IMG3<short>>(imgPlaneToChannelS16);
 }
 
-TEST(ImagePlanes, ChannelComesOutOverTheTargetsRegion) {
+TEST(ImagePlanes, ChannelIsCopiedOverTheTargetsRegion) {
     expectTakesChannel<GIMG<unsigned char>, IMG3<unsigned char>>(imgChannelToPlaneU8);
     expectTakesChannel<IMG<short, 1>, IMG3<short>>(imgChannelToPlaneS16);
 }
@@ -114,7 +114,7 @@ TEST(ImagePlanes, ColourBytesWidenOverTheTargetsRegionOnly) {
     }
 }
 
-/// An empty region of the target is refused, the next success takes the refusal's place.
+/// An empty region of the target is refused; the next success overwrites that status.
 template <class Source, class Target, class Helper>
 void expectStatusRecorded(Helper helper) {
     Source src(4, 4);

@@ -21,7 +21,7 @@ using namespace vel::test;
 
 constexpr float kFormerContent = 3.0f;
 
-/// What the tests know about the formats, on their own.
+/// The formats as the tests define them, independently of the library.
 struct Format {
     int code;
     int bytes;    ///< of an element
@@ -97,7 +97,7 @@ struct ThreePlanes {
     float at(int x, int y, int c) const { return pointers[static_cast<std::size_t>(c)]->row(y)[x]; }
 };
 
-/// Where a tile stands: at (x, y) in an image, with an overhang to the right and below.
+/// The place of a tile: at (x, y) in an image, with an overhang to the right and below.
 struct Place {
     int tileW, tileH, x, y, padX, padY;
 
@@ -120,7 +120,7 @@ std::vector<Place> places(std::mt19937& random) {
 
 enum class Overhang { kNone, kRepeatedBefore, kRepeatedAfter };
 
-/// The float that a tile routine leaves, by its definition.
+/// The result of a tile routine for one element, by its definition.
 float expectedFloat(const Format& format, const HostImage& host, const Place& place,
                     Overhang overhang, bool offset, int x, int y, int c) {
     const int lastX = place.tileW - place.padX - 1;
@@ -260,7 +260,7 @@ TEST(TileConverters, TileTenColumnsFromTheEdgeRepeatsItsTenthColumn) {
     }
 }
 
-TEST(TileConverters, TileBeyondTheImageTakesNothingFromIt) {
+TEST(TileConverters, TileBeyondTheImageReadsNothingFromIt) {
     std::mt19937 random(3);
     HostImage host(kC3U8, 40, 40, random);
     HostImage grey(kGreyU8, 40, 40, random);
@@ -286,7 +286,7 @@ TEST(TileConverters, TileBeyondTheImageTakesNothingFromIt) {
     }
 }
 
-TEST(TileConverters, WhiteAndBlackAreMovedIntoTheirStepAndComeBack) {
+TEST(TileConverters, WhiteAndBlackSurviveTheRoundTripWithTheOffset) {
     const std::uint8_t host[6] = {255, 255, 255, 0, 0, 0};
     IMG<float, 3> img(2, 1);
     ASSERT_EQ(psTileToF32C3(1, host, 6, 0, 0, img), 1);
@@ -315,7 +315,7 @@ TEST(TileConverters, EveryLevelSurvivesTheRoundTripOnBothScales) {
     }
 }
 
-TEST(TileConverters, ResultOfThePrimitiveInPlaceIsRecordedAndDecidesNothing) {
+TEST(TileConverters, ResultOfThePrimitiveInPlaceIsRecordedAndIgnored) {
     constexpr int kBadSize = -6;
     const std::uint8_t host[64] = {};
     std::uint8_t target[64] = {};
@@ -331,7 +331,7 @@ TEST(TileConverters, ResultOfThePrimitiveInPlaceIsRecordedAndDecidesNothing) {
     EXPECT_TRUE(std::equal(target, target + 64, host));
 }
 
-/// Rounded to nearest, ties to even, cut to the element's range; NaN is 0.
+/// Rounded to nearest, ties to even, clamped to the element's range; NaN gives 0.
 int rounded(const Format& format, float value) {
     const float scaled = value * static_cast<float>(format.levels());
     const double highest = format.bytes == 1 ? 255.0 : 65535.0;
@@ -339,7 +339,7 @@ int rounded(const Format& format, float value) {
     return static_cast<int>(std::clamp(nearest, 0.0, highest));
 }
 
-/// Values around the ends of the scale, ties between levels, and what is no number.
+/// Values around the ends of the scale, ties between levels, and NaN.
 float randomFloat(const Format& format, std::mt19937& random) {
     switch (random() % 4) {
     case 0:
@@ -351,7 +351,7 @@ float randomFloat(const Format& format, std::mt19937& random) {
     }
 }
 
-TEST(TileConverters, GreyFloatsAreRoundedAndCutAtWhite) {
+TEST(TileConverters, GreyFloatsAreRoundedAndClampedToWhite) {
     overTiles(kGreyFormats, false, [](const Format& f, const Place& p, HostImage& host) {
         std::mt19937 random(5);
         GIMG<float> img(p.tileW, p.tileH);
@@ -374,7 +374,7 @@ TEST(TileConverters, GreyFloatsAreRoundedAndCutAtWhite) {
     });
 }
 
-/// Elements of the target tile before and after, and the floats that went in.
+/// Elements of the target tile before and after the call, and the source floats.
 struct ColourCase {
     const Format& format;
     const Place& place;
@@ -388,7 +388,7 @@ struct ColourCase {
     int element(const HostImage& host, int x, int y, int e) const {
         return host.element(place.x + x, place.y + y, e);
     }
-    /// `isCut(x, e)`: whether the cut at white takes in element `e` of the tile's pixel `x`.
+    /// `isCut(x, e)`: true when element `e` of the tile's pixel `x` is clamped to white.
     template <class IsCut>
     void expect(IsCut&& isCut) const {
         for (int y = 0; y < place.tileH; ++y) {
@@ -413,7 +413,7 @@ std::vector<float> randomColours(const Format& format, const Place& place) {
     return values;
 }
 
-TEST(TileConverters, ThreeChannelFloatsOfFormatSixAreCutOverThreeQuartersOfTheRowAlphaIncluded) {
+TEST(TileConverters, ThreeChannelFloatsOfFormatSixAreClampedInThreeQuartersOfTheRowAlphaIncluded) {
     overTiles(kColourFormats, false, [](const Format& f, const Place& p, HostImage& host) {
         const ColourCase tile{f, p, host, host, randomColours(f, p)};
         IMG<float, 3> img(p.tileW, p.tileH);
@@ -428,7 +428,7 @@ TEST(TileConverters, ThreeChannelFloatsOfFormatSixAreCutOverThreeQuartersOfTheRo
     });
 }
 
-TEST(TileConverters, PlanesOfFloatsAreRoundedAndCutAndAlphaKeepsWhatItHeld) {
+TEST(TileConverters, PlanesOfFloatsAreRoundedAndClampedAndAlphaKeepsItsValue) {
     overTiles(kColourFormats, false, [](const Format& f, const Place& p, HostImage& host) {
         const ColourCase tile{f, p, host, host, randomColours(f, p)};
         const ThreePlanes planes(p.tileW, p.tileH);
@@ -445,7 +445,7 @@ TEST(TileConverters, PlanesOfFloatsAreRoundedAndCutAndAlphaKeepsWhatItHeld) {
     });
 }
 
-TEST(TileConverters, FormatsThatARoutineDoesNotTakeGiveZeroAndWriteNothing) {
+TEST(TileConverters, UnsupportedFormatsGiveZeroAndWriteNothing) {
     std::vector<std::uint8_t> host(4096, 9);
     IMG<float, 3> img(4, 4);
     GIMG<float> grey(4, 4);
@@ -482,7 +482,7 @@ TEST(TileConverters, FormatsThatARoutineDoesNotTakeGiveZeroAndWriteNothing) {
     }
 }
 
-/// Planes as `psEnsurePlanes` hands them out.
+/// Owns planes of `psEnsurePlanes`.
 struct EnsuredPlanes {
     GIMG<float>* pointers[3] = {nullptr, nullptr, nullptr};
 
@@ -510,7 +510,7 @@ TEST(EnsurePlanes, KeepsPlanesOfTheSizeAndReplacesTheOthers) {
     EXPECT_EQ(planes.pointers[0]->m_width, 3);
 }
 
-TEST(EnsurePlanes, GivesThreeForAFormatThatItCannotFillFrom) {
+TEST(EnsurePlanes, ReturnsThreeForAnUnsupportedFormat) {
     const std::uint8_t host[64] = {};
     for (const int format : {2, 7}) {
         EnsuredPlanes planes;
@@ -519,7 +519,7 @@ TEST(EnsurePlanes, GivesThreeForAFormatThatItCannotFillFrom) {
     }
 }
 
-TEST(EnsurePlanes, EntryIsNullAfterItsPlaneCouldNotBeMade) {
+TEST(EnsurePlanes, EntryIsNullAfterExhaustedMemory) {
     const std::uint8_t host[64] = {};
     EnsuredPlanes planes;
     psEnsurePlanes(1, host, 8, 0, 0, 0, 0, 2, 2, planes.pointers);

@@ -19,7 +19,7 @@ void replicate(IMG<float, 3>& img, int left, int top, int right, int bottom) {
     replicateBorderF32C3(img, left, top, right, bottom);
 }
 
-/// A random image inside a plane with odd steps; `frame` pixels around it belong to nobody.
+/// A random image inside a plane with odd steps; the `frame` pixels around it must not change.
 template <int N>
 struct Picture {
     static constexpr int kFrame = 2;
@@ -73,7 +73,7 @@ TEST(ReplicateBorder, EveryMarginPixelRepeatsTheNearestKeptOneWithinTheRegion) {
     expectRepeatsTheNearestKeptPixel<3>();
 }
 
-TEST(ReplicateBorder, RowsAreRepeatedFirstSoThatOverlappingMarginsFollowThatOrder) {
+TEST(ReplicateBorder, OverlappingMarginsRepeatRowsBeforeColumns) {
     GIMG<float> img(1, 3);
     for (int y = 0; y < 3; ++y) {
         img.row(y)[0] = static_cast<float>(y);
@@ -84,7 +84,7 @@ TEST(ReplicateBorder, RowsAreRepeatedFirstSoThatOverlappingMarginsFollowThatOrde
     EXPECT_EQ(img.row(2)[0], 2.0f);
 }
 
-TEST(ReplicateBorder, MarginsThatLeaveNoPixelOrAreNegativeAreNone) {
+TEST(ReplicateBorder, NegativeMarginsAndMarginsThatLeaveNoPixelAreIgnored) {
     for (const int margin : {-1000, -1, 0, 4, 5, 1000}) {
         GIMG<float> img(4, 4);
         for (int y = 0; y < 4; ++y) {

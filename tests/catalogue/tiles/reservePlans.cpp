@@ -9,7 +9,7 @@ using vel::reserveEvenTilePlan;
 using vel::reserveTilePlan;
 using vel::TileGeometry;
 
-TEST(ReserveTilePlan, ExactMultipleOfSixteenStaysAsItIs) {
+TEST(ReserveTilePlan, MultipleOfSixteenStaysUnchanged) {
     EXPECT_EQ(reserveTilePlan(512, 400, 0.02F), (TileGeometry{1, 512, 512}));
     EXPECT_EQ(reserveTilePlan(513, 400, 0.02F), (TileGeometry{1, 528, 528}));
 }
@@ -44,7 +44,7 @@ TEST(ReserveEvenTilePlan, TwoTilesAreHalvesRoundedUpToEven) {
     EXPECT_EQ(reserveEvenTilePlan(999, 400, 15), (TileGeometry{2, 514, 500}));
 }
 
-TEST(ReserveEvenTilePlan, ManyTilesShareWhatIsLeftOver) {
+TEST(ReserveEvenTilePlan, ManyTilesShareTheRemainder) {
     // n = trunc(2000 / 384 + 0.5) = 5, q = 400, e = 16 / 5 = 3.
     EXPECT_EQ(reserveEvenTilePlan(2000, 400, 16), (TileGeometry{5, 420, 403}));
     // n = trunc(1000 / 384 + 0.5) = 3, q = 333, e = (1 + 16) / 3 = 5.

@@ -52,7 +52,7 @@ TEST(Histogram, OneBinForEveryGreyValue) {
     }
 }
 
-TEST(Histogram, WhatTheDivisionLeavesOverGoesToTheFirstIntervals) {
+TEST(Histogram, RemainderOfTheDivisionGoesToTheFirstIntervals) {
     Plane src(1, 1);
     src.fill([] { return 0; });
     EXPECT_EQ((Integers{0, 4, 7, 10}), histogram(src, 4, 0, 10).levels);
@@ -61,7 +61,7 @@ TEST(Histogram, WhatTheDivisionLeavesOverGoesToTheFirstIntervals) {
     EXPECT_EQ((Integers{0, 1, 2, 2, 2}), histogram(src, 5, 0, 2).levels);
 }
 
-TEST(Histogram, IntervalsHoldTheirLowerLevelAndOutsidersAreNotCounted) {
+TEST(Histogram, IntervalsIncludeTheirLowerLevelAndPixelsOutsideAreNotCounted) {
     Plane src(256, 1);
     src.fill([n = 0]() mutable { return n++; });
     const Result result = histogram(src, 4, 100, 110);

@@ -76,7 +76,7 @@ double cubicExactly(float v, const Knots& knots) {
     return static_cast<double>(sum);
 }
 
-/// `n` rising levels with steps from tiny to wide, and values of any course.
+/// `n` rising levels with tiny and wide steps, and random values.
 Knots randomKnots(int n, std::mt19937& random) {
     Knots knots;
     std::uniform_real_distribution<float> value(-3.0f, 3.0f);
@@ -180,7 +180,7 @@ TEST(LutLinear, FollowsTheDefinitionForEveryNumberOfLevels) {
     expectLinear({131, 3, 0, 0}, randomKnots(1000, random), random);
 }
 
-TEST(LutLinear, LevelsInAnyOrderObeyTheFirstIntervalThatHoldsThePixel) {
+TEST(LutLinear, PixelsBelongToTheFirstIntervalThatHoldsThemForLevelsInAnyOrder) {
     std::mt19937 random(3);
     for (int n = 2; n <= 40; ++n) {
         Knots knots = randomKnots(n, random);
@@ -189,7 +189,7 @@ TEST(LutLinear, LevelsInAnyOrderObeyTheFirstIntervalThatHoldsThePixel) {
     }
 }
 
-TEST(LutLinear, ALevelThatIsNaNBoundsNoInterval) {
+TEST(LutLinear, NaNLevelBoundsNoInterval) {
     std::mt19937 random(4);
     for (std::size_t at = 0; at < kShrink.levels.size(); ++at) {
         Knots knots = kShrink;
@@ -201,7 +201,7 @@ TEST(LutLinear, ALevelThatIsNaNBoundsNoInterval) {
     }
 }
 
-TEST(LutLinear, AnIntervalOfNoLengthHoldsNoPixel) {
+TEST(LutLinear, EmptyIntervalHoldsNoPixel) {
     const Knots knots{{0.0f, 1.0f, 1.0f, 1.0f, 2.0f}, {0.0f, 10.0f, 20.0f, 30.0f, 40.0f}};
     test::forEachTarget([&] {
         EXPECT_EQ(linearOne(0.5f, knots), 5.0f);
@@ -227,7 +227,7 @@ TEST(LutLinear, PixelsOutsideTheLevelsAreCopied) {
     });
 }
 
-TEST(LutLinear, ThePixelAtTheLastLevelOfTheShrinkageStaysTen) {
+TEST(LutLinear, PixelAtTheLastLevelOfTheShrinkageStaysTen) {
     EXPECT_EQ(linearOne(10.0f, kShrink), 10.0f);
     EXPECT_EQ(linearOne(-10.0f, kShrink), -9.84061f);
 }
@@ -248,7 +248,7 @@ TEST(LutLinear, NaNIsCopiedBitForBit) {
     }
 }
 
-TEST(LutLinear, FewerThanTwoLevelsAreRefusedAndTheTargetIsLeftAlone) {
+TEST(LutLinear, FewerThanTwoLevelsAreRefusedAndTheTargetIsUnchanged) {
     for (const std::int32_t n : {1, 0, -5, INT32_MIN}) {
         const float src = 0.5f;
         const float knot = 0.0f;
@@ -276,17 +276,17 @@ TEST(LutCubic, FewerThanFourLevelsAreLinear) {
     }
 }
 
-TEST(LutCubic, ACubicCourseComesBackInEveryInterval) {
-    const auto course = [](double v) { return ((0.5 * v - 1.0) * v + 2.0) * v - 3.0; };
+TEST(LutCubic, CubicPolynomialIsReproducedInEveryInterval) {
+    const auto polynomial = [](double v) { return ((0.5 * v - 1.0) * v + 2.0) * v - 3.0; };
     for (int n = 4; n <= 40; ++n) {
         Knots knots;
         for (int i = 0; i < n; ++i) {
             const double level = i * 0.25 - 2.0;
             knots.levels.push_back(static_cast<float>(level));
-            knots.values.push_back(static_cast<float>(course(level)));
+            knots.values.push_back(static_cast<float>(polynomial(level)));
         }
         for (float v = knots.levels.front(); v < knots.levels.back(); v += 0.0625f) {
-            EXPECT_EQ(cubicOne(v, knots), static_cast<float>(course(v))) << v << ", n " << n;
+            EXPECT_EQ(cubicOne(v, knots), static_cast<float>(polynomial(v))) << v << ", n " << n;
         }
     }
 }
@@ -332,7 +332,7 @@ TEST(LutCubic, AgreesWithLagrangesFormOnEveryTarget) {
 }
 
 TEST(LutCubic, TheEndIntervalsShareThePolynomialOfTheirNeighbour) {
-    // Moving a knot that the four of an interval leave out must not change it.
+    // An interval depends on its four knots only.
     const Knots knots{{0, 1, 2, 3, 4, 5, 6, 7}, {0, 1, -1, 2, -2, 3, -3, 4}};
     for (std::size_t interval = 0; interval < 7; ++interval) {
         const std::size_t j = interval == 0 ? 0 : std::min<std::size_t>(interval - 1, 4);
@@ -347,7 +347,7 @@ TEST(LutCubic, TheEndIntervalsShareThePolynomialOfTheirNeighbour) {
     }
 }
 
-TEST(LutCubic, EveryShapeGivesWhatThePixelsGiveAloneOnEveryTarget) {
+TEST(LutCubic, EveryShapeGivesTheResultsOfSinglePixelsOnEveryTarget) {
     std::mt19937 random(8);
     for (const PlaneShape& shape : test::planeShapes(random)) {
         const Knots knots = randomKnots(static_cast<int>(random() % 40) + 4, random);
@@ -364,7 +364,7 @@ TEST(LutCubic, EveryShapeGivesWhatThePixelsGiveAloneOnEveryTarget) {
 }
 
 TEST(LutCubic, UnusedLevelsAtTheEndDoNotChangeTheIntervalsBefore) {
-    // The number of levels decides how the pixels are searched; the polynomials stay the same.
+    // The number of levels selects the search; the polynomials stay the same.
     std::mt19937 random(9);
     const Knots many = randomKnots(60, random);
     const auto plane = randomPlane({131, 3, 3, 1}, many, random);
@@ -387,7 +387,7 @@ TEST(LutCubic, UnusedLevelsAtTheEndDoNotChangeTheIntervalsBefore) {
     }
 }
 
-TEST(LutCubic, LevelsThatCoincideGiveFiniteResults) {
+TEST(LutCubic, EqualLevelsGiveFiniteResults) {
     const Knots knots{{0, 1, 1, 1, 2, 2, 3}, {0, 1, 2, 3, 4, 5, 6}};
     test::forEachTarget([&] {
         for (const float v : {0.0f, 0.5f, 1.0f, 1.5f, 2.0f, 2.5f}) {
@@ -414,15 +414,16 @@ TEST(LutCubic, PixelsOutsideTheLevelsAndNaNAreNotChanged) {
     });
 }
 
-TEST(Lookups, InfiniteLevelsAndValuesDoNoHarm) {
+TEST(Lookups, InfiniteLevelsAndValuesGiveTheSameResultsOnEveryTarget) {
     const Knots knots{{-kInfinity, -1.0f, 0.0f, 1.0f, kInfinity},
                       {0.0f, kInfinity, 1.0f, kNan, 2.0f}};
-    test::forEachTarget([&] {
-        for (const float v : {-kInfinity, -5.0f, -1.0f, -0.5f, 0.5f, 1.0f, 5.0f, kInfinity, kNan}) {
+    for (const float v : {-kInfinity, -5.0f, -1.0f, -0.5f, 0.5f, 1.0f, 5.0f, kInfinity, kNan}) {
+        const float cubicOfBest = cubicOne(v, knots);
+        test::forEachTarget([&] {
             EXPECT_TRUE(test::sameFloat(linearOne(v, knots), linearReference(v, knots))) << v;
-            cubicOne(v, knots);
-        }
-    });
+            EXPECT_TRUE(test::sameFloat(cubicOne(v, knots), cubicOfBest)) << v;
+        });
+    }
 }
 
 TEST(Lookups, BothCheckPointersThenSizesThenStepsAndWriteNothing) {

@@ -29,7 +29,7 @@ constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
 
 using Binary = std::function<float(float, float)>;
 
-/// Half plain values around the range of a tile, half awkward ones.
+/// Half ordinary values around the range of a tile, half awkward ones.
 float randomFloat(std::mt19937& random) {
     return random() % 2 == 0 ? std::uniform_real_distribution<float>(-2.0f, 2.0f)(random)
                              : test::randomPixel<float>(random);
@@ -44,7 +44,7 @@ GuardedPlane<float> randomPlane(const PlaneShape& shape, std::mt19937& random) {
 using InPlace = Status (*)(const float*, std::int32_t, float*, std::int32_t, std::int32_t,
                            std::int32_t) noexcept;
 
-/// `reference` gets the value of `srcDst` and then that of `src`.
+/// `reference` receives the value of `srcDst` and then that of `src`.
 void expectInPlace(InPlace routine, const Binary& reference) {
     std::mt19937 random(1);
     for (PlaneShape shape : test::planeShapes(random)) {
@@ -115,7 +115,7 @@ TEST(PlaneArithmetic, SubPlanesIsOneOperationPerPixelIntoAnyOfTheThreePlanesOnEv
     }
 }
 
-TEST(PlaneArithmetic, APlaneMayBeCombinedWithItself) {
+TEST(PlaneArithmetic, PlaneMayBeCombinedWithItself) {
     test::forEachTarget([] {
         std::vector<float> plane{1.5f, -2.0f, 3.0f};
         EXPECT_EQ(mulPlaneF32(plane.data(), 12, plane.data(), 12, 3, 1), kOk);
@@ -136,7 +136,7 @@ TEST(PlaneArithmetic, SubPlanesTakesTheFirstPlaneFromTheSecond) {
     EXPECT_EQ(dst[1], -6.0f);
 }
 
-TEST(PlaneArithmetic, ADivisorOfZeroWarnsAndTheRestIsStillDivided) {
+TEST(PlaneArithmetic, DivisorOfZeroWarnsAndAllOtherPixelsAreDivided) {
     for (const float zero : {0.0f, -0.0f}) {
         for (int at = 0; at < 67; ++at) {
             test::forEachTarget([&] {
@@ -204,7 +204,7 @@ TEST(PlaneArithmetic, ConstantsInPlaceAreOneOperationPerPixelOnEveryTarget) {
     }
 }
 
-TEST(PlaneArithmetic, ClampsMoveOnlyWhatLiesBeyondTheLevelOnEveryTarget) {
+TEST(PlaneArithmetic, ClampsChangeOnlyValuesBeyondTheLevelOnEveryTarget) {
     for (const float level : {0.5f, -1.0f, 0.0f, -0.0f, kInfinity, -kInfinity, kNan}) {
         expectOnePlane([=](float* p, auto step, auto w,
                            auto h) { return clampAboveInPlaceF32(p, step, w, h, level); },
@@ -224,7 +224,7 @@ TEST(PlaneArithmetic, BothClampsTogetherGiveTheRangeZeroToOne) {
     });
 }
 
-TEST(PlaneArithmetic, ClampsLetNaNStay) {
+TEST(PlaneArithmetic, ClampsKeepNaN) {
     test::forEachTarget([] {
         std::vector<float> plane(37, kNan);
         EXPECT_EQ(clampAboveInPlaceF32(plane.data(), 148, 37, 1, 1.0f), kOk);
@@ -278,7 +278,7 @@ TEST(PlaneArithmetic, LogarithmIsTheSameForEveryShapeOnEveryTarget) {
                    });
 }
 
-TEST(PlaneArithmetic, LogarithmOfZeroAndOfNegativeNumbersWarnsAndGoesOn) {
+TEST(PlaneArithmetic, LogarithmOfZeroAndOfNegativeNumbersWarnsAndTheRestIsComputed) {
     struct Case {
         float v;
         float log;
@@ -345,7 +345,7 @@ TEST(PlaneArithmetic, EveryComparisonMarksWhereItHoldsOnEveryTarget) {
     }
 }
 
-TEST(PlaneArithmetic, AnUnknownComparisonIsRefusedAfterAllOtherChecks) {
+TEST(PlaneArithmetic, UnknownComparisonIsRefusedAfterAllOtherChecks) {
     const float a = 1.0f;
     std::uint8_t dst = 77;
     for (const std::int32_t code : {-1, 5, INT32_MIN, INT32_MAX}) {

@@ -24,7 +24,7 @@ const std::vector<std::int32_t> kScales{0,   1,   2,   7,   15,        16,      
                                         19,  31,  32,  64,  -1,        -2,       -7, -15,
                                         -16, -17, -31, -32, INT32_MAX, INT32_MIN};
 
-/// The definition in 64 bits; scales that no 17-bit value can tell apart are cut to 40.
+/// The definition in 64 bits. All scales beyond 40 give the same results for 17-bit values.
 std::uint16_t scaled(std::uint64_t v, std::int32_t scale) {
     const int s = std::clamp(scale, -40, 40);
     std::uint64_t result = v;
@@ -47,7 +47,7 @@ std::uint16_t subtractedOne(std::uint16_t v, std::uint16_t value, std::int32_t s
     return result;
 }
 
-TEST(ScaledU16, OnePlusALevelTimes128EndsAt32768) {
+TEST(ScaledU16, LevelPlusOneTimes128EndsAt32768) {
     EXPECT_EQ(addedOne(255, 1, -7), 32768);
     EXPECT_EQ(addedOne(0, 1, -7), 128);
 }

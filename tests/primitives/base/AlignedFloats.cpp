@@ -20,18 +20,22 @@ TEST(AlignedFloats, StartsEmpty) {
     EXPECT_EQ(floats.data(), nullptr);
 }
 
-TEST(AlignedFloats, EverySizeIsAlignedAndWritableToItsEnd) {
+TEST(AlignedFloats, EverySizeIsAlignedAndHoldsItsFloats) {
     for (const std::size_t count : {1u, 2u, 3u, 15u, 16u, 17u, 67u, 100003u}) {
         AlignedFloats floats;
         floats.resize(count);
         ASSERT_EQ(floats.size(), count);
         EXPECT_EQ(reinterpret_cast<std::uintptr_t>(floats.data()) % 64, 0u);
+        AlignedFloats next;
+        next.resize(count);
         std::fill_n(floats.data(), count, 0.5f);
-        EXPECT_EQ(std::as_const(floats).data()[count - 1], 0.5f);
+        std::fill_n(next.data(), count, 0.25f);
+        const float* const data = std::as_const(floats).data();
+        EXPECT_EQ(std::count(data, data + count, 0.5f), static_cast<std::ptrdiff_t>(count));
     }
 }
 
-TEST(AlignedFloats, TheSameSizeKeepsTheBlockAndItsContent) {
+TEST(AlignedFloats, SameSizeKeepsTheBlockAndItsContent) {
     AlignedFloats floats;
     floats.resize(40);
     float* const block = floats.data();
@@ -41,7 +45,7 @@ TEST(AlignedFloats, TheSameSizeKeepsTheBlockAndItsContent) {
     EXPECT_EQ(std::count(block, block + 40, 2.0f), 40);
 }
 
-TEST(AlignedFloats, SizeNoneGivesTheBlockBack) {
+TEST(AlignedFloats, SizeZeroFreesTheBlock) {
     AlignedFloats floats;
     floats.resize(40);
     floats.resize(0);
@@ -49,7 +53,7 @@ TEST(AlignedFloats, SizeNoneGivesTheBlockBack) {
     EXPECT_EQ(floats.data(), nullptr);
 }
 
-TEST(AlignedFloats, WithoutMemoryTheBlockIsEmptyAndMayBeResizedAgain) {
+TEST(AlignedFloats, BlockIsEmptyAfterExhaustedMemoryAndMayBeResizedAgain) {
     AlignedFloats floats;
     floats.resize(40);
     EXPECT_THROW(floats.resize(std::numeric_limits<std::size_t>::max() / 8), std::bad_alloc);

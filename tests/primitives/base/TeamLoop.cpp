@@ -37,7 +37,7 @@ TEST(TeamLoop, EveryPieceRunsOnceWithAnyNumberOfThreads) {
     });
 }
 
-TEST(TeamLoop, OutsideARegionOneIsOpened) {
+TEST(TeamLoop, OpensARegionOutsideOfAnyRegion) {
     const test::ThreadCount two(2);
     std::atomic<int> runsInARegionOfTwo = 0;
     runInTeam([&] {
@@ -48,7 +48,7 @@ TEST(TeamLoop, OutsideARegionOneIsOpened) {
     EXPECT_EQ(runsInARegionOfTwo, 7);
 }
 
-TEST(TeamLoop, LoopsOutsideOfAnyTeamRunOnTheCaller) {
+TEST(TeamLoop, LoopsOutsideOfAnyRegionRunOnTheCaller) {
     EXPECT_EQ(countVisits(5), once(5));
     std::atomic<int> alone = 0;
     forEachPiece(
@@ -56,7 +56,7 @@ TEST(TeamLoop, LoopsOutsideOfAnyTeamRunOnTheCaller) {
     EXPECT_EQ(alone, 5);
 }
 
-TEST(TeamLoop, TheTeamOfTheCallerIsTaken) {
+TEST(TeamLoop, UsesTheTeamOfTheCaller) {
     std::atomic<int> levels = 0;
 #pragma omp parallel sections num_threads(2)
     {
@@ -68,7 +68,7 @@ TEST(TeamLoop, TheTeamOfTheCallerIsTaken) {
     EXPECT_EQ(levels, 2);
 }
 
-TEST(TeamLoop, ALoopInASectionReturnsOnlyWhenAllItsPiecesHaveEnded) {
+TEST(TeamLoop, LoopInASectionReturnsAfterAllItsPiecesHaveEnded) {
     int sums[2] = {};
     const auto sumOf = [](int pieces) {
         std::atomic<int> sum = 0;
@@ -101,7 +101,7 @@ TEST(TeamLoop, FailuresReachTheCaller) {
     EXPECT_THROW(runInTeam(fail), std::runtime_error);
 }
 
-TEST(TeamLoop, TheFirstFailureOfAPieceReachesTheCallerAndTheOthersStillRun) {
+TEST(TeamLoop, FirstFailureOfAPieceReachesTheCallerAfterAllOthersHaveRun) {
     test::forThreadCounts([] {
         std::atomic<int> runs = 0;
         const auto loop = [&] {

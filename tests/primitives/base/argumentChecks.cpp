@@ -13,7 +13,7 @@ TEST(ArgumentChecks, AcceptsPointersSizesAndStepsThatAreAllUsable) {
     EXPECT_EQ(checkArguments({&kSomething, &kSomething}, {7}, {}), kOk);
 }
 
-TEST(ArgumentChecks, ComplainsOfPointersBeforeSizesBeforeSteps) {
+TEST(ArgumentChecks, ChecksPointersBeforeSizesBeforeSteps) {
     EXPECT_EQ(checkArguments({&kSomething, nullptr}, {0, 0}, {0}), kNullPointer);
     EXPECT_EQ(checkArguments({&kSomething}, {1, 0}, {0}), kBadSize);
     EXPECT_EQ(checkArguments({&kSomething}, {-3, 1}, {-1}), kBadSize);
@@ -21,7 +21,7 @@ TEST(ArgumentChecks, ComplainsOfPointersBeforeSizesBeforeSteps) {
     EXPECT_EQ(checkArguments({&kSomething}, {1, 1}, {-4}), kBadStep);
 }
 
-TEST(ArgumentChecks, TakesAStepBelowTheRowLengthAsItStands) {
+TEST(ArgumentChecks, AcceptsAStepBelowTheRowLength) {
     EXPECT_EQ(checkArguments({&kSomething}, {100, 1}, {1}), kOk);
 }
 

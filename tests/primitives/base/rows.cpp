@@ -28,7 +28,7 @@ TEST(Rows, OffsetsBeyondTwoGigabytesDoNotWrap) {
     }
 }
 
-TEST(Rows, UnalignedElementTakesNoMoreRoomThanItsValue) {
+TEST(Rows, UnalignedElementIsAsLargeAsItsValue) {
     static_assert(sizeof(Unaligned<float>) == 4 && alignof(Unaligned<float>) == 1);
     alignas(float) unsigned char bytes[9] = {};
     auto* odd = reinterpret_cast<Unaligned<float>*>(bytes + 1);

@@ -13,7 +13,7 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr std::int32_t kLowest = std::numeric_limits<std::int32_t>::min();
 constexpr std::int32_t kHighest = std::numeric_limits<std::int32_t>::max();
 
-TEST(Truncate, CutsTowardZeroOnBothSides) {
+TEST(Truncate, RoundsTowardZeroForBothSigns) {
     EXPECT_EQ(truncateToInt(0.0), 0);
     EXPECT_EQ(truncateToInt(-0.0), 0);
     EXPECT_EQ(truncateToInt(0.99999999), 0);
@@ -36,7 +36,7 @@ TEST(Truncate, InfinitiesAndHugeValuesGiveTheEndsOfTheRange) {
     EXPECT_EQ(truncateToInt(std::numeric_limits<double>::lowest()), kLowest);
 }
 
-TEST(Truncate, TheUpperEndOfTheRangeIsReachedWithItsLastValue) {
+TEST(Truncate, UpperEndOfTheRangeIsReachedAtItsLastValue) {
     EXPECT_EQ(truncateToInt(2147483646.999), kHighest - 1);
     EXPECT_EQ(truncateToInt(2147483647.0), kHighest);
     EXPECT_EQ(truncateToInt(2147483647.999), kHighest);
@@ -44,7 +44,7 @@ TEST(Truncate, TheUpperEndOfTheRangeIsReachedWithItsLastValue) {
     EXPECT_EQ(truncateToInt(std::nextafter(2147483648.0, kInfinity)), kHighest);
 }
 
-TEST(Truncate, TheLowerEndOfTheRangeIsReachedWithItsLastValue) {
+TEST(Truncate, LowerEndOfTheRangeIsReachedAtItsLastValue) {
     EXPECT_EQ(truncateToInt(-2147483647.999), kLowest + 1);
     EXPECT_EQ(truncateToInt(-2147483648.0), kLowest);
     EXPECT_EQ(truncateToInt(-2147483648.999), kLowest);

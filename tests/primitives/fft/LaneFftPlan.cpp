@@ -81,7 +81,7 @@ TEST(LaneFftPlan, PlacesAreAPermutationThatKeepsFrequencyZero) {
     }
 }
 
-TEST(LaneFftPlan, FrequenciesOfTheFirstRadixStandOnePartApart) {
+TEST(LaneFftPlan, DigitsOfTheFrequencyAreReversedInItsPlace) {
     const LaneFftPlan plan(9);
     ASSERT_EQ(plan.radices, (std::vector<int>{8, 8, 8}));
     EXPECT_EQ(plan.places[1], 64u);

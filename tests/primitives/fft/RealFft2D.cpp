@@ -28,7 +28,7 @@ using test::GuardedPlane;
 using Plane = GuardedPlane<float>;
 using Spectrum = std::vector<std::complex<double>>; // rows of w/2 + 1 (1 for w = 1)
 
-/// Floats at 64-byte alignment with a canary behind them.
+/// Floats at 64-byte alignment, followed by canaries.
 class Buffer {
 public:
     explicit Buffer(std::size_t count)
@@ -75,7 +75,7 @@ void inverse(const RealFft2D& fft, float* spectrum, Plane& image, float* scratch
     }
 }
 
-/// One-dimensional complex transform straight from the definition.
+/// One-dimensional complex transform by its definition.
 void definition(std::vector<std::complex<double>>& x) {
     const std::size_t n = x.size();
     std::vector<std::complex<double>> result(n);
@@ -153,8 +153,8 @@ std::complex<double> frequency(const RealFft2D& fft, const float* spectrum, int 
     return v == low ? value : std::conj(value);
 }
 
-/// Error bound of a transform of n values in [-1, 1]: a few roundings for each of log n levels of
-/// values that grow like sqrt n.
+/// Error bound of a transform of n values in [-1, 1]: a few roundings for each of log n levels, of
+/// values that grow with sqrt n.
 double tolerance(int w, int h) {
     const double n = static_cast<double>(w) * h;
     return 2e-7 * std::sqrt(n) * (2.0 + std::log2(n));
@@ -288,7 +288,7 @@ TEST(RealFft2D, EveryProcessorVariantGivesTheSameBits) {
     }
 }
 
-TEST(RealFft2D, RowsThatStandElsewhereGiveTheSameSpectrum) {
+TEST(RealFft2D, RowsOutsideAnImageGiveTheSameSpectrum) {
     const RealFft2D fft(7, 6);
     const Plane image = randomImage(128, 64);
     const Buffer expected(fft.spectrumFloats());
@@ -350,11 +350,11 @@ TEST(RealFft2D, ThreadsShareOneObject) {
     EXPECT_EQ(wrong, 0);
 }
 
-TEST(RealFft2D, SpectrumThatNoMemoryCouldHoldIsRefusedAtOnce) {
+TEST(RealFft2D, SpectrumBeyondTheAddressSpaceIsRefusedAtOnce) {
     EXPECT_THROW(RealFft2D(30, 30), std::bad_alloc);
 }
 
-TEST(RealFft2D, ImageOfNotANumberStaysInItsBounds) {
+TEST(RealFft2D, ImageOfNaNWritesNothingOutOfBounds) {
     const RealFft2D fft(5, 5);
     Plane image(32, 32);
     image.fill([] { return std::nanf(""); });

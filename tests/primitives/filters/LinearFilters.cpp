@@ -89,7 +89,7 @@ TEST(LinearFilters, FloatFiltersEqualTheDefinitionBitForBitOnEveryVariant) {
     }
 }
 
-TEST(LinearFilters, TheKernelIsTurnedRoundAndItsAnchorTapMeetsThePixel) {
+TEST(LinearFilters, KernelIsFlippedAndItsAnchorTapMultipliesThePixel) {
     BorderedPlane<float> src(5, 5, kBorder);
     src.fill([] { return 0.0f; });
     src.set(2, 2, 1.0f);
@@ -105,7 +105,7 @@ TEST(LinearFilters, TheKernelIsTurnedRoundAndItsAnchorTapMeetsThePixel) {
     EXPECT_EQ(3.0f, dst.at(2, 4));
 }
 
-TEST(LinearFilters, FloatSumsAreCarriedInDouble) {
+TEST(LinearFilters, FloatSumsAreAccumulatedInDouble) {
     BorderedPlane<float> src(1, 1, kBorder);
     src.fill([] { return 1.0f; });
     const float kernel[] = {1e8f, 1.0f, -1e8f};
@@ -137,7 +137,7 @@ TEST(LinearFilters, SumsBeyondTheRangeOfFloatsAreInfiniteOnEveryVariant) {
     }
 }
 
-TEST(LinearFilters, NotANumberSpreadsOverTheKernelOnly) {
+TEST(LinearFilters, NaNSpreadsOverTheKernelOnly) {
     BorderedPlane<float> src(40, 3, kBorder);
     src.fill([] { return 1.0f; });
     src.set(20, 1, std::numeric_limits<float>::quiet_NaN());
@@ -191,7 +191,7 @@ TEST(LinearFilters, ByteFiltersEqualTheDefinitionOnEveryVariant) {
 }
 
 TEST(LinearFilters, ByteFiltersRoundHalvesUpForEverySumAndDivisor) {
-    // A kernel of one tap makes every multiple of the pixel; all pixels and many divisors pass.
+    // A kernel of one tap gives multiples of the pixel: all pixels, with many divisors.
     BorderedPlane<std::uint8_t> src(256, 1, 1);
     for (int x = 0; x < 256; ++x) {
         src.set(x, 0, static_cast<std::uint8_t>(x));
@@ -232,7 +232,7 @@ TEST(LinearFilters, EveryFilterChecksPointersThenSizesThenStepsAndWritesNothing)
     }
 }
 
-TEST(LinearFilters, StepsThatHoldNoRowAndADivisorOfZeroAreRefusedInThisOrder) {
+TEST(LinearFilters, StepsShorterThanARowAndADivisorOfZeroAreRefusedInThisOrder) {
     BorderedPlane<float> src(4, 4, kBorder);
     src.fill([] { return 1.0f; });
     GuardedPlane<float> dst(4, 4);

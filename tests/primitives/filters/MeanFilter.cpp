@@ -55,8 +55,8 @@ TEST(MeanFilter, EqualsTheFormulaOnEveryVariant) {
     }
 }
 
-/// Neighbourhoods side by side, one for every sum that their pixels can have, and the filter's
-/// answer for each.
+/// The filter's results for neighbourhoods side by side, one for every possible sum of their
+/// pixels.
 std::vector<int> meansOfEverySum(int side, std::int32_t mask) {
     const int sums = 255 * side * side + 1;
     const int radius = side / 2;
@@ -87,7 +87,7 @@ TEST(MeanFilter, IsTheMeanRoundedToNearestForEverySumOnEveryVariant) {
             const std::vector<int> means = meansOfEverySum(side, mask);
             const int pixels = side * side;
             for (std::size_t sum = 0; sum < means.size(); ++sum) {
-                // An odd number of pixels leaves no ties.
+                // With an odd number of pixels there are no ties.
                 ASSERT_EQ((2 * static_cast<int>(sum) + pixels) / (2 * pixels), means[sum]) << sum;
             }
         }
@@ -116,7 +116,7 @@ TEST(MeanFilter, ChecksPointersThenSizesThenStepsAndWritesNothing) {
     }
 }
 
-TEST(MeanFilter, UnknownMasksAndStepsWithoutRoomForTheBorderAreRefusedAndNothingIsWritten) {
+TEST(MeanFilter, UnknownMasksAndStepsShorterThanARowWithItsBorderAreRefusedAndNothingIsWritten) {
     Plane src(4, 4, 2);
     src.fill([] { return 1; });
     GuardedPlane<std::uint8_t> dst(4, 4);

@@ -18,7 +18,7 @@ using test::forEachTarget;
 using test::GuardedPlane;
 using Plane = BorderedPlane<std::uint8_t>;
 
-// The value with as many below it as the middle place has, however the equal ones are ordered.
+// The least value that more than half of the pixels do not exceed.
 std::uint8_t medianOfMask(const Plane& src, int x, int y, int acrossRadius, int downRadius) {
     const auto countUpTo = [&](int level) {
         int count = src.at(x, y) <= level ? 1 : 0;
@@ -79,8 +79,8 @@ TEST(Medians, EqualTheDefinitionOnEveryVariant) {
 }
 
 TEST(Medians, FindTheMiddleOfEveryPatternOfZerosAndOnes) {
-    // A network of minima and maxima that is right for all zeros and ones is right for all values.
-    // Every pattern of the nine pixels gets a cross of its own.
+    // A network of minima and maxima that is correct for zeros and ones is correct for all values.
+    // Each pattern of the nine pixels has a cross of its own.
     Plane src(512 * 5, 1, 2);
     for (int pattern = 0; pattern < 512; ++pattern) {
         const int x = 5 * pattern + 2;
@@ -96,13 +96,23 @@ TEST(Medians, FindTheMiddleOfEveryPatternOfZerosAndOnes) {
     expectAllEqualTheDefinition(src);
 }
 
-TEST(Medians, ASpeckVanishesAndAnEdgeStays) {
+TEST(Medians, SpeckVanishesAndEdgeStays) {
     Plane src(9, 9, 2);
-    src.fill([] { return 10; });
-    src.set(4, 4, 200);
-    GuardedPlane<std::uint8_t> dst(9, 9);
-    medianCrossU8(src.data(), src.step(), dst.data(), dst.step(), 9, 9, kMask33);
-    EXPECT_EQ(10, dst.at(4, 4));
+    for (int y = -2; y < 11; ++y) {
+        for (int x = -2; x < 11; ++x) {
+            src.set(x, y, x < 6 ? 10 : 100);
+        }
+    }
+    src.set(3, 4, 200);
+    for (const std::int32_t mask : {kMask33, kMask55}) {
+        GuardedPlane<std::uint8_t> dst(9, 9);
+        EXPECT_EQ(medianCrossU8(src.data(), src.step(), dst.data(), dst.step(), 9, 9, mask), kOk);
+        for (int y = 0; y < 9; ++y) {
+            for (int x = 0; x < 9; ++x) {
+                EXPECT_EQ(dst.at(x, y), x < 6 ? 10 : 100) << x << ", " << y << ", mask " << mask;
+            }
+        }
+    }
 }
 
 TEST(Medians, EveryFilterChecksPointersThenSizesThenStepsAndWritesNothing) {
@@ -115,7 +125,7 @@ TEST(Medians, EveryFilterChecksPointersThenSizesThenStepsAndWritesNothing) {
     }
 }
 
-TEST(Medians, UnknownMasksAndStepsThatHoldNoRowAreRefusedAndNothingIsWritten) {
+TEST(Medians, UnknownMasksAndStepsShorterThanARowAreRefusedAndNothingIsWritten) {
     Plane src(4, 4, 2);
     src.fill([] { return 1; });
     GuardedPlane<std::uint8_t> dst(4, 4);

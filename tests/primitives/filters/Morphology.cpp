@@ -23,7 +23,7 @@ using test::forEachTarget;
 using test::GuardedPlane;
 using test::PlaneShape;
 
-// Rows from top to bottom, in each row from left to right; of equal values the first stays.
+// The first of equal values in reading order: rows from top to bottom, each from left to right.
 template <class T, class Beats>
 T extreme(const BorderedPlane<T>& src, int x, int y, Beats beats) {
     const auto alongRow = [&](int dy) {
@@ -78,7 +78,7 @@ TEST(Morphology, FloatFormsEqualTheDefinitionBitForBitOnEveryVariant) {
     }
 }
 
-TEST(Morphology, SignedZerosInfinitiesAndNotANumberGiveTheSameBitsOnEveryVariant) {
+TEST(Morphology, SignedZerosInfinitiesAndNaNGiveTheSameBitsOnEveryVariant) {
     std::mt19937 random(42);
     const float odd[] = {0.0f,
                          -0.0f,
@@ -143,7 +143,7 @@ TEST(Morphology, EveryFormChecksPointersThenSizesThenStepsAndWritesNothing) {
     }
 }
 
-TEST(Morphology, StepsWithoutRoomForTheFrameAreRefusedAndNothingIsWritten) {
+TEST(Morphology, StepsShorterThanARowWithItsFrameAreRefusedAndNothingIsWritten) {
     BorderedPlane<float> src(4, 4, 1);
     src.fill([] { return 1.0f; });
     GuardedPlane<float> dst(4, 4);

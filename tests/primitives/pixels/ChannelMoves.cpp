@@ -22,8 +22,8 @@ template <class T>
 using Move = Status (*)(const T*, std::int32_t, T*, std::int32_t, std::int32_t,
                         std::int32_t) noexcept;
 
-/// Every channel of images with `channels` elements a pixel. The image's last element is the last
-/// of its row, so that a read or write behind the region meets the canaries.
+/// Every channel of images with `channels` elements per pixel. The last element of the image ends
+/// its row; therefore a write beyond the region damages the canaries.
 template <class T>
 void expectFillsOneChannelOnly(Move<T> planeToChannel, int channels) {
     std::mt19937 random(11);
@@ -91,7 +91,7 @@ TEST(ChannelMoves, PlaneFillsOneOfFourChannels) {
     expectFillsOneChannelOnly<std::uint8_t>(planeToChannelC4U8, 4);
 }
 
-TEST(ChannelMoves, OneOfThreeChannelsComesOutAsAPlane) {
+TEST(ChannelMoves, OneOfThreeChannelsBecomesAPlane) {
     expectTakesOneChannel<std::uint8_t>(channelToPlaneC3U8, 3);
     expectTakesOneChannel<std::uint16_t>(channelToPlaneC3U16, 3);
 }
@@ -123,9 +123,9 @@ TEST(ChannelMoves, SetFillsOneOfFourChannelsWithAValue) {
     }
 }
 
-/// The region's last element is the last of its memory: the address sanitizer sees any touch of
-/// what lies behind, reads included.
-TEST(ChannelMoves, RegionMayEndWithItsMemory) {
+/// The last element of the region is the last of its memory block: the address sanitizer reports
+/// any read or write beyond it.
+TEST(ChannelMoves, RegionMayEndWithItsMemoryBlock) {
     for (std::size_t width = 1; width < 200; ++width) {
         const auto w = static_cast<std::int32_t>(width);
         const std::vector<std::uint16_t> plane(width, 7);

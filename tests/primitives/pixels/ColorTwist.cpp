@@ -57,7 +57,7 @@ TEST(ColorTwist, EveryPlaneIsItsRowSummedFromLeftToRightOnEveryTarget) {
 }
 
 TEST(ColorTwist, ConstantIsAddedLast) {
-    // 1e8 takes the small terms with it unless they have been summed before.
+    // A sum that starts with 1e8 rounds the small terms away.
     const float coef[3][4] = {{1, 1, 1, 1e8f}, {0, 0, 0, -3}, {1, -1, 0, 0}};
     test::forEachTarget([&] {
         float p0 = 3.0f;

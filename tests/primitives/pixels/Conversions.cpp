@@ -99,7 +99,7 @@ TEST(Conversions, FloatsToSixteenBitsMatchTheDefinitionOnEveryTarget) {
     expectMatchesDefinitionForBothRoundings<float, std::int16_t>(convertF32toS16);
 }
 
-TEST(Conversions, EveryIntegerValueComesThrough) {
+TEST(Conversions, EveryIntegerValueSurvivesTheRoundTrip) {
     std::vector<std::uint16_t> all(65536);
     for (std::size_t i = 0; i < all.size(); ++i) {
         all[i] = static_cast<std::uint16_t>(i);
@@ -145,12 +145,12 @@ TEST(Conversions, TiesGoToTheEvenNeighbour) {
     EXPECT_EQ(convertedOne<std::int16_t>(convertF32toS16, -3.5f, kToNearestEven), -4);
 }
 
-TEST(Conversions, RoundingCodeZeroCutsTowardZero) {
+TEST(Conversions, RoundingCodeZeroRoundsTowardZero) {
     EXPECT_EQ(convertedOne<std::uint8_t>(convertF32toU8, 254.99998f, kTowardZero), 254);
     EXPECT_EQ(convertedOne<std::int16_t>(convertF32toS16, -1.999f, kTowardZero), -1);
 }
 
-TEST(Conversions, UnknownRoundingCodesCutTowardZero) {
+TEST(Conversions, UnknownRoundingCodesRoundTowardZero) {
     for (const std::int32_t round : {-1, 2, 3, INT32_MIN, INT32_MAX}) {
         EXPECT_EQ(convertedOne<std::uint8_t>(convertF32toU8, 1.75f, round), 1);
         EXPECT_EQ(convertedOne<std::uint8_t>(convertF32toU8, 255.9f, round), 255);

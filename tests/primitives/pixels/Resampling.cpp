@@ -68,8 +68,8 @@ Plane noise(int w, int h, unsigned seed) {
 
 constexpr int kUntouched = 77;
 
-/// Resamples into a target that is `moreColumns` wider than the result, or narrower, and has two
-/// rows more, on every processor variant.
+/// Resamples on every processor variant, into a target with `moreColumns` more columns (or fewer)
+/// and two more rows than the result.
 void expectDefinition(const Plane& src, const PixelRect& rect, double xFactor, double yFactor,
                       int moreColumns) {
     const int extentW = static_cast<int>(std::floor(src.width() * xFactor + 0.0000001));
@@ -105,7 +105,7 @@ TEST(Resampling, EqualsTheDefinitionOnEveryVariant) {
     }
 }
 
-TEST(Resampling, EqualsTheDefinitionForRowsShorterAndLongerThanAVectorAtEveryDistanceOfThePixels) {
+TEST(Resampling, EqualsTheDefinitionForAllRowLengthsAroundAVectorAndManyFactors) {
     for (const int w : {1, 2, 3, 7, 8, 9, 15, 16, 17, 18, 31, 33, 64}) {
         for (const double factor : {0.07, 0.25, 0.4, 0.49, 0.5, 0.51, 0.54, 0.57, 0.6, 0.99, 1.0,
                                     1.01, 1.5, 2.0, 3.7, 8.0, 17.0}) {
@@ -114,10 +114,10 @@ TEST(Resampling, EqualsTheDefinitionForRowsShorterAndLongerThanAVectorAtEveryDis
     }
 }
 
-TEST(Resampling, SourceWithoutAByteBeyondItsPixelsIsServed) {
+TEST(Resampling, ReadsNothingBeyondTheSource) {
     for (int w = 1; w <= 40; ++w) {
         const Plane src = noise(w, 2, static_cast<unsigned>(w));
-        // A block of its own size: reading past it is seen by the sanitizer.
+        // A block of exactly this size: the address sanitizer reports reads beyond it.
         std::vector<std::uint8_t> pixels;
         for (int i = 0; i < 2 * w; ++i) {
             pixels.push_back(src.at(i % w, i / w));
@@ -134,7 +134,7 @@ TEST(Resampling, SourceWithoutAByteBeyondItsPixelsIsServed) {
     }
 }
 
-TEST(Resampling, HalfTheSizeIsTheMeanOfFourPixelsAndEqualsTheDefinitionBesideTheRectangle) {
+TEST(Resampling, HalfTheSizeIsTheMeanOfFourPixels) {
     for (const int w : {2, 3, 16, 67, 2101}) {
         for (const int h : {2, 3, 9}) {
             const Plane src = noise(w, h, static_cast<unsigned>(w + h));
@@ -161,8 +161,8 @@ TEST(Resampling, HalfTheSizeIsTheMeanOfFourPixelsAndEqualsTheDefinitionBesideThe
     }
 }
 
-TEST(Resampling, WeightThatRoundsToTheWholeOfThePixelIsThatPixel) {
-    // Every position lies less than half a weight before a pixel.
+TEST(Resampling, WeightThatRoundsToOneTakesThePixelAlone) {
+    // Every position is less than half a weight before a pixel.
     const double factor = 1.0 + 1e-7;
     const Plane src = noise(40, 40, 4);
     expectDefinition(src, {0, 0, 40, 40}, factor, factor, 0);
@@ -171,7 +171,7 @@ TEST(Resampling, WeightThatRoundsToTheWholeOfThePixelIsThatPixel) {
     EXPECT_TRUE(dst.sameBits(src));
 }
 
-TEST(Resampling, AgreesWithTheFieldsBilinearResamplerWithinOneLevel) {
+TEST(Resampling, AgreesWithBilinearResizeOfOpenCVWithinOneLevel) {
     for (const double factor : {0.25, 0.37, 0.5, 0.75, 1.02, 1.5, 2.0, 3.3}) {
         const Plane src = noise(83, 61, 3);
         const int w = static_cast<int>(std::floor(83 * factor + 0.0000001));
@@ -191,7 +191,7 @@ TEST(Resampling, AgreesWithTheFieldsBilinearResamplerWithinOneLevel) {
     }
 }
 
-TEST(Resampling, AFactorOfOneCopies) {
+TEST(Resampling, FactorOfOneCopies) {
     const Plane src = noise(67, 13, 5);
     Plane dst(67, 13);
     ASSERT_EQ(kOk, resize(src, dst, 1.0, 1.0));
@@ -212,7 +212,7 @@ TEST(Resampling, FlatPlanesStayFlat) {
     }
 }
 
-TEST(Resampling, ALengthThatMissesAWholeNumberByRoundingCountsAsWhole) {
+TEST(Resampling, LengthBelowAWholeNumberByRoundingCountsAsWhole) {
     const Plane src = noise(10, 10, 6);
     Plane dst(8, 8);
     dst.fill([] { return 77; });
@@ -245,7 +245,7 @@ TEST(Resampling, TinyFactorsGiveNoPixelAndNoError) {
     }
 }
 
-TEST(Resampling, TheRectangleIsCutToTheImage) {
+TEST(Resampling, RectangleIsClippedToTheImage) {
     const Plane src = noise(10, 10, 9);
     Plane whole(10, 10);
     Plane cut(10, 10);

@@ -6,15 +6,15 @@
 
 /// Sums and products of small strided vectors and matrices.
 ///
-/// Strides are in bytes and multiples of 4, for doubles too: `stride1` leads from row to row,
-/// `stride2` from column to column of a row, so a transposed or thinned-out view needs no copy.
-/// Elements may stand at any address. The targets of the element-wise forms may be one of the
-/// sources; those of the products lie apart from them.
+/// Strides are in bytes and multiples of 4, for doubles too: `stride1` is the distance of rows,
+/// `stride2` the distance of columns in a row. Therefore a transposed or subsampled view needs no
+/// copy. Elements may have any address. The targets of the element-wise forms may be one of the
+/// sources; those of the products do not overlap them.
 ///
-/// All return, looked for in this order, `kNullPointer`, `kBadSize` (a dimension below 1),
-/// `kBadMatrixSize` (dimensions that do not fit each other) or `kBadMatrixStride` (a stride below 1
-/// or no multiple of 4), and then have written nothing. Everything is computed in the element type,
-/// sums in the order of the rows.
+/// All return `kOk`, `kNullPointer`, `kBadSize` (a dimension below 1), `kBadMatrixSize` (dimensions
+/// that do not match) or `kBadMatrixStride` (a stride below 1 or no multiple of 4), checked in this
+/// order, and write nothing when a check fails. Everything is computed in the element type, sums in
+/// the order of the rows.
 namespace vel {
 
 /// dst = src + value

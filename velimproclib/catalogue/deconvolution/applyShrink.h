@@ -5,7 +5,7 @@
 #include <opencv2/core.hpp>
 
 /// The shrinkage of whole gradient planes. The deconvolution shrinks line by line instead
-/// (ShrinkCurve.h); with the stored table the two agree to 2 units in the last place.
+/// (ShrinkCurve.h); with the stored table both agree to 2 units in the last place.
 ///
 /// Planes are CV_32FC1 of one size and do not share pixels. `beta` is a weight of the schedule
 /// (betaSchedule.h).

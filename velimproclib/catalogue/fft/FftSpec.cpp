@@ -46,7 +46,7 @@ HWY_INLINE void takePairs(const float* from, float* re) {
 
 } // namespace
 
-/// All lanes of a block to the pairs from column `x` on.
+/// Stores all lanes of a block as pairs from column `x` on.
 void packFullBlock(const RealFft2D& fft, const float* block, const FloatPlane& packed, int x) {
     for (int row = 0; row < fft.height(); ++row) {
         putPairs(block + std::ptrdiff_t{row} * RealFft2D::kRowFloats,
@@ -92,7 +92,8 @@ Status check(const float* src, std::int32_t srcStep, const float* dst, std::int3
     return kOk;
 }
 
-/// The caller's work buffer, or one of our own, cut into a spectrum and the engine's scratch.
+/// The caller's work buffer or an allocated one, divided into a spectrum and the transform's
+/// scratch.
 class WorkSpace {
 public:
     WorkSpace(const FftSpec& spec, std::uint8_t* given) {
@@ -233,7 +234,7 @@ Status fftFree(FftSpec* spec) noexcept {
     if (!isSpec(spec)) {
         return kBadFftSpec;
     }
-    // A plain store to memory that is freed next would be dropped.
+    // The compiler would drop a plain store to memory that is freed next.
     static_cast<volatile std::uint32_t&>(spec->magic) = 0;
     delete spec;
     return kOk;

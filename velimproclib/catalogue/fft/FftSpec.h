@@ -9,8 +9,8 @@
 namespace vel {
 
 /// Specification of the transforms of real images 2^orderX wide and 2^orderY high between pixels
-/// and the packed spectrum (its layout stands in PackedSpectrum.h). Read only after its creation:
-/// any number of threads may use one at a time, each with its own work buffer or with none.
+/// and the packed spectrum (layout in PackedSpectrum.h). Constant after its creation: any number of
+/// threads may use it at the same time, each with its own work buffer or with none.
 struct FftSpec {
     static constexpr std::uint32_t kMagic = 0x46525332; // "FRS2"
 
@@ -20,18 +20,18 @@ struct FftSpec {
     RealFft2D fft;
 };
 
-/// How the inverse transform is scaled; the library knows this one way.
+/// Scaling of the inverse transform: the only one that is supported.
 inline constexpr std::int32_t kFftDivideInverse = 2;
 /// Preference for accuracy over speed. The arithmetic is the same for every hint.
 inline constexpr std::int32_t kFftAccurate = 2;
 
 /// Creates a specification. Orders 0 to 30 each. `flag` and `hint` are accepted and change nothing:
 /// the forward transform carries no factor and the inverse divides by the number of pixels.
-/// Returns kNullPointer, kBadFftOrder or kOutOfMemory, and then leaves `*spec` as it was.
+/// Returns kOk, or kNullPointer, kBadFftOrder or kOutOfMemory with `*spec` unchanged.
 Status fftInitAlloc(FftSpec** spec, std::int32_t orderX, std::int32_t orderY, std::int32_t flag,
                     std::int32_t hint) noexcept;
 
-/// Clears the magic number and frees. Returns kNullPointer, or kBadFftSpec and frees nothing.
+/// Clears the magic number and frees. Returns kOk, or kNullPointer or kBadFftSpec without freeing.
 Status fftFree(FftSpec* spec) noexcept;
 
 /// Bytes of a work buffer for either direction; the buffer needs no alignment. 0 when `spec` is
@@ -41,7 +41,7 @@ std::size_t fftWorkBufferBytes(const FftSpec* spec) noexcept;
 /// Transforms the pixels at `src` into the packed spectrum at `dst`, both 2^orderX floats wide and
 /// 2^orderY high, rows `srcStep` and `dstStep` bytes apart. `dst` may be `src` with the same step.
 /// `workBuf` holds `fftWorkBufferBytes` bytes; null means allocate inside.
-/// Returns kNullPointer, kBadFftSpec, kBadStep (below 1) or kOutOfMemory.
+/// Returns kOk, kNullPointer, kBadFftSpec, kBadStep (below 1) or kOutOfMemory.
 Status fftFwdRealToPack(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep,
                         const FftSpec* spec, std::uint8_t* workBuf) noexcept;
 

@@ -7,7 +7,7 @@
 
 namespace vel {
 
-/// A plane of floats in a caller's memory: any alignment, any step in bytes between rows. A view.
+/// A view of a plane of floats with any alignment and any step in bytes between rows.
 class FloatPlane {
 public:
     FloatPlane(float* data, std::int32_t step) : m_data(data), m_step(step) {}

@@ -15,11 +15,11 @@
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
-// Rows of complex pairs are worked on in pieces that are copied to small local arrays and back, so
-// that the callers' rows may have any alignment, targets may be operands and no row needs a tail.
-// The real and the imaginary parts are taken apart by explicit vectors: given a loop with a sum and
-// a difference in neighbouring elements, GCC 12 makes fused multiply-adds of them whatever
-// -ffp-contract says.
+// Rows of complex pairs are processed in pieces that are copied to small local arrays and back.
+// Therefore the callers' rows may have any alignment, targets may be operands and no row needs
+// special code for its end. Explicit vectors separate the real and the imaginary parts: for a loop
+// with a sum and a difference in neighbouring elements, GCC 12 emits fused multiply-adds in spite
+// of -ffp-contract=off.
 
 HWY_BEFORE_NAMESPACE();
 namespace vel::HWY_NAMESPACE {
@@ -58,8 +58,8 @@ HWY_INLINE void combineRow(const char* a, const char* b, char* dst, std::ptrdiff
     HWY_ALIGN float left[2 * kPiece];
     HWY_ALIGN float right[2 * kPiece];
     HWY_ALIGN float result[2 * kPiece];
-    // What stands beyond a short piece is computed and thrown away. Ones are harmless there, and so
-    // are values of the piece before: divPairsRow has already counted the zeros among them.
+    // Elements beyond a short piece are computed and dropped. They are ones or values of the
+    // previous piece, whose zeros divPairsRow has already counted.
     std::fill_n(left, 2 * kPiece, 1.0f);
     std::fill_n(right, 2 * kPiece, 1.0f);
     for (std::ptrdiff_t first = 0; first < count; first += kPiece) {
@@ -150,12 +150,12 @@ HWY_EXPORT(magnitudePairsRow);
 
 namespace {
 
-/// Pairs that lie along every row, for u = 1..rowPairs(w).
+/// The number of pairs along every row, for u = 1..rowPairs(w).
 std::ptrdiff_t rowPairs(int w) {
     return (w - 1) / 2;
 }
 
-/// The columns that are packed downwards: column 0, and the last one of an even width.
+/// The columns packed downwards: column 0, and for an even width the last column.
 template <class Visit>
 void forEachRealColumn(int w, Visit visit) {
     visit(0, 0);

@@ -18,10 +18,10 @@
 /// packed downwards. An odd h has no row h/2: column 0 ends with the pair of v = (h-1)/2.
 ///
 /// A complex plane holds w pairs (re, im) of floats a row. Widths count pixels, steps are bytes
-/// between rows; planes may have any alignment. Every function returns kNullPointer, kBadSize
-/// (a side below 1) or kBadStep (below 1), in this order of checks, and then has written nothing.
-/// Sums and products are rounded one by one, in the order written here: the bits are the same on
-/// every processor variant.
+/// between rows; planes may have any alignment. Every function returns kOk, kNullPointer, kBadSize
+/// (a side below 1) or kBadStep (below 1), checked in this order, and writes nothing when a check
+/// fails. Every sum and every product is rounded, in the order written here: the bits are the same
+/// on every processor variant.
 namespace vel {
 
 /// Expands a packed spectrum into all w by h complex frequencies. Not in place.

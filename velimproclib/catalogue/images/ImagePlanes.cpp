@@ -6,7 +6,7 @@
 namespace vel {
 namespace {
 
-// The moves do not look at the sign of what they carry.
+// The moves copy bit patterns and ignore the sign.
 std::uint16_t* asUnsigned(short* pixels) noexcept {
     return reinterpret_cast<std::uint16_t*>(pixels);
 }

@@ -5,18 +5,18 @@
 #include <cstdint>
 
 /// Moves between images, over the target's region of interest. `c` is the channel, 0 to 2. The
-/// source's region has to be at least as large as the target's. The result of the primitive that
-/// does the work is recorded in the target's `m_status`; nothing is thrown.
+/// source's region must be at least as large as the target's. The target's `m_status` receives the
+/// result of the primitive; nothing is thrown.
 namespace vel {
 
 /// Fills channel `c` of `dst` from `src`.
 void imgPlaneToChannelU8(std::int32_t c, const IMG<unsigned char, 1>& src,
                          IMG3<unsigned char>& dst) noexcept;
 
-/// The same for 16 bits; the bit patterns are copied unchanged, whatever their sign.
+/// The same for 16 bits; bit patterns are copied unchanged.
 void imgPlaneToChannelS16(std::int32_t c, const IMG<short, 1>& src, IMG3<short>& dst) noexcept;
 
-/// Takes channel `c` of `src` out into `dst`.
+/// Copies channel `c` of `src` into `dst`.
 void imgChannelToPlaneU8(std::int32_t c, const IMG3<unsigned char>& src,
                          IMG<unsigned char, 1>& dst) noexcept;
 

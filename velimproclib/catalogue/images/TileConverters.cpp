@@ -22,13 +22,13 @@ constexpr std::int32_t kDone = 1;
 constexpr std::int32_t kRefused = 0;
 constexpr std::int32_t kPlanesEnsured = 3;
 
-/// What is added to a host value, in levels, as a single.
+/// The offset added to a host value, in levels.
 constexpr float kOffsetLevels = 0.49f;
 constexpr std::uint16_t kWhiteOf15Bits = 32768;
 constexpr std::uint16_t kWhitePixelOf15Bits[3] = {kWhiteOf15Bits, kWhiteOf15Bits, kWhiteOf15Bits};
 
-/// The scale of a host element and the primitives that move it. The scratch images of the
-/// three-colour way through four-channel pixels are signed for 16 bits: bit patterns travel.
+/// The scale of a host element and the primitives that move it. The scratch images between
+/// four-channel pixels and three colours are signed for 16 bits: bit patterns are copied unchanged.
 template <class Element>
 struct Host;
 
@@ -109,7 +109,7 @@ const Element* firstColour(std::int32_t format, const void* pixel) {
     return static_cast<const Element*>(pixel) + (hasAlpha(format) ? 1 : 0);
 }
 
-/// The elements of a scratch image as the primitives name them.
+/// The elements of a scratch image as the type of the primitives.
 template <class Element, class Image>
 Element* elementsOf(Image& img) {
     return reinterpret_cast<Element*>(img.pixels());
@@ -121,7 +121,7 @@ struct Sides {
     std::int32_t rows;
 };
 
-/// How much of a tile's side lies beyond the image; at most all of it.
+/// The part of a tile's side beyond the image; at most the whole side.
 std::int32_t overhang(std::int32_t tileSide, std::int32_t imageSide, std::int32_t start) {
     const std::int64_t beyond = std::int64_t{tileSide} - imageSide + start;
     return static_cast<std::int32_t>(
@@ -226,14 +226,14 @@ void repeatIntoOverhang(GIMG<float>& img, Sides beyond) {
     }
 }
 
-/// Three-channel host pixels, rounded and cut.
+/// To three-channel host pixels, rounded and clamped.
 template <class Element>
 void narrowPixels(const IMG<float, 3>& img, Element* dst, std::int32_t dstStep) {
     Host<Element>::narrowC3(img.pixels(), img.m_step, dst, dstStep, img.m_width, img.m_height,
                             kToNearestEven);
 }
 
-/// The colours of four-channel host pixels, rounded, through an image of three channels and a
+/// To the colours of four-channel host pixels, rounded, through an image of three channels and a
 /// plane.
 template <class Element>
 void narrowFourChannels(const IMG<float, 3>& img, Element* colours, std::int32_t dstStep) {
@@ -391,7 +391,7 @@ std::int32_t psTileFromF32C3(IMG<float, 3>& img, std::int32_t format, void* dst,
             narrowPixels(img, pixels, dstStep);
         }
         if constexpr (sizeof(Element) == 2) {
-            // Four-channel rows, too, are cut as if they had three: hosts know it that way.
+            // Four-channel rows are clamped as if they had three channels: hosts expect it.
             clampAboveC3U16(pixels, dstStep, img.m_width, img.m_height, kWhitePixelOf15Bits);
         }
     });

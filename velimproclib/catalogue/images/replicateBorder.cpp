@@ -10,7 +10,7 @@ bool isMargin(std::int32_t margin, std::int32_t side) noexcept {
     return margin > 0 && margin < side;
 }
 
-/// Copies row `from` over `count` rows from `first` on.
+/// Copies row `from` to the `count` rows from `first` on.
 template <int N>
 void repeatRow(IMG<float, N>& img, std::int32_t from, std::int32_t first,
                std::int32_t count) noexcept {
@@ -20,7 +20,7 @@ void repeatRow(IMG<float, N>& img, std::int32_t from, std::int32_t first,
     }
 }
 
-/// Copies pixel `from` of a row over `count` pixels from `first` on.
+/// Copies pixel `from` of a row to the `count` pixels from `first` on.
 template <int N>
 void repeatPixel(float* row, std::int32_t from, std::int32_t first, std::int32_t count) noexcept {
     auto* const bytes = reinterpret_cast<unsigned char*>(row);

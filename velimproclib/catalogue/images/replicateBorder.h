@@ -7,11 +7,11 @@
 namespace vel {
 
 /// Fills the margins of the region of interest by repeating the pixels next to them: first whole
-/// rows, the `top` rows above row `top` and the `bottom` rows below the last row that is kept, then
-/// in every row, the filled ones included, the `left` and the `right` pixels. Corners thus repeat
-/// the corner of what is kept.
+/// rows, the `top` rows above row `top` and the `bottom` rows below the last kept row, then in
+/// every row, the filled ones included, the `left` and the `right` pixels. Therefore corners repeat
+/// the nearest kept corner pixel.
 ///
-/// Widths below 1 are no margin; neither is one that leaves no pixel to repeat. Rows may stand at
+/// A margin below 1, or one that leaves no pixel to repeat, counts as no margin. Rows may start at
 /// any address. Re-entrant, allocates nothing.
 void replicateBorderF32(IMG<float, 1>& img, std::int32_t left, std::int32_t top, std::int32_t right,
                         std::int32_t bottom) noexcept;

@@ -58,7 +58,7 @@ double usedAddressSpace() noexcept {
     return static_cast<double>(pages) * static_cast<double>(sysconf(_SC_PAGESIZE));
 }
 
-/// Bytes of physical memory that can be had without swapping; `fallback` when unknown.
+/// Bytes of physical memory available without swapping; `fallback` when unknown.
 double reclaimableMemory(double fallback) noexcept {
     const std::unique_ptr<std::FILE, CloseFile> file(std::fopen("/proc/meminfo", "r"));
     char line[128];
@@ -71,7 +71,7 @@ double reclaimableMemory(double fallback) noexcept {
     return fallback;
 }
 
-/// Bytes of address space that this process may have in all.
+/// The limit of this process's address space in bytes.
 double addressSpace() noexcept {
     constexpr double kUserSpace = sizeof(void*) == 8 ? 0x1p47 : 0x1.8p31;
     rlimit limit{};

@@ -2,11 +2,11 @@
 
 #include <cstdint>
 
-/// How much memory a process may plan with. On the path of no export. Thread-safe, never failing:
-/// where the system gives no answer, every figure is 0.
+/// The memory that a process may plan with. Thread-safe. Never fails: when the system gives no
+/// answer, every figure is 0.
 namespace vel {
 
-/// What the system tells about memory, in bytes.
+/// Memory figures of the system, in bytes.
 struct MemoryFigures {
     double totalPhysical;
     double availablePhysical;
@@ -19,14 +19,15 @@ struct MemoryBudget {
     double virtualMemory; ///< available virtual memory in bytes
 };
 
-/// The figures of this moment; all 0 when the system's query fails.
+/// The current figures; all 0 when the system's query fails.
 MemoryFigures queryMemory() noexcept;
 
 MemoryBudget memoryBudget(const MemoryFigures& figures) noexcept;
 MemoryBudget memoryBudget() noexcept;
 
-/// Pixels that memory allows to work on at a time, at 1300 bytes a pixel, at most 3500000: the
-/// smallest of total physical memory, available page file and available virtual memory counts.
+/// The number of pixels that memory allows to process at a time, at 1300 bytes per pixel: from the
+/// smallest of total physical memory, available page file and available virtual memory, at most
+/// 3500000.
 std::int32_t pixelBudget(const MemoryFigures& figures) noexcept;
 std::int32_t pixelBudget() noexcept;
 
