@@ -92,8 +92,7 @@ int CBlockProcP1::convertBlkDupBorder() {
 template <class T>
 void CBlockProcP1::loadRows(const TileWindow& window, cv::Range rows) {
     loadWindowRows(m_blk, window, rows, [&](cv::Mat& part) {
-        const T* source =
-            elementAt<T>(m_in, window.y + rows.start, static_cast<std::size_t>(window.x));
+        const T* source = m_in.ptr<T>(window.y + rows.start) + window.x;
         PixelDepth<T>::kToFloat(source, stepOf(m_in), part.ptr<float>(), stepOf(part), part.cols,
                                 part.rows);
         scalePlane(part, Scale<T>::kToUnit);

@@ -2,6 +2,7 @@
 
 #include "velimproclib/images/stepOf.h"
 #include "velimproclib/primitives/base/failures.h"
+#include "velimproclib/primitives/base/rows.h"
 #include "velimproclib/primitives/pixels/ChannelMoves.h"
 #include "velimproclib/tiles/forRowChunks.h"
 #include "velimproclib/tiles/loadWindowRows.h"
@@ -19,6 +20,7 @@ struct Channels;
 
 template <>
 struct Channels<std::uint8_t> {
+    using Source = std::uint8_t;
     static constexpr float kFullScale = 256.0f;
     static constexpr auto kToPlane = channelToPlaneC3U8;
     static constexpr auto kFromPlane = planeToChannelC3U8;
@@ -26,8 +28,9 @@ struct Channels<std::uint8_t> {
 
 template <>
 struct Channels<std::uint16_t> {
+    using Source = Unaligned<std::uint16_t>; // the rows of a host may start at any byte
     static constexpr float kFullScale = 32768.0f;
-    static constexpr auto kToPlane = channelToPlaneC3U16;
+    static constexpr auto kToPlane = unalignedChannelToPlaneC3U16;
     static constexpr auto kFromPlane = planeToChannelC3U16;
 };
 
@@ -96,12 +99,14 @@ void CBlockProcP3::convertBlkDupBorder() {
 /// The scale is a power of two, therefore the margins may be filled from scaled pixels.
 template <class T>
 void CBlockProcP3::loadRows(const TileWindow& window, cv::Range rows) {
+    using Source = typename Channels<T>::Source;
     T* const scratch = m_scratch.ptr<T>(rows.start);
-    const std::size_t first = static_cast<std::size_t>(window.x) * kChannels;
+    const auto* const source = reinterpret_cast<const Source*>(m_in.ptr(window.y + rows.start)) +
+                               static_cast<std::size_t>(window.x) * kChannels;
     for (std::size_t c = 0; c < kChannels; ++c) {
         loadWindowRows(m_blk[c], window, rows, [&](cv::Mat& part) {
-            Channels<T>::kToPlane(elementAt<T>(m_in, window.y + rows.start, first + c),
-                                  stepOf(m_in), scratch, stepOf(m_scratch), part.cols, part.rows);
+            Channels<T>::kToPlane(source + c, stepOf(m_in), scratch, stepOf(m_scratch), part.cols,
+                                  part.rows);
             PixelDepth<T>::kToFloat(scratch, stepOf(m_scratch), part.ptr<float>(), stepOf(part),
                                     part.cols, part.rows);
             scalePlane(part, 1.0f / Channels<T>::kFullScale);

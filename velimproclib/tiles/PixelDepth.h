@@ -4,7 +4,6 @@
 #include "velimproclib/primitives/arithmetic/PlaneArithmetic.h"
 #include "velimproclib/primitives/pixels/Conversions.h"
 
-#include <cstddef>
 #include <cstdint>
 #include <opencv2/core.hpp>
 
@@ -46,13 +45,6 @@ void withElementsOf(const cv::Mat& image, const Work& work) {
     } else {
         work.template operator()<Wide>();
     }
-}
-
-/// Element `index` of row `y`, counted in elements and not in pixels. The rows of a host's image
-/// start at any byte: the pointer is for the primitives, which accept elements at any address.
-template <class T>
-T* elementAt(cv::Mat& image, std::int32_t y, std::size_t index) {
-    return reinterpret_cast<T*>(image.ptr(y) + index * sizeof(T));
 }
 
 } // namespace vel

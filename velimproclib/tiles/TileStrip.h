@@ -39,9 +39,8 @@ public:
     }
 
     /// Fades the first columns of rows of the current tile in over the strip.
-    /// @param rows     one channel of the tile from its row `firstRow` on, CV_32FC1, on the scale
-    /// of
-    ///                 `T`; nothing is rounded to `T` here
+    /// @param rows one channel of the tile from its row `firstRow` on, CV_32FC1, on the scale of
+    ///             `T`; nothing is rounded to `T` here
     template <class T>
     void fadeIn(cv::Mat& rows, std::int32_t firstRow, std::size_t channel) {
         const auto channels = static_cast<std::size_t>(m_pixels.channels());
@@ -55,7 +54,7 @@ public:
     template <class T>
     T* elementsOf(std::int32_t row, std::size_t channel) {
         const auto channels = static_cast<std::size_t>(m_pixels.channels());
-        return elementAt<T>(m_pixels, row, static_cast<std::size_t>(m_x) * channels + channel);
+        return m_pixels.ptr<T>(row) + static_cast<std::size_t>(m_x) * channels + channel;
     }
 
     /// Bytes between the rows of the strip.

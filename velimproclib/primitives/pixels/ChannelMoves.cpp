@@ -156,15 +156,15 @@ namespace {
 /// Checks the arguments and runs the row kernel over the rows. Pixels have `srcChannels` and
 /// `dstChannels` elements.
 template <std::size_t srcChannels, std::size_t dstChannels, class Row, class T>
-Status moveRows(Row&& row, const T* src, std::int32_t srcStep, T* dst, std::int32_t dstStep,
-                std::int32_t w, std::int32_t h) noexcept {
+Status moveRows(Row&& row, const Unaligned<T>* src, std::int32_t srcStep, Unaligned<T>* dst,
+                std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept {
     if (const Status status = checkArguments({src, dst}, {w, h}, {srcStep, dstStep})) {
         return status;
     }
     const Extent extent = joinAdjacentRows(
         w, h, {{srcStep, srcChannels * sizeof(T)}, {dstStep, dstChannels * sizeof(T)}});
     for (std::size_t y = 0; y < extent.rows; ++y) {
-        row(rowAt(unaligned(src), srcStep, y), rowAt(unaligned(dst), dstStep, y), extent.columns);
+        row(rowAt(src, srcStep, y), rowAt(dst, dstStep, y), extent.columns);
     }
     return kOk;
 }
@@ -173,27 +173,38 @@ Status moveRows(Row&& row, const T* src, std::int32_t srcStep, T* dst, std::int3
 
 Status planeToChannelC3U8(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst,
                           std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept {
-    return moveRows<1, 3>(HWY_DYNAMIC_DISPATCH(intoC3U8), src, srcStep, dst, dstStep, w, h);
+    return moveRows<1, 3>(HWY_DYNAMIC_DISPATCH(intoC3U8), unaligned(src), srcStep, unaligned(dst),
+                          dstStep, w, h);
 }
 
 Status planeToChannelC3U16(const std::uint16_t* src, std::int32_t srcStep, std::uint16_t* dst,
                            std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept {
-    return moveRows<1, 3>(HWY_DYNAMIC_DISPATCH(intoC3U16), src, srcStep, dst, dstStep, w, h);
+    return moveRows<1, 3>(HWY_DYNAMIC_DISPATCH(intoC3U16), unaligned(src), srcStep, unaligned(dst),
+                          dstStep, w, h);
 }
 
 Status channelToPlaneC3U8(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst,
                           std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept {
-    return moveRows<3, 1>(HWY_DYNAMIC_DISPATCH(fromC3U8), src, srcStep, dst, dstStep, w, h);
+    return moveRows<3, 1>(HWY_DYNAMIC_DISPATCH(fromC3U8), unaligned(src), srcStep, unaligned(dst),
+                          dstStep, w, h);
 }
 
 Status channelToPlaneC3U16(const std::uint16_t* src, std::int32_t srcStep, std::uint16_t* dst,
                            std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept {
-    return moveRows<3, 1>(HWY_DYNAMIC_DISPATCH(fromC3U16), src, srcStep, dst, dstStep, w, h);
+    return unalignedChannelToPlaneC3U16(unaligned(src), srcStep, dst, dstStep, w, h);
+}
+
+Status unalignedChannelToPlaneC3U16(const Unaligned<std::uint16_t>* src, std::int32_t srcStep,
+                                    std::uint16_t* dst, std::int32_t dstStep, std::int32_t w,
+                                    std::int32_t h) noexcept {
+    return moveRows<3, 1>(HWY_DYNAMIC_DISPATCH(fromC3U16), src, srcStep, unaligned(dst), dstStep, w,
+                          h);
 }
 
 Status planeToChannelC4U8(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst,
                           std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept {
-    return moveRows<1, 4>(HWY_DYNAMIC_DISPATCH(intoC4U8), src, srcStep, dst, dstStep, w, h);
+    return moveRows<1, 4>(HWY_DYNAMIC_DISPATCH(intoC4U8), unaligned(src), srcStep, unaligned(dst),
+                          dstStep, w, h);
 }
 
 Status setChannelC4U8(std::uint8_t value, std::uint8_t* dst, std::int32_t dstStep, std::int32_t w,

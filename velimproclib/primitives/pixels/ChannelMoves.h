@@ -1,5 +1,6 @@
 #pragma once
 
+#include "velimproclib/primitives/base/rows.h"
 #include "velimproclib/primitives/base/Status.h"
 
 #include <cstdint>
@@ -29,6 +30,10 @@ Status channelToPlaneC3U8(const std::uint8_t* src, std::int32_t srcStep, std::ui
                           std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept;
 Status channelToPlaneC3U16(const std::uint16_t* src, std::int32_t srcStep, std::uint16_t* dst,
                            std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept;
+/// The same from an image at any address.
+Status unalignedChannelToPlaneC3U16(const Unaligned<std::uint16_t>* src, std::int32_t srcStep,
+                                    std::uint16_t* dst, std::int32_t dstStep, std::int32_t w,
+                                    std::int32_t h) noexcept;
 
 /// `dst[4x] = src[x]`.
 Status planeToChannelC4U8(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst,
