@@ -42,6 +42,10 @@ TEST(ProgressSpan, StepsRoundUpFromSevenTenthsOn) {
     EXPECT_EQ(span.begin(1.0f, 10), 6); // 5.7 + 0.3000000119
     account.total = 56;
     EXPECT_EQ(span.begin(1.0f, 10), 5);
+    // The summand is the float: 1.69999999 + 0.3 would fall short of 2.
+    account.total = 169999999;
+    account.limit = 200000000;
+    EXPECT_EQ(span.begin(1.0f, 100000000), 2);
 }
 
 TEST(ProgressSpan, StepsAreAtLeastOne) {

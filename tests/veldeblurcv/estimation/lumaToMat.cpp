@@ -124,6 +124,13 @@ TEST(LumaToMatValues, SixteenBitsAreReducedFromTheFifteenBitScale) {
     EXPECT_EQ(sixteenBits(32767, 0, 0), 76);
 }
 
+/// Sums this close to an integer fall on its other side when one weight is a double.
+TEST(LumaToMatValues, WeightsOfSixteenBitsAreSingles) {
+    EXPECT_EQ(sixteenBits(17949, 7828, 57458), 128);
+    EXPECT_EQ(sixteenBits(1, 17358, 55461), 129);
+    EXPECT_EQ(sixteenBits(17949, 8952, 53916), 131);
+}
+
 TEST(LumaToMatValues, WhiteAndAboveAreLimitedToTheLargestByte) {
     EXPECT_EQ(sixteenBits(32768, 32768, 32768), 255); // 256 before the cut
     EXPECT_EQ(sixteenBits(65535, 65535, 65535), 255);
