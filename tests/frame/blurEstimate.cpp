@@ -187,6 +187,7 @@ TEST_F(BlurEstimate, StrengthIsLimitedAtBothEnds) {
     EXPECT_TRUE(sameBits(estimated(3.0f), most));
     EXPECT_TRUE(sameBits(estimated(infinity), most));
     EXPECT_FALSE(sameBits(most, off));
+    EXPECT_FALSE(sameBits(estimated(0.5f), off));
     EXPECT_FALSE(sameBits(estimated(1.0f), most));
     EXPECT_FALSE(sameBits(estimated(1.0f), off));
 }
