@@ -250,7 +250,7 @@ std::size_t fftWorkBufferBytes(const FftSpec* spec) noexcept {
 
 Status fftFwdRealToPack(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep,
                         const FftSpec* spec, std::uint8_t* workBuf) noexcept {
-    if (const Status status = check(src, srcStep, dst, dstStep, spec); status != kOk) {
+    if (const Status status = check(src, srcStep, dst, dstStep, spec)) {
         return status;
     }
     const WorkSpace work(*spec, workBuf);
@@ -275,7 +275,7 @@ Status fftFwdRealToPack(const float* src, std::int32_t srcStep, float* dst, std:
 
 Status fftInvPackToReal(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep,
                         const FftSpec* spec, std::uint8_t* workBuf) noexcept {
-    if (const Status status = check(src, srcStep, dst, dstStep, spec); status != kOk) {
+    if (const Status status = check(src, srcStep, dst, dstStep, spec)) {
         return status;
     }
     const WorkSpace work(*spec, workBuf);

@@ -190,8 +190,7 @@ void putPair(const FloatPlane& plane, std::ptrdiff_t u, int v, float re, float i
 
 Status packToComplex(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep,
                      std::int32_t w, std::int32_t h) noexcept {
-    if (const Status status = checkArguments({src, dst}, {w, h}, {srcStep, dstStep});
-        status != kOk) {
+    if (const Status status = checkArguments({src, dst}, {w, h}, {srcStep, dstStep})) {
         return status;
     }
     const FloatPlane packed(src, srcStep);
@@ -220,8 +219,7 @@ Status packToComplex(const float* src, std::int32_t srcStep, float* dst, std::in
 
 Status complexToPack(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep,
                      std::int32_t w, std::int32_t h) noexcept {
-    if (const Status status = checkArguments({src, dst}, {w, h}, {srcStep, dstStep});
-        status != kOk) {
+    if (const Status status = checkArguments({src, dst}, {w, h}, {srcStep, dstStep})) {
         return status;
     }
     const FloatPlane complex(src, srcStep);
@@ -243,8 +241,7 @@ Status complexToPack(const float* src, std::int32_t srcStep, float* dst, std::in
 
 Status mulPackConj(const float* a, std::int32_t aStep, const float* b, std::int32_t bStep,
                    float* dst, std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept {
-    if (const Status status = checkArguments({a, b, dst}, {w, h}, {aStep, bStep, dstStep});
-        status != kOk) {
+    if (const Status status = checkArguments({a, b, dst}, {w, h}, {aStep, bStep, dstStep})) {
         return status;
     }
     const FloatPlane left(a, aStep);
@@ -271,8 +268,7 @@ Status mulPackConj(const float* a, std::int32_t aStep, const float* b, std::int3
 
 Status magnitudePack(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep,
                      std::int32_t w, std::int32_t h) noexcept {
-    if (const Status status = checkArguments({src, dst}, {w, h}, {srcStep, dstStep});
-        status != kOk) {
+    if (const Status status = checkArguments({src, dst}, {w, h}, {srcStep, dstStep})) {
         return status;
     }
     const FloatPlane packed(src, srcStep);
@@ -297,8 +293,7 @@ Status magnitudePack(const float* src, std::int32_t srcStep, float* dst, std::in
 
 Status divComplex(const float* a, std::int32_t aStep, const float* b, std::int32_t bStep,
                   float* dst, std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept {
-    if (const Status status = checkArguments({a, b, dst}, {w, h}, {aStep, bStep, dstStep});
-        status != kOk) {
+    if (const Status status = checkArguments({a, b, dst}, {w, h}, {aStep, bStep, dstStep})) {
         return status;
     }
     const FloatPlane divisor(a, aStep);
@@ -314,8 +309,7 @@ Status divComplex(const float* a, std::int32_t aStep, const float* b, std::int32
 
 Status addComplex(const float* a, std::int32_t aStep, const float* b, std::int32_t bStep,
                   float* dst, std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept {
-    if (const Status status = checkArguments({a, b, dst}, {w, h}, {aStep, bStep, dstStep});
-        status != kOk) {
+    if (const Status status = checkArguments({a, b, dst}, {w, h}, {aStep, bStep, dstStep})) {
         return status;
     }
     const FloatPlane left(a, aStep);
@@ -329,8 +323,7 @@ Status addComplex(const float* a, std::int32_t aStep, const float* b, std::int32
 
 Status mulConstComplex(const float* src, std::int32_t srcStep, float constRe, float constIm,
                        float* dst, std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept {
-    if (const Status status = checkArguments({src, dst}, {w, h}, {srcStep, dstStep});
-        status != kOk) {
+    if (const Status status = checkArguments({src, dst}, {w, h}, {srcStep, dstStep})) {
         return status;
     }
     const FloatPlane operand(src, srcStep);

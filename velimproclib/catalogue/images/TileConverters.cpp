@@ -226,6 +226,23 @@ void repeatIntoOverhang(GIMG<float>& img, Sides beyond) {
     }
 }
 
+/// Loads the part of a tile inside the image into the three planes, unscaled, and completes each
+/// plane by `complete(element, plane, beyond)`, with an element of the format's type and the
+/// overhang of the tile.
+template <class Complete>
+void widenTile(std::int32_t format, const void* base, std::int32_t step, Sides image,
+               std::int32_t x, std::int32_t y, GIMG<float>* const planes[3], Complete&& complete) {
+    const void* const tile = psPixelAddress(format, base, step, x, y);
+    const Sides beyond = overhangOf(*planes[0], image.columns, image.rows, x, y);
+    const Sides kept = without(sizeOf(*planes[0]), beyond);
+    withElementOf(format, [&](auto element) {
+        widenPlanes<decltype(element)>(format, tile, step, kept, planes);
+        for (int c = 0; c < 3; ++c) {
+            complete(element, *planes[c], beyond);
+        }
+    });
+}
+
 /// To three-channel host pixels, rounded and clamped.
 template <class Element>
 void narrowPixels(const IMG<float, 3>& img, Element* dst, std::int32_t dstStep) {
@@ -342,17 +359,12 @@ std::int32_t psTileToPlanesDup(std::int32_t format, const void* base, std::int32
     if (!isColourWithoutAlpha(format)) {
         return kRefused;
     }
-    const void* const tile = psPixelAddress(format, base, step, x, y);
-    const Sides beyond = overhangOf(*planes[0], imageW, imageH, x, y);
-    const Sides kept = without(sizeOf(*planes[0]), beyond);
-    withElementOf(format, [&](auto element) {
-        using Element = decltype(element);
-        widenPlanes<Element>(format, tile, step, kept, planes);
-        for (int c = 0; c < 3; ++c) {
-            replicateBorderF32(*planes[c], 0, 0, beyond.columns, beyond.rows);
-            scaleDownWithOffset<Element>(*planes[c]);
-        }
-    });
+    widenTile(format, base, step, {imageW, imageH}, x, y, planes,
+              [](auto element, GIMG<float>& plane, Sides beyond) {
+                  using Element = decltype(element);
+                  replicateBorderF32(plane, 0, 0, beyond.columns, beyond.rows);
+                  scaleDownWithOffset<Element>(plane);
+              });
     return kDone;
 }
 
@@ -362,17 +374,12 @@ std::int32_t psTileToPlanesDupRaw(std::int32_t format, const void* base, std::in
     if (!isColour(format)) {
         return kRefused;
     }
-    const void* const tile = psPixelAddress(format, base, step, x, y);
-    const Sides beyond = overhangOf(*planes[0], imageW, imageH, x, y);
-    const Sides kept = without(sizeOf(*planes[0]), beyond);
-    withElementOf(format, [&](auto element) {
-        using Element = decltype(element);
-        widenPlanes<Element>(format, tile, step, kept, planes);
-        for (int c = 0; c < 3; ++c) {
-            scaleDown<Element>(*planes[c]);
-            repeatIntoOverhang(*planes[c], beyond);
-        }
-    });
+    widenTile(format, base, step, {imageW, imageH}, x, y, planes,
+              [](auto element, GIMG<float>& plane, Sides beyond) {
+                  using Element = decltype(element);
+                  scaleDown<Element>(plane);
+                  repeatIntoOverhang(plane, beyond);
+              });
     return kDone;
 }
 

@@ -6,7 +6,6 @@
 
 #include <array>
 #include <cstddef>
-#include <initializer_list>
 #include <memory>
 #include <new>
 #include <utility>
@@ -132,15 +131,6 @@ HWY_EXPORT(erodeF32);
 HWY_EXPORT(dilateInPlaceU8);
 HWY_EXPORT(erodeInPlaceU8);
 
-Status checkMorphology(std::initializer_list<const void*> pointers, std::int32_t w, std::int32_t h,
-                       std::initializer_list<std::int32_t> steps, std::int32_t srcStep,
-                       std::size_t pixelBytes) noexcept {
-    if (const Status status = checkArguments(pointers, {w, h}, steps)) {
-        return status;
-    }
-    return checkBorderStep(srcStep, w, 2, pixelBytes);
-}
-
 template <class Morph>
 Status withTwoRows(std::int32_t w, Morph&& morph) noexcept {
     constexpr std::int32_t kWidthOnStack = 4096;
@@ -158,48 +148,52 @@ Status withTwoRows(std::int32_t w, Morph&& morph) noexcept {
     return kOk;
 }
 
+using MorphF32 = void(const float*, std::int32_t, float*, std::int32_t, std::int32_t, std::int32_t);
+using MorphInPlaceU8 = void(std::uint8_t*, std::int32_t, std::int32_t, std::int32_t, std::uint8_t*);
+
+Status morph(MorphF32* kernel, const float* src, std::int32_t srcStep, float* dst,
+             std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept {
+    if (const Status status = checkArguments({src, dst}, {w, h}, {srcStep, dstStep})) {
+        return status;
+    }
+    if (const Status status = checkBorderStep(srcStep, w, 2, sizeof(float))) {
+        return status;
+    }
+    kernel(src, srcStep, dst, dstStep, w, h);
+    return kOk;
+}
+
+Status morphInPlace(MorphInPlaceU8* kernel, std::uint8_t* srcDst, std::int32_t step, std::int32_t w,
+                    std::int32_t h) noexcept {
+    if (const Status status = checkArguments({srcDst}, {w, h}, {step})) {
+        return status;
+    }
+    if (const Status status = checkBorderStep(step, w, 2, 1)) {
+        return status;
+    }
+    return withTwoRows(w, [&](std::uint8_t* twoRows) { kernel(srcDst, step, w, h, twoRows); });
+}
+
 } // namespace
 
 Status dilate3x3F32(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep,
                     std::int32_t w, std::int32_t h) noexcept {
-    const Status status =
-        checkMorphology({src, dst}, w, h, {srcStep, dstStep}, srcStep, sizeof(float));
-    if (status != kOk) {
-        return status;
-    }
-    HWY_DYNAMIC_DISPATCH(dilateF32)(src, srcStep, dst, dstStep, w, h);
-    return kOk;
+    return morph(HWY_DYNAMIC_DISPATCH(dilateF32), src, srcStep, dst, dstStep, w, h);
 }
 
 Status erode3x3F32(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep,
                    std::int32_t w, std::int32_t h) noexcept {
-    const Status status =
-        checkMorphology({src, dst}, w, h, {srcStep, dstStep}, srcStep, sizeof(float));
-    if (status != kOk) {
-        return status;
-    }
-    HWY_DYNAMIC_DISPATCH(erodeF32)(src, srcStep, dst, dstStep, w, h);
-    return kOk;
+    return morph(HWY_DYNAMIC_DISPATCH(erodeF32), src, srcStep, dst, dstStep, w, h);
 }
 
 Status dilate3x3InPlaceU8(std::uint8_t* srcDst, std::int32_t step, std::int32_t w,
                           std::int32_t h) noexcept {
-    if (const Status status = checkMorphology({srcDst}, w, h, {step}, step, 1)) {
-        return status;
-    }
-    return withTwoRows(w, [&](std::uint8_t* twoRows) {
-        HWY_DYNAMIC_DISPATCH(dilateInPlaceU8)(srcDst, step, w, h, twoRows);
-    });
+    return morphInPlace(HWY_DYNAMIC_DISPATCH(dilateInPlaceU8), srcDst, step, w, h);
 }
 
 Status erode3x3InPlaceU8(std::uint8_t* srcDst, std::int32_t step, std::int32_t w,
                          std::int32_t h) noexcept {
-    if (const Status status = checkMorphology({srcDst}, w, h, {step}, step, 1)) {
-        return status;
-    }
-    return withTwoRows(w, [&](std::uint8_t* twoRows) {
-        HWY_DYNAMIC_DISPATCH(erodeInPlaceU8)(srcDst, step, w, h, twoRows);
-    });
+    return morphInPlace(HWY_DYNAMIC_DISPATCH(erodeInPlaceU8), srcDst, step, w, h);
 }
 
 } // namespace vel
