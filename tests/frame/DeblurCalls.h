@@ -10,7 +10,7 @@ namespace vel::test {
 
 constexpr float kNoSharpening = 1.0f;
 
-/// The settings of ornDeblurSharpen. The defaults leave every stage out.
+/// The settings of ornDeblurSharpen. The defaults run no stage.
 struct DeblurSettings {
     int32_t deconvolve = 0;
     float deconvLambda = 20000.0f;

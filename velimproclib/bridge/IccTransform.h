@@ -27,9 +27,8 @@ int32_t iccTransformHostRows(const PSProfilesRecord& profiles, void* data, bool 
 
 /// Body of `PSImageICC2QImage`: runs `displayImage`, then converts the colours of the whole display
 /// buffer. A null record means no profiles.
-/// @return the result of `displayImage` if that is not 1, otherwise the result of the conversion,
-/// or
-///         VELORN_COLOUR_FAILURE if it fails
+/// @return the result of `displayImage` if that is not 1, otherwise the result of the conversion;
+///         VELORN_COLOUR_FAILURE if the conversion fails
 int32_t displayImageWithProfiles(const PSProfilesRecord* profiles, const PlaneRecord* image,
                                  void* dst, int32_t dstStep, int32_t dstWidth, int32_t dstHeight,
                                  float scale) noexcept;

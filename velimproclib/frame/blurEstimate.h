@@ -9,10 +9,9 @@ namespace vel {
 /// unchanged. The kernel record is read once, before the first callback.
 /// @return VELORN_OK, also for a kernel with a side below 1, which sets the first four fields of
 ///         the record to 0
-/// @throws const char* "ornBlurEstimate - kernel_p ==NULL", a text for unusable records,
-/// `kNoPixels`
-///         for an image without pixels, and the failures of the estimator. The kernel data is then
-///         unchanged.
+/// @throws const char* for unusable records, among them "ornBlurEstimate - kernel_p ==NULL",
+///         `kNoPixels` for an image without pixels, and the failures of the estimator. The kernel
+///         data is then unchanged.
 int32_t blurEstimate(ProgressRecord* progress, const PlaneRecord* image, KernelRecord* kernel,
                      float strength);
 

@@ -150,7 +150,7 @@ void DeblurCall::restore(TilePlanes& planes) {
     m_tile.process(planes, m_gates.deconv, m_gates.edge);
 }
 
-/// Stage 3, and the way back to colours and into the target.
+/// Stage 3, the twist back to colours, and the store.
 void DeblurCall::finish(TilePlanes& planes) {
     if (m_gates.detail) {
         m_detail.Proc(planes[0], m_settings.detailGain, m_settings.detailGamma);
