@@ -70,7 +70,7 @@ private:
     template <class T>
     void storeRows(cv::Mat& useful, cv::Range rows);
 
-    float m_spare = -0.05f; ///< nothing reads it
+    [[maybe_unused]] float m_spare = -0.05f;
     std::int32_t m_taper = 0;
     cv::Mat m_in;
     cv::Mat m_out;
