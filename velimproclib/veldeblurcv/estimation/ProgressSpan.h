@@ -10,8 +10,9 @@ namespace vel {
 ///
 /// The account and its counter belong to the host. A callback is made only when record, callback
 /// and user data are all present. A span whose callback cannot be made is idle: it never moves the
-/// host's counter. A span without a record is silent: every operation is allowed and has no effect,
-/// so code that nobody watches receives one. Not thread-safe: one thread at a time calls it.
+/// host's counter. A span without a record is silent: all its operations are allowed and have no
+/// effect, therefore no stage tests whether it has a span. Not thread-safe: one thread at a time
+/// calls it.
 class CProgressSpan {
 public:
     /// @param record the host's account; null makes a silent span

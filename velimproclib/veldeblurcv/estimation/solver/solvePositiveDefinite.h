@@ -8,8 +8,8 @@ namespace vel {
 ///
 /// The order of operations is fixed: each element of the factor is its matrix element minus its
 /// products in ascending order, each product and difference rounded, then multiplied by the
-/// reciprocal of its row's pivot. The result has the same bits on every processor, and equals that
-/// of `cv::solve` where OpenCV runs without LAPACK.
+/// reciprocal of its row's pivot. The result has the same bits on every processor. Above 3 unknowns
+/// it equals the result of `cv::solve` with DECOMP_CHOLESKY where OpenCV runs without LAPACK.
 ///
 /// @param matrix CV_64FC1, n by n, symmetric; the upper half is read
 /// @param rightHand CV_64FC1, n rows, one column
