@@ -3,8 +3,8 @@
 #include "velimproclib/primitives/base/pi.h"
 #include "velimproclib/primitives/base/toFloat.h"
 #include "velimproclib/primitives/base/truncate.h"
-#include "velimproclib/veldeblurcv/kernels/KernelMatrix.h"
 #include "velimproclib/veldeblurcv/kernels/normaliseKernel.h"
+#include "velimproclib/veldeblurcv/kernels/zeroKernel.h"
 
 #include <algorithm>
 #include <cmath>

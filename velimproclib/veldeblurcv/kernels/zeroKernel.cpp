@@ -1,4 +1,4 @@
-#include "velimproclib/veldeblurcv/kernels/KernelMatrix.h"
+#include "velimproclib/veldeblurcv/kernels/zeroKernel.h"
 
 #include <limits>
 #include <new>
