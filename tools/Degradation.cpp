@@ -28,15 +28,11 @@ private:
 } // namespace
 
 cv::Mat blurInside(const cv::Mat& picture, const BlurKernel& kernel) {
-    // filter2D correlates; with a kernel turned by 180 degrees it convolves.
-    cv::Mat turned(kernel.height, kernel.width, CV_32FC1);
-    for (int r = 0; r < kernel.height; ++r) {
-        for (int c = 0; c < kernel.width; ++c) {
-            turned.at<float>(kernel.height - 1 - r, kernel.width - 1 - c) = kernel.at(r, c);
-        }
-    }
+    // filter2D correlates: rotated by 180 degrees, the kernel convolves.
+    BlurKernel rotated = rotatedBy180(kernel);
+    const cv::Mat weights(rotated.height, rotated.width, CV_32FC1, rotated.weights.data());
     cv::Mat whole;
-    cv::filter2D(picture, whole, CV_32F, turned);
+    cv::filter2D(picture, whole, CV_32F, weights);
     const cv::Rect inside(kernel.width / 2, kernel.height / 2, picture.cols - kernel.width + 1,
                           picture.rows - kernel.height + 1);
     return whole(inside).clone();

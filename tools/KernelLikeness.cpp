@@ -1,6 +1,6 @@
 #include "KernelLikeness.h"
 
-#include "hosts/command/blind/KernelTurn.h"
+#include "hosts/command/kernels/BlurKernel.h"
 
 #include <algorithm>
 #include <cmath>
@@ -33,7 +33,7 @@ double likeness(const BlurKernel& first, const BlurKernel& second) {
 }
 
 double likenessEitherWay(const BlurKernel& first, const BlurKernel& second) {
-    return std::max(likeness(first, second), likeness(turnedRound(first), second));
+    return std::max(likeness(first, second), likeness(rotatedBy180(first), second));
 }
 
 } // namespace velorn::tools

@@ -1,7 +1,7 @@
 #include "Pictures.h"
 
+#include "hosts/command/files/TemporaryFile.h"
 #include "hosts/command/pictures/PixelScale.h"
-#include "hosts/command/terminal/TemporaryFile.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,10 +1,10 @@
 // Prints the similarity of kernels to a reference, and draws them side by side.
+#include "hosts/command/arguments/ArgumentParser.h"
 #include "hosts/command/kernels/KernelFile.h"
 #include "hosts/command/terminal/Failure.h"
 #include "KernelLikeness.h"
 #include "Pictures.h"
 
-#include <CLI/CLI.hpp>
 #include <iomanip>
 #include <iostream>
 #include <opencv2/imgproc.hpp>
@@ -84,17 +84,20 @@ void compare(const std::vector<std::string>& files, const std::vector<std::strin
 } // namespace
 
 int main(int argc, char** argv) {
-    CLI::App app{
+    ArgumentParser parser(
+        "compareKernels",
         "Prints the similarity of blur kernels to the first of them. 1 means the same shape,\n"
-        "at any position in the kernel."};
+        "at any position in the kernel.");
     std::vector<std::string> files;
     std::vector<std::string> labels;
     std::string sheet;
-    app.add_option("KERNELS", files, "Kernel files, the reference first")->required();
-    app.add_option("--labels", labels, "Captions, one for each kernel")->delimiter(',');
-    app.add_option("--sheet", sheet, "Write all kernels side by side to this file");
-    CLI11_PARSE(app, argc, argv);
+    parser.add("KERNELS", files, "Kernel files, the reference first").required();
+    parser.add("--labels", labels, "Captions, one for each kernel").commaSeparated();
+    parser.add("--sheet", sheet, "Write all kernels side by side to this file");
     try {
+        if (!parser.parse({argv + 1, argv + argc}, std::cout)) {
+            return 0;
+        }
         compare(files, labels, sheet);
         return 0;
     } catch (const std::exception& failure) {

@@ -1,10 +1,10 @@
 // Prints the distance of pictures from a reference, and draws them on one sheet with a magnified
 // part of each.
-#include "hosts/command/terminal/Failure.h"
+#include "hosts/command/arguments/ArgumentParser.h"
+#include "hosts/command/files/fileFailures.h"
 #include "Pictures.h"
 
 #include <algorithm>
-#include <CLI/CLI.hpp>
 #include <iomanip>
 #include <iostream>
 #include <limits>
@@ -125,20 +125,21 @@ void compare(const Request& request) {
 } // namespace
 
 int main(int argc, char** argv) {
-    CLI::App app{"Prints the peak signal-to-noise ratio of pictures against a reference."};
+    ArgumentParser parser("comparePictures",
+                          "Prints the peak signal-to-noise ratio of pictures against a reference.");
     Request request;
-    app.add_option("REFERENCE", request.reference, "Picture to compare with")->required();
-    app.add_option("PICTURES", request.others, "Pictures of the same size")->required();
-    app.add_option("--labels", request.labels, "Captions, the reference's first")->delimiter(',');
-    app.add_option("--sheet", request.sheet, "Write all pictures side by side to this file");
-    app.add_option("--columns", request.columns, "Largest number of pictures in a row")
-        ->check(CLI::PositiveNumber);
-    app.add_flag("--reference-last", request.referenceIsLast, "Show the reference last");
-    app.add_option("--inset", request.inset, "X,Y,WIDTH,HEIGHT of the magnified part")
-        ->delimiter(',')
-        ->expected(4);
-    CLI11_PARSE(app, argc, argv);
+    parser.add("REFERENCE", request.reference, "Picture to compare with").required();
+    parser.add("PICTURES", request.others, "Pictures of the same size").required();
+    parser.add("--labels", request.labels, "Captions, the reference's first").commaSeparated();
+    parser.add("--sheet", request.sheet, "Write all pictures side by side to this file");
+    parser.add("--columns", request.columns, "Largest number of pictures in a row").within(1, 1000);
+    parser.add("--reference-last", request.referenceIsLast, "Show the reference last");
+    parser.add("--inset", request.inset, "X,Y,WIDTH,HEIGHT of the magnified part")
+        .commaSeparated(4);
     try {
+        if (!parser.parse({argv + 1, argv + argc}, std::cout)) {
+            return 0;
+        }
         compare(request);
         return 0;
     } catch (const std::exception& failure) {

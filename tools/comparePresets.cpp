@@ -1,6 +1,7 @@
 // Measures the presets of the host on blurs that are known exactly and on one that is known only
 // approximately, and prints the table of docs/presets.md.
-#include "hosts/command/commands/Options.h"
+#include "hosts/command/arguments/ArgumentParser.h"
+#include "hosts/command/commands/DeblurOptions.h"
 #include "hosts/command/commands/Presets.h"
 #include "hosts/command/restoration/DefaultStrength.h"
 #include "hosts/command/restoration/FramedRestoration.h"
@@ -11,7 +12,6 @@
 #include "Scene.h"
 
 #include <array>
-#include <CLI/CLI.hpp>
 #include <iomanip>
 #include <iostream>
 
@@ -79,11 +79,15 @@ void printTable(const cv::Mat& colours) {
 } // namespace
 
 int main(int argc, char** argv) {
-    CLI::App app{"Prints the peak signal-to-noise ratio of restorations with each preset."};
+    ArgumentParser parser(
+        "comparePresets",
+        "Prints the peak signal-to-noise ratio of restorations with each preset.");
     std::string file;
-    app.add_option("PICTURE", file, "Sharp photograph to use instead of the drawn scene");
-    CLI11_PARSE(app, argc, argv);
+    parser.add("PICTURE", file, "Sharp photograph to use instead of the drawn scene");
     try {
+        if (!parser.parse({argv + 1, argv + argc}, std::cout)) {
+            return 0;
+        }
         printTable(file.empty() ? drawScene(kSceneWidth, kSceneHeight, 0, kSceneSeed)
                                 : readColours(file));
         return 0;

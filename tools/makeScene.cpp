@@ -1,14 +1,14 @@
 // Draws the sample scene of the demonstration, and a photograph of it by a camera that is out of
 // focus or shaken.
 #include "Degradation.h"
+#include "hosts/command/arguments/ArgumentParser.h"
+#include "hosts/command/files/TemporaryFile.h"
 #include "hosts/command/kernels/KernelFile.h"
 #include "hosts/command/terminal/Failure.h"
-#include "hosts/command/terminal/TemporaryFile.h"
 #include "Pictures.h"
 #include "SampleBlurs.h"
 #include "Scene.h"
 
-#include <CLI/CLI.hpp>
 #include <iostream>
 
 namespace {
@@ -25,7 +25,8 @@ int main(int argc, char** argv) {
     using namespace velorn;
     using namespace velorn::tools;
 
-    CLI::App app{"Draws a scene, sharp and as a blurred and noisy photograph of it."};
+    ArgumentParser parser("makeScene",
+                          "Draws a scene, sharp and as a blurred and noisy photograph of it.");
     std::string sharp;
     std::string blurred;
     std::string kernelPath;
@@ -35,24 +36,19 @@ int main(int argc, char** argv) {
     float radius = 4.0f;
     double noise = 1.0;
     std::uint32_t seed = 1;
-    app.add_option("SHARP", sharp, "File for the sharp scene")->required();
-    app.add_option("BLURRED", blurred, "File for the photograph of it")->required();
-    app.add_option("--width", width, "Width in pixels")
-        ->capture_default_str()
-        ->check(CLI::Range(64, 8192));
-    app.add_option("--height", height, "Height in pixels")
-        ->capture_default_str()
-        ->check(CLI::Range(64, 8192));
-    app.add_option("--disc", radius, "Radius of the blur in pixels")
-        ->capture_default_str()
-        ->check(CLI::Range(0.5, 50.0));
-    app.add_flag("--shake", isShaken, "Blur by a curved camera shake instead of a disc");
-    app.add_option("--kernel", kernelPath, "File for the kernel of the blur");
-    app.add_option("--noise", noise, "Standard deviation of the noise in levels of 255")
-        ->capture_default_str();
-    app.add_option("--seed", seed, "Seed of the random numbers")->capture_default_str();
-    CLI11_PARSE(app, argc, argv);
+    parser.add("SHARP", sharp, "File for the sharp scene").required();
+    parser.add("BLURRED", blurred, "File for the photograph of it").required();
+    parser.add("--width", width, "Width in pixels").showDefault().within(64, 8192);
+    parser.add("--height", height, "Height in pixels").showDefault().within(64, 8192);
+    parser.add("--disc", radius, "Radius of the blur in pixels").showDefault().within(0.5, 50.0);
+    parser.add("--shake", isShaken, "Blur by a curved camera shake instead of a disc");
+    parser.add("--kernel", kernelPath, "File for the kernel of the blur");
+    parser.add("--noise", noise, "Standard deviation of the noise in levels of 255").showDefault();
+    parser.add("--seed", seed, "Seed of the random numbers").showDefault();
     try {
+        if (!parser.parse({argv + 1, argv + argc}, std::cout)) {
+            return 0;
+        }
         const BlurKernel kernel =
             isShaken ? curvedShake() : makeKernel({AnalyticBlur::Shape::Disc, radius, 0.0f});
         const int margin = kernel.width / 2;

@@ -1,7 +1,8 @@
 // Measures the blind search for kernels: blurs sharp pictures, restores them as `velorn deblur
 // --blind` does, and compares kernels and results with the truth.
+#include "hosts/command/arguments/ArgumentParser.h"
 #include "hosts/command/blind/BlindKernel.h"
-#include "hosts/command/commands/Options.h"
+#include "hosts/command/commands/DeblurOptions.h"
 #include "hosts/command/restoration/DefaultStrength.h"
 #include "hosts/command/restoration/FramedRestoration.h"
 #include "hosts/command/restoration/NoiseLevel.h"
@@ -11,7 +12,6 @@
 #include "SamplePictures.h"
 
 #include <array>
-#include <CLI/CLI.hpp>
 #include <iomanip>
 #include <iostream>
 #include <optional>
@@ -58,10 +58,8 @@ RgbPixels restored(const RgbPixels& pixels, const BlurKernel& kernel,
 
 /// Empty when the picture has too few edges.
 std::optional<BlindKernel> foundIn(const RgbPixels& pixels, const BlindSettings& blind) {
-    const Interrupt interrupt;
-    ProgressBar bar(std::cerr, false);
     try {
-        return findKernel(pixels, blind, interrupt, bar);
+        return findKernel(pixels, blind, [](int, int) { return true; });
     } catch (const Failure&) {
         return std::nullopt;
     }
@@ -163,24 +161,26 @@ void run(const std::vector<NamedPicture>& pictures, const Study& study) {
 } // namespace
 
 int main(int argc, char** argv) {
-    CLI::App app{"Measures the blind search for kernels on pictures with known blurs."};
+    ArgumentParser parser("studyBlind",
+                          "Measures the blind search for kernels on pictures with known blurs.");
     std::vector<std::string> files;
     Study study;
     int side = 15;
-    app.add_option("PICTURES", files, "Further sharp photographs, NAME=FILE");
-    app.add_option("--size", side, "Side of the estimated kernels")->capture_default_str();
-    app.add_option("--strength", study.blind.strength, "As for 'velorn estimate'")
-        ->capture_default_str();
-    app.add_option("--part", study.blind.partSide,
-                   "Side of the part that kernels are estimated from")
-        ->capture_default_str();
-    app.add_option("--lambda", study.lambda,
-                   "Strength of restorations with an estimated kernel; 0: the host's default")
-        ->capture_default_str();
-    app.add_option("--noise", study.noises, "Standard deviations of the noise, in levels of 255")
-        ->delimiter(',');
-    CLI11_PARSE(app, argc, argv);
+    parser.add("PICTURES", files, "Further sharp photographs, NAME=FILE");
+    parser.add("--size", side, "Side of the estimated kernels").showDefault();
+    parser.add("--strength", study.blind.strength, "As for 'velorn estimate'").showDefault();
+    parser.add("--part", study.blind.partSide, "Side of the part that kernels are estimated from")
+        .showDefault();
+    parser
+        .add("--lambda", study.lambda,
+             "Strength of restorations with an estimated kernel; 0: the host's default")
+        .showDefault();
+    parser.add("--noise", study.noises, "Standard deviations of the noise, in levels of 255")
+        .commaSeparated();
     try {
+        if (!parser.parse({argv + 1, argv + argc}, std::cout)) {
+            return 0;
+        }
         study.blind.size = {side, side};
         std::vector<NamedPicture> pictures = drawnViews(600, 500);
         std::ranges::move(picturesFrom(files), std::back_inserter(pictures));

@@ -1,16 +1,16 @@
 // Measures how often the orientation of an asymmetric kernel is chosen correctly. Restores blurred
 // pictures with a kernel and with the same kernel turned by 180 degrees, and compares the choice
 // with the truth: for the kernel of the blur, and for the kernel estimated from the picture.
+#include "hosts/command/arguments/ArgumentParser.h"
 #include "hosts/command/blind/BlindKernel.h"
 #include "hosts/command/blind/KernelCentre.h"
 #include "hosts/command/blind/KernelSpecks.h"
-#include "hosts/command/commands/Options.h"
 #include "hosts/command/restoration/NoiseLevel.h"
+#include "hosts/command/restoration/Restoration.h"
 #include "SampleBlurs.h"
 #include "SamplePictures.h"
 
 #include <array>
-#include <CLI/CLI.hpp>
 #include <iomanip>
 #include <iostream>
 
@@ -41,11 +41,11 @@ struct Choice {
 Choice choose(const Photograph& photograph, const BlurKernel& kernel) {
     RestorationSettings settings;
     settings.lambda = blindStrength(noiseLevel(photograph.taken));
-    const BlurKernel turned = turnedRound(kernel);
+    const BlurKernel turned = rotatedBy180(kernel);
     const auto decibelsWith = [&](const BlurKernel& way) {
         return photograph.decibelsWhenMoved(restore(photograph.taken, way, settings, goOn));
     };
-    const auto better = betterWayRound(photograph.taken, kernel, goOn);
+    const auto better = betterOrientation(photograph.taken, kernel, goOn);
     return {decibelsWith(kernel), decibelsWith(turned), better.value().weights == turned.weights};
 }
 
@@ -105,13 +105,17 @@ void study(const std::vector<NamedPicture>& pictures, KernelSize size) {
 } // namespace
 
 int main(int argc, char** argv) {
-    CLI::App app{"Measures how often the orientation of an asymmetric kernel is chosen correctly."};
+    ArgumentParser parser(
+        "studyTurns",
+        "Measures how often the orientation of an asymmetric kernel is chosen correctly.");
     std::vector<std::string> files;
     int side = 15;
-    app.add_option("PICTURES", files, "Further sharp photographs, NAME=FILE");
-    app.add_option("--size", side, "Side of the estimated kernels")->capture_default_str();
-    CLI11_PARSE(app, argc, argv);
+    parser.add("PICTURES", files, "Further sharp photographs, NAME=FILE");
+    parser.add("--size", side, "Side of the estimated kernels").showDefault();
     try {
+        if (!parser.parse({argv + 1, argv + argc}, std::cout)) {
+            return 0;
+        }
         std::vector<NamedPicture> pictures = drawnViews(500, 400);
         std::ranges::move(picturesFrom(files), std::back_inserter(pictures));
         study(pictures, {side, side});

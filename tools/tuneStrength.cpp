@@ -1,6 +1,7 @@
 // Fits the rule for the host's default strength: restores blurred, noisy pictures with a range of
 // strengths, and fits the best strength to the noise that the host measures.
-#include "hosts/command/commands/Options.h"
+#include "hosts/command/arguments/ArgumentParser.h"
+#include "hosts/command/commands/DeblurOptions.h"
 #include "hosts/command/kernels/BlurKernel.h"
 #include "hosts/command/restoration/DefaultStrength.h"
 #include "hosts/command/restoration/FramedRestoration.h"
@@ -9,7 +10,6 @@
 #include "Scene.h"
 
 #include <array>
-#include <CLI/CLI.hpp>
 #include <cmath>
 #include <iomanip>
 #include <iostream>
@@ -158,18 +158,20 @@ void tune(const std::vector<NamedPicture>& pictures, const RestorationSettings& 
 } // namespace
 
 int main(int argc, char** argv) {
-    CLI::App app{"Fits the default strength to the measured noise."};
+    ArgumentParser parser("tuneStrength", "Fits the default strength to the measured noise.");
     std::vector<std::string> files;
     int scenes = 2;
     RestorationSettings settings;
-    app.add_option("PICTURES", files, "Further sharp photographs");
-    app.add_option("--scenes", scenes, "Number of drawn scenes")->capture_default_str();
+    parser.add("PICTURES", files, "Further sharp photographs");
+    parser.add("--scenes", scenes, "Number of drawn scenes").showDefault();
     int framePasses = DeblurOptions().framePasses;
-    app.add_option("--frame-passes", framePasses)->capture_default_str();
-    app.add_option("--alpha", settings.alpha)->capture_default_str();
-    app.add_option("--limit", settings.limit)->capture_default_str();
-    CLI11_PARSE(app, argc, argv);
+    parser.add("--frame-passes", framePasses, "As for 'velorn deblur'").showDefault();
+    parser.add("--alpha", settings.alpha, "As for 'velorn deblur'").showDefault();
+    parser.add("--limit", settings.limit, "As for 'velorn deblur'").showDefault();
     try {
+        if (!parser.parse({argv + 1, argv + argc}, std::cout)) {
+            return 0;
+        }
         tune(scenesAnd(files, scenes), settings, framePasses);
         return 0;
     } catch (const std::exception& failure) {

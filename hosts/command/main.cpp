@@ -1,10 +1,10 @@
 // velorn: restores photographs from the command line.
+#include "hosts/command/commands/CommandLine.h"
 #include "hosts/command/commands/DeblurCommand.h"
 #include "hosts/command/commands/EstimateCommand.h"
 #include "hosts/command/commands/KernelCommand.h"
-#include "hosts/command/commands/Options.h"
 #include "hosts/command/commands/PreviewCommand.h"
-#include "hosts/command/terminal/Failure.h"
+#include "hosts/command/files/fileFailures.h"
 
 #include <csignal>
 #include <iostream>
@@ -19,7 +19,7 @@ constexpr int kFailed = 1;
 constexpr int kWrongUsage = 2;
 constexpr int kSignalBase = 128;
 
-/// The file that a failure without a text of its own is told with.
+/// The file that messages name for failures that carry no file name.
 std::filesystem::path subjectOf(const Command& command) {
     return std::visit(
         []<class Options>(const Options& options) {
@@ -45,14 +45,15 @@ void run(const Command& command, const Interrupt& interrupt) {
     }
 }
 
-int tell(const std::string& text, int exitCode) {
+int report(const std::string& text, int exitStatus) {
     std::cerr << "velorn: " + onOneLine(text) + "\n";
-    return exitCode;
+    return exitStatus;
 }
 
-int runTold(const Command& command) {
+int runReported(const Command& command) {
     const Interrupt interrupt;
-    // A file size limit is then an error of the write, like a full disc, and not the program's end.
+    // A write beyond the file size limit then fails like one on a full disc, instead of ending the
+    // program.
     std::signal(SIGXFSZ, SIG_IGN);
     try {
         run(command, interrupt);
@@ -60,13 +61,13 @@ int runTold(const Command& command) {
     } catch (const Interrupted& signal) {
         return kSignalBase + signal.signal();
     } catch (const Failure& failure) {
-        return tell(failure.what(), kFailed);
+        return report(failure.what(), kFailed);
     } catch (const std::bad_alloc&) {
-        return tell(quoted(subjectOf(command)) + ": out of memory", kFailed);
+        return report(failureIn(subjectOf(command), "out of memory").what(), kFailed);
     } catch (const std::exception& failure) {
-        return tell(quoted(subjectOf(command)) + ": " + failure.what(), kFailed);
+        return report(failureIn(subjectOf(command), failure.what()).what(), kFailed);
     } catch (...) {
-        return tell(quoted(subjectOf(command)) + ": failed for an unknown reason", kFailed);
+        return report(failureIn(subjectOf(command), "unknown error").what(), kFailed);
     }
 }
 
@@ -76,14 +77,14 @@ int main(int argc, char** argv) {
     try {
         const auto command = parseCommandLine(argc, argv, std::cout);
         if (command) {
-            return runTold(*command);
+            return runReported(*command);
         }
-        return std::cout.flush() ? 0 : tell("cannot write to the standard output", kFailed);
+        return std::cout.flush() ? 0 : report("cannot write to the standard output", kFailed);
     } catch (const UsageFailure& failure) {
-        return tell(failure.what(), kWrongUsage);
+        return report(failure.what(), kWrongUsage);
     } catch (const std::exception& failure) {
-        return tell(failure.what(), kFailed);
+        return report(failure.what(), kFailed);
     } catch (...) {
-        return tell("failed for an unknown reason", kFailed);
+        return report("unknown error", kFailed);
     }
 }

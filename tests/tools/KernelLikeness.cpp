@@ -1,6 +1,6 @@
 #include "KernelLikeness.h"
 
-#include "hosts/command/blind/KernelTurn.h"
+#include "hosts/command/kernels/BlurKernel.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
@@ -28,7 +28,7 @@ TEST(KernelLikeness, IsTheCorrelationAtTheBestShift) {
 }
 
 TEST(KernelLikeness, RotationByHalfATurnCountsExceptInTheSymmetricForm) {
-    const BlurKernel turned = velorn::turnedRound(kUneven);
+    const BlurKernel turned = velorn::rotatedBy180(kUneven);
     EXPECT_LT(likeness(turned, kUneven), 0.95);
     EXPECT_NEAR(likenessEitherWay(turned, kUneven), 1.0, 1e-6);
 }

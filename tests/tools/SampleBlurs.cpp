@@ -1,6 +1,6 @@
 #include "SampleBlurs.h"
 
-#include "hosts/command/blind/KernelTurn.h"
+#include "hosts/command/kernels/BlurKernel.h"
 #include "KernelLikeness.h"
 
 #include <array>
@@ -42,7 +42,7 @@ TEST(SampleBlurs, AreCentredNormalisedAndAtMostThirteenPixelsWide) {
 
 TEST(SampleBlurs, UnevenBlursChangeUnderRotationByHalfATurn) {
     for (const NamedBlur& blur : velorn::tools::unevenBlurs()) {
-        EXPECT_LT(velorn::tools::likeness(velorn::turnedRound(blur.kernel), blur.kernel), 0.95)
+        EXPECT_LT(velorn::tools::likeness(velorn::rotatedBy180(blur.kernel), blur.kernel), 0.95)
             << blur.name;
     }
 }

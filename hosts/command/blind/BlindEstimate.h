@@ -1,35 +1,24 @@
 #pragma once
 
 #include "hosts/command/kernels/BlurKernel.h"
+#include "hosts/command/library/ProgressAccount.h"
 #include "hosts/command/pictures/RgbPixels.h"
-#include "hosts/command/restoration/Restoration.h"
 
 #include <optional>
 
 namespace velorn {
 
-/// The sides of a kernel to look for: odd, at least 3.
-struct KernelSize {
-    int width = 0;
-    int height = 0;
-
-    int largerSide() const { return width > height ? width : height; }
-};
-
-/// `size`, given for the picture as displayed, for the rows and columns as a file with the given
-/// EXIF orientation (1..8) stores them.
-KernelSize asStored(KernelSize size, int orientation);
-
-/// The largest side that is looked for. The estimate's memory grows with the fourth power of the
-/// side: it is about 250 MB here.
+/// The largest side of a kernel to find. The memory of the estimate grows with the fourth power of
+/// the side and is about 250 MB here.
 inline constexpr int kLargestEstimatedSide = 63;
 
-/// The library's blind estimate of the blur of `pixels`; nothing when the picture has too few edges
-/// for a kernel of this size. `strength` is that of velorncore10.h: how far the edges that the last
-/// kernel is fitted to are softened.
+/// Estimates the blur of `pixels` with the library's blind estimate. The sides of `size` are odd
+/// and at least 3. `strength` is that of `ornBlurEstimate`: how much the edges are softened that
+/// the final kernel is fitted to.
 ///
-/// The estimate cannot be cancelled: what `progress` answers is not looked at. It may be called on
-/// another thread, one call at a time, and must not throw.
+/// The estimate cannot be cancelled: it ignores the result of `progress`. It may call `progress` on
+/// another thread, one call at a time; `progress` must not throw.
+/// @returns the kernel, or nothing when the picture has too few edges for a kernel of this size
 /// @throws Failure with the library's reason.
 std::optional<BlurKernel> estimateKernel(const RgbPixels& pixels, KernelSize size, float strength,
                                          const ProgressFunction& progress);

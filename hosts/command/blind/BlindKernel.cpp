@@ -2,89 +2,82 @@
 
 #include "hosts/command/blind/KernelCentre.h"
 #include "hosts/command/blind/KernelSpecks.h"
-#include "hosts/command/blind/RestorationMeasure.h"
+#include "hosts/command/blind/RestorationMeasures.h"
 #include "hosts/command/blind/TexturedCrop.h"
 #include "hosts/command/restoration/DefaultStrength.h"
+#include "hosts/command/restoration/KernelLimit.h"
 #include "hosts/command/restoration/NoiseLevel.h"
-#include "hosts/command/restoration/TileLimit.h"
+#include "hosts/command/restoration/Restoration.h"
 #include "hosts/command/terminal/Failure.h"
 
 #include <algorithm>
-#include <string>
+#include <atomic>
 
 namespace velorn {
 namespace {
 
-/// What is done by when, in percent of the bar.
-constexpr int kEstimated = 70;
-constexpr int kTurned = 90;
-/// Restorations of this `doubtfulness` are as often worse than the picture as better.
-constexpr double kDoubtful = 0.44;
+/// The progress after each step, as a share of the whole.
+constexpr double kAfterEstimate = 0.7;
+constexpr double kAfterOrientation = 0.9;
+/// Restorations with this misfit are as often worse than the picture as better.
+constexpr double kMisfitLimit = 0.44;
 
-std::string sidesOf(KernelSize size) {
-    return std::to_string(size.width) + " by " + std::to_string(size.height);
-}
-
-void checkFits(const RgbPixels& pixels, KernelSize size) {
-    const int largest = largestKernelSide(pixels.width, pixels.height);
-    if (size.largerSide() > largest) {
-        throw Failure("a kernel of " + sidesOf(size) +
-                      " is too large for this picture, which takes " + std::to_string(largest) +
-                      " by " + std::to_string(largest) + " at most");
-    }
-}
-
-/// The work on one picture, step by step.
-class Search {
+/// A progress function that remembers cancellation: the estimate ignores it, the next step must
+/// not.
+class CancellableProgress {
 public:
-    Search(const RgbPixels& pixels, const Interrupt& interrupt, ProgressBar& bar)
-        : m_pixels(pixels), m_interrupt(interrupt), m_bar(bar) {}
+    explicit CancellableProgress(const ProgressFunction& progress)
+        : m_function([this, &progress](int current, int limit) {
+              if (!progress(current, limit)) {
+                  m_isCancelled = true;
+              }
+              return !m_isCancelled;
+          }) {}
+    CancellableProgress(const CancellableProgress&) = delete;
+    CancellableProgress& operator=(const CancellableProgress&) = delete;
 
-    BlurKernel estimate(const BlindSettings& settings) const {
-        const auto show = shown(0, kEstimated);
-        // An estimate cannot be cancelled: a signal is heeded after it.
-        const std::optional<BlurKernel> found =
-            estimateKernel(m_pixels, settings.size, settings.strength, show);
-        m_interrupt.check();
-        if (!found) {
-            throw Failure("the picture has too few edges to find a kernel of " +
-                          sidesOf(settings.size) + " in it");
-        }
-        return centred(withoutSpecks(*found));
-    }
-
-    BlurKernel turned(const BlurKernel& kernel, Turn turn) const {
-        if (turn != Turn::Auto) {
-            return turn == Turn::Yes ? turnedRound(kernel) : kernel;
-        }
-        const std::optional<BlurKernel> better =
-            betterWayRound(m_pixels, kernel, shown(kEstimated, kTurned));
-        m_interrupt.check();
-        return better.value();
-    }
-
-    bool isHelpful(const BlurKernel& kernel) const {
-        RestorationSettings settings;
-        settings.lambda = blindStrength(noiseLevel(m_pixels));
-        const RgbPixels result = restore(m_pixels, kernel, settings, shown(kTurned, 100));
-        m_interrupt.check();
-        return doubtfulness(m_pixels, result, kernel) < kDoubtful;
-    }
+    ProgressFunction part(double start, double end) const { return partOf(m_function, start, end); }
+    bool isCancelled() const { return m_isCancelled; }
 
 private:
-    /// Shows progress from one percentage to another, and goes on until a signal comes.
-    ProgressFunction shown(int from, int to) const {
-        return [this, from, to](int current, int limit) {
-            const double share = static_cast<double>(current) / limit;
-            m_bar.show(from + static_cast<int>((to - from) * share), 100);
-            return !m_interrupt.isRequested();
-        };
-    }
-
-    const RgbPixels& m_pixels;
-    const Interrupt& m_interrupt;
-    ProgressBar& m_bar;
+    std::atomic<bool> m_isCancelled = false;
+    ProgressFunction m_function;
 };
+
+BlurKernel cleanEstimate(const RgbPixels& pixels, const BlindSettings& settings,
+                         const ProgressFunction& progress) {
+    const std::optional<BlurKernel> found =
+        estimateKernel(pixels, settings.size, settings.strength, progress);
+    if (!found) {
+        throw Failure("the picture has too few edges to find a kernel of " + settings.size.text());
+    }
+    return centred(withoutSpecks(*found));
+}
+
+std::optional<BlurKernel> oriented(const RgbPixels& pixels, const BlurKernel& kernel, Turn turn,
+                                   const ProgressFunction& progress) {
+    switch (turn) {
+    case Turn::No:
+        return kernel;
+    case Turn::Yes:
+        return rotatedBy180(kernel);
+    case Turn::Auto:
+        break;
+    }
+    return betterOrientation(pixels, kernel, progress);
+}
+
+/// Whether a restoration with `kernel` helps; nothing when `progress` cancelled.
+std::optional<bool> isHelpful(const RgbPixels& pixels, const BlurKernel& kernel,
+                              const ProgressFunction& progress) {
+    RestorationSettings settings;
+    settings.lambda = blindStrength(noiseLevel(pixels));
+    const RgbPixels result = restore(pixels, kernel, settings, progress);
+    if (result.pixelCount() == 0) {
+        return std::nullopt;
+    }
+    return misfit(pixels, result, kernel) < kMisfitLimit;
+}
 
 } // namespace
 
@@ -93,13 +86,25 @@ float blindStrength(double noiseLevel) {
     return std::min(defaultStrength(noiseLevel), kStrongest);
 }
 
-BlindKernel findKernel(const RgbPixels& pixels, const BlindSettings& settings,
-                       const Interrupt& interrupt, ProgressBar& bar) {
+std::optional<BlindKernel> findKernel(const RgbPixels& pixels, const BlindSettings& settings,
+                                      const ProgressFunction& progress) {
     const RgbPixels part = texturedCrop(pixels, settings.partSide);
-    checkFits(part, settings.size);
-    const Search search(part, interrupt, bar);
-    const BlurKernel kernel = search.turned(search.estimate(settings), settings.turn);
-    return {kernel, search.isHelpful(kernel)};
+    checkFits(settings.size, part.width, part.height);
+    const CancellableProgress steps(progress);
+    const BlurKernel estimate = cleanEstimate(part, settings, steps.part(0.0, kAfterEstimate));
+    if (steps.isCancelled()) {
+        return std::nullopt;
+    }
+    const auto kernel =
+        oriented(part, estimate, settings.turn, steps.part(kAfterEstimate, kAfterOrientation));
+    if (!kernel) {
+        return std::nullopt;
+    }
+    const auto helps = isHelpful(part, *kernel, steps.part(kAfterOrientation, 1.0));
+    if (!helps) {
+        return std::nullopt;
+    }
+    return BlindKernel{*kernel, *helps};
 }
 
 } // namespace velorn

@@ -1,46 +1,42 @@
 #pragma once
 
 #include "hosts/command/blind/BlindEstimate.h"
-#include "hosts/command/blind/KernelTurn.h"
-#include "hosts/command/terminal/Interrupt.h"
-#include "hosts/command/terminal/ProgressBar.h"
+#include "hosts/command/blind/KernelOrientation.h"
 
 namespace velorn {
 
-/// How a picture's kernel is found when nothing is known about its blur.
-/// docs/blind-estimation.md tells how the standards were found.
+/// How the kernel of a picture with unknown blur is found. docs/blind-estimation.md describes how
+/// the defaults were chosen.
 struct BlindSettings {
     KernelSize size{15, 15};
     /// See `estimateKernel`.
     float strength = 0.0f;
     Turn turn = Turn::Auto;
-    /// The kernel is looked for in the part of so many pixels a side that has the most texture.
+    /// The kernel is searched in the square of this many pixels per side with the most texture.
     int partSide = 512;
 };
 
-/// The strength (`deconvLambda`) for a restoration with a kernel that was found in the picture:
-/// that of `defaultStrength`, held back, since a strong deconvolution turns what is wrong with the
-/// kernel into ringing.
+/// The strength (`deconvLambda`) of a restoration with a kernel that was found in the picture:
+/// `defaultStrength`, limited to 3000, because a strong deconvolution turns errors of the kernel
+/// into ringing.
 float blindStrength(double noiseLevel);
 
-/// A kernel that was found blindly.
+/// A kernel that was found in a picture.
 struct BlindKernel {
     BlurKernel kernel;
-    /// Whether a restoration with it, at `blindStrength`, is likely to be better than the picture,
-    /// by `doubtfulness`.
+    /// Whether a restoration with the kernel at `blindStrength` is likely to be better than the
+    /// picture itself, judged by `misfit`.
     bool isHelpful = false;
 };
 
-/// Finds the kernel of `pixels` in the part that has the most texture. Restorations of that part
-/// decide which way round it is and whether it helps: plain ones, whatever is to be done with the
-/// kernel afterwards.
-/// @throws Failure when there are too few edges; Interrupted, as soon as the estimate returns.
-BlindKernel findKernel(const RgbPixels& pixels, const BlindSettings& settings,
-                       const Interrupt& interrupt, ProgressBar& bar);
-
-/// The warning for a kernel that does not help.
-inline constexpr const char* kNotHelpful =
-    "the kernel found explains the picture badly; the restoration may be worse than the picture, "
-    "and another kernel size may do better";
+/// Finds the kernel of `pixels` in the square with the most texture. Restorations of that square,
+/// deconvolution only, decide the orientation of the kernel and whether it helps.
+/// @returns the kernel, or nothing when `progress` cancelled; see `estimateKernel` for its calls.
+/// The
+///          estimate itself, the longest step, runs to its end.
+/// @throws Failure when the kernel does not fit the picture, the picture has too few edges, or the
+///         library fails.
+std::optional<BlindKernel> findKernel(const RgbPixels& pixels, const BlindSettings& settings,
+                                      const ProgressFunction& progress);
 
 } // namespace velorn

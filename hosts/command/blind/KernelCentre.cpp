@@ -6,11 +6,11 @@
 namespace velorn {
 namespace {
 
-/// The columns, or the rows, of a kernel as one line of weights.
+/// The sums of a kernel's columns, or of its rows.
 using Profile = std::vector<double>;
 
-/// How far `profile` has to move for its centre of mass to come to its middle, held so that only
-/// zeros leave it.
+/// The shift that brings the centre of mass of `profile` to its middle, limited so that only zeros
+/// are lost.
 int shiftToMiddle(const Profile& profile) {
     const int count = static_cast<int>(profile.size());
     double mass = 0.0;

@@ -5,13 +5,13 @@
 namespace velorn {
 namespace {
 
-/// Weights below this share of the largest are no part of the blur.
+/// Weights below this share of the largest one are noise.
 constexpr float kFaint = 0.2f;
-/// A patch is a speck when it weighs less than this share of the heaviest patch.
+/// A patch with less than this share of the heaviest patch's mass is a speck.
 constexpr double kLight = 0.1;
 
-/// A number for every weight: equal ones for weights other than 0 that touch one another, if only
-/// by a corner.
+/// The connected patches of the weights that are not 0. Weights that touch at a corner are
+/// connected.
 class Patches {
 public:
     explicit Patches(const BlurKernel& kernel)
@@ -24,7 +24,7 @@ public:
         }
     }
 
-    /// The mass of the patch that a weight belongs to; 0 for weights of 0.
+    /// The mass of the patch that contains weight `i`; 0 if the weight is 0.
     double massAt(std::size_t i) const {
         return m_numbers[i] == kNone ? 0.0 : m_masses[static_cast<std::size_t>(m_numbers[i])];
     }
@@ -33,7 +33,7 @@ public:
 private:
     static constexpr int kNone = -1;
 
-    /// Numbers the whole patch around weight `start` with the last number.
+    /// Gives the last number to the whole patch that contains weight `start`.
     void spreadFrom(std::size_t start) {
         const int number = static_cast<int>(m_masses.size()) - 1;
         m_numbers[start] = number;

@@ -4,10 +4,10 @@
 
 namespace velorn {
 
-/// `kernel` without what an estimate leaves beside the blur itself: weights far below the largest,
-/// and specks apart from it that weigh little. What remains keeps its shape and sums to 1. Every
-/// speck left in a kernel makes a ghost of each edge; docs/blind-estimation.md tells what their
-/// removal gains.
+/// `kernel` without the noise of an estimate: removes weights far below the largest one, and light
+/// patches that are not connected to the blur. The remaining weights keep their proportions and sum
+/// to 1. Every speck that stays in a kernel makes a ghost of each edge. docs/blind-estimation.md
+/// shows the gain.
 BlurKernel withoutSpecks(const BlurKernel& kernel);
 
 } // namespace velorn

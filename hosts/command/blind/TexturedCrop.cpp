@@ -1,6 +1,7 @@
 #include "hosts/command/blind/TexturedCrop.h"
 
 #include "hosts/command/pictures/Luminance.h"
+#include "hosts/command/pictures/PixelRect.h"
 
 #include <algorithm>
 #include <cmath>
@@ -8,10 +9,11 @@
 namespace velorn {
 namespace {
 
-/// Steps above this many levels count no more than this: they are edges, however strong.
+/// Differences are limited to this many levels: beyond, an edge is an edge, however strong.
 constexpr float kFullStep = 20.0f;
 
-/// The texture of all parts of a picture, from sums over everything above and left of a pixel.
+/// The texture of any rectangle of a picture, from a table of sums over all pixels above and to the
+/// left of each position.
 class TextureSums {
 public:
     explicit TextureSums(const Luminance& picture)
@@ -48,21 +50,6 @@ private:
     std::vector<double> m_sums;
 };
 
-RgbPixels cut(const RgbPixels& pixels, int x, int y, int width, int height) {
-    RgbPixels part{width, height, {}};
-    std::visit(
-        [&]<class T>(const std::vector<T>& samples) {
-            auto& copy = part.samples.template emplace<std::vector<T>>();
-            copy.reserve(3 * part.pixelCount());
-            for (int row = y; row < y + height; ++row) {
-                const auto first = samples.begin() + 3 * (std::ptrdiff_t{row} * pixels.width + x);
-                copy.insert(copy.end(), first, first + 3 * std::ptrdiff_t{width});
-            }
-        },
-        pixels.samples);
-    return part;
-}
-
 } // namespace
 
 RgbPixels texturedCrop(const RgbPixels& pixels, int side) {
@@ -86,7 +73,7 @@ RgbPixels texturedCrop(const RgbPixels& pixels, int side) {
             }
         }
     }
-    return cut(pixels, bestX, bestY, width, height);
+    return crop(pixels, {bestX, bestY, width, height});
 }
 
 } // namespace velorn

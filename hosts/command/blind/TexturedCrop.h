@@ -4,10 +4,10 @@
 
 namespace velorn {
 
-/// The part of `pixels` of at most `side` by `side` pixels that has the most texture, cut out.
+/// The part of `pixels` with the most texture, at most `side` by `side` pixels.
 ///
-/// Texture is the mean step between neighbouring pixels, each step counted up to a bound: a part
-/// with many edges wins over one with a single strong edge.
+/// Texture is the sum of the differences between neighbouring pixels, each limited to an upper
+/// bound: a part with many edges wins over one with a single strong edge.
 RgbPixels texturedCrop(const RgbPixels& pixels, int side);
 
 } // namespace velorn

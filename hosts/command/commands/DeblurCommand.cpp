@@ -1,20 +1,21 @@
 #include "hosts/command/commands/DeblurCommand.h"
 
+#include "hosts/command/commands/KernelSearch.h"
+#include "hosts/command/commands/shownProgress.h"
+#include "hosts/command/files/fileFailures.h"
+#include "hosts/command/files/TemporaryFile.h"
 #include "hosts/command/kernels/KernelFile.h"
 #include "hosts/command/kernels/KernelPicture.h"
-#include "hosts/command/pictures/ImageFile.h"
 #include "hosts/command/restoration/DefaultStrength.h"
 #include "hosts/command/restoration/FramedRestoration.h"
+#include "hosts/command/restoration/KernelLimit.h"
 #include "hosts/command/restoration/NoiseLevel.h"
-#include "hosts/command/restoration/TileLimit.h"
-#include "hosts/command/terminal/Failure.h"
-#include "hosts/command/terminal/ProgressBar.h"
-#include "hosts/command/terminal/TemporaryFile.h"
 
 namespace velorn {
 namespace {
 
-BlurKernel kernelFrom(const KernelSource& source) {
+/// The kernel for the picture as displayed; that of `--blind` is found later.
+BlurKernel knownKernel(const KernelSource& source) {
     if (const auto* blur = std::get_if<AnalyticBlur>(&source)) {
         return makeKernel(*blur);
     }
@@ -22,39 +23,6 @@ BlurKernel kernelFrom(const KernelSource& source) {
         return KernelFile::read(file->path, file->scale);
     }
     return pointKernel();
-}
-
-/// The kernel of a blind restoration, for the pixels as stored. It is shown and warned about on the
-/// terminal.
-BlurKernel foundKernel(const RgbPixels& pixels, int orientation, const BlindSettings& wanted,
-                       const DeblurOptions& options, const Interrupt& interrupt,
-                       std::ostream& terminal, bool isTerminal) {
-    BlindSettings settings = wanted;
-    settings.size = asStored(wanted.size, orientation);
-    BlindKernel found;
-    try {
-        ProgressBar bar(terminal, isTerminal);
-        found = findKernel(pixels, settings, interrupt, bar);
-    } catch (const Failure& failure) {
-        throw Failure(quoted(options.input) + ": " + failure.what());
-    }
-    if (isTerminal || options.isVerbose) {
-        terminal << kernelPicture(asShown(found.kernel, orientation));
-    }
-    if (!found.isHelpful) {
-        terminal << "velorn: warning: " << quoted(options.input) << ": " << kNotHelpful << '\n';
-    }
-    return found.kernel;
-}
-
-void checkFits(const BlurKernel& kernel, const ImageFile& picture, const DeblurOptions& options) {
-    const int largest = largestKernelSide(picture.width(), picture.height());
-    if (kernel.largerSide() > largest) {
-        throw Failure(quoted(options.input) + ": a kernel of " + std::to_string(kernel.width) +
-                      " by " + std::to_string(kernel.height) +
-                      " is too large for this picture, which takes " + std::to_string(largest) +
-                      " by " + std::to_string(largest) + " at most");
-    }
 }
 
 float strengthFor(const RgbPixels& pixels, const DeblurOptions& options, std::ostream& terminal) {
@@ -73,15 +41,12 @@ float strengthFor(const RgbPixels& pixels, const DeblurOptions& options, std::os
 RgbPixels restored(const RgbPixels& pixels, const BlurKernel& kernel, const DeblurOptions& options,
                    const RestorationSettings& settings, const Interrupt& interrupt,
                    ProgressBar& bar) {
-    try {
+    RgbPixels result = naming(options.input, [&] {
         return restoreInFrame(pixels, kernel, settings, options.framePasses,
-                              [&](int current, int limit) {
-                                  bar.show(current, limit);
-                                  return !interrupt.isRequested();
-                              });
-    } catch (const Failure& failure) {
-        throw Failure(quoted(options.input) + ": " + failure.what());
-    }
+                              shownProgress(bar, interrupt));
+    });
+    interrupt.check();
+    return result;
 }
 
 } // namespace
@@ -89,12 +54,13 @@ RgbPixels restored(const RgbPixels& pixels, const BlurKernel& kernel, const Debl
 void runDeblur(const DeblurOptions& options, const Interrupt& interrupt, std::ostream& terminal,
                bool isTerminal) {
     ImageFile::checkWritable(options.output);
-    const BlurKernel displayed = kernelFrom(options.kernel);
+    const BlurKernel displayed = knownKernel(options.kernel);
     ImageFile picture = ImageFile::read(options.input);
-    // The user speaks of the picture as it is shown; the pixels may be stored turned.
+    // The user describes the picture as it is displayed; its rows may be stored in another
+    // orientation.
     BlurKernel kernel = asStored(displayed, picture.orientation());
-    checkFits(kernel, picture, options);
-    // Opened before the work, so that a target that cannot be written is told at once.
+    naming(options.input, [&] { checkFits(kernel.size(), picture.width(), picture.height()); });
+    // Opened before the long work, so that an output that cannot be written fails at once.
     TemporaryFile target(options.output);
     interrupt.check();
 
@@ -102,14 +68,14 @@ void runDeblur(const DeblurOptions& options, const Interrupt& interrupt, std::os
     RestorationSettings settings = options.settings;
     settings.lambda = strengthFor(blurred, options, terminal);
     if (const auto* blind = std::get_if<BlindSettings>(&options.kernel)) {
-        kernel = foundKernel(blurred, picture.orientation(), *blind, options, interrupt, terminal,
-                             isTerminal);
+        kernel = searchKernel(picture, options.input, *blind, interrupt, terminal, isTerminal);
+        if (isTerminal || options.isVerbose) {
+            terminal << kernelPicture(asShown(kernel, picture.orientation()));
+        }
     }
     {
         ProgressBar bar(terminal, isTerminal);
-        const RgbPixels result = restored(blurred, kernel, options, settings, interrupt, bar);
-        interrupt.check();
-        picture.setRgb(result);
+        picture.setRgb(restored(blurred, kernel, options, settings, interrupt, bar));
     }
     target.write(picture.encode(options.output));
     interrupt.check();

@@ -1,15 +1,15 @@
 #pragma once
 
-#include "hosts/command/commands/Options.h"
+#include "hosts/command/commands/DeblurOptions.h"
 #include "hosts/command/terminal/Interrupt.h"
 
 #include <ostream>
 
 namespace velorn {
 
-/// Runs `velorn deblur`: reads the picture, restores it and writes the result in one step at the
-/// end. `terminal` is stderr; the progress bar shows there when `isTerminal`.
-/// @throws Failure naming the file, Interrupted. Either way the output is as it was before.
+/// Runs `velorn deblur`: reads the picture, restores it and replaces the output in a single step.
+/// `terminal` is stderr; it shows a progress bar if `isTerminal`.
+/// @throws Failure that names the file, Interrupted. The output is then unchanged.
 void runDeblur(const DeblurOptions& options, const Interrupt& interrupt, std::ostream& terminal,
                bool isTerminal);
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "hosts/command/commands/Options.h"
+#include "hosts/command/commands/EstimateOptions.h"
 #include "hosts/command/terminal/Interrupt.h"
 
 #include <ostream>
@@ -8,9 +8,9 @@
 namespace velorn {
 
 /// Runs `velorn estimate`: finds the blur kernel of a picture, writes it as text or as a picture
-/// and shows it on `out`. `terminal` is stderr; the progress bar shows there when `isTerminal`, and
-/// a warning when a restoration with the kernel looks worse than the picture.
-/// @throws Failure naming the file, Interrupted. Either way the output is as it was before.
+/// and prints it to `out`. `terminal` is stderr; it shows a progress bar if `isTerminal`, and a
+/// warning when a restoration with the kernel may be worse than the picture.
+/// @throws Failure that names the file, Interrupted. The output is then unchanged.
 void runEstimate(const EstimateOptions& options, const Interrupt& interrupt, std::ostream& out,
                  std::ostream& terminal, bool isTerminal);
 

@@ -1,7 +1,7 @@
 #include "hosts/command/commands/KernelCommand.h"
 
+#include "hosts/command/files/TemporaryFile.h"
 #include "hosts/command/kernels/KernelFile.h"
-#include "hosts/command/terminal/TemporaryFile.h"
 
 namespace velorn {
 

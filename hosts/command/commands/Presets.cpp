@@ -38,20 +38,20 @@ constexpr RestorationSettings crisp() {
 
 constexpr std::array<Preset, 4> kPresets{{
     {"lens",
-     "For pictures out of focus: a little more contrast in the texture that the blur took\n"
-     "most of; edges as they come.",
+     "Pictures out of focus: slightly more contrast in texture, which this blur weakens most. "
+     "Edges stay as restored.",
      lens()},
     {"motion",
-     "For camera shake and moving things, where the motion is never known exactly: calm\n"
-     "areas and few edges, double edges and fringes held back, faint texture lost.",
+     "Camera shake and moving objects, where the motion is known only roughly: smooth areas "
+     "with few edges, fewer double edges and fewer fringes. Faint texture is lost.",
      motion()},
     {"scan",
-     "For scanned text and drawings: dark, clean strokes without fringes on calm paper.\n"
+     "Scanned text and drawings: dark, clean strokes without fringes on a smooth background. "
      "Makes photographs look drawn.",
      scan()},
     {"crisp",
-     "For pictures to be looked at on a screen: crisper edges and livelier texture than\n"
-     "the scene had. Brings noise out; not for pictures to be worked on further.",
+     "Pictures for the screen: sharper edges and stronger texture than in the scene. Amplifies "
+     "noise; not for pictures that are processed further.",
      crisp()},
 }};
 

@@ -6,16 +6,16 @@
 
 namespace velorn {
 
-/// Settings that go together, under a name.
+/// Settings for a purpose.
 struct Preset {
     const char* name;
-    /// What it is for and what it does to the picture; lines are broken for --help.
+    /// The purpose and the effect on the picture, for --help.
     const char* effect;
-    /// The strength (`lambda`) is not among them: the picture's noise decides it.
+    /// The strength (`lambda`) is not part of a preset: it follows from the noise of the picture.
     RestorationSettings settings;
 };
 
-/// All presets; docs/presets.md tells how their values were found.
+/// All presets. docs/presets.md describes how their values were found.
 std::span<const Preset> presets();
 
 } // namespace velorn

@@ -1,55 +1,41 @@
 #include "hosts/command/commands/PreviewCommand.h"
 
+#include "hosts/command/files/fileFailures.h"
+#include "hosts/command/files/openForReading.h"
+#include "hosts/command/files/TemporaryFile.h"
 #include "hosts/command/pictures/DisplayPixels.h"
 #include "hosts/command/pictures/ImageFile.h"
 #include "hosts/command/pictures/upright.h"
-#include "hosts/command/terminal/Failure.h"
-#include "hosts/command/terminal/TemporaryFile.h"
 
-#include <cerrno>
-#include <cstring>
-#include <fstream>
 #include <iterator>
 
 namespace velorn {
 namespace {
 
 ProfileBytes readProfile(const std::filesystem::path& path) {
-    checkReadable(path);
-    errno = 0;
-    std::ifstream file(path, std::ios::binary);
-    ProfileBytes bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-    if (!file.is_open() || file.bad()) {
-        throw Failure("cannot read " + quoted(path) + ": " + std::strerror(errno));
-    }
+    std::ifstream file = openForReading(path);
+    const ProfileBytes bytes{std::istreambuf_iterator<char>(file),
+                             std::istreambuf_iterator<char>()};
     if (bytes.empty() || !isDisplayProfile(bytes)) {
-        throw Failure(quoted(path) + " is not the profile of an RGB display");
+        throw failureIn(path, "not an ICC profile of an RGB display");
     }
     return bytes;
 }
 
-/// The profile that the picture's colours are told by. Grey pictures are shown as equal red, green
-/// and blue, which no grey profile describes: they count as sRGB.
+/// The profile of the picture's colours. Grey pictures are displayed as equal red, green and blue,
+/// which a grey profile does not describe: for them, the result is empty, which means sRGB.
 ProfileBytes profileOf(const ImageFile& picture, const PreviewOptions& options,
                        std::ostream& terminal) {
     ProfileBytes profile = picture.isGrey() ? ProfileBytes{} : picture.profile();
     if (!profile.empty() && !isSourceProfile(profile)) {
         terminal << "velorn: warning: " << quoted(options.input)
-                 << ": its colour profile cannot be used; taken as sRGB\n";
+                 << ": its colour profile cannot be used; assuming sRGB\n";
         return {};
     }
     return profile;
 }
 
-DisplayPixels shown(const ImageFile& picture, const DisplayProfiles& profiles,
-                    const PreviewOptions& options) {
-    try {
-        return displayPixels(picture.rgb(), profiles, options.scale);
-    } catch (const Failure& failure) {
-        throw Failure(quoted(options.input) + ": " + failure.what());
-    }
-}
-
+/// The colours of display pixels: red first, without the fourth byte.
 RgbPixels coloursOf(const DisplayPixels& pixels) {
     std::vector<std::uint8_t> samples;
     samples.reserve(pixels.bytes.size() / 4 * 3);
@@ -72,8 +58,9 @@ void runPreview(const PreviewOptions& options, const Interrupt& interrupt, std::
     TemporaryFile target(options.output);
     interrupt.check();
 
-    const RgbPixels colours =
-        upright(coloursOf(shown(picture, profiles, options)), picture.orientation());
+    const DisplayPixels shown = naming(
+        options.input, [&] { return displayPixels(picture.rgb(), profiles, options.scale); });
+    const RgbPixels colours = upright(coloursOf(shown), picture.orientation());
     ImageFile preview(colours.width, colours.height, 3, 8);
     preview.setRgb(colours);
     if (!profiles.display.empty()) {

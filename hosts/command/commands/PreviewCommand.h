@@ -1,15 +1,15 @@
 #pragma once
 
-#include "hosts/command/commands/Options.h"
+#include "hosts/command/commands/PreviewOptions.h"
 #include "hosts/command/terminal/Interrupt.h"
 
 #include <ostream>
 
 namespace velorn {
 
-/// Runs `velorn preview`: writes what a host shows of a picture through the library's display
-/// exports. `terminal` is stderr, for the warning that the picture's own profile cannot be used.
-/// @throws Failure naming the file, Interrupted. Either way the output is as it was before.
+/// Runs `velorn preview`: writes what a host displays of a picture with the library's display
+/// exports. `terminal` is stderr; it shows a warning when the picture's own profile cannot be used.
+/// @throws Failure that names the file, Interrupted. The output is then unchanged.
 void runPreview(const PreviewOptions& options, const Interrupt& interrupt, std::ostream& terminal);
 
 } // namespace velorn

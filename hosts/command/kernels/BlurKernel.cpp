@@ -1,5 +1,6 @@
 #include "hosts/command/kernels/BlurKernel.h"
 
+#include "hosts/command/library/statusText.h"
 #include "hosts/command/pictures/Orientation.h"
 #include "hosts/command/terminal/Failure.h"
 #include "velorncore10.h"
@@ -11,8 +12,9 @@
 namespace velorn {
 namespace {
 
-/// The side that the library's rules give, or a bound of it, for the memory that it writes into.
-double sideOf(const AnalyticBlur& blur) {
+/// The side of the kernel that the library makes, or an upper bound of it: the library writes into
+/// memory of the caller and returns the size afterwards.
+double largestSideOf(const AnalyticBlur& blur) {
     const double extent = static_cast<double>(blur.extent);
     switch (blur.shape) {
     case AnalyticBlur::Shape::Gaussian:
@@ -29,13 +31,12 @@ double sideOf(const AnalyticBlur& blur) {
 
 BlurKernel makeKernel(const AnalyticBlur& blur) {
     if (!(blur.extent > 0.0f) || !std::isfinite(blur.angle)) {
-        throw Failure("a blur needs an extent above 0");
+        throw Failure("a blur needs an extent above 0 and a finite angle");
     }
-    const double side = sideOf(blur);
+    const double side = largestSideOf(blur);
     if (!(side <= kLargestKernelSide)) {
         throw Failure("a blur of this extent needs a kernel larger than " +
-                      std::to_string(kLargestKernelSide) + " by " +
-                      std::to_string(kLargestKernelSide));
+                      KernelSize{kLargestKernelSide, kLargestKernelSide}.text());
     }
     BlurKernel kernel;
     kernel.weights.resize(static_cast<std::size_t>(side * side));
@@ -44,7 +45,7 @@ BlurKernel makeKernel(const AnalyticBlur& blur) {
     const auto status =
         ornCreateKernel(static_cast<int>(blur.shape), blur.extent, blur.angle, &record);
     if (status != VELORN_OK) {
-        throw Failure("the kernel could not be made, status " + std::to_string(status));
+        throw Failure("the kernel cannot be made: " + statusText(status));
     }
     kernel.width = record.width;
     kernel.height = record.height;
@@ -57,15 +58,20 @@ BlurKernel pointKernel() {
     return {1, 1, {1.0f}};
 }
 
+BlurKernel rotatedBy180(const BlurKernel& kernel) {
+    BlurKernel rotated = kernel;
+    std::ranges::reverse(rotated.weights);
+    return rotated;
+}
+
 BlurKernel asStored(const BlurKernel& kernel, int orientation) {
-    const Orientation turn(orientation);
-    BlurKernel stored{turn.isTurned() ? kernel.height : kernel.width,
-                      turn.isTurned() ? kernel.width : kernel.height,
-                      {}};
+    const KernelSize size = asStored(kernel.size(), orientation);
+    const Orientation arrangement(orientation);
+    BlurKernel stored{size.width, size.height, {}};
     stored.weights.reserve(kernel.weights.size());
     for (int r = 0; r < stored.height; ++r) {
         for (int c = 0; c < stored.width; ++c) {
-            const auto place = turn.shown({r, c}, kernel.width, kernel.height);
+            const auto place = arrangement.displayed({r, c}, kernel.width, kernel.height);
             stored.weights.push_back(kernel.at(place.row, place.column));
         }
     }
@@ -73,22 +79,23 @@ BlurKernel asStored(const BlurKernel& kernel, int orientation) {
 }
 
 BlurKernel asShown(const BlurKernel& kernel, int orientation) {
-    // Two orientations are quarter turns, each the other's reverse; the rest undo themselves.
-    const int reverse = orientation == 6 ? 8 : orientation == 8 ? 6 : orientation;
-    return asStored(kernel, reverse);
+    // Orientations 6 and 8 are quarter turns and inverse to each other; all others are inverse to
+    // themselves.
+    const int inverse = orientation == 6 ? 8 : orientation == 8 ? 6 : orientation;
+    return asStored(kernel, inverse);
 }
 
 BlurKernel checkedKernel(BlurKernel kernel, const std::string& origin) {
     if (kernel.width % 2 == 0 || kernel.height % 2 == 0) {
-        throw Failure(origin + ": the kernel is " + std::to_string(kernel.width) + " by " +
-                      std::to_string(kernel.height) + ", but both sides must be odd");
+        throw Failure(origin + ": the kernel is " + kernel.size().text() +
+                      ", but both sides must be odd");
     }
     if (!std::ranges::all_of(kernel.weights, [](float w) { return std::isfinite(w); })) {
-        throw Failure(origin + ": the kernel has weights that are not finite numbers");
+        throw Failure(origin + ": the kernel has weights that are not finite");
     }
     const double sum = std::accumulate(kernel.weights.begin(), kernel.weights.end(), 0.0);
     if (!(sum > 1e-12)) {
-        throw Failure(origin + ": the kernel's weights add up to nothing or less");
+        throw Failure(origin + ": the sum of the kernel's weights is not positive");
     }
     constexpr double kRounding = 1e-5;
     if (std::abs(sum - 1.0) > kRounding) {

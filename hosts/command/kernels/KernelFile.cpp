@@ -1,21 +1,20 @@
 #include "hosts/command/kernels/KernelFile.h"
 
+#include "hosts/command/files/fileFailures.h"
+#include "hosts/command/files/openForReading.h"
 #include "hosts/command/pictures/ImageFile.h"
-#include "hosts/command/terminal/Failure.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <charconv>
 #include <cmath>
 #include <cstring>
-#include <fstream>
 #include <sstream>
 
 namespace velorn {
 namespace {
 
 constexpr const char* kDescription = "velorn blur kernel, pixels per weight: ";
-/// Kernels are shown about this large.
+/// The approximate side in pixels of kernel pictures.
 constexpr int kShownSide = 256;
 
 bool isText(const std::filesystem::path& path) {
@@ -23,6 +22,13 @@ bool isText(const std::filesystem::path& path) {
     std::ranges::transform(extension, extension.begin(),
                            [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
     return extension == ".txt" || extension == ".csv";
+}
+
+void checkSize(KernelSize size, const std::filesystem::path& path) {
+    if (size.largerSide() > kLargestKernelSide) {
+        throw failureIn(path, "the kernel is larger than " +
+                                  KernelSize{kLargestKernelSide, kLargestKernelSide}.text());
+    }
 }
 
 std::vector<float> parseRow(std::string line, const std::string& place) {
@@ -45,12 +51,7 @@ std::vector<float> parseRow(std::string line, const std::string& place) {
 }
 
 BlurKernel readText(const std::filesystem::path& path) {
-    checkReadable(path);
-    errno = 0;
-    std::ifstream file(path);
-    if (!file) {
-        throw Failure("cannot read " + quoted(path) + ": " + std::strerror(errno));
-    }
+    std::ifstream file = openForReading(path);
     BlurKernel kernel;
     int number = 0;
     for (std::string line; std::getline(file, line);) {
@@ -65,15 +66,12 @@ BlurKernel readText(const std::filesystem::path& path) {
                           " numbers where the first row has " + std::to_string(kernel.width));
         }
         kernel.width = width;
-        if (width > kLargestKernelSide || ++kernel.height > kLargestKernelSide) {
-            throw Failure(quoted(path) + ": the kernel is larger than " +
-                          std::to_string(kLargestKernelSide) + " by " +
-                          std::to_string(kLargestKernelSide));
-        }
+        ++kernel.height;
+        checkSize(kernel.size(), path);
         kernel.weights.insert(kernel.weights.end(), row.begin(), row.end());
     }
     if (kernel.height == 0) {
-        throw Failure(quoted(path) + " holds no numbers");
+        throw Failure(quoted(path) + " contains no numbers");
     }
     return kernel;
 }
@@ -93,16 +91,13 @@ BlurKernel readPicture(const std::filesystem::path& path, std::optional<int> wan
     const ImageFile picture = ImageFile::read(path);
     const int scale = wantedScale ? *wantedScale : scaleOf(picture);
     if (picture.width() % scale != 0 || picture.height() % scale != 0) {
-        throw Failure(quoted(path) + " is " + std::to_string(picture.width()) + " by " +
-                      std::to_string(picture.height()) + " pixels, which no kernel of scale " +
-                      std::to_string(scale) + " gives");
+        throw failureIn(path, "sides of " + std::to_string(picture.width()) + " by " +
+                                  std::to_string(picture.height()) +
+                                  " pixels are not multiples of the kernel scale " +
+                                  std::to_string(scale));
     }
     BlurKernel kernel{picture.width() / scale, picture.height() / scale, {}};
-    if (kernel.largerSide() > kLargestKernelSide) {
-        throw Failure(quoted(path) + ": the kernel is larger than " +
-                      std::to_string(kLargestKernelSide) + " by " +
-                      std::to_string(kLargestKernelSide));
-    }
+    checkSize(kernel.size(), path);
     const int colours = picture.isGrey() ? 1 : 3;
     std::vector<double> sums(static_cast<std::size_t>(kernel.width) *
                              static_cast<std::size_t>(kernel.height));
@@ -122,7 +117,7 @@ BlurKernel readPicture(const std::filesystem::path& path, std::optional<int> wan
             }
         },
         picture.samples());
-    // Kept small enough for a float, whatever the depth and the scale.
+    // Scales the sums to 0..1, so that they fit a float for every depth and scale.
     const double unit = 65535.0 * colours * scale * scale;
     std::ranges::transform(sums, std::back_inserter(kernel.weights),
                            [unit](double sum) { return static_cast<float>(sum / unit); });

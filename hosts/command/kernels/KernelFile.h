@@ -7,25 +7,29 @@
 
 namespace velorn {
 
-/// Kernels in files: as text (`.txt`, `.csv`) or as pictures (every other extension).
+/// Kernels in files: as text (`.txt`, `.csv`) or as pictures (all other extensions).
 ///
-/// Text holds one row of weights a line, parted by blanks, commas or semicolons; what follows a `#`
-/// is a remark. Numbers are written so that they read back exactly.
+/// Text holds one row of weights per line, separated by blanks, commas or semicolons; `#` starts a
+/// comment. Written numbers read back exactly.
 ///
-/// Pictures show one square of pixels for each weight, the largest weight white, and carry the
-/// square's side in their description. Reading averages the colour channels, ignores alpha,
-/// averages each square and scales the sum to 1.
+/// Pictures show each weight as a square of pixels, the largest weight white, and store the side of
+/// the square in their description. Reading averages the colour channels, ignores alpha and
+/// averages each square. Kernels that are read have the sum 1.
 class KernelFile {
 public:
-    /// `scale` is the side of a weight's square in a picture; without it, the picture's own
-    /// description tells, and 1 counts for a picture that says nothing.
-    /// @throws Failure naming the file: unreadable, ragged, even sides, not finite, sum 0.
+    /// `scale` is the side of a weight's square in a picture, at least 1. Without it, the picture's
+    /// description gives the side; a picture without such a description has the side 1.
+    /// @throws Failure that names the file: unreadable, rows of different lengths, sides even or
+    ///         above `kLargestKernelSide`, weights not finite, sum not positive.
     static BlurKernel read(const std::filesystem::path& path, std::optional<int> scale);
 
-    /// Ends with a failure, naming `path`, when no kernel can be written under such a name.
+    /// Checks that the extension of `path` selects a format that can be written.
+    /// @throws Failure that names `path`.
     static void checkWritable(const std::filesystem::path& path);
 
-    /// The bytes of a file with `kernel`, of the kind that the extension of `path` names.
+    /// Encodes `kernel` in the format that the extension of `path` selects.
+    /// @returns the bytes of the file
+    /// @throws Failure that names `path` when the format cannot be written.
     static std::vector<unsigned char> encode(const BlurKernel& kernel,
                                              const std::filesystem::path& path);
 };

@@ -6,9 +6,9 @@
 
 namespace velorn {
 
-/// `kernel` as lines of block characters (UTF-8) for a terminal: two characters a weight, so that
-/// squares look square, the shade by the weight's share of the largest one. Kernels of more than
-/// 31 columns or rows are shown smaller, several weights to a place.
+/// `kernel` as lines of block characters (UTF-8) for a terminal. Each weight takes two characters,
+/// which together are about square; the shade shows the weight relative to the largest one. Kernels
+/// with more than 31 columns or rows are reduced: each place shows the sum of several weights.
 std::string kernelPicture(const BlurKernel& kernel);
 
 } // namespace velorn

@@ -7,7 +7,7 @@
 
 namespace velorn {
 
-/// A view of a file's bytes. Callers of the helpers below see to it that `at` lies inside.
+/// A view of a file's bytes. The functions below do not check that `at` is inside.
 using Bytes = std::span<const unsigned char>;
 
 inline std::uint16_t bigEndian16(Bytes bytes, std::size_t at) {

@@ -15,7 +15,7 @@ const std::string kExifPrefix("Exif\0\0", 6);
 const std::string kXmpPrefix("http://ns.adobe.com/xap/1.0/\0", 29);
 const std::string kExtendedXmpPrefix("http://ns.adobe.com/xmp/extension/\0", 35);
 
-/// One marker segment: `whole` includes marker and length, `body` is what follows them.
+/// One marker segment: `whole` includes marker and length, `body` does not.
 struct Segment {
     unsigned char marker;
     Bytes whole;
@@ -27,8 +27,8 @@ struct Segment {
     bool isApplication0() const { return marker == 0xE0; }
 };
 
-/// Visits the segments between the start of the image and the first scan; returns where the
-/// first byte after them stands.
+/// Visits the segments between the start of the image and the first scan. Returns the position of
+/// the first byte after them.
 std::size_t forEachSegment(Bytes file, const std::function<void(const Segment&)>& visit) {
     std::size_t at = 2;
     while (at + 4 <= file.size() && file[at] == 0xFF && file[at + 1] != kStartOfScan) {
@@ -46,7 +46,7 @@ std::size_t forEachSegment(Bytes file, const std::function<void(const Segment&)>
     return at;
 }
 
-/// Kinds that pass as opaque segments.
+/// Whether segments of this kind are copied without interpretation.
 bool isOpaqueKind(const Segment& segment) {
     return segment.isExtendedXmp() || segment.marker == kApp13 || segment.marker == kComment;
 }
@@ -59,7 +59,7 @@ std::string segmentText(unsigned char marker, const std::string& body) {
            bigEndianText(static_cast<std::uint32_t>(body.size() + 2), 2) + body;
 }
 
-/// Whether `blocks` brings segments of the kind of `own`, which then gives way.
+/// Whether `blocks` has segments of the kind of `own`, which replace it.
 bool isReplaced(const Segment& own, const MetadataBlocks& blocks) {
     if (own.isExif()) {
         return !blocks.exif.empty();
@@ -104,7 +104,7 @@ std::vector<unsigned char> withJpegMetadata(Bytes file, const MetadataBlocks& bl
     for (const std::string& segment : blocks.jpegSegments) {
         carried += segment;
     }
-    // The JFIF segment must come first, EXIF right behind it.
+    // The JFIF segment must come first, followed by EXIF.
     std::string head = textOf(file.first(2));
     std::string rest;
     const std::size_t scan = forEachSegment(file, [&](const Segment& segment) {

@@ -5,14 +5,15 @@
 
 namespace velorn {
 
+/// Whether `file` begins like a JPEG file.
 bool isJpeg(Bytes file);
 
-/// EXIF, XMP, extended XMP, IPTC and comments. Colour profiles are left to the pixels' reader;
-/// segments that speak of positions in the file or of its coding stay behind.
+/// Reads EXIF, XMP, extended XMP, IPTC and comments. Omits colour profiles, which the image library
+/// reads, and segments that describe positions in the file or its encoding.
 MetadataBlocks readJpegMetadata(Bytes file);
 
-/// `file` with its own segments of each kind replaced where `blocks` has some of that kind.
-/// A block larger than a segment (64 KiB) is left out.
+/// `file` with the segments of `blocks`, which replace those of the same kind. Blocks larger than a
+/// segment (64 KiB) are omitted.
 std::vector<unsigned char> withJpegMetadata(Bytes file, const MetadataBlocks& blocks);
 
 } // namespace velorn

@@ -7,27 +7,27 @@
 
 namespace velorn {
 
-/// The metadata that JPEG, PNG and WebP files carry as opaque blocks. They pass through byte for
-/// byte, so that what no reader of ours understands (maker notes, private XMP) survives as well.
+/// The metadata that JPEG, PNG and WebP files contain as opaque blocks. The blocks are copied byte
+/// for byte, which preserves data that this program does not understand (maker notes, private XMP).
 struct MetadataBlocks {
-    /// EXIF as a TIFF structure, without any container's prefix.
+    /// EXIF as a TIFF structure, without the prefix of a container.
     std::string exif;
     /// One XMP packet.
     std::string xmp;
     /// Colour profile.
     std::string icc;
-    /// Further JPEG segments, each with its marker and length: extended XMP, IPTC, comments.
+    /// Other JPEG segments, each with its marker and length: extended XMP, IPTC, comments.
     std::vector<std::string> jpegSegments;
-    /// Further PNG chunks, each complete: texts, times, physical size.
+    /// Other PNG chunks, each complete: texts, times, physical size.
     std::vector<std::string> pngChunks;
 };
 
-/// The blocks of a file's bytes; empty for other containers. Damaged structures end the search and
-/// are never an error: the pixels' reader decides on those.
+/// The blocks in the bytes of a file; empty for other containers. A damaged structure ends the
+/// search without an error: the reader of the pixels decides whether the file is usable.
 MetadataBlocks readMetadataBlocks(std::span<const unsigned char> file);
 
-/// `file` (freshly encoded JPEG, PNG or WebP bytes) with `blocks` in the place of its own; other
-/// containers come back as they are. Blocks that a container cannot hold are left out.
+/// `file`, the bytes of a newly encoded JPEG, PNG or WebP file, with `blocks` in place of its own.
+/// Blocks that a container cannot hold are omitted; other containers are returned unchanged.
 std::vector<unsigned char> withMetadataBlocks(std::vector<unsigned char> file,
                                               const MetadataBlocks& blocks);
 

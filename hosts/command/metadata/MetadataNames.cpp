@@ -10,7 +10,7 @@ namespace {
 
 constexpr const char* kName = "metadata.jpg";
 
-/// A JPEG file of one pixel with the attributes of `metadata`; empty if it cannot be made.
+/// A JPEG file of one pixel with the attributes of `metadata`; empty on failure.
 std::vector<unsigned char> onePixel(const OIIO::ImageSpec& metadata) {
     OIIO::ImageSpec spec(1, 1, 3, OIIO::TypeDesc::UINT8);
     spec.extra_attribs = metadata.extra_attribs;

@@ -6,13 +6,15 @@
 
 namespace velorn {
 
-// Some formats carry metadata as opaque blocks, others as named attributes. The picture library
-// translates between the two within JPEG files only: hence a picture of one pixel in between.
+// Some formats store metadata as opaque blocks, others as named attributes. The image library
+// converts between the two only in JPEG files; therefore these functions go through a JPEG file of
+// one pixel.
 
-/// Adds to `spec` what the EXIF and XMP blocks say, by name; attributes that `spec` has stay.
+/// Adds the content of the EXIF and XMP blocks to `spec` as named attributes. Attributes that
+/// `spec` already has stay unchanged.
 void addNamedMetadata(const MetadataBlocks& blocks, OIIO::ImageSpec& spec);
 
-/// The EXIF and XMP blocks that say what `spec` has by name; empty when there is nothing to say.
+/// EXIF and XMP blocks with the named attributes of `spec`; empty when there are none.
 MetadataBlocks blocksOfNamedMetadata(const OIIO::ImageSpec& spec);
 
 } // namespace velorn

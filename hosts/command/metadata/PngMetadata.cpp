@@ -23,7 +23,7 @@ struct Chunk {
     bool isExif() const { return type == kExifType; }
 };
 
-/// Visits the chunks; returns where the first byte after them stands.
+/// Visits the chunks. Returns the position of the first byte after them.
 std::size_t forEachChunk(Bytes file, const std::function<void(const Chunk&)>& visit) {
     std::size_t at = kSignature.size();
     while (file.size() - at >= kChunkFrame) {

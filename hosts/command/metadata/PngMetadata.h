@@ -5,14 +5,15 @@
 
 namespace velorn {
 
+/// Whether `file` begins like a PNG file.
 bool isPng(Bytes file);
 
-/// EXIF and XMP by themselves; texts, time, physical size and the colour description as opaque
-/// chunks. Chunks that depend on the coding of the pixels stay behind.
+/// Reads EXIF and XMP as blocks, and texts, time, physical size and the colour description as
+/// opaque chunks. Omits chunks that depend on the encoding of the pixels.
 MetadataBlocks readPngMetadata(Bytes file);
 
-/// `file` with the blocks behind its header. When `blocks` has opaque chunks, it comes from a PNG
-/// file, and all of the encoder's own chunks of those kinds give way.
+/// `file` with the blocks after its header. If `blocks` has opaque chunks, it comes from a PNG
+/// file, and replaces all of the encoder's own chunks of those kinds.
 std::vector<unsigned char> withPngMetadata(Bytes file, const MetadataBlocks& blocks);
 
 } // namespace velorn

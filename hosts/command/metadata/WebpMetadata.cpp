@@ -14,7 +14,7 @@ constexpr unsigned kHasAlpha = 0x10;
 constexpr unsigned kHasExif = 0x08;
 constexpr unsigned kHasXmp = 0x04;
 
-/// Some writers put the prefix of JPEG's segment in front of the EXIF structure.
+/// Some writers put the prefix of the JPEG segment before the EXIF structure.
 const std::string kExifPrefix("Exif\0\0", 6);
 
 struct Chunk {
@@ -39,7 +39,7 @@ std::string chunkText(const std::string& type, const std::string& body) {
            std::string(body.size() % 2, '\0');
 }
 
-/// What the extended header says about the picture, gathered from its bitstream.
+/// The fields of the extended header that describe the picture, read from its bitstream.
 struct Canvas {
     unsigned alpha = 0;
     std::uint32_t widthLessOne = 0;

@@ -5,12 +5,14 @@
 
 namespace velorn {
 
+/// Whether `file` begins like a WebP file.
 bool isWebp(Bytes file);
 
-/// EXIF, XMP and the colour profile.
+/// Reads EXIF, XMP and the colour profile.
 MetadataBlocks readWebpMetadata(Bytes file);
 
-/// `file` (one still picture) in the extended layout, with the blocks in their prescribed order.
+/// `file`, a single still picture, in the extended layout with the blocks in their prescribed
+/// order.
 std::vector<unsigned char> withWebpMetadata(Bytes file, const MetadataBlocks& blocks);
 
 } // namespace velorn

@@ -1,7 +1,8 @@
 #include "hosts/command/pictures/DisplayPixels.h"
 
+#include "hosts/command/library/statusText.h"
+#include "hosts/command/pictures/planeRecord.h"
 #include "hosts/command/terminal/Failure.h"
-#include "velorncore10.h"
 
 #include <cmath>
 #include <limits>
@@ -10,7 +11,8 @@
 namespace velorn {
 namespace {
 
-constexpr std::int32_t kRefused = 0;
+/// The library's status when it refuses a profile and shows the colours unchanged.
+constexpr std::int32_t kProfileRefused = 0;
 
 template <class T>
 std::int32_t asInt32(T value) {
@@ -20,33 +22,19 @@ std::int32_t asInt32(T value) {
     return static_cast<std::int32_t>(value);
 }
 
-PlaneRecord recordOf(const RgbPixels& pixels) {
-    PlaneRecord record{};
-    record.format = pixels.isEightBit() ? psC3U8 : psC3U16;
-    record.width = pixels.width;
-    record.height = pixels.height;
-    std::visit(
-        [&]<class T>(const std::vector<T>& samples) {
-            record.data = samples.data();
-            record.step = asInt32(std::int64_t{3} * pixels.width * static_cast<int>(sizeof(T)));
-        },
-        pixels.samples);
-    return record;
-}
-
 PSProfilesRecord recordOf(const DisplayProfiles& profiles) {
     return {profiles.picture.data(), asInt32(profiles.picture.size()), profiles.display.data(),
             asInt32(profiles.display.size())};
 }
 
-/// Near 1 the library copies pixel by pixel; otherwise this is as far as the scaled picture
-/// reaches.
+/// The length of a displayed side. At scales near 1 the library copies pixel by pixel; at others it
+/// resamples.
 int sideAt(int side, float scale) {
     const double wide = scale;
     if (wide >= 0.99 && wide <= 1.01) {
         return side;
     }
-    // The library forgives the rounding of the factor in the same way.
+    // The same tolerance for the rounding of the factor as in the library.
     return asInt32(std::floor(side * wide + 1e-7));
 }
 
@@ -54,12 +42,12 @@ std::int32_t stepOf(const DisplayPixels& shown) {
     return asInt32(std::int64_t{4} * shown.width);
 }
 
-/// Fills `shown`, which has its size, and returns the library's status.
+/// Fills `shown`, whose size is set, and returns the library's status.
 std::int32_t show(const RgbPixels& pixels, const DisplayProfiles& profiles, float scale,
                   DisplayPixels& shown) {
     shown.bytes.resize(static_cast<std::size_t>(stepOf(shown)) *
                        static_cast<std::size_t>(shown.height));
-    PlaneRecord image = recordOf(pixels);
+    PlaneRecord image = planeRecord(pixels);
     PSProfilesRecord colours = recordOf(profiles);
     return PSImageICC2QImage(&colours, &image, shown.bytes.data(), stepOf(shown), shown.width,
                              shown.height, scale);
@@ -84,11 +72,11 @@ bool isDisplayProfile(const ProfileBytes& profile) {
 DisplayPixels displayPixels(const RgbPixels& pixels, const DisplayProfiles& profiles, float scale) {
     DisplayPixels shown{sideAt(pixels.width, scale), sideAt(pixels.height, scale), {}};
     if (shown.width < 1 || shown.height < 1) {
-        throw Failure("at this scale no pixel of the picture is left");
+        throw Failure("the picture has no pixels at this scale");
     }
     const std::int32_t status = show(pixels, profiles, scale, shown);
-    if (status != VELORN_OK && status != kRefused) {
-        throw Failure("the library could not show it (status " + std::to_string(status) + ")");
+    if (status != VELORN_OK && status != kProfileRefused) {
+        throw Failure("cannot be displayed: " + statusText(status));
     }
     return shown;
 }

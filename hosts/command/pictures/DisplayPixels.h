@@ -10,28 +10,30 @@ namespace velorn {
 /// An ICC profile as a block of memory; empty when there is none.
 using ProfileBytes = std::vector<unsigned char>;
 
-/// What a display shows of a picture: blue, green, red and 255 for each pixel, row after row.
+/// Pixels for a display: blue, green, red and 255 for each pixel, row after row.
 struct DisplayPixels {
     int width = 0;
     int height = 0;
     std::vector<std::uint8_t> bytes;
 };
 
-/// The colour profiles on both sides of a display; an empty one stands for sRGB, and two empty ones
-/// for no colour management.
+/// The colour profiles of a picture and of the display that shows it. If one is empty, sRGB takes
+/// its place; if both are empty, colours are not converted.
 struct DisplayProfiles {
     ProfileBytes picture;
     ProfileBytes display;
 };
 
-/// Whether the library can take colours from `profile`, and whether it can bring them there.
+/// Whether the library can convert colours from `profile`.
 bool isSourceProfile(const ProfileBytes& profile);
+
+/// Whether the library can convert colours to `profile`.
 bool isDisplayProfile(const ProfileBytes& profile);
 
-/// The whole of `pixels` as the library shows it at `scale`, in a buffer that it just fills.
-/// @throws Failure when that buffer would be empty or beyond what the library's calls can describe,
-///         and with the status of a call that failed. Profiles that the library refuses leave the
-///         colours as they are.
+/// The whole of `pixels` as the library displays it at `scale`, in a buffer of exactly that size.
+/// Profiles that the library refuses leave the colours unchanged.
+/// @throws Failure when the buffer would be empty or larger than the library's records can
+///         describe, and when the library fails.
 DisplayPixels displayPixels(const RgbPixels& pixels, const DisplayProfiles& profiles, float scale);
 
 } // namespace velorn

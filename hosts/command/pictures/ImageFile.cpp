@@ -1,16 +1,14 @@
 #include "hosts/command/pictures/ImageFile.h"
 
-#include "hosts/command/metadata/MemoryFile.h"
+#include "hosts/command/files/fileFailures.h"
+#include "hosts/command/files/MemoryFile.h"
+#include "hosts/command/files/openForReading.h"
 #include "hosts/command/metadata/MetadataNames.h"
 #include "hosts/command/pictures/PixelScale.h"
-#include "hosts/command/terminal/Failure.h"
 #include "hosts/command/terminal/SilencedErrors.h"
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
-#include <cstring>
-#include <fstream>
 #include <OpenImageIO/filesystem.h>
 
 namespace velorn {
@@ -24,15 +22,11 @@ using OIIO::TypeDesc;
 constexpr const char* kProfile = "ICCProfile";
 constexpr const char* kUnassociatedAlpha = "oiio:UnassociatedAlpha";
 
-/// The file's metadata blocks. The whole file is only held when it is of a kind that has some.
+/// The metadata blocks of a file. Reads the whole file only if its format has such blocks.
 MetadataBlocks blocksOfFile(const std::filesystem::path& path) {
-    errno = 0;
-    std::ifstream file(path, std::ios::binary);
+    std::ifstream file = openForReading(path);
     std::vector<unsigned char> bytes(16);
     file.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-    if (!file.is_open() || file.bad()) {
-        throw Failure("cannot read " + quoted(path) + ": " + std::strerror(errno));
-    }
     const bool isJpeg = bytes[0] == 0xFF && bytes[1] == 0xD8;
     const bool isPng = bytes[0] == 0x89 && bytes[1] == 'P';
     const bool isRiff = bytes[0] == 'R' && bytes[1] == 'I';
@@ -47,10 +41,10 @@ MetadataBlocks blocksOfFile(const std::filesystem::path& path) {
 
 std::unique_ptr<ImageInput> openInput(const std::filesystem::path& path) {
     ImageSpec wishes;
-    wishes.attribute(kUnassociatedAlpha, 1); // alpha and colours as the file holds them
+    wishes.attribute(kUnassociatedAlpha, 1); // colours not multiplied by alpha
     auto input = ImageInput::open(path.string(), &wishes);
     if (!input) {
-        throw Failure("cannot read " + quoted(path) + ": " + onOneLine(OIIO::geterror()));
+        throw cannotRead(path, onOneLine(OIIO::geterror()));
     }
     return input;
 }
@@ -62,7 +56,8 @@ void checkChannels(const ImageSpec& spec, const std::filesystem::path& path) {
                       " channels; only grey and RGB are supported, each with or without alpha");
     }
     if (spec.alpha_channel >= 0 && spec.alpha_channel != spec.nchannels - 1) {
-        throw Failure(quoted(path) + " has its alpha before its colours, which is not supported");
+        throw Failure(quoted(path) +
+                      " has its alpha channel before its colours, which is not supported");
     }
     for (const char* name : {"jpeg:ColorSpace", "tiff:ColorSpace"}) {
         const auto space = spec.get_string_attribute(name);
@@ -73,7 +68,7 @@ void checkChannels(const ImageSpec& spec, const std::filesystem::path& path) {
     }
 }
 
-/// Looks with an input of its own: some readers do not find back to the first picture.
+/// Some readers cannot seek back to the first picture, so this opens the file a second time.
 void checkSinglePicture(const std::filesystem::path& path) {
     const auto input = openInput(path);
     if (input->spec().depth > 1 || input->spec().deep) {
@@ -90,7 +85,7 @@ std::vector<T> readSamples(ImageInput& input, TypeDesc type, const std::filesyst
     const ImageSpec spec = input.spec();
     std::vector<T> samples(spec.image_pixels() * static_cast<std::size_t>(spec.nchannels));
     if (!input.read_image(0, 0, 0, spec.nchannels, type, samples.data()) || input.has_error()) {
-        throw Failure("cannot read " + quoted(path) + ": " + onOneLine(input.geterror()));
+        throw cannotRead(path, onOneLine(input.geterror()));
     }
     return samples;
 }
@@ -124,9 +119,9 @@ void attachProfile(ImageSpec& spec, const auto& bytes) {
                    bytes.data());
 }
 
-/// What the pixels' reader of these formats leaves to others: `spec` so knows the metadata by name,
-/// for formats without opaque blocks and for the orientation.
-void learnFromBlocks(const MetadataBlocks& blocks, const std::string& format, ImageSpec& spec) {
+/// The PNG and WebP readers skip EXIF and XMP: adds them to `spec` as named attributes, for the
+/// orientation and for output formats without opaque blocks.
+void addBlocks(const MetadataBlocks& blocks, const std::string& format, ImageSpec& spec) {
     if (format == "png" || format == "webp") {
         addNamedMetadata(blocks, spec);
     }
@@ -135,9 +130,8 @@ void learnFromBlocks(const MetadataBlocks& blocks, const std::string& format, Im
     }
 }
 
-/// How the samples are stored is the writer's business, and what the reader says of it no longer
-/// holds.
-void forgetCoding(ImageSpec& spec) {
+/// Drops the attributes that describe the encoding of the source file.
+void dropEncoding(ImageSpec& spec) {
     for (const char* name :
          {"oiio:BitsPerSample", "oiio:subimages", "planarconfig", "tiff:bilevel", "tiff:ColorSpace",
           "tiff:Compression", "tiff:PlanarConfiguration", "tiff:PhotometricInterpretation",
@@ -165,8 +159,8 @@ std::unique_ptr<ImageOutput> createOutput(const std::filesystem::path& path) {
     auto output = ImageOutput::create(path.string());
     if (!output || !output->supports("ioproxy")) {
         OIIO::geterror();
-        throw Failure("cannot write " + quoted(path) + ": no picture format is known for '" +
-                      path.extension().string() + "'");
+        throw cannotWrite(path, "no picture format has the extension '" +
+                                    path.extension().string() + "'");
     }
     return output;
 }
@@ -174,7 +168,6 @@ std::unique_ptr<ImageOutput> createOutput(const std::filesystem::path& path) {
 } // namespace
 
 ImageFile ImageFile::read(const std::filesystem::path& path) {
-    checkReadable(path);
     MetadataBlocks blocks = blocksOfFile(path);
     const SilencedErrors silenced;
     const auto input = openInput(path);
@@ -183,10 +176,11 @@ ImageFile ImageFile::read(const std::filesystem::path& path) {
     ImageFile file(input->spec());
     file.m_samples = readSamples(*input, path);
     const std::string format = input->format_name();
-    learnFromBlocks(blocks, format, file.m_spec);
-    forgetCoding(file.m_spec);
+    addBlocks(blocks, format, file.m_spec);
+    dropEncoding(file.m_spec);
     if (format != "tiff" && format != "openexr") {
-        // Only those two know premultiplied colours, and say which kind they hold.
+        // Only those two formats can hold colours multiplied by alpha; they say which kind they
+        // hold.
         file.m_spec.attribute(kUnassociatedAlpha, 1);
     }
     file.m_blocks = format == "tiff" ? blocksOfNamedMetadata(file.m_spec) : std::move(blocks);
@@ -270,7 +264,7 @@ OIIO::ImageSpec ImageFile::outputSpec(const OIIO::ImageOutput& output) const {
     ImageSpec spec = m_spec;
     const std::string format = output.format_name();
     const bool isSixteenBit = std::holds_alternative<std::vector<std::uint16_t>>(m_samples);
-    // The floating-point format has no 16-bit integers, and its halves would lose some.
+    // OpenEXR has no 16-bit integers, and its 16-bit floats are less precise.
     spec.set_format(format == "openexr" ? TypeDesc::FLOAT
                     : isSixteenBit      ? TypeDesc::UINT16
                                         : TypeDesc::UINT8);
@@ -283,8 +277,8 @@ OIIO::ImageSpec ImageFile::outputSpec(const OIIO::ImageOutput& output) const {
     return spec;
 }
 
-/// Encoded in memory: some encoders end the process when a write to a file fails. `name` is what
-/// `output` opens, and stands for a file in memory already, or for nothing.
+/// Encodes in memory: some encoders end the process when a write to a file fails. `name` is the
+/// name that `output` opens: a file in memory, or any name if `output` writes to a proxy.
 void ImageFile::encodeTo(OIIO::ImageOutput& output, const std::filesystem::path& name) const {
     const TypeDesc type = std::holds_alternative<std::vector<std::uint8_t>>(m_samples)
                               ? TypeDesc::UINT8
@@ -327,7 +321,7 @@ std::vector<unsigned char> ImageFile::encode(const std::filesystem::path& path) 
             encodeTo(*output, path);
         }
     } catch (const Failure& failure) {
-        throw Failure("cannot write " + quoted(path) + ": " + onOneLine(failure.what()));
+        throw cannotWrite(path, onOneLine(failure.what()));
     }
     return withMetadataBlocks(std::move(bytes), outputBlocks());
 }

@@ -9,20 +9,20 @@
 
 namespace velorn {
 
-/// A picture in a file: its samples as the file holds them (8 or 16 bits, grey or RGB, with or
-/// without alpha) and all that the file says about them.
+/// A picture in a file: its samples as stored (8 or 16 bits, grey or RGB, with or without alpha)
+/// and its metadata.
 ///
-/// Depths: 8-bit files stay 8 bits. 16-bit files stay 16 bits; 32-bit integers are rounded to 16.
-/// Floating-point files are rounded to 16 bits when every sample lies in 0..1, and refused
-/// otherwise, since highlights above white would be lost.
+/// 8-bit files stay 8 bits and 16-bit files stay 16 bits; 32-bit integers are rounded to 16.
+/// Floating-point files are rounded to 16 bits if every sample lies in 0..1. Others are refused,
+/// because highlights above white would be lost.
 class ImageFile {
 public:
-    /// Reads the only picture of a file.
-    /// @throws Failure naming the file: unreadable, not a picture, more than one picture, channels
-    ///         other than grey or RGB with or without alpha, CMYK, samples outside 0..1.
+    /// Reads a file that holds a single picture.
+    /// @throws Failure that names the file: unreadable, not a picture, more than one picture,
+    ///         channels other than grey or RGB with or without alpha, CMYK, samples outside 0..1.
     static ImageFile read(const std::filesystem::path& path);
 
-    /// A new picture, black: `channels` 1 (grey) or 3 (RGB), `bits` 8 or 16.
+    /// A new black picture: `channels` 1 (grey) or 3 (RGB), `bits` 8 or 16.
     ImageFile(int width, int height, int channels, int bits);
 
     int width() const { return m_spec.width; }
@@ -34,15 +34,15 @@ public:
     Samples& samples() { return m_samples; }
     const Samples& samples() const { return m_samples; }
 
-    /// The picture as the library takes it: grey as three equal channels, alpha left out, 16 bits
-    /// on the scale 0..32768.
+    /// The picture in the form that the library takes: grey as three equal channels, without alpha,
+    /// 16 bits on the scale 0..32768.
     RgbPixels rgb() const;
 
-    /// Replaces the colours, and leaves alpha as it is. A grey picture takes the mean of the three
-    /// channels. `pixels` has this picture's size and depth.
+    /// Replaces the colours and keeps alpha. A grey picture receives the mean of the three
+    /// channels. `pixels` has the size and the depth of this picture.
     void setRgb(const RgbPixels& pixels);
 
-    /// How the stored rows and columns are turned for display: 1..8 as EXIF counts, 1 as stored.
+    /// How the stored rows and columns are arranged for display: 1..8 as in EXIF, 1 as stored.
     int orientation() const;
 
     /// The caption stored with the picture; empty when there is none.
@@ -53,13 +53,15 @@ public:
     std::vector<unsigned char> profile() const;
     void setProfile(const std::vector<unsigned char>& profile);
 
-    /// The bytes of a file of the format that the extension of `path` names, metadata included.
-    /// Samples keep 16 bits where the format can hold them; alpha is dropped where it cannot.
-    /// JPEG is written at quality 97 without chroma subsampling, WebP at quality 100.
-    /// @throws Failure when no such format can be written.
+    /// Encodes the picture with its metadata. The extension of `path` selects the format. Samples
+    /// keep 16 bits and alpha where the format supports them. JPEG is written at quality 97 without
+    /// chroma subsampling, WebP at quality 100.
+    /// @returns the bytes of the file
+    /// @throws Failure that names `path` when the format cannot be written.
     std::vector<unsigned char> encode(const std::filesystem::path& path) const;
 
-    /// Ends with a failure, naming `path`, when no picture can be written under such a name.
+    /// Checks that the extension of `path` selects a format that can be written.
+    /// @throws Failure that names `path`.
     static void checkWritable(const std::filesystem::path& path);
 
 private:

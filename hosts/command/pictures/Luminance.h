@@ -6,7 +6,12 @@
 
 namespace velorn {
 
-/// A picture's luminance, in levels of an 8-bit picture (white is 255).
+/// The share of each channel in the luminance (ITU-R BT.601).
+inline constexpr double kRedShare = 0.299;
+inline constexpr double kGreenShare = 0.587;
+inline constexpr double kBlueShare = 0.114;
+
+/// The luminance of a picture in levels of an 8-bit picture: white is 255.
 struct Luminance {
     int width = 0;
     int height = 0;
@@ -18,6 +23,7 @@ struct Luminance {
     }
 };
 
+/// The luminance of `pixels`, of the same size.
 Luminance luminanceOf(const RgbPixels& pixels);
 
 } // namespace velorn

@@ -2,7 +2,7 @@
 
 namespace velorn {
 
-/// How the rows and columns of a stored picture stand when it is shown.
+/// The orientation of a stored picture: how its rows and columns are arranged for display.
 class Orientation {
 public:
     struct Position {
@@ -10,23 +10,23 @@ public:
         int column;
     };
 
-    /// `code` is 1..8 as EXIF counts; 1 is as stored.
+    /// `code` is 1..8 as in EXIF; 1 means that the picture is displayed as stored.
     explicit Orientation(int code)
-        : m_isTurned(code >= 5), m_fromBottom(code == 3 || code == 4 || code == 7 || code == 8),
+        : m_swapsSides(code >= 5), m_fromBottom(code == 3 || code == 4 || code == 7 || code == 8),
           m_fromRight(code == 2 || code == 3 || code == 6 || code == 7) {}
 
-    /// Whether stored rows are shown as columns.
-    bool isTurned() const { return m_isTurned; }
+    /// Whether stored rows are displayed as columns, so that width and height change places.
+    bool swapsSides() const { return m_swapsSides; }
 
-    /// Where the stored pixel is shown, in a picture that is shown `width` by `height`.
-    Position shown(Position stored, int width, int height) const {
-        const int row = m_isTurned ? stored.column : stored.row;
-        const int column = m_isTurned ? stored.row : stored.column;
+    /// Where the pixel at `stored` is displayed. `width` and `height` are the displayed sides.
+    Position displayed(Position stored, int width, int height) const {
+        const int row = m_swapsSides ? stored.column : stored.row;
+        const int column = m_swapsSides ? stored.row : stored.column;
         return {m_fromBottom ? height - 1 - row : row, m_fromRight ? width - 1 - column : column};
     }
 
 private:
-    bool m_isTurned;
+    bool m_swapsSides;
     bool m_fromBottom;
     bool m_fromRight;
 };

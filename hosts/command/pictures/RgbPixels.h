@@ -10,8 +10,8 @@ namespace velorn {
 /// Samples of a picture, interleaved, row after row without padding: 8 or 16 bits each.
 using Samples = std::variant<std::vector<std::uint8_t>, std::vector<std::uint16_t>>;
 
-/// A picture as the library takes it: red, green and blue interleaved, either 8 bits a channel
-/// or 16 bits on the scale 0..32768.
+/// A picture in the form that the library takes: red, green and blue interleaved, 8 bits per
+/// channel, or 16 bits per channel on the scale 0..32768.
 struct RgbPixels {
     int width = 0;
     int height = 0;
@@ -21,6 +21,12 @@ struct RgbPixels {
         return static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
     }
     bool isEightBit() const { return std::holds_alternative<std::vector<std::uint8_t>>(samples); }
+
+    /// The index of the red sample of the pixel at (column, row).
+    std::size_t sampleIndex(int column, int row) const {
+        return 3 * (static_cast<std::size_t>(row) * static_cast<std::size_t>(width) +
+                    static_cast<std::size_t>(column));
+    }
 };
 
 } // namespace velorn

@@ -7,21 +7,20 @@
 namespace velorn {
 
 RgbPixels upright(const RgbPixels& pixels, int orientation) {
-    const Orientation turn(orientation);
-    RgbPixels shown{turn.isTurned() ? pixels.height : pixels.width,
-                    turn.isTurned() ? pixels.width : pixels.height,
-                    {}};
-    const auto offset = [](int width, int row, int column) {
-        return 3 * (std::ptrdiff_t{row} * width + column);
-    };
+    const Orientation arrangement(orientation);
+    RgbPixels shown{pixels.width, pixels.height, {}};
+    if (arrangement.swapsSides()) {
+        std::swap(shown.width, shown.height);
+    }
     std::visit(
         [&]<class T>(const std::vector<T>& samples) {
             auto& result = shown.samples.emplace<std::vector<T>>(samples.size());
             for (int row = 0; row < pixels.height; ++row) {
                 for (int column = 0; column < pixels.width; ++column) {
-                    const auto place = turn.shown({row, column}, shown.width, shown.height);
-                    std::copy_n(samples.begin() + offset(pixels.width, row, column), 3,
-                                result.begin() + offset(shown.width, place.row, place.column));
+                    const auto place =
+                        arrangement.displayed({row, column}, shown.width, shown.height);
+                    std::copy_n(&samples[pixels.sampleIndex(column, row)], 3,
+                                &result[shown.sampleIndex(place.column, place.row)]);
                 }
             }
         },

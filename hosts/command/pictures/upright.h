@@ -4,7 +4,7 @@
 
 namespace velorn {
 
-/// `pixels`, stored as EXIF's `orientation` (1..8) says, the way round that they are looked at.
+/// `pixels`, stored with the EXIF orientation `orientation` (1..8), arranged as they are displayed.
 RgbPixels upright(const RgbPixels& pixels, int orientation);
 
 } // namespace velorn

@@ -1,6 +1,8 @@
 #include "hosts/command/restoration/FramedRestoration.h"
 
-#include "hosts/command/restoration/TileLimit.h"
+#include "hosts/command/kernels/KernelTaps.h"
+#include "hosts/command/pictures/PixelRect.h"
+#include "hosts/command/restoration/KernelLimit.h"
 
 #include <algorithm>
 #include <cmath>
@@ -9,118 +11,56 @@
 namespace velorn {
 namespace {
 
-/// Strength of the restorations of the rim: strong enough to tell what lies beyond the frame, too
-/// weak for streaks. On photographs blurred by motion, 1000 to 4000 differed by less than 1 dB.
-constexpr float kCalmStrength = 2000.0f;
-/// Multiplications in re-blurring the rim that cost no more than a second or two.
-constexpr double kAffordable = 2e9;
-/// Strips of the rim reach inwards so far, so that their own cuts disturb nothing outside.
+/// Strength for the rim: high enough to find the light beyond the frame, too low for streaks. On
+/// photographs blurred by motion, strengths of 1000 to 4000 differed by less than 1 dB.
+constexpr float kRimStrength = 2000.0f;
+/// Limit of the multiplications that blur the rim again: one or two seconds.
+constexpr double kMaxCost = 2e9;
+/// The least depth of the strips of the rim. It keeps the inner edges of the strips, where
+/// restorations are wrong, away from the continuation.
 constexpr int kLeastDepth = 128;
 
-struct Rect {
-    int x;
-    int y;
-    int width;
-    int height;
-
-    bool holds(int column, int row) const {
-        return column >= x && column < x + width && row >= y && row < y + height;
-    }
-    double area() const { return static_cast<double>(width) * height; }
-};
-
-std::size_t pixelIndex(const RgbPixels& pixels, int column, int row) {
-    return 3 * (static_cast<std::size_t>(row) * static_cast<std::size_t>(pixels.width) +
-                static_cast<std::size_t>(column));
-}
-
-/// The picture of `rect`, which may reach beyond `source`: its outermost pixels go on there.
-RgbPixels cut(const RgbPixels& source, const Rect& rect) {
-    RgbPixels part{rect.width, rect.height, {}};
-    std::visit(
-        [&]<class T>(const std::vector<T>& samples) {
-            auto& copy = part.samples.template emplace<std::vector<T>>();
-            copy.reserve(3 * part.pixelCount());
-            for (int y = 0; y < rect.height; ++y) {
-                const int row = std::clamp(rect.y + y, 0, source.height - 1);
-                for (int x = 0; x < rect.width; ++x) {
-                    const int column = std::clamp(rect.x + x, 0, source.width - 1);
-                    const T* pixel = &samples[pixelIndex(source, column, row)];
-                    copy.insert(copy.end(), pixel, pixel + 3);
-                }
-            }
-        },
-        source.samples);
-    return part;
-}
-
-/// A kernel as the list of its weights that are not 0.
-class Taps {
-public:
-    explicit Taps(const BlurKernel& kernel) {
-        for (int r = 0; r < kernel.height; ++r) {
-            for (int c = 0; c < kernel.width; ++c) {
-                if (kernel.at(r, c) != 0.0f) {
-                    // Convolution: the weight at the kernel's right end brings in light from the
-                    // left.
-                    m_taps.push_back(
-                        {kernel.width / 2 - c, kernel.height / 2 - r, kernel.at(r, c)});
-                }
-            }
-        }
-    }
-
-    std::size_t count() const { return m_taps.size(); }
-
-    /// The blurred pixel at (column, row); beyond the borders the outermost pixels go on.
-    template <class T>
-    void blur(const RgbPixels& picture, const std::vector<T>& samples, int column, int row,
-              T* result) const {
-        float sums[3] = {};
-        for (const Tap& tap : m_taps) {
-            const int x = std::clamp(column + tap.right, 0, picture.width - 1);
-            const int y = std::clamp(row + tap.down, 0, picture.height - 1);
-            const T* pixel = &samples[pixelIndex(picture, x, y)];
-            for (int c = 0; c < 3; ++c) {
-                sums[c] += tap.weight * static_cast<float>(pixel[c]);
-            }
-        }
+/// The pixel of `picture` at (column, row), blurred with `taps`. Border pixels repeat outwards.
+template <class T>
+void blurPixel(const RgbPixels& picture, const std::vector<KernelTap>& taps, int column, int row,
+               T* result) {
+    const auto& samples = std::get<std::vector<T>>(picture.samples);
+    float sums[3] = {};
+    for (const KernelTap& tap : taps) {
+        const int x = std::clamp(column + tap.right, 0, picture.width - 1);
+        const int y = std::clamp(row + tap.down, 0, picture.height - 1);
+        const T* pixel = &samples[picture.sampleIndex(x, y)];
         for (int c = 0; c < 3; ++c) {
-            const auto most = static_cast<float>(std::numeric_limits<T>::max());
-            result[c] = static_cast<T>(std::clamp(std::round(sums[c]), 0.0f, most));
+            sums[c] += tap.weight * static_cast<float>(pixel[c]);
         }
     }
+    for (int c = 0; c < 3; ++c) {
+        const auto largest = static_cast<float>(std::numeric_limits<T>::max());
+        result[c] = static_cast<T>(std::clamp(std::round(sums[c]), 0.0f, largest));
+    }
+}
 
-private:
-    struct Tap {
-        int right;
-        int down;
-        float weight;
-    };
-    std::vector<Tap> m_taps;
-};
-
-/// The picture with what was guessed around it.
+/// A picture with its continuation beyond the frame.
 class Continuation {
 public:
     Continuation(const RgbPixels& source, const BlurKernel& kernel)
-        : m_taps(kernel), m_inside{kernel.width, kernel.height, source.width, source.height},
-          m_picture(cut(source, {-kernel.width, -kernel.height, source.width + 2 * kernel.width,
-                                 source.height + 2 * kernel.height})),
+        : m_taps(tapsOf(kernel)), m_inside{kernel.width, kernel.height, source.width,
+                                           source.height},
+          m_picture(crop(source, {-kernel.width, -kernel.height, source.width + 2 * kernel.width,
+                                  source.height + 2 * kernel.height})),
           m_depth(std::max(kLeastDepth, 5 * kernel.largerSide())) {}
 
     const RgbPixels& picture() const { return m_picture; }
-    const Rect& inside() const { return m_inside; }
+    const PixelRect& inside() const { return m_inside; }
 
-    /// Multiplications that one pass needs.
+    /// Multiplications of one pass.
     double cost() const {
         return (static_cast<double>(m_picture.pixelCount()) - m_inside.area()) * 3.0 *
-               static_cast<double>(m_taps.count());
+               static_cast<double>(m_taps.size());
     }
 
-    /// What has to be restored to guess anew: four strips along the frame, or all of a small
-    /// picture.
-    std::vector<Rect> rim() const {
+    /// What one pass restores: four strips along the frame, or the whole of a small picture.
+    std::vector<PixelRect> rim() const {
         const int width = m_picture.width;
         const int height = m_picture.height;
         if (std::min(width, height) <= 3 * m_depth) {
@@ -132,18 +72,20 @@ public:
                 {width - m_depth, 0, m_depth, height}};
     }
 
-    RgbPixels part(const Rect& rect) const { return cut(m_picture, rect); }
+    RgbPixels part(const PixelRect& rect) const { return crop(m_picture, rect); }
 
-    /// Takes `restored`, the restoration of `rect`, blurred again, for what lies outside the frame.
-    void guess(const Rect& rect, const RgbPixels& restored) {
+    /// Replaces the pixels of `rect` outside the frame by `restored`, the restoration of `rect`,
+    /// blurred again.
+    void renew(const PixelRect& rect, const RgbPixels& restored) {
         std::visit(
             [&]<class T>(std::vector<T>& samples) {
-                const auto& sharp = std::get<std::vector<T>>(restored.samples);
                 for (int y = 0; y < rect.height; ++y) {
                     for (int x = 0; x < rect.width; ++x) {
-                        if (!m_inside.holds(rect.x + x, rect.y + y)) {
-                            m_taps.blur(restored, sharp, x, y,
-                                        &samples[pixelIndex(m_picture, rect.x + x, rect.y + y)]);
+                        const int column = rect.x + x;
+                        const int row = rect.y + y;
+                        if (!m_inside.contains(column, row)) {
+                            blurPixel(restored, m_taps, x, y,
+                                      &samples[m_picture.sampleIndex(column, row)]);
                         }
                     }
                 }
@@ -152,43 +94,40 @@ public:
     }
 
 private:
-    Taps m_taps;
-    Rect m_inside;
+    std::vector<KernelTap> m_taps;
+    PixelRect m_inside;
     RgbPixels m_picture;
     int m_depth;
 };
 
-bool pays(const RgbPixels& source, const BlurKernel& kernel, const RestorationSettings& settings) {
+bool canContinue(const RgbPixels& source, const BlurKernel& kernel,
+                 const RestorationSettings& settings) {
     return settings.deconvolve && kernel.largerSide() > 1 &&
            kernel.largerSide() <= largestKernelSide(source.width + 2 * kernel.width,
                                                     source.height + 2 * kernel.height);
 }
 
-RestorationSettings calmed(RestorationSettings settings) {
-    settings.lambda = std::min(settings.lambda, kCalmStrength);
+RestorationSettings gentle(RestorationSettings settings) {
+    settings.lambda = std::min(settings.lambda, kRimStrength);
     return deconvolutionOnly(settings);
 }
 
-/// One account of progress over several restorations, by their areas.
+/// Divides one progress among several restorations in proportion to their areas.
 class SharedProgress {
 public:
-    SharedProgress(const ProgressFunction& progress, double total)
-        : m_progress(progress), m_total(total) {}
+    SharedProgress(const ProgressFunction& progress, double totalArea)
+        : m_progress(progress), m_totalArea(totalArea) {}
 
     ProgressFunction forNext(double area) {
-        const double start = m_done;
-        m_done += area;
-        return [this, start, area](int current, int limit) {
-            constexpr int kUnits = 1'000'000;
-            const double share = (start + area * current / limit) / m_total;
-            return m_progress(static_cast<int>(share * kUnits), kUnits);
-        };
+        const double start = m_area / m_totalArea;
+        m_area += area;
+        return partOf(m_progress, start, m_area / m_totalArea);
     }
 
 private:
     const ProgressFunction& m_progress;
-    double m_total;
-    double m_done = 0.0;
+    double m_totalArea;
+    double m_area = 0.0;
 };
 
 } // namespace
@@ -196,33 +135,33 @@ private:
 RgbPixels restoreInFrame(const RgbPixels& source, const BlurKernel& kernel,
                          const RestorationSettings& settings, int passes,
                          const ProgressFunction& progress) {
-    if (passes < 1 || !pays(source, kernel, settings)) {
+    if (passes < 1 || !canContinue(source, kernel, settings)) {
         return restore(source, kernel, settings, progress);
     }
     Continuation continuation(source, kernel);
-    if (continuation.cost() * passes > kAffordable) {
+    if (continuation.cost() * passes > kMaxCost) {
         return restore(source, kernel, settings, progress);
     }
-    const std::vector<Rect> rim = continuation.rim();
-    double total = static_cast<double>(continuation.picture().pixelCount());
-    for (const Rect& rect : rim) {
-        total += rect.area() * passes;
+    const std::vector<PixelRect> rim = continuation.rim();
+    const auto wholeArea = static_cast<double>(continuation.picture().pixelCount());
+    double totalArea = wholeArea;
+    for (const PixelRect& rect : rim) {
+        totalArea += rect.area() * passes;
     }
-    SharedProgress shared(progress, total);
+    SharedProgress shared(progress, totalArea);
     for (int pass = 0; pass < passes; ++pass) {
-        for (const Rect& rect : rim) {
-            const RgbPixels restored = restore(continuation.part(rect), kernel, calmed(settings),
+        for (const PixelRect& rect : rim) {
+            const RgbPixels restored = restore(continuation.part(rect), kernel, gentle(settings),
                                                shared.forNext(rect.area()));
             if (restored.pixelCount() == 0) {
                 return {};
             }
-            continuation.guess(rect, restored);
+            continuation.renew(rect, restored);
         }
     }
     const RgbPixels result =
-        restore(continuation.picture(), kernel, settings,
-                shared.forNext(static_cast<double>(continuation.picture().pixelCount())));
-    return result.pixelCount() == 0 ? RgbPixels{} : cut(result, continuation.inside());
+        restore(continuation.picture(), kernel, settings, shared.forNext(wholeArea));
+    return result.pixelCount() == 0 ? RgbPixels{} : crop(result, continuation.inside());
 }
 
 } // namespace velorn

@@ -6,17 +6,20 @@
 
 namespace velorn {
 
-/// `restore` for pictures whose frame cuts through what they show, as every photograph's does.
+/// Restores `source` like `restore`, but without the streaks that start at the frame.
 ///
-/// A blur carries light from beyond the frame into the picture. A deconvolution that knows nothing
-/// of what lies there answers with streaks along the frame, far into the picture where the blur is
-/// a motion. So the picture is continued outwards by the kernel's sides: by its outermost pixels at
-/// first, then `passes` times by what a calm restoration of the rim finds there, blurred again by
-/// the kernel. The continuation so agrees with the kernel, and the picture inside the frame stays
-/// as it was taken. At last the whole is restored and cut to the frame.
+/// A blur carries light from beyond the frame into the picture. A deconvolution that does not know
+/// this light produces streaks along the frame; those of a motion blur reach far into the picture.
+/// Therefore the picture is continued outwards by the sides of the kernel:
 ///
-/// Without any pass, or where a continuation does not pay (no deconvolution, kernels that would
-/// not fit the larger picture or have very many weights), this is `restore`.
+/// 1. The border pixels are repeated.
+/// 2. `passes` times, the rim is restored gently and blurred again with the kernel; the result
+///    replaces the continuation. The continuation then agrees with the kernel. The picture inside
+///    the frame does not change.
+/// 3. The continued picture is restored and cut to the frame.
+///
+/// Calls `restore` alone without passes, without deconvolution, for kernels that do not fit the
+/// continued picture, and for kernels with so many weights that step 2 would take too long.
 RgbPixels restoreInFrame(const RgbPixels& source, const BlurKernel& kernel,
                          const RestorationSettings& settings, int passes,
                          const ProgressFunction& progress);

@@ -1,5 +1,6 @@
 #include "hosts/command/restoration/NoiseLevel.h"
 
+#include "hosts/command/pictures/Luminance.h"
 #include "hosts/command/pictures/PixelScale.h"
 
 #include <algorithm>
@@ -12,9 +13,9 @@ namespace {
 constexpr double kLevels = 255.0;
 constexpr double kMedianOfNormal = 0.6745;
 
-/// Counts of values from 0 upwards in bins of equal width, centred on the multiples of the width;
-/// the first bin is half as wide. The median is placed inside its bin as if the bin were evenly
-/// filled: the differences of whole levels would otherwise give a handful of results only.
+/// Counts of values that are not negative, in bins of equal width centred on the multiples of the
+/// width; the first bin is half as wide. The median is interpolated in its bin, as if the values
+/// were spread evenly: the differences of whole levels would otherwise give only a few results.
 class Histogram {
 public:
     explicit Histogram(double width) : m_width(width) {}
@@ -46,8 +47,9 @@ private:
     std::array<std::size_t, 8192> m_counts{};
 };
 
+/// The luminance of samples in double precision, computed on demand.
 template <class T>
-struct Luminance {
+struct ExactLuminance {
     const T* samples;
     T white;
 
@@ -57,12 +59,12 @@ struct Luminance {
     }
     double at(std::size_t pixel) const {
         const T* s = samples + 3 * pixel;
-        return (0.299 * s[0] + 0.587 * s[1] + 0.114 * s[2]) * kLevels / white;
+        return (kRedShare * s[0] + kGreenShare * s[1] + kBlueShare * s[2]) * kLevels / white;
     }
 };
 
 template <class T>
-double noiseOf(const RgbPixels& pixels, Luminance<T> luminance, double binWidth) {
+double noiseOf(const RgbPixels& pixels, ExactLuminance<T> luminance, double binWidth) {
     Histogram differences(binWidth);
     const auto width = static_cast<std::size_t>(pixels.width);
     for (std::size_t y = 0; y + 1 < static_cast<std::size_t>(pixels.height); y += 2) {
@@ -84,10 +86,11 @@ double noiseOf(const RgbPixels& pixels, Luminance<T> luminance, double binWidth)
 
 double noiseLevel(const RgbPixels& pixels) {
     if (const auto* bytes = std::get_if<std::vector<std::uint8_t>>(&pixels.samples)) {
-        return noiseOf(pixels, Luminance<std::uint8_t>{bytes->data(), 255}, 0.5);
+        return noiseOf(pixels, ExactLuminance<std::uint8_t>{bytes->data(), 255}, 0.5);
     }
     const auto& words = std::get<std::vector<std::uint16_t>>(pixels.samples);
-    return noiseOf(pixels, Luminance<std::uint16_t>{words.data(), kFifteenBitWhite}, 1.0 / 32.0);
+    return noiseOf(pixels, ExactLuminance<std::uint16_t>{words.data(), kFifteenBitWhite},
+                   1.0 / 32.0);
 }
 
 } // namespace velorn

@@ -1,15 +1,13 @@
 #pragma once
 
 #include "hosts/command/kernels/BlurKernel.h"
+#include "hosts/command/library/ProgressAccount.h"
 #include "hosts/command/pictures/RgbPixels.h"
-
-#include <functional>
 
 namespace velorn {
 
-/// The settings of a restoration; velorncore10.h tells what each does to the picture. As
-/// constructed they restore, hold fringes back, and neither sharpen edges nor enhance detail; the
-/// strength is still to be chosen.
+/// The settings of a restoration, documented in velorncore10.h. The defaults deconvolve and limit
+/// overshoot; they neither sharpen edges nor enhance detail. The strength has no default.
 struct RestorationSettings {
     bool deconvolve = true;
     float lambda = 0.0f;
@@ -23,15 +21,11 @@ struct RestorationSettings {
     float detailGamma = 0.0f;
 };
 
-/// `settings` without edge sharpening and detail enhancement: what shows of the picture then is
-/// what the kernel makes of it.
+/// `settings` without edge sharpening and detail enhancement.
 RestorationSettings deconvolutionOnly(RestorationSettings settings);
 
-/// Told how much is done, as `current` of `limit`; false cancels.
-using ProgressFunction = std::function<bool(int current, int limit)>;
-
-/// The library's restoration of `source`, of the same size and depth.
-/// An empty result (no samples) says that `progress` cancelled.
+/// Restores `source` with the library. The result has the size and the depth of `source`; it is
+/// empty (no samples) when `progress` cancelled. Only one thread at a time may call this.
 /// @throws Failure with the library's reason.
 RgbPixels restore(const RgbPixels& source, const BlurKernel& kernel,
                   const RestorationSettings& settings, const ProgressFunction& progress);

@@ -18,22 +18,4 @@ std::string onOneLine(const std::string& text) {
     return line;
 }
 
-std::string quoted(const std::filesystem::path& path) {
-    std::string text(1, '\'');
-    text += path.string();
-    text += '\'';
-    return text;
-}
-
-void checkReadable(const std::filesystem::path& path) {
-    std::error_code error;
-    const auto status = std::filesystem::status(path, error);
-    if (std::filesystem::is_directory(status)) {
-        throw Failure("cannot read " + quoted(path) + ": it is a folder");
-    }
-    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
-        throw Failure("cannot read " + quoted(path) + ": not a regular file");
-    }
-}
-
 } // namespace velorn

@@ -1,14 +1,12 @@
 #include "hosts/command/terminal/Interrupt.h"
 
-#include "hosts/command/terminal/Failure.h"
-
 namespace velorn {
 namespace {
 
-/// The number of the signal that came, 0 for none. A handler can reach nothing but a global.
+/// The signal that arrived, or 0. Global because a signal handler receives no user data.
 volatile std::sig_atomic_t g_signal = 0;
 
-void takeNote(int signal) {
+void recordSignal(int signal) {
     g_signal = signal;
 }
 
@@ -17,7 +15,7 @@ void takeNote(int signal) {
 Interrupt::Interrupt() {
     g_signal = 0;
     struct sigaction action {};
-    action.sa_handler = takeNote;
+    action.sa_handler = recordSignal;
     action.sa_flags = SA_RESTART;
     sigemptyset(&action.sa_mask);
     for (std::size_t i = 0; i < kSignals.size(); ++i) {

@@ -2,12 +2,24 @@
 
 #include <array>
 #include <csignal>
+#include <exception>
 
 namespace velorn {
 
-/// Takes note of Ctrl-C and of requests to end, so that the program can stop where nothing is left
-/// half done. One object at a time; the former handlers come back with its destruction. Signals
-/// that the process was started to ignore stay ignored.
+/// The user pressed Ctrl-C, or the system asked the program to end.
+class Interrupted : public std::exception {
+public:
+    explicit Interrupted(int signal) : m_signal(signal) {}
+    int signal() const noexcept { return m_signal; }
+    const char* what() const noexcept override { return "interrupted"; }
+
+private:
+    int m_signal;
+};
+
+/// Records SIGINT and SIGTERM, so that the program can stop at a point where no file is half
+/// written. Signals that the process was started to ignore stay ignored. Only one object may exist
+/// at a time; its destructor restores the previous handlers.
 class Interrupt {
 public:
     Interrupt();
@@ -15,10 +27,10 @@ public:
     Interrupt(const Interrupt&) = delete;
     Interrupt& operator=(const Interrupt&) = delete;
 
-    /// Whether a signal has come.
+    /// Whether a signal has arrived.
     bool isRequested() const;
 
-    /// @throws Interrupted when a signal has come.
+    /// @throws Interrupted when a signal has arrived.
     void check() const;
 
 private:

@@ -4,17 +4,17 @@
 
 namespace velorn {
 
-/// A bar on one line of a terminal, that is redrawn only when it has to change. It wipes its line
-/// when it is destroyed, so that what follows starts on a clean one.
+/// A progress bar on one line of a terminal, redrawn only when its percentage changes. The
+/// destructor clears the line.
 class ProgressBar {
 public:
-    /// Draws on `terminal` when `isShown`, and is silent otherwise.
+    /// Draws on `terminal` if `isShown`; otherwise writes nothing.
     ProgressBar(std::ostream& terminal, bool isShown) : m_terminal(terminal), m_isShown(isShown) {}
     ~ProgressBar();
     ProgressBar(const ProgressBar&) = delete;
     ProgressBar& operator=(const ProgressBar&) = delete;
 
-    /// Shows `current` of `limit`; a limit below 1 counts as nothing done.
+    /// Shows `current` of `limit`, cut to 0..100 %. A limit below 1 shows 0 %.
     void show(int current, int limit);
 
 private:

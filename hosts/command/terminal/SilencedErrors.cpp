@@ -8,12 +8,12 @@ namespace velorn {
 
 SilencedErrors::SilencedErrors() : m_former(fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 0)) {
     std::fflush(stderr);
-    const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
-    if (m_former >= 0 && nowhere >= 0) {
-        dup2(nowhere, STDERR_FILENO);
+    const int null = open("/dev/null", O_WRONLY | O_CLOEXEC);
+    if (m_former >= 0 && null >= 0) {
+        dup2(null, STDERR_FILENO);
     }
-    if (nowhere >= 0) {
-        close(nowhere);
+    if (null >= 0) {
+        close(null);
     }
 }
 

@@ -2,8 +2,9 @@
 
 namespace velorn {
 
-/// Turns stderr to nowhere while it lives. Some decoders print complaints of their own, besides
-/// the failure that they report and that the user is told in one line.
+/// Redirects stderr to /dev/null during its lifetime. Some decoders print messages of their own in
+/// addition to the error that they return and that this program reports in one line. The
+/// redirection applies to the whole process.
 class SilencedErrors {
 public:
     SilencedErrors();

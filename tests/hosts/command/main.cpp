@@ -33,7 +33,7 @@ ProgramResult run(std::vector<std::string> words, const std::function<void()>& i
     return vel::test::runProgram(words, inChild);
 }
 
-/// One line that begins with the program's name.
+/// Whether `errors` is a single line that begins with the name of the program.
 bool isOneLine(const std::string& errors) {
     return std::regex_match(errors, std::regex("velorn: [^\n]+\n"));
 }
@@ -42,7 +42,7 @@ class Velorn : public testing::Test {
 protected:
     std::string at(const std::string& name) const { return (m_folder / name).string(); }
 
-    /// A blurred picture and what it was before.
+    /// Writes a blurred picture and keeps the sharp and the blurred pixels.
     void writeBlurred(const std::string& name, int width = 180, int height = 120) {
         m_sharp = vel::test::drawnPicture(width, height);
         const auto disc = velorn::makeKernel({velorn::AnalyticBlur::Shape::Disc, 3.0f, 0.0f});
@@ -59,13 +59,13 @@ protected:
                vel::test::decibels(truth, std::get<Bytes>(m_soft.samples), 255.0);
     }
 
-    void expectFailure(const std::vector<std::string>& words, const std::string& saying,
+    void expectFailure(const std::vector<std::string>& words, const std::string& part,
                        const std::function<void()>& inChild = {}) {
         const auto before = m_folder.fileCount();
         const ProgramResult result = run(words, inChild);
         EXPECT_EQ(result.exitStatus, 1) << result.errors;
         EXPECT_TRUE(isOneLine(result.errors)) << result.errors;
-        EXPECT_NE(result.errors.find(saying), std::string::npos) << result.errors;
+        EXPECT_NE(result.errors.find(part), std::string::npos) << result.errors;
         EXPECT_EQ(m_folder.fileCount(), before);
     }
 
@@ -74,7 +74,7 @@ protected:
     velorn::RgbPixels m_soft;
 };
 
-TEST_F(Velorn, RestoresABlurredPictureWithoutAWord) {
+TEST_F(Velorn, DeblurRestoresAPictureSilently) {
     writeBlurred("in.png");
     const ProgramResult result = run({"deblur", at("in.png"), at("out.png"), "--disc", "3"});
     EXPECT_EQ(result.exitStatus, 0);
@@ -84,7 +84,7 @@ TEST_F(Velorn, RestoresABlurredPictureWithoutAWord) {
     EXPECT_EQ(m_folder.fileCount(), 2u);
 }
 
-TEST_F(Velorn, KernelFilesWorkLikeTheBlurTheyHold) {
+TEST_F(Velorn, KernelFileGivesTheResultOfItsBlur) {
     writeBlurred("in.png");
     ASSERT_EQ(run({"kernel", "disc", "3", "-o", at("k.txt")}).exitStatus, 0);
     ASSERT_EQ(run({"kernel", "disc", "3", "-o", at("k.png")}).exitStatus, 0);
@@ -97,7 +97,7 @@ TEST_F(Velorn, KernelFilesWorkLikeTheBlurTheyHold) {
     EXPECT_GT(gainOf("c.png"), 3.0);
 }
 
-TEST_F(Velorn, UnknownBlurIsFoundInThePictureItself) {
+TEST_F(Velorn, BlindRestorationFindsTheBlur) {
     writeBlurred("in.png", 320, 240);
     const ProgramResult result = run({"deblur", at("in.png"), at("out.png"), "--blind", "9"});
     EXPECT_EQ(result.exitStatus, 0) << result.errors;
@@ -106,7 +106,7 @@ TEST_F(Velorn, UnknownBlurIsFoundInThePictureItself) {
     EXPECT_GT(gainOf("out.png"), 1.0);
 }
 
-TEST_F(Velorn, EstimateWritesAKernelAndShowsIt) {
+TEST_F(Velorn, EstimateWritesAKernelAndPrintsIt) {
     writeBlurred("in.png", 320, 240);
     const ProgramResult result = run({"estimate", at("in.png"), "--size", "9", "-o", at("k.png")});
     EXPECT_EQ(result.exitStatus, 0) << result.errors;
@@ -115,7 +115,7 @@ TEST_F(Velorn, EstimateWritesAKernelAndShowsIt) {
     EXPECT_EQ(run({"deblur", at("in.png"), at("out.png"), "--kernel", at("k.png")}).exitStatus, 0);
 }
 
-TEST_F(Velorn, WarnsWhenTheKernelFoundExplainsThePictureBadly) {
+TEST_F(Velorn, KernelThatExplainsThePictureBadlyIsAWarning) {
     const auto shake = velorn::tools::curvedShake();
     const auto sharp = vel::test::faded(vel::test::drawnPicture(240, 200), 0.3);
     ImageFile picture(240, 200, 3, 8);
@@ -133,7 +133,7 @@ TEST_F(Velorn, WarnsWhenTheKernelFoundExplainsThePictureBadly) {
     EXPECT_EQ(m_folder.fileCount(), 3u);
 }
 
-TEST_F(Velorn, PictureWithoutEdgesHasNoKernelToFind) {
+TEST_F(Velorn, PictureWithoutEdgesIsAFailureOfTheSearch) {
     ImageFile grey(80, 60, 1, 8);
     writeBytes(at("in.png"), grey.encode("in.png"));
     expectFailure({"estimate", at("in.png"), "--size", "9", "-o", at("k.txt")}, "too few edges");
@@ -148,7 +148,7 @@ TEST_F(Velorn, InterruptDuringAnEstimateWritesNothingAndExitsWith130) {
     EXPECT_EQ(m_folder.fileCount(), 1u);
 }
 
-TEST_F(Velorn, SharpeningAndDetailGoBeyondTheRestoration) {
+TEST_F(Velorn, SharpeningAndDetailAddContrastToTheRestoration) {
     writeBlurred("in.png");
     const auto contrast = [&](const std::string& name) {
         ImageSpec spec;
@@ -161,7 +161,7 @@ TEST_F(Velorn, SharpeningAndDetailGoBeyondTheRestoration) {
     };
     ASSERT_EQ(run({"deblur", at("in.png"), at("plain.png"), "--disc", "3"}).exitStatus, 0);
     for (const std::string option : {"--sharpen", "--detail"}) {
-        // Behind an option whose numbers are left away stand the files.
+        // The names of the files follow an option without numbers.
         const ProgramResult result =
             run({"deblur", "--disc", "3", option, at("in.png"), at("more.png")});
         EXPECT_EQ(result.exitStatus, 0) << result.errors;
@@ -170,7 +170,7 @@ TEST_F(Velorn, SharpeningAndDetailGoBeyondTheRestoration) {
     }
 }
 
-TEST_F(Velorn, PreviewShowsAPicture) {
+TEST_F(Velorn, PreviewWritesAScaledPicture) {
     writeBlurred("in.png");
     const ProgramResult result = run({"preview", at("in.png"), at("out.png"), "--scale", "0.5"});
     EXPECT_EQ(result.exitStatus, 0);
@@ -183,14 +183,14 @@ TEST_F(Velorn, PreviewShowsAPicture) {
     EXPECT_EQ(m_folder.fileCount(), 2u);
 }
 
-TEST_F(Velorn, PictureMayBeReplacedByItsRestoration) {
+TEST_F(Velorn, OutputMayBeTheInput) {
     writeBlurred("in.png");
     ASSERT_EQ(run({"deblur", at("in.png"), at("in.png"), "--disc", "3"}).exitStatus, 0);
     EXPECT_GT(gainOf("in.png"), 3.0);
     EXPECT_EQ(m_folder.fileCount(), 1u);
 }
 
-TEST_F(Velorn, SixteenBitAlphaAndMetadataArriveUntouched) {
+TEST_F(Velorn, SixteenBitAlphaAndMetadataAreKept) {
     ImageSpec spec(90, 60, 4, TypeDesc::UINT16);
     spec.alpha_channel = 3;
     spec.attribute("Make", "A maker");
@@ -211,7 +211,7 @@ TEST_F(Velorn, SixteenBitAlphaAndMetadataArriveUntouched) {
     EXPECT_NE(back.find_attribute("ICCProfile"), nullptr);
 }
 
-TEST_F(Velorn, ClosedStagesGiveBackEveryPicture) {
+TEST_F(Velorn, PictureIsUnchangedWithoutAnyStage) {
     for (const int channels : {1, 2, 3, 4}) {
         ImageSpec spec(50, 40, channels, TypeDesc::UINT8);
         spec.alpha_channel = channels % 2 == 0 ? channels - 1 : -1;
@@ -235,7 +235,7 @@ TEST_F(Velorn, WhiteStaysWhiteAtSixteenBits) {
     }
 }
 
-TEST_F(Velorn, StrengthIsToldOnRequest) {
+TEST_F(Velorn, VerbosePrintsNoiseAndStrength) {
     writeBlurred("in.png");
     const ProgramResult result = run({"deblur", at("in.png"), at("out.png"), "--disc", "3", "-v"});
     EXPECT_EQ(result.exitStatus, 0);
@@ -267,22 +267,22 @@ TEST_F(Velorn, FailuresAreOneLineThatNamesTheFile) {
     expectFailure({"kernel", "disc", "3", "-o", at("k.xyz")}, at("k.xyz"));
 }
 
-TEST_F(Velorn, KernelTooLargeForThePictureIsToldWithTheLimit) {
+TEST_F(Velorn, KernelTooLargeForThePictureIsAFailureThatNamesTheLimit) {
     writeBlurred("in.png", 40, 20);
-    expectFailure({"deblur", at("in.png"), at("out.png"), "--disc", "26"}, "51 by 51 at most");
+    expectFailure({"deblur", at("in.png"), at("out.png"), "--disc", "26"}, "the limit is 51 by 51");
     EXPECT_EQ(run({"deblur", at("in.png"), at("out.png"), "--disc", "20"}).exitStatus, 0);
 }
 
-TEST_F(Velorn, UnsupportedChannelsAreToldWithTheFile) {
+TEST_F(Velorn, UnsupportedChannelsAreAFailure) {
     ImageSpec spec(8, 8, 5, TypeDesc::UINT8);
     writePicture(at("in.tif"), spec, vel::test::variedSamples<std::uint8_t>(spec));
     expectFailure({"deblur", at("in.tif"), at("out.tif"), "--disc", "3"}, "has 5 channels");
 }
 
-TEST_F(Velorn, AWriteThatFailsLeavesTheFormerPictureAndNoRemains) {
+TEST_F(Velorn, FailedWriteLeavesTheOutputUnchangedAndNoOtherFile) {
     writeBlurred("in.png");
     for (const std::string name : {"out.png", "out.jpg", "out.tif", "out.webp"}) {
-        writeText(at(name), "the former one");
+        writeText(at(name), "the previous content");
         expectFailure({"deblur", at("in.png"), at(name), "--disc", "3"}, at(name), [] {
             struct rlimit limit {};
             getrlimit(RLIMIT_FSIZE, &limit);
@@ -290,7 +290,7 @@ TEST_F(Velorn, AWriteThatFailsLeavesTheFormerPictureAndNoRemains) {
             setrlimit(RLIMIT_FSIZE, &limit);
         });
         const auto bytes = bytesOfFile(at(name));
-        EXPECT_EQ(std::string(bytes.begin(), bytes.end()), "the former one") << name;
+        EXPECT_EQ(std::string(bytes.begin(), bytes.end()), "the previous content") << name;
     }
 }
 
@@ -338,7 +338,7 @@ TEST_F(Velorn, HelpThatCannotBePrintedIsAFailure) {
     EXPECT_TRUE(isOneLine(result.errors)) << result.errors;
 }
 
-TEST_F(Velorn, ProgressBarShowsOnATerminalAndIsWiped) {
+TEST_F(Velorn, ProgressBarIsShownOnATerminalAndCleared) {
     writeBlurred("in.png");
     const ProgramResult result =
         runOnTerminal({kProgram, "deblur", at("in.png"), at("out.png"), "--disc", "3"}, 0);
@@ -347,22 +347,22 @@ TEST_F(Velorn, ProgressBarShowsOnATerminalAndIsWiped) {
     EXPECT_EQ(result.output.back(), '\r');
 }
 
-TEST_F(Velorn, InterruptMidRunLeavesTheFormerPictureAndExitsWith130) {
+TEST_F(Velorn, InterruptDuringARestorationLeavesTheOutputUnchangedAndExitsWith130) {
     ImageFile picture(1500, 1200, 1, 8);
     writeBytes(at("in.png"), picture.encode("in.png"));
-    writeText(at("out.png"), "the former one");
-    // The first thing that appears on the terminal is the bar: dozens of tiles are still to come.
+    writeText(at("out.png"), "the previous content");
+    // The first output on the terminal is the progress bar, dozens of tiles before the end.
     const ProgramResult result =
         runOnTerminal({kProgram, "deblur", at("in.png"), at("out.png"), "--disc", "3"}, SIGINT);
     EXPECT_EQ(result.exitStatus, 130);
     EXPECT_EQ(result.output.find("100%"), std::string::npos);
     const auto bytes = bytesOfFile(at("out.png"));
-    EXPECT_EQ(std::string(bytes.begin(), bytes.end()), "the former one");
+    EXPECT_EQ(std::string(bytes.begin(), bytes.end()), "the previous content");
     EXPECT_EQ(m_folder.fileCount(), 2u);
 }
 
-TEST_F(Velorn, TurnedPicturesAreRestoredAsTheyAreSeen) {
-    // Motion along the rows as displayed runs along the columns as stored.
+TEST_F(Velorn, BlurRefersToThePictureAsDisplayed) {
+    // A motion along the displayed rows is a motion along the stored columns.
     const auto upright = velorn::makeKernel({velorn::AnalyticBlur::Shape::Motion, 9.0f, 90.0f});
     m_sharp = vel::test::drawnPicture(160, 120);
     m_soft = vel::test::blurred(m_sharp, upright);

@@ -1,5 +1,5 @@
-// The manual page against what the program says of itself.
-#include "hosts/command/commands/Options.h"
+// Compares the manual page with the help of the program.
+#include "hosts/command/commands/CommandLine.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -22,7 +22,7 @@ std::string helpOf(const char* command) {
     return out.str();
 }
 
-TEST(ManualPage, TellsOfEveryOptionAndOfNoOther) {
+TEST(ManualPage, DocumentsEveryOptionAndNoOther) {
     const auto bytes = vel::test::bytesOfFile(MANUAL_PAGE);
     const std::string page =
         std::regex_replace(std::string(bytes.begin(), bytes.end()), std::regex(R"(\\-)"), "-");
@@ -31,7 +31,7 @@ TEST(ManualPage, TellsOfEveryOptionAndOfNoOther) {
         EXPECT_NE(page.find(".B velorn " + std::string(command)), std::string::npos) << command;
         known.merge(optionsIn(helpOf(command)));
     }
-    known.insert("--output"); // of the shapes of 'velorn kernel', each with a help of its own
+    known.insert("--output"); // of the commands of 'velorn kernel', which have their own help
     EXPECT_EQ(optionsIn(page), known);
 }
 

@@ -1,15 +1,15 @@
-/// What a build with the address sanitizer asks for before main; other builds never call it.
+/// The address sanitizer calls these functions before main; other builds do not.
 extern "C" {
 
 [[gnu::visibility("default")]] const char* __asan_default_options();
 [[gnu::visibility("default")]] const char* __lsan_default_suppressions();
 
-/// Frame pointers are missing where the image library leaks.
+/// Leaks in the image library are recognised by the full stack; it has no frame pointers.
 const char* __asan_default_options() {
     return "fast_unwind_on_malloc=0";
 }
 
-/// Its reader of PNG files jumps over destructors when a file ends early.
+/// The PNG reader of the image library leaks when a file ends early.
 const char* __lsan_default_suppressions() {
     return "leak:libOpenImageIO";
 }

@@ -11,7 +11,7 @@ using velorn::RgbPixels;
 using velorn::texturedCrop;
 using Bytes = std::vector<std::uint8_t>;
 
-/// Grey, with a chessboard in the square of 64 pixels at (x, y).
+/// A grey picture with a chessboard in the square of 64 by 64 pixels at (x, y).
 RgbPixels chessboardAt(int x, int y) {
     Bytes samples;
     for (int row = 0; row < 200; ++row) {
@@ -24,12 +24,12 @@ RgbPixels chessboardAt(int x, int y) {
     return {300, 200, samples};
 }
 
-TEST(TexturedCrop, SmallPictureIsTakenWhole) {
+TEST(TexturedCrop, SmallPictureIsReturnedWhole) {
     const RgbPixels picture = vel::test::drawnPicture(60, 40);
     EXPECT_EQ(texturedCrop(picture, 64).samples, picture.samples);
 }
 
-TEST(TexturedCrop, TakesThePartWithTheTexture) {
+TEST(TexturedCrop, SquareWithTheTextureIsFound) {
     const RgbPixels part = texturedCrop(chessboardAt(128, 96), 64);
     EXPECT_EQ(part.width, 64);
     EXPECT_EQ(part.height, 64);
@@ -37,13 +37,13 @@ TEST(TexturedCrop, TakesThePartWithTheTexture) {
     EXPECT_EQ(std::ranges::count(samples, 200), 64 * 64 * 3 / 2);
 }
 
-TEST(TexturedCrop, ShortPictureGivesItsWholeHeight) {
+TEST(TexturedCrop, PictureLowerThanTheSquareKeepsItsHeight) {
     const RgbPixels part = texturedCrop(vel::test::drawnPicture(300, 20), 64);
     EXPECT_EQ(part.width, 64);
     EXPECT_EQ(part.height, 20);
 }
 
-TEST(TexturedCrop, SixteenBitsStaySixteenBits) {
+TEST(TexturedCrop, SixteenBitPicturesKeepTheirDepth) {
     const RgbPixels wide{100, 10, std::vector<std::uint16_t>(3000, 4000)};
     const RgbPixels part = texturedCrop(wide, 30);
     EXPECT_FALSE(part.isEightBit());

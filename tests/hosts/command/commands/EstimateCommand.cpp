@@ -1,8 +1,8 @@
 #include "hosts/command/commands/EstimateCommand.h"
 
+#include "hosts/command/files/fileFailures.h"
 #include "hosts/command/kernels/KernelFile.h"
 #include "hosts/command/pictures/ImageFile.h"
-#include "hosts/command/terminal/Failure.h"
 #include "tests/support/BlurredPicture.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestPictures.h"
@@ -45,7 +45,7 @@ protected:
     std::ostringstream m_terminal;
 };
 
-TEST_F(EstimateCommand, WritesTheKernelAndShowsIt) {
+TEST_F(EstimateCommand, KernelIsWrittenAndPrinted) {
     writeSoft(1);
     const auto kernel = run();
     EXPECT_EQ(kernel.width, 9);
@@ -54,7 +54,7 @@ TEST_F(EstimateCommand, WritesTheKernelAndShowsIt) {
     EXPECT_NE(m_out.str().find("██"), std::string::npos);
 }
 
-TEST_F(EstimateCommand, KernelSpeaksOfThePictureAsItIsShown) {
+TEST_F(EstimateCommand, KernelRefersToThePictureAsDisplayed) {
     writeSoft(1);
     m_options.blind.turn = velorn::Turn::No;
     const auto stored = run();
@@ -66,7 +66,7 @@ TEST_F(EstimateCommand, KernelSpeaksOfThePictureAsItIsShown) {
     EXPECT_EQ(velorn::asStored(shown, 6).weights, stored.weights);
 }
 
-TEST_F(EstimateCommand, PictureWithoutEdgesIsToldWithItsNameAndNothingIsWritten) {
+TEST_F(EstimateCommand, PictureWithoutEdgesIsAFailureThatNamesItAndWritesNothing) {
     velorn::ImageFile grey(80, 60, 1, 8);
     vel::test::writeBytes(m_options.input.string(), grey.encode(m_options.input));
     try {
@@ -80,9 +80,17 @@ TEST_F(EstimateCommand, PictureWithoutEdgesIsToldWithItsNameAndNothingIsWritten)
     EXPECT_FALSE(std::filesystem::exists(m_options.output));
 }
 
-TEST_F(EstimateCommand, NameThatNoKernelGoesUnderIsToldAtOnce) {
+TEST_F(EstimateCommand, OutputWithUnknownFormatIsRefused) {
+    writeSoft(1);
     m_options.output = m_folder / "k.xyz";
-    EXPECT_THROW(run(), velorn::Failure);
+    try {
+        run();
+        FAIL() << "no failure";
+    } catch (const velorn::Failure& failure) {
+        const std::string start = "cannot write " + velorn::quoted(m_options.output) + ": ";
+        EXPECT_EQ(std::string(failure.what()).substr(0, start.size()), start) << failure.what();
+    }
+    EXPECT_EQ(m_folder.fileCount(), 1u);
 }
 
 } // namespace

@@ -20,7 +20,7 @@ RgbPixels restored(const RgbPixels& picture, velorn::RestorationSettings setting
     return velorn::restore(picture, kDisc, settings, [](int, int) { return true; });
 }
 
-TEST(Presets, HaveNamesOfTheirOwnAndLeaveTheStrengthToTheNoise) {
+TEST(Presets, NamesAreUniqueAndTheStrengthIsNotSet) {
     std::set<std::string> names;
     for (const auto& preset : velorn::presets()) {
         EXPECT_TRUE(names.insert(preset.name).second) << preset.name;
@@ -31,7 +31,7 @@ TEST(Presets, HaveNamesOfTheirOwnAndLeaveTheStrengthToTheNoise) {
     EXPECT_EQ(names, std::set<std::string>({"crisp", "lens", "motion", "scan"}));
 }
 
-TEST(Presets, EachMakesAPictureOfItsOwnThatBeatsTheBlurredOne) {
+TEST(Presets, EachGivesADifferentPictureThatIsBetterThanTheBlurredOne) {
     const RgbPixels sharp = vel::test::drawnPicture(200, 150);
     const RgbPixels soft = vel::test::blurred(sharp, kDisc);
     const auto& truth = std::get<Bytes>(sharp.samples);

@@ -21,7 +21,7 @@ double sumOf(const BlurKernel& kernel) {
     return std::accumulate(kernel.weights.begin(), kernel.weights.end(), 0.0);
 }
 
-TEST(BlurKernel, ShapesHaveTheirSizesAndAddUpToOne) {
+TEST(BlurKernel, ShapesHaveTheirSizesAndSumToOne) {
     const BlurKernel gaussian = makeKernel({Shape::Gaussian, 1.5f, 0.0f});
     EXPECT_EQ(gaussian.width, 11);
     EXPECT_EQ(gaussian.height, 11);
@@ -35,7 +35,7 @@ TEST(BlurKernel, ShapesHaveTheirSizesAndAddUpToOne) {
     EXPECT_EQ(motion.weights, std::vector<float>(5, 0.2f));
 }
 
-TEST(BlurKernel, WeightsMatchTheSizeAlsoWhereOneSideIsSmall) {
+TEST(BlurKernel, NumberOfWeightsMatchesTheSides) {
     for (const float angle : {0.0f, 30.0f, 90.0f, 135.0f, -45.0f}) {
         const BlurKernel motion = makeKernel({Shape::Motion, 20.0f, angle});
         EXPECT_EQ(motion.weights.size(), static_cast<std::size_t>(motion.width * motion.height));
@@ -54,7 +54,8 @@ TEST(BlurKernel, ExtentsThatGiveNoKernelAreRefused) {
     EXPECT_THROW(makeKernel({Shape::Disc, std::numeric_limits<float>::infinity(), 0.0f}), Failure);
 }
 
-/// Where element (row, column) of a stored picture of `height` by `width` is displayed.
+/// The displayed row and column of the element at (row, column) of a stored picture with `height`
+/// rows and `width` columns.
 std::pair<int, int> displayed(int orientation, int row, int column, int height, int width) {
     switch (orientation) {
     case 2:
@@ -76,7 +77,7 @@ std::pair<int, int> displayed(int orientation, int row, int column, int height, 
     }
 }
 
-TEST(BlurKernel, StoredKernelIsDisplayedAsTheGivenOne) {
+TEST(BlurKernel, StoredKernelIsDisplayedAsTheOriginal) {
     const BlurKernel wanted{3, 5, {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15}};
     for (int orientation = 1; orientation <= 8; ++orientation) {
         const BlurKernel stored = asStored(wanted, orientation);
@@ -92,14 +93,14 @@ TEST(BlurKernel, StoredKernelIsDisplayedAsTheGivenOne) {
     }
 }
 
-TEST(BlurKernel, UprightMotionOfATurnedPictureIsLevelInTheFile) {
+TEST(BlurKernel, HorizontalMotionOfATurnedPictureIsVerticalInTheFile) {
     const BlurKernel motion = makeKernel({Shape::Motion, 9.0f, 0.0f});
     const BlurKernel stored = asStored(motion, 6);
     EXPECT_EQ(stored.width, 1);
     EXPECT_EQ(stored.height, 9);
 }
 
-TEST(BlurKernel, ShownAndStoredUndoEachOther) {
+TEST(BlurKernel, AsShownIsTheInverseOfAsStored) {
     std::vector<float> weights(15);
     std::iota(weights.begin(), weights.end(), 1.0f);
     const BlurKernel kernel{5, 3, weights};
@@ -110,17 +111,24 @@ TEST(BlurKernel, ShownAndStoredUndoEachOther) {
     }
 }
 
-TEST(BlurKernel, WeightsAreScaledToOne) {
+TEST(BlurKernel, RotationReversesTheWeights) {
+    const BlurKernel rotated = velorn::rotatedBy180({3, 1, {0.5f, 0.3f, 0.2f}});
+    EXPECT_EQ(rotated.width, 3);
+    EXPECT_EQ(rotated.height, 1);
+    EXPECT_EQ(rotated.weights, (std::vector<float>{0.2f, 0.3f, 0.5f}));
+}
+
+TEST(BlurKernel, WeightsAreScaledToTheSumOne) {
     const BlurKernel kernel = checkedKernel({3, 1, {1.0f, 2.0f, 1.0f}}, "k");
     EXPECT_EQ(kernel.weights, (std::vector<float>{0.25f, 0.5f, 0.25f}));
 }
 
-TEST(BlurKernel, ASumOfOneButForRoundingIsLeftAlone) {
+TEST(BlurKernel, SumThatDiffersFromOneByRoundingIsKept) {
     const std::vector<float> weights{0.3333333f, 0.3333333f, 0.3333333f};
     EXPECT_EQ(checkedKernel({3, 1, weights}, "k").weights, weights);
 }
 
-std::string complaint(BlurKernel kernel) {
+std::string failureOf(BlurKernel kernel) {
     try {
         checkedKernel(std::move(kernel), "k");
     } catch (const Failure& failure) {
@@ -130,14 +138,14 @@ std::string complaint(BlurKernel kernel) {
 }
 
 TEST(BlurKernel, UnusableKernelsAreRefusedWithTheReason) {
-    EXPECT_EQ(complaint({2, 1, {0.5f, 0.5f}}),
+    EXPECT_EQ(failureOf({2, 1, {0.5f, 0.5f}}),
               "k: the kernel is 2 by 1, but both sides must be odd");
-    EXPECT_NE(complaint({1, 1, {std::numeric_limits<float>::infinity()}}).find("finite"),
+    EXPECT_NE(failureOf({1, 1, {std::numeric_limits<float>::infinity()}}).find("finite"),
               std::string::npos);
-    EXPECT_NE(complaint({1, 1, {std::numeric_limits<float>::quiet_NaN()}}).find("finite"),
+    EXPECT_NE(failureOf({1, 1, {std::numeric_limits<float>::quiet_NaN()}}).find("finite"),
               std::string::npos);
-    EXPECT_NE(complaint({3, 1, {1.0f, 0.0f, -1.0f}}).find("nothing or less"), std::string::npos);
-    EXPECT_NE(complaint({1, 1, {-1.0f}}).find("nothing or less"), std::string::npos);
+    EXPECT_NE(failureOf({3, 1, {1.0f, 0.0f, -1.0f}}).find("is not positive"), std::string::npos);
+    EXPECT_NE(failureOf({1, 1, {-1.0f}}).find("is not positive"), std::string::npos);
 }
 
 } // namespace

@@ -1,7 +1,7 @@
 #include "hosts/command/kernels/KernelFile.h"
 
+#include "hosts/command/files/fileFailures.h"
 #include "hosts/command/pictures/ImageFile.h"
-#include "hosts/command/terminal/Failure.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <cmath>
@@ -18,7 +18,7 @@ using vel::test::TemporaryFolder;
 using vel::test::writeBytes;
 using vel::test::writeText;
 
-std::string complaint(const std::filesystem::path& path, std::optional<int> scale = {}) {
+std::string failureOf(const std::filesystem::path& path, std::optional<int> scale = {}) {
     try {
         KernelFile::read(path, scale);
     } catch (const Failure& failure) {
@@ -45,7 +45,7 @@ TEST(KernelFile, TextReadsBackExactly) {
     }
 }
 
-TEST(KernelFile, PictureReadsBackAsTheSameKernel) {
+TEST(KernelFile, PictureReadsBackWithTheSameWeights) {
     const TemporaryFolder folder;
     for (const char* name : {"k.png", "k.tif"}) {
         for (const auto& blur : kBlurs) {
@@ -62,7 +62,7 @@ TEST(KernelFile, PictureReadsBackAsTheSameKernel) {
     }
 }
 
-TEST(KernelFile, PictureIsLargeEnoughToSeeAndItsPeakIsWhite) {
+TEST(KernelFile, PictureIsEnlargedAndItsLargestWeightIsWhite) {
     const TemporaryFolder folder;
     writeBytes(folder / "k.png",
                KernelFile::encode(makeKernel({Shape::Disc, 3.0f, 0.0f}), "k.png"));
@@ -72,16 +72,17 @@ TEST(KernelFile, PictureIsLargeEnoughToSeeAndItsPeakIsWhite) {
     EXPECT_EQ(std::ranges::max(std::get<std::vector<std::uint16_t>>(picture.samples())), 65535);
 }
 
-TEST(KernelFile, GivenScaleCountsMoreThanTheDescription) {
+TEST(KernelFile, GivenScaleOverridesTheDescription) {
     const TemporaryFolder folder;
     writeBytes(folder / "k.png",
                KernelFile::encode(makeKernel({Shape::Disc, 3.0f, 0.0f}), "k.png"));
     const int side = velorn::ImageFile::read(folder / "k.png").width();
     EXPECT_EQ(KernelFile::read(folder / "k.png", side).width, 1);
-    EXPECT_NE(complaint(folder / "k.png", side - 1).find("no kernel of scale"), std::string::npos);
+    EXPECT_NE(failureOf(folder / "k.png", side - 1).find("are not multiples of the kernel scale"),
+              std::string::npos);
 }
 
-TEST(KernelFile, ColoursAreAveragedAndEightBitsWillDo) {
+TEST(KernelFile, ColoursOfAnEightBitPictureAreAveraged) {
     const TemporaryFolder folder;
     velorn::ImageFile picture(3, 1, 3, 8);
     std::get<std::vector<std::uint8_t>>(picture.samples()) = {0, 30, 60, 60, 60, 60, 90, 90, 0};
@@ -93,7 +94,7 @@ TEST(KernelFile, ColoursAreAveragedAndEightBitsWillDo) {
     EXPECT_FLOAT_EQ(kernel.weights[2], 0.4f);
 }
 
-TEST(KernelFile, TextMayUseCommasRemarksAndEmptyLines) {
+TEST(KernelFile, TextMayContainCommasCommentsAndEmptyLines) {
     const TemporaryFolder folder;
     writeText(folder / "k.csv", "# a kernel\r\n\r\n0,1;0\r\n1, 4, 1 # the middle\r\n\t0 +1 0\r\n");
     const BlurKernel kernel = KernelFile::read(folder / "k.csv", {});
@@ -103,50 +104,50 @@ TEST(KernelFile, TextMayUseCommasRemarksAndEmptyLines) {
     EXPECT_FLOAT_EQ(kernel.at(2, 1), 0.125f);
 }
 
-TEST(KernelFile, BadTextIsToldWithFileAndLine) {
+TEST(KernelFile, MalformedTextIsAFailureThatNamesFileAndLine) {
     const TemporaryFolder folder;
     const auto path = folder / "k.txt";
     const std::string name = velorn::quoted(path);
     writeText(path, "1 2 3\n4 5\n");
-    EXPECT_EQ(complaint(path), name + " line 2: 2 numbers where the first row has 3");
+    EXPECT_EQ(failureOf(path), name + " line 2: 2 numbers where the first row has 3");
     writeText(path, "1 x 3\n");
-    EXPECT_EQ(complaint(path), name + " line 1: 'x' is not a number");
+    EXPECT_EQ(failureOf(path), name + " line 1: 'x' is not a number");
     writeText(path, "1 2.5.1 3\n");
-    EXPECT_EQ(complaint(path), name + " line 1: '2.5.1' is not a number");
+    EXPECT_EQ(failureOf(path), name + " line 1: '2.5.1' is not a number");
     writeText(path, "+\n");
-    EXPECT_EQ(complaint(path), name + " line 1: '+' is not a number");
+    EXPECT_EQ(failureOf(path), name + " line 1: '+' is not a number");
     writeText(path, "1 1e99 3\n");
-    EXPECT_EQ(complaint(path), name + " line 1: '1e99' is not a number");
+    EXPECT_EQ(failureOf(path), name + " line 1: '1e99' is not a number");
     writeText(path, "1 inf 3\n");
-    EXPECT_NE(complaint(path).find("finite"), std::string::npos);
+    EXPECT_NE(failureOf(path).find("finite"), std::string::npos);
     writeText(path, "1 nan 3\n");
-    EXPECT_NE(complaint(path).find("finite"), std::string::npos);
+    EXPECT_NE(failureOf(path).find("finite"), std::string::npos);
     writeText(path, "\n# nothing\n");
-    EXPECT_EQ(complaint(path), name + " holds no numbers");
+    EXPECT_EQ(failureOf(path), name + " contains no numbers");
     writeText(path, "0 0 0\n");
-    EXPECT_NE(complaint(path).find("nothing or less"), std::string::npos);
+    EXPECT_NE(failureOf(path).find("is not positive"), std::string::npos);
     writeText(path, "1 1\n1 1\n");
-    EXPECT_NE(complaint(path).find("must be odd"), std::string::npos);
+    EXPECT_NE(failureOf(path).find("must be odd"), std::string::npos);
 }
 
-TEST(KernelFile, MissingFilesAndFoldersAreToldByName) {
+TEST(KernelFile, MissingFilesAndFoldersAreFailuresThatNameTheFile) {
     const TemporaryFolder folder;
-    EXPECT_EQ(complaint(folder / "none.txt"),
+    EXPECT_EQ(failureOf(folder / "none.txt"),
               "cannot read " + velorn::quoted(folder / "none.txt") + ": No such file or directory");
-    EXPECT_EQ(complaint(folder / "none.png"),
+    EXPECT_EQ(failureOf(folder / "none.png"),
               "cannot read " + velorn::quoted(folder / "none.png") + ": No such file or directory");
     std::filesystem::create_directory(folder / "f.txt");
-    EXPECT_NE(complaint(folder / "f.txt").find("it is a folder"), std::string::npos);
+    EXPECT_NE(failureOf(folder / "f.txt").find("it is a folder"), std::string::npos);
 }
 
-TEST(KernelFile, BlackAndEvenPicturesAreRefused) {
+TEST(KernelFile, PicturesThatGiveNoKernelAreRefused) {
     const TemporaryFolder folder;
     writeBytes(folder / "k.png", velorn::ImageFile(5, 5, 1, 8).encode("k.png"));
-    EXPECT_NE(complaint(folder / "k.png").find("nothing or less"), std::string::npos);
+    EXPECT_NE(failureOf(folder / "k.png").find("is not positive"), std::string::npos);
     writeBytes(folder / "k.png", velorn::ImageFile(4, 5, 1, 8).encode("k.png"));
-    EXPECT_NE(complaint(folder / "k.png").find("must be odd"), std::string::npos);
+    EXPECT_NE(failureOf(folder / "k.png").find("must be odd"), std::string::npos);
     writeBytes(folder / "k.png", velorn::ImageFile(2001, 5, 1, 8).encode("k.png"));
-    EXPECT_NE(complaint(folder / "k.png").find("larger than 1023"), std::string::npos);
+    EXPECT_NE(failureOf(folder / "k.png").find("larger than 1023"), std::string::npos);
 }
 
 } // namespace

@@ -33,7 +33,7 @@ std::string with(const std::string& file, const MetadataBlocks& blocks) {
     return {bytes.begin(), bytes.end()};
 }
 
-TEST(JpegMetadata, FindsEveryKindOfBlock) {
+TEST(JpegMetadata, EveryKindOfBlockIsRead) {
     const std::string file =
         kStart + kJfif + kExif + kXmp + kMoreXmp + kIptc + kProfile + kComment + kTables + kScan;
     ASSERT_TRUE(velorn::isJpeg(bytesOf(file)));
@@ -43,7 +43,7 @@ TEST(JpegMetadata, FindsEveryKindOfBlock) {
     EXPECT_EQ(blocks.jpegSegments, (std::vector<std::string>{kMoreXmp, kIptc, kComment}));
 }
 
-TEST(JpegMetadata, BlocksOfOneFileComeBackFromAnother) {
+TEST(JpegMetadata, BlocksOfOneFileAreReadBackFromAnother) {
     const std::string source =
         kStart + kJfif + kExif + kXmp + kMoreXmp + kIptc + kComment + kTables + kScan;
     const MetadataBlocks blocks = readJpegMetadata(bytesOf(source));
@@ -51,7 +51,7 @@ TEST(JpegMetadata, BlocksOfOneFileComeBackFromAnother) {
     EXPECT_EQ(target, source);
 }
 
-TEST(JpegMetadata, EncodersOwnSegmentsGiveWayAndTheRestStays) {
+TEST(JpegMetadata, BlocksReplaceTheSegmentsOfTheEncoder) {
     const std::string own = segment('\xE1', std::string("Exif\0\0", 6) + "II*poor copy");
     MetadataBlocks blocks;
     blocks.exif = "II*camera";
@@ -59,12 +59,12 @@ TEST(JpegMetadata, EncodersOwnSegmentsGiveWayAndTheRestStays) {
               kStart + kJfif + kExif + kProfile + kComment + kTables + kScan);
 }
 
-TEST(JpegMetadata, NothingToCarryLeavesTheFileAsItIs) {
+TEST(JpegMetadata, WithoutBlocksTheFileIsUnchanged) {
     const std::string file = kStart + kJfif + kExif + kXmp + kComment + kTables + kScan;
     EXPECT_EQ(with(file, {}), file);
 }
 
-TEST(JpegMetadata, BlocksLargerThanASegmentAreLeftOut) {
+TEST(JpegMetadata, BlocksLargerThanASegmentAreOmitted) {
     MetadataBlocks blocks;
     blocks.exif = std::string(70000, 'x');
     EXPECT_EQ(with(kStart + kJfif + kScan, blocks), kStart + kJfif + kScan);

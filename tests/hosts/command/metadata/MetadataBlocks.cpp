@@ -10,7 +10,7 @@ using velorn::MetadataBlocks;
 using velorn::readMetadataBlocks;
 using velorn::withMetadataBlocks;
 
-TEST(MetadataBlocks, EachContainerIsKnownByItsBytes) {
+TEST(MetadataBlocks, ContainerIsRecognisedByItsBytes) {
     MetadataBlocks blocks;
     blocks.exif = "II*camera";
     for (const char* name : {"a.jpg", "a.png", "a.webp"}) {
@@ -19,7 +19,7 @@ TEST(MetadataBlocks, EachContainerIsKnownByItsBytes) {
     }
 }
 
-TEST(MetadataBlocks, OtherContainersStayAsTheyAre) {
+TEST(MetadataBlocks, OtherContainersAreUnchanged) {
     MetadataBlocks blocks;
     blocks.exif = "II*camera";
     const auto file = velorn::ImageFile(5, 4, 3, 8).encode("a.tif");

@@ -7,7 +7,7 @@ namespace {
 using velorn::addNamedMetadata;
 using velorn::blocksOfNamedMetadata;
 
-TEST(MetadataNames, NamedMetadataSurvivesTheWayThroughBlocks) {
+TEST(MetadataNames, NamedMetadataIsReadBackFromBlocks) {
     OIIO::ImageSpec spec;
     spec.attribute("Make", "A maker");
     spec.attribute("Exif:LensModel", "Fifty");
@@ -23,7 +23,7 @@ TEST(MetadataNames, NamedMetadataSurvivesTheWayThroughBlocks) {
     EXPECT_NEAR(back.get_float_attribute("ExposureTime"), 0.01f, 1e-5f);
 }
 
-TEST(MetadataNames, AttributesThatAreThereStay) {
+TEST(MetadataNames, ExistingAttributesAreKept) {
     OIIO::ImageSpec spec;
     spec.attribute("Make", "A maker");
     const auto blocks = blocksOfNamedMetadata(spec);
@@ -33,7 +33,7 @@ TEST(MetadataNames, AttributesThatAreThereStay) {
     EXPECT_EQ(other.get_string_attribute("Make"), "Another");
 }
 
-TEST(MetadataNames, NothingOfTheContainerInBetweenIsAdded) {
+TEST(MetadataNames, AttributesOfTheIntermediateFileAreNotAdded) {
     OIIO::ImageSpec spec;
     spec.attribute("Make", "A maker");
     OIIO::ImageSpec back;
@@ -44,7 +44,7 @@ TEST(MetadataNames, NothingOfTheContainerInBetweenIsAdded) {
     }
 }
 
-TEST(MetadataNames, BrokenBlocksAreNoError) {
+TEST(MetadataNames, DamagedBlocksAreIgnored) {
     velorn::MetadataBlocks blocks;
     blocks.exif = "no such thing";
     blocks.xmp = "<<<";

@@ -11,7 +11,7 @@ using velorn::withPngMetadata;
 
 const std::string kSignature("\x89PNG\r\n\x1A\n", 8);
 
-/// A chunk with a check sum of no meaning: only chunks made anew need a true one.
+/// A chunk with an arbitrary check sum: copied chunks keep theirs.
 std::string chunk(const std::string& type, const std::string& body) {
     return velorn::bigEndianText(static_cast<std::uint32_t>(body.size()), 4) + type + body + "sum!";
 }
@@ -29,7 +29,7 @@ std::string with(const std::string& file, const MetadataBlocks& blocks) {
     return {bytes.begin(), bytes.end()};
 }
 
-TEST(PngMetadata, FindsBlocksBeforeAndBehindThePixels) {
+TEST(PngMetadata, BlocksBeforeAndAfterThePixelsAreRead) {
     const std::string xmp =
         chunk("iTXt", std::string("XML:com.adobe.xmp\0\0\0\0\0", 22) + "<x:xmpmeta/>");
     const std::string file = kSignature + kHeader + kSize + kPalette + xmp + kData + kText +
@@ -41,14 +41,14 @@ TEST(PngMetadata, FindsBlocksBeforeAndBehindThePixels) {
     EXPECT_EQ(blocks.pngChunks, (std::vector<std::string>{kSize, kText}));
 }
 
-TEST(PngMetadata, CarriedChunksStandBehindTheHeaderInTheEncodersPlace) {
+TEST(PngMetadata, CopiedChunksFollowTheHeaderAndReplaceThoseOfTheEncoder) {
     MetadataBlocks blocks;
     blocks.pngChunks = {kSize, kTime};
     EXPECT_EQ(with(kSignature + kHeader + kText + kPalette + kData + kEnd, blocks),
               kSignature + kHeader + kSize + kTime + kPalette + kData + kEnd);
 }
 
-TEST(PngMetadata, NewChunksHaveTheirCheckSum) {
+TEST(PngMetadata, NewChunksHaveACheckSum) {
     MetadataBlocks blocks;
     blocks.exif = "123456789";
     const std::string file = with(kSignature + kHeader + kText + kData + kEnd, blocks);
@@ -60,7 +60,7 @@ TEST(PngMetadata, NewChunksHaveTheirCheckSum) {
     EXPECT_NE(file.find(kText), std::string::npos);
 }
 
-TEST(PngMetadata, ExifAndXmpComeBack) {
+TEST(PngMetadata, ExifAndXmpAreReadBack) {
     MetadataBlocks blocks;
     blocks.exif = "II*camera";
     blocks.xmp = "<x:xmpmeta/>";

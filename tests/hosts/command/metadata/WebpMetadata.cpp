@@ -23,7 +23,7 @@ MetadataBlocks someBlocks() {
     return blocks;
 }
 
-TEST(WebpMetadata, BlocksComeBack) {
+TEST(WebpMetadata, BlocksAreReadBack) {
     const auto file = withWebpMetadata(plainFile(), someBlocks());
     ASSERT_TRUE(velorn::isWebp(file));
     const MetadataBlocks back = readWebpMetadata(file);
@@ -32,14 +32,14 @@ TEST(WebpMetadata, BlocksComeBack) {
     EXPECT_EQ(back.xmp, "<x:xmpmeta/>");
 }
 
-TEST(WebpMetadata, ExtendedHeaderTellsTheCanvasAndWhatFollows) {
+TEST(WebpMetadata, ExtendedHeaderDescribesTheCanvasAndTheBlocks) {
     const auto file = withWebpMetadata(plainFile(), someBlocks());
     const std::string head(file.begin() + 12, file.begin() + 30);
     EXPECT_EQ(head, std::string("VP8X\x0A\0\0\0\x2C\0\0\0\x0C\0\0\x06\0\0", 18));
     EXPECT_EQ(velorn::littleEndian32(file, 4) + 8, file.size());
 }
 
-TEST(WebpMetadata, ReplacesWhatAnExtendedFileHas) {
+TEST(WebpMetadata, BlocksReplaceThoseOfAnExtendedFile) {
     const auto once = withWebpMetadata(plainFile(), someBlocks());
     EXPECT_EQ(withWebpMetadata(once, someBlocks()), once);
     MetadataBlocks other;
@@ -49,11 +49,11 @@ TEST(WebpMetadata, ReplacesWhatAnExtendedFileHas) {
     EXPECT_TRUE(back.icc.empty());
 }
 
-TEST(WebpMetadata, NothingToCarryLeavesTheFileAsItIs) {
+TEST(WebpMetadata, WithoutBlocksTheFileIsUnchanged) {
     EXPECT_EQ(withWebpMetadata(plainFile(), {}), plainFile());
 }
 
-TEST(WebpMetadata, PrefixOfOtherWritersIsTakenOff) {
+TEST(WebpMetadata, PrefixOfOtherWritersIsRemoved) {
     MetadataBlocks blocks;
     blocks.exif = std::string("Exif\0\0", 6) + "II*camera";
     EXPECT_EQ(readWebpMetadata(withWebpMetadata(plainFile(), blocks)).exif, "II*camera");
@@ -62,7 +62,11 @@ TEST(WebpMetadata, PrefixOfOtherWritersIsTakenOff) {
 TEST(WebpMetadata, DamagedFilesEndTheSearch) {
     const auto file = withWebpMetadata(plainFile(), someBlocks());
     for (std::size_t length = 12; length < file.size(); ++length) {
-        readWebpMetadata(Bytes(file).first(length));
+        // XMP is the last chunk: every shorter file lacks it.
+        const MetadataBlocks blocks = readWebpMetadata(Bytes(file).first(length));
+        EXPECT_EQ(blocks.xmp, "") << length;
+        EXPECT_TRUE(blocks.exif.empty() || blocks.exif == "II*camera") << length;
+        EXPECT_TRUE(blocks.icc.empty() || blocks.icc == "profile") << length;
     }
 }
 

@@ -14,7 +14,7 @@ using velorn::RgbPixels;
 using Bytes = std::vector<std::uint8_t>;
 using Words = std::vector<std::uint16_t>;
 
-/// `colours`, red first, as display pixels.
+/// `colours`, which begin with red, as display pixels.
 Bytes blueFirst(const Bytes& colours) {
     Bytes bytes;
     for (std::size_t i = 0; i < colours.size(); i += 3) {
@@ -23,7 +23,7 @@ Bytes blueFirst(const Bytes& colours) {
     return bytes;
 }
 
-TEST(DisplayPixels, WithoutProfilesColoursAreShownAsTheyAre) {
+TEST(DisplayPixels, WithoutProfilesColoursAreUnchanged) {
     const RgbPixels picture = vel::test::drawnPicture(13, 7);
     const DisplayPixels shown = displayPixels(picture, {}, 1.0f);
     EXPECT_EQ(shown.width, 13);
@@ -31,12 +31,12 @@ TEST(DisplayPixels, WithoutProfilesColoursAreShownAsTheyAre) {
     EXPECT_EQ(shown.bytes, blueFirst(std::get<Bytes>(picture.samples)));
 }
 
-TEST(DisplayPixels, SixteenBitsAreCutToEightAndWhiteIsWhite) {
+TEST(DisplayPixels, SixteenBitsAreTruncatedToEightAndWhiteStaysWhite) {
     const RgbPixels picture{2, 1, Words{0, 127, 128, 32640, 32767, 32768}};
     EXPECT_EQ(displayPixels(picture, {}, 1.0f).bytes, (Bytes{1, 0, 0, 255, 255, 255, 255, 255}));
 }
 
-TEST(DisplayPixels, ColoursGoFromThePicturesProfileToTheDisplays) {
+TEST(DisplayPixels, ColoursAreConvertedFromOneProfileToTheOther) {
     const RgbPixels picture = vel::test::drawnPicture(20, 11);
     const auto& colours = std::get<Bytes>(picture.samples);
     const auto wide = vel::test::wideGamutProfile();
@@ -61,16 +61,16 @@ TEST(DisplayPixels, ScaledPictureFillsItsBuffer) {
     EXPECT_EQ(displayPixels(white, {}, 1.005f).width, 10);
 }
 
-TEST(DisplayPixels, PictureThatVanishesIsAFailure) {
+TEST(DisplayPixels, ScaleWithoutPixelsIsAFailure) {
     EXPECT_THROW(displayPixels(vel::test::drawnPicture(30, 4), {}, 0.2f), velorn::Failure);
 }
 
-TEST(DisplayPixels, SizesBeyondTheRecordsAreAFailure) {
+TEST(DisplayPixels, BufferLargerThanTheRecordsCanDescribeIsAFailure) {
     const RgbPixels line{1 << 20, 1, Bytes(std::size_t{3} << 20)};
     EXPECT_THROW(displayPixels(line, {}, 1000.0f), velorn::Failure);
 }
 
-TEST(DisplayPixels, OnlyProfilesOfRgbColoursAreTaken) {
+TEST(DisplayPixels, OnlyRgbProfilesAreAccepted) {
     for (const auto& profile : {vel::test::srgbProfile(), vel::test::wideGamutProfile()}) {
         EXPECT_TRUE(velorn::isSourceProfile(profile));
         EXPECT_TRUE(velorn::isDisplayProfile(profile));
@@ -82,7 +82,7 @@ TEST(DisplayPixels, OnlyProfilesOfRgbColoursAreTaken) {
     }
 }
 
-TEST(DisplayPixels, RefusedProfileLeavesTheColoursAsTheyAre) {
+TEST(DisplayPixels, RefusedProfileLeavesTheColoursUnchanged) {
     const RgbPixels picture = vel::test::drawnPicture(9, 5);
     EXPECT_EQ(displayPixels(picture, {vel::test::garbageProfile(), {}}, 1.0f).bytes,
               displayPixels(picture, {}, 1.0f).bytes);

@@ -1,7 +1,7 @@
 #include "hosts/command/pictures/ImageFile.h"
 
+#include "hosts/command/files/fileFailures.h"
 #include "hosts/command/pictures/PixelScale.h"
-#include "hosts/command/terminal/Failure.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestPictures.h"
 
@@ -22,7 +22,7 @@ using vel::test::writeText;
 using velorn::Failure;
 using velorn::ImageFile;
 
-std::string complaint(const std::filesystem::path& path) {
+std::string failureOf(const std::filesystem::path& path) {
     try {
         ImageFile::read(path);
     } catch (const Failure& failure) {
@@ -40,9 +40,9 @@ ImageSpec specOf(int channels, TypeDesc type) {
     return spec;
 }
 
-/// Reads, gives the colours back unchanged, and writes under another name.
+/// Reads a picture, writes it under another name and expects the same samples.
 template <class T>
-void expectSamplesToPass(const std::string& from, const std::string& to, int channels) {
+void expectSamplesToBeKept(const std::string& from, const std::string& to, int channels) {
     SCOPED_TRACE(from + " to " + to + ", " + std::to_string(channels) + " channels");
     const TemporaryFolder folder;
     const ImageSpec spec = specOf(channels, OIIO::BaseTypeFromC<T>::value);
@@ -60,20 +60,20 @@ void expectSamplesToPass(const std::string& from, const std::string& to, int cha
 TEST(ImageFile, LosslessFormatsKeepEverySampleAndTheDepth) {
     for (const int channels : {1, 2, 3, 4}) {
         for (const char* name : {"b.png", "b.tif"}) {
-            expectSamplesToPass<std::uint8_t>("a.png", name, channels);
-            expectSamplesToPass<std::uint16_t>("a.png", name, channels);
-            expectSamplesToPass<std::uint8_t>("a.tif", name, channels);
-            expectSamplesToPass<std::uint16_t>("a.tif", name, channels);
+            expectSamplesToBeKept<std::uint8_t>("a.png", name, channels);
+            expectSamplesToBeKept<std::uint16_t>("a.png", name, channels);
+            expectSamplesToBeKept<std::uint8_t>("a.tif", name, channels);
+            expectSamplesToBeKept<std::uint16_t>("a.tif", name, channels);
         }
     }
-    expectSamplesToPass<std::uint8_t>("a.png", "b.tga", 4);
+    expectSamplesToBeKept<std::uint8_t>("a.png", "b.tga", 4);
 }
 
-TEST(ImageFile, DevicesAreRefusedRatherThanReadForEver) {
+TEST(ImageFile, DevicesAreRefused) {
     EXPECT_THROW(ImageFile::read("/dev/zero"), Failure);
 }
 
-TEST(ImageFile, AlphaIsUntouchedInEveryFormatThatHasIt) {
+TEST(ImageFile, AlphaIsKeptInEveryFormatThatSupportsIt) {
     const TemporaryFolder folder;
     const ImageSpec spec = specOf(4, TypeDesc::UINT8);
     const auto samples = variedSamples<std::uint8_t>(spec);
@@ -95,8 +95,8 @@ TEST(ImageFile, AlphaIsUntouchedInEveryFormatThatHasIt) {
     }
 }
 
-TEST(ImageFile, ColoursBehindTransparencySurvive) {
-    expectSamplesToPass<std::uint8_t>("a.png", "b.tif", 4);
+TEST(ImageFile, ColoursOfTransparentPixelsAreKept) {
+    expectSamplesToBeKept<std::uint8_t>("a.png", "b.tif", 4);
     const TemporaryFolder folder;
     const ImageSpec spec = specOf(4, TypeDesc::UINT8);
     auto samples = variedSamples<std::uint8_t>(spec);
@@ -108,7 +108,7 @@ TEST(ImageFile, ColoursBehindTransparencySurvive) {
               samples);
 }
 
-TEST(ImageFile, GreyBecomesThreeEqualChannelsAndComesBack) {
+TEST(ImageFile, GreyBecomesThreeEqualChannelsAndGreyAgain) {
     const TemporaryFolder folder;
     const ImageSpec spec = specOf(2, TypeDesc::UINT16);
     const auto samples = variedSamples<std::uint16_t>(spec);
@@ -149,11 +149,11 @@ TEST(ImageFile, FloatingPointOutOfRangeIsRefused) {
     const ImageSpec spec(3, 1, 1, TypeDesc::FLOAT);
     for (const float bad : {1.5f, -0.1f, std::numeric_limits<float>::quiet_NaN()}) {
         writePicture(folder / "a.tif", spec, std::vector<float>{0.0f, bad, 1.0f});
-        EXPECT_NE(complaint(folder / "a.tif").find("outside 0..1"), std::string::npos);
+        EXPECT_NE(failureOf(folder / "a.tif").find("outside 0..1"), std::string::npos);
     }
 }
 
-TEST(ImageFile, ThirtyTwoBitIntegersBecomeSixteen) {
+TEST(ImageFile, ThirtyTwoBitIntegersBecomeSixteenBits) {
     const TemporaryFolder folder;
     const ImageSpec spec(2, 1, 1, TypeDesc::UINT32);
     writePicture(folder / "a.tif", spec, std::vector<std::uint32_t>{0, 0xFFFFFFFFu});
@@ -161,7 +161,7 @@ TEST(ImageFile, ThirtyTwoBitIntegersBecomeSixteen) {
               (std::vector<std::uint16_t>{0, 65535}));
 }
 
-TEST(ImageFile, SixteenBitsBecomeEightWhereTheFormatHasNoMore) {
+TEST(ImageFile, SixteenBitsBecomeEightInFormatsThatHaveOnlyEight) {
     const TemporaryFolder folder;
     ImageFile picture(4, 4, 3, 16);
     std::ranges::fill(std::get<std::vector<std::uint16_t>>(picture.samples()),
@@ -172,7 +172,7 @@ TEST(ImageFile, SixteenBitsBecomeEightWhereTheFormatHasNoMore) {
               std::vector<std::uint8_t>(48, 200));
 }
 
-/// A picture with a camera's metadata and a profile, in a format of choice.
+/// Writes a picture with the metadata of a camera and a profile; the extension selects the format.
 void writeCameraPicture(const std::filesystem::path& path) {
     ImageSpec spec(24, 16, 3, TypeDesc::UINT8);
     spec.attribute("Make", "A maker");
@@ -182,12 +182,12 @@ void writeCameraPicture(const std::filesystem::path& path) {
     spec.attribute("Copyright", "me");
     attachProfile(spec, minimalProfile());
     const TemporaryFolder folder;
-    // Only JPEG and TIFF take names; the other formats get theirs from there.
+    // Only JPEG and TIFF accept named attributes; the other formats get them by conversion.
     writePicture(folder / "a.tif", spec, variedSamples<std::uint8_t>(spec));
     writeBytes(path, ImageFile::read(folder / "a.tif").encode(path));
 }
 
-TEST(ImageFile, ProfileAndExifSurviveBetweenAllFormatsThatHaveThem) {
+TEST(ImageFile, ProfileAndExifAreKeptBetweenAllFormatsThatSupportThem) {
     const TemporaryFolder folder;
     for (const std::string from : {"jpg", "png", "tif", "webp"}) {
         for (const std::string to : {"jpg", "png", "tif", "webp"}) {
@@ -199,7 +199,7 @@ TEST(ImageFile, ProfileAndExifSurviveBetweenAllFormatsThatHaveThem) {
             EXPECT_TRUE(to == "tif" || !blocks.exif.empty());
             const ImageFile back = ImageFile::read(folder / ("b." + to));
             EXPECT_EQ(back.orientation(), 6);
-            // A further way through TIFF shows what the file says, profile included.
+            // TIFF has named attributes for all of the metadata.
             writeBytes(folder / "c.tif", back.encode("c.tif"));
             ImageSpec spec;
             readPicture<std::uint8_t>(folder / "c.tif", spec);
@@ -215,7 +215,7 @@ TEST(ImageFile, ProfileAndExifSurviveBetweenAllFormatsThatHaveThem) {
     }
 }
 
-TEST(ImageFile, OpaqueBlocksPassByteForByte) {
+TEST(ImageFile, OpaqueBlocksAreCopiedByteForByte) {
     const TemporaryFolder folder;
     velorn::MetadataBlocks blocks;
     blocks.exif = std::string("II*\0\x08\0\0\0\0\0\0\0\0\0 private maker notes", 34);
@@ -231,7 +231,7 @@ TEST(ImageFile, OpaqueBlocksPassByteForByte) {
     }
 }
 
-TEST(ImageFile, DepthOfAFewBitsIsNotKept) {
+TEST(ImageFile, DepthBelowEightBitsBecomesEight) {
     const TemporaryFolder folder;
     ImageSpec spec(8, 8, 1, TypeDesc::UINT8);
     spec.attribute("oiio:BitsPerSample", 1);
@@ -244,7 +244,7 @@ TEST(ImageFile, DepthOfAFewBitsIsNotKept) {
               std::vector<std::uint8_t>(64, 100));
 }
 
-TEST(ImageFile, DescriptionIsKeptAsPartOfThePicture) {
+TEST(ImageFile, DescriptionIsStoredWithThePicture) {
     const TemporaryFolder folder;
     ImageFile picture(2, 2, 1, 8);
     EXPECT_EQ(picture.description(), "");
@@ -256,16 +256,16 @@ TEST(ImageFile, DescriptionIsKeptAsPartOfThePicture) {
     }
 }
 
-TEST(ImageFile, UnreadableFilesAreToldByName) {
+TEST(ImageFile, UnreadableFilesAreFailuresThatNameTheFile) {
     const TemporaryFolder folder;
-    EXPECT_EQ(complaint(folder / "none.png"),
+    EXPECT_EQ(failureOf(folder / "none.png"),
               "cannot read " + velorn::quoted(folder / "none.png") + ": No such file or directory");
-    EXPECT_EQ(complaint(folder / ""),
+    EXPECT_EQ(failureOf(folder / ""),
               "cannot read " + velorn::quoted(folder / "") + ": it is a folder");
     for (const char* name : {"a.png", "a.jpg", "a.tif", "a.webp", "a.xyz", "a"}) {
         for (const std::string content : {"", "not a picture at all, but long enough to be one"}) {
             writeText(folder / name, content);
-            const std::string text = complaint(folder / name);
+            const std::string text = failureOf(folder / name);
             EXPECT_EQ(text.rfind("cannot read " + velorn::quoted(folder / name) + ": ", 0), 0u)
                 << text;
             EXPECT_EQ(text.find('\n'), std::string::npos) << text;
@@ -285,19 +285,19 @@ TEST(ImageFile, TruncatedPicturesAreRefused) {
         auto bytes = picture.encode(name);
         bytes.resize(bytes.size() / 2);
         writeBytes(folder / name, bytes);
-        EXPECT_NE(complaint(folder / name), "") << name;
+        EXPECT_NE(failureOf(folder / name), "") << name;
     }
 }
 
-TEST(ImageFile, OtherChannelsThanGreyAndRgbAreRefused) {
+TEST(ImageFile, ChannelsOtherThanGreyAndRgbAreRefused) {
     const TemporaryFolder folder;
     ImageSpec spec(8, 8, 5, TypeDesc::UINT8);
     writePicture(folder / "a.tif", spec, variedSamples<std::uint8_t>(spec));
-    EXPECT_NE(complaint(folder / "a.tif").find("has 5 channels"), std::string::npos);
+    EXPECT_NE(failureOf(folder / "a.tif").find("has 5 channels"), std::string::npos);
     ImageSpec two(8, 8, 2, TypeDesc::UINT8);
     two.channelnames = {"X", "Y"};
     writePicture(folder / "b.tif", two, variedSamples<std::uint8_t>(two));
-    EXPECT_NE(complaint(folder / "b.tif").find("has 2 channels"), std::string::npos);
+    EXPECT_NE(failureOf(folder / "b.tif").find("has 2 channels"), std::string::npos);
 }
 
 TEST(ImageFile, SeveralPicturesInAFileAreRefused) {
@@ -311,7 +311,7 @@ TEST(ImageFile, SeveralPicturesInAFileAreRefused) {
     ASSERT_TRUE(output->open(path, spec, OIIO::ImageOutput::AppendSubimage));
     ASSERT_TRUE(output->write_image(TypeDesc::UINT8, samples.data()));
     ASSERT_TRUE(output->close());
-    EXPECT_NE(complaint(folder / "a.tif").find("more than one picture"), std::string::npos);
+    EXPECT_NE(failureOf(folder / "a.tif").find("more than one picture"), std::string::npos);
 }
 
 TEST(ImageFile, UnknownFormatsCannotBeWritten) {

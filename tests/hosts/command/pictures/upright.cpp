@@ -7,7 +7,7 @@ namespace {
 using velorn::RgbPixels;
 using velorn::upright;
 
-/// A picture whose pixels are told by their numbers, three equal channels each.
+/// A picture whose pixels have the given numbers in all three channels.
 template <class T>
 RgbPixels numbered(int width, int height, const std::vector<T>& numbers) {
     std::vector<T> samples;
@@ -17,7 +17,7 @@ RgbPixels numbered(int width, int height, const std::vector<T>& numbers) {
     return {width, height, samples};
 }
 
-TEST(Upright, EveryOrientationIsTurnedBack) {
+TEST(Upright, EveryOrientationIsDisplayedUpright) {
     // As stored:  1 2 3
     //             4 5 6
     using Bytes = std::vector<std::uint8_t>;
@@ -36,7 +36,7 @@ TEST(Upright, EveryOrientationIsTurnedBack) {
     }
 }
 
-TEST(Upright, SixteenBitsKeepTheirValues) {
+TEST(Upright, SixteenBitSamplesKeepTheirValues) {
     const RgbPixels stored = numbered<std::uint16_t>(1, 3, {1, 32768, 65535});
     EXPECT_EQ(upright(stored, 3).samples, numbered<std::uint16_t>(1, 3, {65535, 32768, 1}).samples);
 }

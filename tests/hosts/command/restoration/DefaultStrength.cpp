@@ -6,7 +6,7 @@ namespace {
 
 using velorn::defaultStrength;
 
-TEST(DefaultStrength, FallsWithTheNoise) {
+TEST(DefaultStrength, StrengthDecreasesWithTheNoise) {
     float former = defaultStrength(0.0);
     for (const double noise : {0.5, 1.0, 2.0, 4.0, 8.0, 16.0}) {
         const float strength = defaultStrength(noise);
@@ -15,14 +15,14 @@ TEST(DefaultStrength, FallsWithTheNoise) {
     }
 }
 
-TEST(DefaultStrength, FollowsTheSquareOfTheNoise) {
+TEST(DefaultStrength, StrengthIsInverseToTheSquareOfTheNoise) {
     EXPECT_FLOAT_EQ(defaultStrength(1.0), 30000.0f);
     EXPECT_FLOAT_EQ(defaultStrength(2.0), 7500.0f);
 }
 
-TEST(DefaultStrength, StaysInTheSensibleRange) {
-    EXPECT_LE(defaultStrength(0.0), 50000.0f);
-    EXPECT_GE(defaultStrength(1000.0), 500.0f);
+TEST(DefaultStrength, StrengthIsLimitedAtBothEnds) {
+    EXPECT_EQ(defaultStrength(0.0), 50000.0f);
+    EXPECT_EQ(defaultStrength(1000.0), 500.0f);
 }
 
 } // namespace

@@ -27,11 +27,11 @@ RestorationSettings settings() {
     return settings;
 }
 
-bool goOn(int, int) {
+bool proceed(int, int) {
     return true;
 }
 
-/// The part of `picture` that leaves `margin` pixels away on every side, as a frame does.
+/// `picture` without `margin` pixels on every side.
 RgbPixels framed(const RgbPixels& picture, int margin) {
     const auto& samples = std::get<Bytes>(picture.samples);
     RgbPixels part{picture.width - 2 * margin, picture.height - 2 * margin, {}};
@@ -47,62 +47,62 @@ double quality(const RgbPixels& truth, const RgbPixels& picture) {
     return decibels(std::get<Bytes>(truth.samples), std::get<Bytes>(picture.samples), 255.0);
 }
 
-TEST(FramedRestoration, CalmsWhatEntersThroughTheFrame) {
+TEST(FramedRestoration, LightFromBeyondTheFrameCausesFewerStreaks) {
     const BlurKernel motion = makeKernel({Shape::Motion, 11.0f, 30.0f});
     const RgbPixels whole = drawnPicture(200, 160);
     const RgbPixels soft = framed(blurred(whole, motion), 20);
     const RgbPixels truth = framed(whole, 20);
-    const double plain = quality(truth, restore(soft, motion, settings(), goOn));
-    const double once = quality(truth, restoreInFrame(soft, motion, settings(), 1, goOn));
-    const double twice = quality(truth, restoreInFrame(soft, motion, settings(), 2, goOn));
+    const double plain = quality(truth, restore(soft, motion, settings(), proceed));
+    const double once = quality(truth, restoreInFrame(soft, motion, settings(), 1, proceed));
+    const double twice = quality(truth, restoreInFrame(soft, motion, settings(), 2, proceed));
     EXPECT_GT(once, plain + 0.5);
     EXPECT_GT(twice, plain + 0.5);
 }
 
-TEST(FramedRestoration, StripsOfALargePictureDoAsWellAsAllOfIt) {
-    // Wider and higher than three depths of the rim, so that only strips of it are restored.
+TEST(FramedRestoration, StripsOfALargePictureImproveItToo) {
+    // Each side is longer than three depths of the rim, so that the passes restore only strips.
     const BlurKernel motion = makeKernel({Shape::Motion, 9.0f, 20.0f});
     const RgbPixels whole = drawnPicture(480, 460);
     const RgbPixels soft = framed(blurred(whole, motion), 20);
     const RgbPixels truth = framed(whole, 20);
-    const double plain = quality(truth, restore(soft, motion, settings(), goOn));
-    EXPECT_GT(quality(truth, restoreInFrame(soft, motion, settings(), 1, goOn)), plain + 0.3);
+    const double plain = quality(truth, restore(soft, motion, settings(), proceed));
+    EXPECT_GT(quality(truth, restoreInFrame(soft, motion, settings(), 1, proceed)), plain + 0.3);
 }
 
-TEST(FramedRestoration, WithoutPassesItIsThePlainRestoration) {
+TEST(FramedRestoration, WithoutPassesTheResultIsThePlainRestoration) {
     const BlurKernel disc = makeKernel({Shape::Disc, 2.0f, 0.0f});
     const RgbPixels soft = blurred(drawnPicture(90, 70), disc);
-    EXPECT_EQ(restoreInFrame(soft, disc, settings(), 0, goOn).samples,
-              restore(soft, disc, settings(), goOn).samples);
+    EXPECT_EQ(restoreInFrame(soft, disc, settings(), 0, proceed).samples,
+              restore(soft, disc, settings(), proceed).samples);
 }
 
-TEST(FramedRestoration, WithoutDeconvolutionThereIsNothingToContinue) {
+TEST(FramedRestoration, WithoutDeconvolutionThePictureIsNotContinued) {
     const RgbPixels soft = drawnPicture(90, 70);
     RestorationSettings none = settings();
     none.deconvolve = false;
-    EXPECT_EQ(restoreInFrame(soft, velorn::pointKernel(), none, 3, goOn).samples, soft.samples);
+    EXPECT_EQ(restoreInFrame(soft, velorn::pointKernel(), none, 3, proceed).samples, soft.samples);
 }
 
-TEST(FramedRestoration, KernelThatFitsOnlyTheBarePictureIsTakenAsItIs) {
+TEST(FramedRestoration, KernelThatDoesNotFitTheContinuedPictureGivesThePlainRestoration) {
     const BlurKernel level = makeKernel({Shape::Motion, 121.0f, 0.0f});
     const RgbPixels soft = drawnPicture(1010, 12);
-    EXPECT_EQ(restoreInFrame(soft, level, settings(), 2, goOn).samples,
-              restore(soft, level, settings(), goOn).samples);
+    EXPECT_EQ(restoreInFrame(soft, level, settings(), 2, proceed).samples,
+              restore(soft, level, settings(), proceed).samples);
 }
 
-TEST(FramedRestoration, SmallestPicturesAndBothDepthsKeepTheirSize) {
+TEST(FramedRestoration, SmallPicturesOfBothDepthsAreRestored) {
     const BlurKernel disc = makeKernel({Shape::Disc, 2.0f, 0.0f});
-    const RgbPixels one = restoreInFrame({1, 1, Bytes{7, 8, 9}}, disc, settings(), 2, goOn);
+    const RgbPixels one = restoreInFrame({1, 1, Bytes{7, 8, 9}}, disc, settings(), 2, proceed);
     EXPECT_EQ(std::get<Bytes>(one.samples), (Bytes{7, 8, 9}));
     const RgbPixels white{5, 3, Words(45, velorn::kFifteenBitWhite)};
-    const RgbPixels result = restoreInFrame(white, disc, settings(), 2, goOn);
+    const RgbPixels result = restoreInFrame(white, disc, settings(), 2, proceed);
     ASSERT_EQ(std::get<Words>(result.samples).size(), 45u);
     for (const std::uint16_t sample : std::get<Words>(result.samples)) {
         EXPECT_NEAR(sample, velorn::kFifteenBitWhite, 4);
     }
 }
 
-TEST(FramedRestoration, ProgressRisesOverAllPasses) {
+TEST(FramedRestoration, ProgressRisesToItsLimitOverAllPasses) {
     const BlurKernel disc = makeKernel({Shape::Disc, 2.0f, 0.0f});
     const RgbPixels soft = drawnPicture(90, 70);
     int former = 0;

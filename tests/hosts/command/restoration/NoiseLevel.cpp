@@ -14,7 +14,7 @@ using velorn::RgbPixels;
 
 constexpr int kSide = 200;
 
-/// A soft gradient with equal noise in all channels (a grey picture), `sigma` levels of 255.
+/// A smooth grey gradient with noise of `sigma` levels of 255, equal in all channels.
 template <class T>
 RgbPixels greyWithNoise(double sigma, double white) {
     std::mt19937 random(7);
@@ -30,14 +30,14 @@ RgbPixels greyWithNoise(double sigma, double white) {
     return {kSide, kSide, samples};
 }
 
-TEST(NoiseLevel, FindsTheNoiseOfSixteenBitPictures) {
+TEST(NoiseLevel, NoiseOfSixteenBitPicturesIsMeasured) {
     for (const double sigma : {0.1, 0.5, 1.0, 2.0, 4.0, 10.0}) {
         EXPECT_NEAR(noiseLevel(greyWithNoise<std::uint16_t>(sigma, velorn::kFifteenBitWhite)),
                     sigma, 0.05 * sigma + 0.01);
     }
 }
 
-TEST(NoiseLevel, FindsTheNoiseOfEightBitPicturesAndTheirRounding) {
+TEST(NoiseLevel, NoiseOfEightBitPicturesIncludesTheirRounding) {
     for (const double sigma : {0.5, 1.0, 2.0, 4.0, 10.0}) {
         const double withRounding = std::hypot(sigma, std::sqrt(1.0 / 12.0));
         EXPECT_NEAR(noiseLevel(greyWithNoise<std::uint8_t>(sigma, 255.0)), withRounding,
@@ -45,12 +45,12 @@ TEST(NoiseLevel, FindsTheNoiseOfEightBitPicturesAndTheirRounding) {
     }
 }
 
-TEST(NoiseLevel, SoftGradientsAloneHaveLittleNoise) {
+TEST(NoiseLevel, SmoothGradientsHaveLittleNoise) {
     EXPECT_LT(noiseLevel(greyWithNoise<std::uint16_t>(0.0, velorn::kFifteenBitWhite)), 0.05);
     EXPECT_LT(noiseLevel(greyWithNoise<std::uint8_t>(0.0, 255.0)), 0.4);
 }
 
-TEST(NoiseLevel, ClippedAreasAreLeftOut) {
+TEST(NoiseLevel, ClippedAreasAreIgnored) {
     RgbPixels pixels = greyWithNoise<std::uint16_t>(2.0, velorn::kFifteenBitWhite);
     auto& samples = std::get<std::vector<std::uint16_t>>(pixels.samples);
     std::fill(samples.begin(),
@@ -59,7 +59,7 @@ TEST(NoiseLevel, ClippedAreasAreLeftOut) {
     EXPECT_NEAR(noiseLevel(pixels), 2.0, 0.2);
 }
 
-TEST(NoiseLevel, AFewEdgesDoNotMatter) {
+TEST(NoiseLevel, FewEdgesHaveLittleInfluence) {
     RgbPixels pixels = greyWithNoise<std::uint16_t>(1.0, velorn::kFifteenBitWhite);
     auto& samples = std::get<std::vector<std::uint16_t>>(pixels.samples);
     for (std::size_t i = 0; i < samples.size(); ++i) {
@@ -72,7 +72,7 @@ TEST(NoiseLevel, AFewEdgesDoNotMatter) {
     EXPECT_GT(noiseLevel(pixels), 0.5);
 }
 
-TEST(NoiseLevel, PicturesWithoutAnyMeasurableSquareHaveNone) {
+TEST(NoiseLevel, PicturesWithoutMeasurableSquaresHaveNoNoise) {
     EXPECT_EQ(noiseLevel({1, 1, std::vector<std::uint8_t>(3, 100)}), 0.0);
     EXPECT_EQ(noiseLevel({4, 4, std::vector<std::uint8_t>(48, 255)}), 0.0);
     EXPECT_EQ(noiseLevel({0, 0, std::vector<std::uint16_t>()}), 0.0);

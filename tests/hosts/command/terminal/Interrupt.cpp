@@ -1,7 +1,5 @@
 #include "hosts/command/terminal/Interrupt.h"
 
-#include "hosts/command/terminal/Failure.h"
-
 #include <gtest/gtest.h>
 
 namespace {
@@ -9,7 +7,7 @@ namespace {
 using velorn::Interrupt;
 using velorn::Interrupted;
 
-TEST(Interrupt, TakesNoteOfASignalAndGoesOn) {
+TEST(Interrupt, SignalIsRecordedAndDoesNotEndTheProgram) {
     const Interrupt interrupt;
     EXPECT_FALSE(interrupt.isRequested());
     EXPECT_NO_THROW(interrupt.check());
@@ -23,7 +21,7 @@ TEST(Interrupt, TakesNoteOfASignalAndGoesOn) {
     }
 }
 
-TEST(Interrupt, KnowsWhichSignalCame) {
+TEST(Interrupt, NumberOfTheSignalIsReported) {
     const Interrupt interrupt;
     std::raise(SIGTERM);
     try {
@@ -34,7 +32,7 @@ TEST(Interrupt, KnowsWhichSignalCame) {
     }
 }
 
-TEST(Interrupt, StartsFreshAndGivesTheHandlersBack) {
+TEST(Interrupt, NewObjectHasNoSignalAndHandlersAreRestored) {
     struct sigaction before {};
     sigaction(SIGINT, nullptr, &before);
     {

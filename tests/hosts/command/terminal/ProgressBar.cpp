@@ -8,7 +8,7 @@ namespace {
 
 using velorn::ProgressBar;
 
-TEST(ProgressBar, DrawsNothingWhenItIsNotShown) {
+TEST(ProgressBar, HiddenBarWritesNothing) {
     std::ostringstream terminal;
     {
         ProgressBar bar(terminal, false);
@@ -17,7 +17,7 @@ TEST(ProgressBar, DrawsNothingWhenItIsNotShown) {
     EXPECT_EQ(terminal.str(), "");
 }
 
-TEST(ProgressBar, ShowsItsShareAndWipesItselfInTheEnd) {
+TEST(ProgressBar, BarShowsTheShareAndClearsItsLineAtTheEnd) {
     std::ostringstream terminal;
     {
         ProgressBar bar(terminal, true);
@@ -28,7 +28,7 @@ TEST(ProgressBar, ShowsItsShareAndWipesItselfInTheEnd) {
     EXPECT_EQ(terminal.str().find('\n'), std::string::npos);
 }
 
-TEST(ProgressBar, RedrawsOnlyWhenThePercentageChanges) {
+TEST(ProgressBar, BarIsRedrawnOnlyWhenThePercentageChanges) {
     std::ostringstream terminal;
     ProgressBar bar(terminal, true);
     bar.show(500, 1000);
@@ -39,7 +39,7 @@ TEST(ProgressBar, RedrawsOnlyWhenThePercentageChanges) {
     EXPECT_NE(terminal.str(), once);
 }
 
-TEST(ProgressBar, StaysInItsBoundsForAnyNumbers) {
+TEST(ProgressBar, PercentageIsCutToItsRange) {
     std::ostringstream terminal;
     ProgressBar bar(terminal, true);
     bar.show(2147483647, 1000000);
@@ -47,7 +47,9 @@ TEST(ProgressBar, StaysInItsBoundsForAnyNumbers) {
     bar.show(-5, 100);
     EXPECT_NE(terminal.str().find("  0%"), std::string::npos);
     bar.show(1000001, 1000001);
+    EXPECT_EQ(terminal.str().substr(terminal.str().size() - 4), "100%");
     bar.show(5, 0);
+    EXPECT_EQ(terminal.str().substr(terminal.str().size() - 4), "  0%");
 }
 
 } // namespace

@@ -5,7 +5,7 @@
 
 namespace {
 
-TEST(SilencedErrors, NothingIsPrintedUntilItEnds) {
+TEST(SilencedErrors, NothingIsPrintedDuringItsLifetime) {
     testing::internal::CaptureStderr();
     std::fputs("before ", stderr);
     {

@@ -1,0 +1,111 @@
+#include "hosts/command/commands/BlindOptions.h"
+
+#include "hosts/command/arguments/NumberRange.h"
+#include "hosts/command/arguments/Numbers.h"
+#include "hosts/command/terminal/Failure.h"
+
+#include <algorithm>
+#include <charconv>
+
+namespace velorn {
+namespace {
+
+constexpr int kLeastSide = 3;
+constexpr NumberRange kStrength{0.0f, 2.0f};
+
+std::string sideRange() {
+    return std::to_string(kLeastSide) + ".." + std::to_string(kLargestEstimatedSide);
+}
+
+/// Parses N or NxM.
+KernelSize kernelSizeOf(const std::string& text, const std::string& option) {
+    const auto sideAt = [&](std::size_t begin, std::size_t end) {
+        int side = 0;
+        const auto parsed = std::from_chars(text.data() + begin, text.data() + end, side);
+        const bool isNumber = parsed.ec == std::errc{} && parsed.ptr == text.data() + end;
+        if (!isNumber || side < kLeastSide || side > kLargestEstimatedSide || side % 2 == 0) {
+            throw UsageFailure(option + " must be one or two odd numbers in " + sideRange() +
+                               ", such as 15 or 15x9");
+        }
+        return side;
+    };
+    const std::size_t cross = std::min(text.find('x'), text.size());
+    const int width = sideAt(0, cross);
+    return {width, cross == text.size() ? width : sideAt(cross + 1, text.size())};
+}
+
+Turn turnOf(const std::string& text) {
+    if (text == "yes") {
+        return Turn::Yes;
+    }
+    if (text == "no") {
+        return Turn::No;
+    }
+    if (text == "auto") {
+        return Turn::Auto;
+    }
+    throw UsageFailure("--turn must be yes, no or auto");
+}
+
+/// Whether a word is meant as a size, valid or not, rather than as a file.
+bool isSizeLike(const std::string& word) {
+    return !word.empty() && word.front() >= '0' && word.front() <= '9' &&
+           word.find_first_not_of("0123456789x.,") == std::string::npos;
+}
+
+} // namespace
+
+std::string BlindOptions::defaultSize() {
+    return std::to_string(BlindSettings().size.width);
+}
+
+std::string BlindOptions::sizeRange() {
+    return std::string("odd numbers, ") + sideRange() + ", default: " + defaultSize();
+}
+
+Argument BlindOptions::addSize(ArgumentParser& parser, const std::string& name,
+                               const std::string& help) {
+    m_sizeName = name;
+    return parser.add(name, m_sizeText, sizeRange() + "\n" + help).valueName("N[xM]");
+}
+
+Argument BlindOptions::addStrength(ArgumentParser& parser) {
+    return parser
+        .add(
+            "--strength", m_settings.strength,
+            kStrength.text() + ", default: " + numberText(m_settings.strength) +
+                "\nSmooths edges before the kernel is fitted to them. Higher values give smoother, "
+                "narrower kernels. Below 0.2, edges are not smoothed.")
+        .valueName("NUMBER");
+}
+
+Argument BlindOptions::addTurn(ArgumentParser& parser, const std::string& condition) {
+    return parser
+        .add("--turn", m_turnText,
+             "yes, no or auto, default: auto" + condition +
+                 "\nWhether to rotate the kernel found by 180 degrees. A picture does not show "
+                 "which "
+                 "of the two orientations an asymmetric blur had. auto restores a part of the "
+                 "picture with both and keeps the better one.")
+        .valueName("WHEN");
+}
+
+BlindSettings BlindOptions::result() const {
+    BlindSettings settings = m_settings;
+    settings.size = kernelSizeOf(m_sizeText, m_sizeName);
+    settings.turn = turnOf(m_turnText);
+    kStrength.check("--strength", settings.strength);
+    return settings;
+}
+
+std::vector<std::string> BlindOptions::completed(std::vector<std::string> words) {
+    for (std::size_t i = 0; i < words.size() && words[i] != "--"; ++i) {
+        const bool isFollowed = i + 1 < words.size() && isSizeLike(words[i + 1]);
+        if (words[i] == "--blind" && !isFollowed) {
+            words[i].append("=").append(defaultSize());
+        }
+    }
+    return words;
+}
+
+} // namespace velorn

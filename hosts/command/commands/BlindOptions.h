@@ -1,0 +1,42 @@
+#pragma once
+
+#include "hosts/command/arguments/ArgumentParser.h"
+#include "hosts/command/blind/BlindKernel.h"
+
+#include <string>
+#include <vector>
+
+namespace velorn {
+
+/// The options that control the search for a kernel: those of `velorn estimate` and of
+/// `velorn deblur --blind`.
+class BlindOptions {
+public:
+    BlindOptions() = default;
+    BlindOptions(const BlindOptions&) = delete;
+    BlindOptions& operator=(const BlindOptions&) = delete;
+
+    /// Each adds an option to `parser`, which keeps references to this object.
+    Argument addSize(ArgumentParser& parser, const std::string& name, const std::string& help);
+    Argument addStrength(ArgumentParser& parser);
+    Argument addTurn(ArgumentParser& parser, const std::string& condition = {});
+
+    /// The settings as the command line gives them.
+    /// @throws UsageFailure that names the option whose value is out of range.
+    BlindSettings result() const;
+
+    /// `words` with the default size after every --blind that no size follows.
+    static std::vector<std::string> completed(std::vector<std::string> words);
+
+private:
+    BlindSettings m_settings;
+    std::string m_sizeName;
+    std::string m_sizeText = defaultSize();
+    std::string m_turnText = "auto";
+
+    static std::string defaultSize();
+    /// The range and the default of the size, for help texts.
+    static std::string sizeRange();
+};
+
+} // namespace velorn

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "hosts/command/blind/BlindKernel.h"
+#include "hosts/command/commands/BlindOptions.h"
+
+#include <filesystem>
+
+namespace velorn {
+
+/// `velorn estimate`
+struct EstimateOptions {
+    std::filesystem::path input;
+    std::filesystem::path output;
+    BlindSettings blind;
+};
+
+/// The `estimate` command on the command line.
+class EstimateParser {
+public:
+    /// Adds the command to `parser`, which keeps references to this object.
+    explicit EstimateParser(ArgumentParser& parser);
+    EstimateParser(const EstimateParser&) = delete;
+    EstimateParser& operator=(const EstimateParser&) = delete;
+
+    bool isChosen() const { return m_command.isChosen(); }
+
+    /// The options as the command line gives them.
+    /// @throws UsageFailure that names the error.
+    EstimateOptions result() const;
+
+private:
+    ArgumentParser& m_command;
+    BlindOptions m_blindOptions;
+    EstimateOptions m_options;
+};
+
+} // namespace velorn

@@ -1,0 +1,46 @@
+#include "hosts/command/commands/PreviewOptions.h"
+
+#include "hosts/command/arguments/NumberRange.h"
+#include "hosts/command/arguments/Numbers.h"
+
+namespace velorn {
+namespace {
+
+constexpr NumberRange kScales{0.01f, 32.0f};
+
+} // namespace
+
+PreviewParser::PreviewParser(ArgumentParser& parser)
+    : m_command(parser.addCommand("preview", "Write a picture as a display shows it.")) {
+    m_command
+        .add("IN", m_options.input,
+             "Picture to show: 8 or 16 bits per channel, grey or RGB. Colours are converted from "
+             "its ICC profile; sRGB is assumed for grey pictures and without a profile.")
+        .required();
+    m_command
+        .add("OUT", m_options.output,
+             "File to write: 8 bits per channel, upright, without alpha and metadata. The "
+             "extension selects the format.")
+        .required();
+    m_command
+        .add("--scale", m_options.scale,
+             kScales.text() + ", default: " + numberText(m_options.scale) +
+                 "\nMagnification. From 0.99 to 1.01, pixels are copied one by one.")
+        .valueName("NUMBER");
+    m_profile = m_command
+                    .add("--profile", m_profilePath,
+                         "default: sRGB"
+                         "\nICC profile of the display. It is stored in OUT.")
+                    .valueName("FILE");
+}
+
+PreviewOptions PreviewParser::result() const {
+    PreviewOptions options = m_options;
+    kScales.check("--scale", options.scale);
+    if (m_profile.isGiven()) {
+        options.profile = m_profilePath;
+    }
+    return options;
+}
+
+} // namespace velorn

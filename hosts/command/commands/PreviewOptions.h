@@ -1,0 +1,39 @@
+#pragma once
+
+#include "hosts/command/arguments/ArgumentParser.h"
+
+#include <filesystem>
+#include <optional>
+
+namespace velorn {
+
+/// `velorn preview`
+struct PreviewOptions {
+    std::filesystem::path input;
+    std::filesystem::path output;
+    float scale = 1.0f;
+    std::optional<std::filesystem::path> profile;
+};
+
+/// The `preview` command on the command line.
+class PreviewParser {
+public:
+    /// Adds the command to `parser`, which keeps references to this object.
+    explicit PreviewParser(ArgumentParser& parser);
+    PreviewParser(const PreviewParser&) = delete;
+    PreviewParser& operator=(const PreviewParser&) = delete;
+
+    bool isChosen() const { return m_command.isChosen(); }
+
+    /// The options as the command line gives them.
+    /// @throws UsageFailure that names the error.
+    PreviewOptions result() const;
+
+private:
+    ArgumentParser& m_command;
+    PreviewOptions m_options;
+    std::filesystem::path m_profilePath;
+    Argument m_profile;
+};
+
+} // namespace velorn

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "hosts/command/terminal/Failure.h"
+
+#include <filesystem>
+#include <string>
+#include <utility>
+
+namespace velorn {
+
+// Failures that name a file, with the wording that all commands share.
+
+/// The name of a file in single quotes, as messages show it.
+std::string quoted(const std::filesystem::path& path);
+
+/// "cannot read 'PATH': REASON"
+Failure cannotRead(const std::filesystem::path& path, const std::string& reason);
+
+/// "cannot write 'PATH': REASON"
+Failure cannotWrite(const std::filesystem::path& path, const std::string& reason);
+
+/// "'PATH': REASON"
+Failure failureIn(const std::filesystem::path& path, const std::string& reason);
+
+/// Returns `work()`. A `Failure` of `work`, which does not know the file, is thrown again with the
+/// name of `path` in front.
+template <class Work>
+auto naming(const std::filesystem::path& path, Work&& work) {
+    try {
+        return std::forward<Work>(work)();
+    } catch (const Failure& failure) {
+        throw failureIn(path, failure.what());
+    }
+}
+
+} // namespace velorn

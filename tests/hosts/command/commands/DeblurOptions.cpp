@@ -1,0 +1,136 @@
+#include "hosts/command/commands/DeblurOptions.h"
+
+#include "tests/hosts/command/commands/parsedCommand.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using vel::test::CommandWords;
+using vel::test::parsedAs;
+using vel::test::printedBy;
+using vel::test::usageFailureOf;
+using velorn::AnalyticBlur;
+using velorn::BlindSettings;
+using velorn::DeblurOptions;
+using velorn::KernelPath;
+using Shape = velorn::AnalyticBlur::Shape;
+
+CommandWords withFiles(CommandWords words) {
+    words.insert(words.begin(), {"deblur", "in.png", "out.tif"});
+    return words;
+}
+
+DeblurOptions deblur(CommandWords words) {
+    return parsedAs<DeblurOptions>(withFiles(std::move(words)));
+}
+
+std::string deblurFailure(CommandWords words) {
+    return usageFailureOf(withFiles(std::move(words)));
+}
+
+TEST(DeblurOptions, DeblurTakesInputOutputAndABlur) {
+    const DeblurOptions options = deblur({"--gaussian", "1.5"});
+    EXPECT_EQ(options.input, "in.png");
+    EXPECT_EQ(options.output, "out.tif");
+    const auto blur = std::get<AnalyticBlur>(options.kernel);
+    EXPECT_EQ(blur.shape, Shape::Gaussian);
+    EXPECT_EQ(blur.extent, 1.5f);
+    EXPECT_TRUE(options.settings.deconvolve);
+    EXPECT_FALSE(options.lambdaIsGiven);
+    EXPECT_FALSE(options.isVerbose);
+    EXPECT_TRUE(deblur({"--gaussian", "1.5", "-v"}).isVerbose);
+}
+
+TEST(DeblurOptions, EachBlurHasItsOption) {
+    const auto disc = std::get<AnalyticBlur>(deblur({"--disc", "4"}).kernel);
+    EXPECT_EQ(disc.shape, Shape::Disc);
+    EXPECT_EQ(disc.extent, 4.0f);
+    const auto motion = std::get<AnalyticBlur>(deblur({"--motion", "12,-30.5"}).kernel);
+    EXPECT_EQ(motion.shape, Shape::Motion);
+    EXPECT_EQ(motion.extent, 12.0f);
+    EXPECT_EQ(motion.angle, -30.5f);
+    const auto kernel = std::get<KernelPath>(deblur({"--kernel", "k.txt"}).kernel);
+    EXPECT_EQ(kernel.path, "k.txt");
+    EXPECT_FALSE(kernel.scale.has_value());
+    EXPECT_EQ(
+        std::get<KernelPath>(deblur({"--kernel", "k.png", "--kernel-scale", "9"}).kernel).scale, 9);
+}
+
+TEST(DeblurOptions, BlurMayPrecedeTheFiles) {
+    const auto options = parsedAs<DeblurOptions>({"deblur", "--motion", "12,30", "a.png", "b.png"});
+    EXPECT_EQ(options.input, "a.png");
+    EXPECT_EQ(options.output, "b.png");
+}
+
+TEST(DeblurOptions, NoDeconvolveNeedsNoBlur) {
+    const DeblurOptions options = deblur({"--no-deconvolve", "--edge-gain", "2"});
+    EXPECT_FALSE(options.settings.deconvolve);
+    EXPECT_TRUE(std::holds_alternative<std::monostate>(options.kernel));
+    EXPECT_EQ(options.settings.edgeGain, 2.0f);
+}
+
+TEST(DeblurOptions, FramePassesHaveADefault) {
+    EXPECT_EQ(deblur({"--disc", "2"}).framePasses, 2);
+    EXPECT_EQ(deblur({"--disc", "2", "--frame-passes", "0"}).framePasses, 0);
+}
+
+TEST(DeblurOptions, NoneAndMoreThanOneBlurAreRefused) {
+    const std::string message = "deblur needs exactly one of --gaussian, --disc, --motion, "
+                                "--kernel, --blind and --no-deconvolve";
+    EXPECT_EQ(deblurFailure({}), message);
+    EXPECT_EQ(deblurFailure({"--disc", "2", "--gaussian", "1"}), message);
+    EXPECT_EQ(deblurFailure({"--disc", "2", "--no-deconvolve"}), message);
+    EXPECT_EQ(deblurFailure({"--blind", "9", "--disc", "3"}), message);
+}
+
+TEST(DeblurOptions, NumbersOutOfRangeAreRefusedWithTheRange) {
+    EXPECT_EQ(deblurFailure({"--disc", "2", "--frame-passes", "9"}),
+              "--frame-passes must be from 0 to 8");
+    EXPECT_EQ(deblurFailure({"--kernel", "k.png", "--kernel-scale", "0"}),
+              "--kernel-scale must be from 1 to 1023");
+    EXPECT_EQ(deblurFailure({"--disc", "0"}), "--disc must be from 0.1 to 500 pixels");
+    EXPECT_EQ(deblurFailure({"--gaussian", "-1"}), "--gaussian must be from 0.1 to 500 pixels");
+    EXPECT_EQ(deblurFailure({"--motion", "0.5,0"}), "--motion must be from 1 to 500 pixels");
+    EXPECT_EQ(deblurFailure({"--motion", "5,nan"}),
+              "--motion: the angle must be from -360 to 360 degrees");
+}
+
+TEST(DeblurOptions, BlindTakesASizeAndATurn) {
+    const auto blind = std::get<BlindSettings>(deblur({"--blind", "15"}).kernel);
+    EXPECT_EQ(blind.size.width, 15);
+    EXPECT_EQ(blind.turn, velorn::Turn::Auto);
+    const auto turned = std::get<BlindSettings>(deblur({"--blind", "9x7", "--turn", "no"}).kernel);
+    EXPECT_EQ(turned.size.height, 7);
+    EXPECT_EQ(turned.turn, velorn::Turn::No);
+    EXPECT_EQ(deblurFailure({"--disc", "3", "--turn", "no"}), "--turn requires --blind");
+    EXPECT_EQ(deblurFailure({"--blind", "8"}),
+              "--blind must be one or two odd numbers in 3..63, such as 15 or 15x9");
+}
+
+TEST(DeblurOptions, BlindWithoutASizeUsesTheDefault) {
+    const auto blindWidth = [](CommandWords words) {
+        const auto options = parsedAs<DeblurOptions>(std::move(words));
+        EXPECT_EQ(options.input, "in.png");
+        EXPECT_EQ(options.output, "2.png");
+        return std::get<BlindSettings>(options.kernel).size.width;
+    };
+    EXPECT_EQ(blindWidth({"deblur", "in.png", "2.png", "--blind"}), 15);
+    EXPECT_EQ(blindWidth({"deblur", "in.png", "--blind", "2.png"}), 15);
+    EXPECT_EQ(blindWidth({"deblur", "--blind", "in.png", "2.png", "--turn", "no"}), 15);
+    EXPECT_EQ(blindWidth({"deblur", "--blind", "9x7", "in.png", "2.png"}), 9);
+    EXPECT_EQ(blindWidth({"deblur", "--blind=9", "in.png", "2.png"}), 9);
+}
+
+TEST(DeblurOptions, HelpShowsEveryBlurWithItsRange) {
+    const std::string help = printedBy({"deblur", "--help"});
+    for (const char* text :
+         {"--gaussian SIGMA\n        pixels, 0.1..500\n",
+          "--disc RADIUS\n        pixels, 0.1..500\n",
+          "--motion LENGTH,ANGLE\n        pixels, 1..500; degrees, -360..360\n", "--kernel FILE",
+          "--blind [N[xM]]\n        odd numbers, 3..63, default: 15\n", "--no-deconvolve"}) {
+        EXPECT_NE(help.find(text), std::string::npos) << text << "\n" << help;
+    }
+}
+
+} // namespace
