@@ -67,7 +67,7 @@ private:
     cv::Mat firstLatent(int level) const;
 
     EdgeMask m_edgeMask;
-    float m_altWeight = 0.01f; ///< read by nothing
+    [[maybe_unused]] float m_altWeight = 0.01f; ///< read by nothing
     CProgressSpan* m_progress = nullptr;
 };
 
