@@ -26,6 +26,8 @@ if(VELORN_SANITIZE)
                         -fno-sanitize-recover=all)
     add_compile_definitions(_GLIBCXX_ASSERTIONS)
     add_link_options(-fsanitize=${VELORN_SANITIZE})
-    # The compiler reports false positives in instrumented code, in its own headers too.
-    target_compile_options(velorn_options INTERFACE -Wno-maybe-uninitialized "${false_positives}")
+    # The compiler reports false positives in instrumented code, in its own headers too. Warnings of
+    # the other presets remain errors.
+    target_compile_options(velorn_options INTERFACE
+        -Wno-error -Wno-maybe-uninitialized "${false_positives}")
 endif()
