@@ -117,7 +117,7 @@ command_demo() {
     demo_stages "$bin"
     demo_blind "$bin" focus --disc 4
     demo_blind "$bin" shake --shake
-    say "See demo/side-by-side.png, demo/stages.png and, blurs found blindly, demo/{focus,shake}*.png"
+    say "See demo/side-by-side.png, demo/stages.png and, for unknown blurs, demo/{focus,shake}*.png"
 }
 
 # The same photograph several times, each time with one more stage.
@@ -144,10 +144,10 @@ demo_blind() {
     local bin=$1 name=$2
     shift 2
     local at=demo/$name
-    say "Blur found blindly: $name"
+    say "Unknown blur: $name"
     "$bin/makeScene" "$at-sharp.png" "$at-blurred.png" "$@" --noise 1 --kernel "$at-true.txt"
     "$bin/velorn" estimate "$at-blurred.png" -o "$at-found.txt"
-    "$bin/compareKernels" "$at-true.txt" "$at-found.txt" --labels true,found \
+    "$bin/compareKernels" "$at-true.txt" "$at-found.txt" --labels true,estimated \
         --sheet "$at-kernels.png"
     "$bin/velorn" deblur "$at-blurred.png" "$at-blind.png" --blind
     "$bin/velorn" deblur "$at-blurred.png" "$at-known.png" --kernel "$at-true.txt"
