@@ -68,6 +68,29 @@ TEST_P(WorkersUnderOtherWords, RunUnderTheWordOfTheCallerAndGetTheirOwnBack) {
     onEveryThread(kThreads, [] { EXPECT_FALSE(test::flushesDenormals()); });
 }
 
+TEST(Team, TasksOnTheHostsOwnTeamRunUnderTheWordOfTheCaller) {
+    if (!test::kHasControlWord) {
+        GTEST_SKIP() << "no floating-point control word on this processor";
+    }
+    const test::ControlBits plain(0);
+    std::atomic<int> wrong = 0;
+#pragma omp parallel num_threads(4)
+#pragma omp single
+    {
+        const test::ControlBits flushing(test::kFlushDenormals);
+        runInTeam([&] {
+            // Long enough for the other threads to wake up and take pieces.
+            forEachPiece(64, [&](int, int) {
+                for (int i = 0; i < 20000; ++i) {
+                    wrong += test::flushesDenormals() ? 0 : 1;
+                }
+            });
+        });
+    }
+    EXPECT_EQ(wrong, 0);
+    onEveryThread(4, [] { EXPECT_FALSE(test::flushesDenormals()); });
+}
+
 INSTANTIATE_TEST_SUITE_P(Team, WorkersUnderOtherWords,
                          testing::Range(std::size_t{0}, std::size_t{5}));
 

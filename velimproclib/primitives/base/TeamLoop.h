@@ -1,5 +1,6 @@
 #pragma once
 
+#include "velimproclib/primitives/base/ControlWord.h"
 #include "velimproclib/primitives/base/FailureRelay.h"
 #include "velimproclib/primitives/base/Team.h"
 
@@ -12,8 +13,9 @@
 /// A parallel region inside a section of another region has one thread, since the runtime does not
 /// nest regions by default. Tasks do spread: they belong to the whole team, and a thread that waits
 /// at the end of the sections runs them. Therefore the loops are made of tasks of the existing
-/// team, and `runInTeam` opens a region only where there is none. Threads run tasks inside a region
-/// that `openTeam` opened, and therefore under the control word of the caller.
+/// team, and `runInTeam` opens a region only where there is none. The team may be the host's own,
+/// when the host calls from a region. Therefore every task adopts the control word of the thread
+/// that created it.
 namespace vel {
 
 /// Runs `work` so that its loops find a team: the caller's own or, outside of any active region, a
@@ -38,6 +40,7 @@ void runInTeam(Work&& work) {
 template <class Body>
 void forEachPiece(int pieces, const Body& body) {
     FailureRelay failures;
+    const ControlWord word = ControlWord::ofThisThread();
     const auto run = [&](int piece) { failures.run([&] { body(piece, omp_get_thread_num()); }); };
     const int threads = omp_get_num_threads();
     if (threads == 1) {
@@ -48,8 +51,9 @@ void forEachPiece(int pieces, const Body& body) {
         // Enough tasks to balance threads of unequal speed, few enough to cost nothing.
         constexpr int kTasksPerThread = 4;
         const int tasks = std::clamp(pieces, 1, kTasksPerThread * threads);
-#pragma omp taskloop default(none) shared(run) firstprivate(pieces) num_tasks(tasks)
+#pragma omp taskloop default(none) shared(run, word) firstprivate(pieces) num_tasks(tasks)
         for (int piece = 0; piece < pieces; ++piece) {
+            const AdoptedControlWord adopted(word);
             run(piece);
         }
     }
