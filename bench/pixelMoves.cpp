@@ -153,7 +153,10 @@ void addAll(Size size) {
     addRounding("convertF32toU16", size, convertF32toU16);
     addRounding("convertF32toS16", size, convertF32toS16);
     addMoves<std::uint8_t>("C3U8", size, planeToChannelC3U8, channelToPlaneC3U8);
-    addMoves<std::uint16_t>("C3U16", size, planeToChannelC3U16, channelToPlaneC3U16);
+    add("planeToChannelC3U16", size, 2, 6, 14, [=](const Plane& s, const Plane& d) {
+        return planeToChannelC3U16(s.as<std::uint16_t>(), s.step, d.as<std::uint16_t>(1), d.step,
+                                   size.width, size.height);
+    });
     add("planeToChannelC4U8", size, 1, 4, 9, [=](const Plane& s, const Plane& d) {
         return planeToChannelC4U8(s.as<std::uint8_t>(), s.step, d.as<std::uint8_t>(1), d.step,
                                   size.width, size.height);

@@ -1,6 +1,7 @@
 #include "velimproclib/catalogue/images/ImagePlanes.h"
 
 #include "velimproclib/catalogue/pixels/ColorConversions.h"
+#include "velimproclib/catalogue/pixels/FurtherChannelMoves.h"
 #include "velimproclib/primitives/pixels/ChannelMoves.h"
 
 namespace vel {

@@ -4,7 +4,7 @@
 #include "velimproclib/catalogue/images/ImagePlanes.h"
 #include "velimproclib/catalogue/images/replicateBorder.h"
 #include "velimproclib/catalogue/pixels/ColorConversions.h"
-#include "velimproclib/catalogue/pixels/FourChannelMoves.h"
+#include "velimproclib/catalogue/pixels/FurtherChannelMoves.h"
 #include "velimproclib/images/FormatCodes.h"
 #include "velimproclib/primitives/arithmetic/PlaneArithmetic.h"
 #include "velimproclib/primitives/arithmetic/ScaledU16.h"

@@ -116,6 +116,9 @@ void intoC3U8(const Unaligned<std::uint8_t>* src, Unaligned<std::uint8_t>* dst, 
 void intoC3U16(const Unaligned<std::uint16_t>* src, Unaligned<std::uint16_t>* dst, std::size_t n) {
     intoChannel(src, dst, intoBlocks(src, dst, n), n);
 }
+void fromC3U16(const Unaligned<std::uint16_t>* src, Unaligned<std::uint16_t>* dst, std::size_t n) {
+    fromChannel(src, dst, n);
+}
 void intoC4U8(const Unaligned<std::uint8_t>* HWY_RESTRICT src,
               Unaligned<std::uint8_t>* HWY_RESTRICT dst, std::size_t n) {
     auto* HWY_RESTRICT pixels = reinterpret_cast<Pixel*>(dst);
@@ -125,9 +128,6 @@ void intoC4U8(const Unaligned<std::uint8_t>* HWY_RESTRICT src,
     dst[4 * (n - 1)].value = src[n - 1].value;
 }
 void fromC3U8(const Unaligned<std::uint8_t>* src, Unaligned<std::uint8_t>* dst, std::size_t n) {
-    fromChannel(src, dst, n);
-}
-void fromC3U16(const Unaligned<std::uint16_t>* src, Unaligned<std::uint16_t>* dst, std::size_t n) {
     fromChannel(src, dst, n);
 }
 void fillC4U8(std::uint8_t value, std::uint8_t* dst, std::size_t n) {
@@ -187,11 +187,6 @@ Status channelToPlaneC3U8(const std::uint8_t* src, std::int32_t srcStep, std::ui
                           std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept {
     return moveRows<3, 1>(HWY_DYNAMIC_DISPATCH(fromC3U8), unaligned(src), srcStep, unaligned(dst),
                           dstStep, w, h);
-}
-
-Status channelToPlaneC3U16(const std::uint16_t* src, std::int32_t srcStep, std::uint16_t* dst,
-                           std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept {
-    return unalignedChannelToPlaneC3U16(unaligned(src), srcStep, dst, dstStep, w, h);
 }
 
 Status unalignedChannelToPlaneC3U16(const Unaligned<std::uint16_t>* src, std::int32_t srcStep,

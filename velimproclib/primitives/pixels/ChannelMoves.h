@@ -28,8 +28,6 @@ Status planeToChannelC3U16(const std::uint16_t* src, std::int32_t srcStep, std::
 /// `dst[x] = src[3x]`.
 Status channelToPlaneC3U8(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst,
                           std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept;
-Status channelToPlaneC3U16(const std::uint16_t* src, std::int32_t srcStep, std::uint16_t* dst,
-                           std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept;
 /// The same from an image at any address.
 Status unalignedChannelToPlaneC3U16(const Unaligned<std::uint16_t>* src, std::int32_t srcStep,
                                     std::uint16_t* dst, std::int32_t dstStep, std::int32_t w,

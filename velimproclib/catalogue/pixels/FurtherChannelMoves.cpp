@@ -1,4 +1,4 @@
-#include "velimproclib/catalogue/pixels/FourChannelMoves.h"
+#include "velimproclib/catalogue/pixels/FurtherChannelMoves.h"
 
 #include "velimproclib/primitives/base/argumentChecks.h"
 #include "velimproclib/primitives/base/rows.h"
@@ -30,6 +30,11 @@ Status move(const T* src, std::int32_t srcStep, T* dst, std::int32_t dstStep, st
 Status planeToChannelC4U16(const std::uint16_t* src, std::int32_t srcStep, std::uint16_t* dst,
                            std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept {
     return move<1, 4>(src, srcStep, dst, dstStep, w, h);
+}
+
+Status channelToPlaneC3U16(const std::uint16_t* src, std::int32_t srcStep, std::uint16_t* dst,
+                           std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept {
+    return move<3, 1>(src, srcStep, dst, dstStep, w, h);
 }
 
 Status channelToPlaneC4U8(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst,

@@ -4,12 +4,16 @@
 
 #include <cstdint>
 
-/// Moves between planes and one channel of images of four channels: the rules of
+/// Moves between planes and one channel of interleaved images: the rules of
 /// primitives/pixels/ChannelMoves.h.
 namespace vel {
 
 /// `dst[4x] = src[x]`.
 Status planeToChannelC4U16(const std::uint16_t* src, std::int32_t srcStep, std::uint16_t* dst,
+                           std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept;
+
+/// `dst[x] = src[3x]`.
+Status channelToPlaneC3U16(const std::uint16_t* src, std::int32_t srcStep, std::uint16_t* dst,
                            std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept;
 
 /// `dst[x] = src[4x]`.

@@ -1,4 +1,4 @@
-#include "velimproclib/catalogue/pixels/FourChannelMoves.h"
+#include "velimproclib/catalogue/pixels/FurtherChannelMoves.h"
 
 #include "tests/support/CheckOrder.h"
 #include "tests/support/GuardedPlane.h"
@@ -17,15 +17,15 @@ using Move = Status (*)(const T*, std::int32_t, T*, std::int32_t, std::int32_t,
                         std::int32_t) noexcept;
 
 template <class T>
-void expectTakesEachChannel(Move<T> channelToPlane) {
+void expectTakesEachChannel(Move<T> channelToPlane, int channels) {
     std::mt19937 random(12);
     for (const test::PlaneShape& shape : test::planeShapes(random)) {
-        auto image = shape.plane<T>(4);
+        auto image = shape.plane<T>(channels);
         image.fill([&] { return random(); });
-        for (int c = 0; c < 4; ++c) {
+        for (int c = 0; c < channels; ++c) {
             auto plane = shape.plane<T>();
             const auto expected =
-                test::mapped(plane, [&](T, int x, int y) { return image.at(4 * x + c, y); });
+                test::mapped(plane, [&](T, int x, int y) { return image.at(channels * x + c, y); });
             ASSERT_EQ(channelToPlane(image.data() + c, image.step(), plane.data(), plane.step(),
                                      shape.width, shape.height),
                       kOk);
@@ -43,12 +43,13 @@ void expectChecksInOrder(Move<T> move) {
                                }});
 }
 
-TEST(FourChannelMoves, EachChannelComesOutAsAPlane) {
-    expectTakesEachChannel<std::uint8_t>(channelToPlaneC4U8);
-    expectTakesEachChannel<std::uint16_t>(channelToPlaneC4U16);
+TEST(FurtherChannelMoves, EachChannelComesOutAsAPlane) {
+    expectTakesEachChannel<std::uint8_t>(channelToPlaneC4U8, 4);
+    expectTakesEachChannel<std::uint16_t>(channelToPlaneC4U16, 4);
+    expectTakesEachChannel<std::uint16_t>(channelToPlaneC3U16, 3);
 }
 
-TEST(FourChannelMoves, PlaneFillsOneChannelAndLeavesTheOthers) {
+TEST(FurtherChannelMoves, PlaneFillsOneChannelAndLeavesTheOthers) {
     std::mt19937 random(13);
     for (const test::PlaneShape& shape : test::planeShapes(random)) {
         auto plane = shape.plane<std::uint16_t>();
@@ -68,8 +69,9 @@ TEST(FourChannelMoves, PlaneFillsOneChannelAndLeavesTheOthers) {
     }
 }
 
-TEST(FourChannelMoves, EveryRoutineChecksPointersThenSizesThenStepsAndWritesNothing) {
+TEST(FurtherChannelMoves, EveryRoutineChecksPointersThenSizesThenStepsAndWritesNothing) {
     expectChecksInOrder<std::uint8_t>(channelToPlaneC4U8);
+    expectChecksInOrder<std::uint16_t>(channelToPlaneC3U16);
     expectChecksInOrder<std::uint16_t>(channelToPlaneC4U16);
     expectChecksInOrder<std::uint16_t>(planeToChannelC4U16);
 }
