@@ -308,16 +308,6 @@ TEST(RealFft2D, RowsOutsideAnImageGiveTheSameSpectrum) {
         const std::size_t start = static_cast<std::size_t>(block) * fft.blockFloats();
         EXPECT_EQ(std::memcmp(spectrum.data() + start, expected.data() + start, 64 * 32 * 4), 0);
     }
-    for (int group = 0; group < fft.groupCount(); ++group) {
-        Plane whole(128, 64);
-        Plane rows(128, 16);
-        fft.inverseRows(spectrum.data(), group, whole.data(), whole.step(), scratch.data());
-        fft.inverseRowGroup(spectrum.data(), group, rows.data(), rows.step(), scratch.data());
-        for (int y = 0; y < 16; ++y) {
-            ASSERT_EQ(whole.at(5, 16 * group + y), rows.at(5, y));
-        }
-        EXPECT_TRUE(rows.intact());
-    }
 }
 
 TEST(RealFft2D, ThreadsShareOneObject) {

@@ -458,12 +458,6 @@ void RealFft2D::inverseRows(const float* spectrum, int group, float* image,
     (*this, m_tables, spectrum, group, firstRow, imageStepBytes, scratch);
 }
 
-void RealFft2D::inverseRowGroup(const float* spectrum, int group, float* firstRow,
-                                std::ptrdiff_t stepBytes, float* scratch) const {
-    HWY_DYNAMIC_DISPATCH(inverseRowGroupLanes)
-    (*this, m_tables, spectrum, group, reinterpret_cast<char*>(firstRow), stepBytes, scratch);
-}
-
 void RealFft2D::forwardColumns(float* block, int blockIndex) const {
     HWY_DYNAMIC_DISPATCH(forwardColumnLanes)(m_tables.columns, block);
     if (blockIndex == 0) {

@@ -93,10 +93,6 @@ public:
     void inverseRows(const float* spectrum, int group, float* image, std::ptrdiff_t imageStepBytes,
                      float* scratch) const;
 
-    /// The same for rows outside an image: `firstRow` is the first row of the group.
-    void inverseRowGroup(const float* spectrum, int group, float* firstRow,
-                         std::ptrdiff_t stepBytes, float* scratch) const;
-
     /// Constant data of the kernels.
     struct Tables {
         Tables(int orderX, int orderY);
