@@ -3,7 +3,7 @@
 #include "tests/frame/DeblurCalls.h"
 #include "tests/support/IccProfiles.h"
 
-#include <atomic>
+#include <future>
 #include <thread>
 
 namespace {
@@ -73,16 +73,16 @@ TEST_F(Concurrency, DisplayAndScaleExportsRunOnTwoThreadsAtOnce) {
 
 /// A callback that waits in its third call until the display thread has finished a round.
 struct Rendezvous {
-    std::atomic<bool> callRuns = false;
-    std::atomic<bool> roundIsDone = false;
+    // Under Wine, a wait on an atomic was seen to miss its notification.
+    std::promise<void> callRuns;
+    std::promise<void> roundIsDone;
     int calls = 0;
 
     static int32_t callBack(int32_t, int32_t, void* userData) {
         auto& self = *static_cast<Rendezvous*>(userData);
         if (++self.calls == 3) {
-            self.callRuns = true;
-            self.callRuns.notify_one();
-            self.roundIsDone.wait(false);
+            self.callRuns.set_value();
+            self.roundIsDone.get_future().wait();
         }
         return 1;
     }
@@ -100,10 +100,9 @@ TEST_F(Concurrency, DisplayAndScaleExportsRunBesideAGuardedCall) {
 
     Rendezvous rendezvous;
     std::thread display([&] {
-        rendezvous.callRuns.wait(false);
+        rendezvous.callRuns.get_future().wait();
         EXPECT_TRUE(show(picture) == expected);
-        rendezvous.roundIsDone = true;
-        rendezvous.roundIsDone.notify_one();
+        rendezvous.roundIsDone.set_value();
         EXPECT_TRUE(show(picture) == expected);
     });
     ProgressRecord progress{100, 100, &Rendezvous::callBack, &rendezvous, 0};
