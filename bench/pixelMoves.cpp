@@ -147,7 +147,12 @@ void addAll(Size size) {
     addConversion("convertU8toF32", size, convertU8toF32);
     addConversion("convertU16toF32", size, convertU16toF32);
     addConversion("convertS16toF32", size, convertS16toF32);
-    addConversion("convertU8toU16", size, convertU8toU16);
+    addConversion<std::uint8_t, std::uint16_t>(
+        "convertU8toU16", size,
+        [](const std::uint8_t* src, std::int32_t srcStep, std::uint16_t* dst, std::int32_t dstStep,
+           std::int32_t w, std::int32_t h) noexcept {
+            return convertU8toU16(src, srcStep, unaligned(dst), dstStep, w, h);
+        });
     addConversion("convertU16toU8", size, convertU16toU8);
     addRounding("convertF32toU8", size, convertF32toU8);
     addRounding("convertF32toU16", size, convertF32toU16);

@@ -176,7 +176,9 @@ void addLookups() {
 
 /// One row of floats holds two rows of 16-bit elements.
 void addScaledOperations() {
-    const auto elements = [](const Planes& p) { return reinterpret_cast<std::uint16_t*>(p[0]); };
+    const auto elements = [](const Planes& p) {
+        return reinterpret_cast<vel::Unaligned<std::uint16_t>*>(p[0]);
+    };
     add("addConstScaledU16", 2, [=](const Planes& p) {
         vel::addConstScaledU16(1, elements(p), p.step(), 2 * p.side(), p.side(), -7);
     });

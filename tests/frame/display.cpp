@@ -114,6 +114,45 @@ TEST_F(Display, FaultyProfileReturnsZeroAndShowsTheImageWithoutColourManagement)
     EXPECT_TRUE(target.sameBits(plain));
 }
 
+TEST_F(Display, SixteenBitPixelsMayStartAtOddAddresses) {
+    constexpr int kWidth = 67;
+    constexpr int kHeight = 5;
+    std::mt19937 random(2);
+    GuardedPlane<std::uint16_t> wide(3 * kWidth, kHeight, 3, 1);
+    wide.fill([&] { return random() % 32769; });
+    PlaneRecord wideImage{psC3U16, wide.data(), wide.step(), kWidth, kHeight};
+    GuardedPlane<std::uint8_t> shown(4 * kWidth, kHeight, 3, 1);
+    ASSERT_EQ(showImage(&wideImage, shown.data(), shown.step(), kWidth, kHeight, 1.0f), VELORN_OK);
+    EXPECT_TRUE(shown.intact());
+    for (int y = 0; y < kHeight; ++y) {
+        for (int x = 0; x < 3 * kWidth; ++x) {
+            const int fromBlue = 2 - x % 3;
+            ASSERT_EQ(shown.at(x / 3 * 4 + fromBlue, y), std::min(wide.at(x, y) >> 7, 255));
+        }
+    }
+}
+
+TEST_F(Display, SixteenBitScalesMayStartAtOddAddresses) {
+    constexpr int kWidth = 67;
+    constexpr int kHeight = 5;
+    std::mt19937 random(3);
+    GuardedPlane<std::uint8_t> levels(kWidth, kHeight, 3, 1);
+    levels.fill([&] { return random(); });
+    GuardedPlane<std::uint16_t> raised(kWidth, kHeight, 3, 1);
+    GuardedPlane<std::uint8_t> back(kWidth, kHeight, 5, 3);
+    ASSERT_EQ(toU15(levels.data(), levels.step(), kWidth, kHeight, raised.data(), raised.step()),
+              1);
+    EXPECT_TRUE(raised.intact());
+    ASSERT_EQ(toU8(raised.data(), raised.step(), kWidth, kHeight, back.data(), back.step()), 1);
+    EXPECT_TRUE(back.intact());
+    for (int y = 0; y < kHeight; ++y) {
+        for (int x = 0; x < kWidth; ++x) {
+            ASSERT_EQ(raised.at(x, y), 128 * (levels.at(x, y) + 1));
+        }
+    }
+    EXPECT_TRUE(back.sameBits(levels));
+}
+
 TEST_F(Display, ScalesAreExactInversesOnEveryLevel) {
     std::vector<std::uint8_t> levels(256);
     std::iota(levels.begin(), levels.end(), std::uint8_t{0});

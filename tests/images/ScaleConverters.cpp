@@ -4,6 +4,7 @@
 #include "tests/support/NullWhenOutOfMemory.h"
 #include "tests/support/PixelValues.h"
 #include "tests/support/PlaneShapes.h"
+#include "velimproclib/primitives/base/failures.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -33,14 +34,14 @@ int plainU8(int value) {
 std::vector<std::uint8_t> down(std::vector<std::uint16_t> values) {
     const auto count = static_cast<std::int32_t>(values.size());
     std::vector<std::uint8_t> levels(values.size(), 77);
-    convertU15toU8(values.data(), 2 * count, count, 1, levels.data(), count);
+    convertU15toU8(unaligned(values.data()), 2 * count, count, 1, levels.data(), count);
     return levels;
 }
 
 std::vector<std::uint16_t> up(std::vector<std::uint8_t> levels) {
     const auto count = static_cast<std::int32_t>(levels.size());
     std::vector<std::uint16_t> values(levels.size(), 77);
-    convertU8toU15(levels.data(), count, count, 1, values.data(), 2 * count);
+    convertU8toU15(levels.data(), count, count, 1, unaligned(values.data()), 2 * count);
     return values;
 }
 
@@ -88,10 +89,10 @@ TEST(ScaleConverters, AcceptEverySizeStepAndStart) {
         forEachTarget([&] {
             auto raised = shape.plane<std::uint16_t>();
             auto lowered = shape.plane<std::uint8_t>();
-            convertU8toU15(levels.data(), levels.step(), shape.width, shape.height, raised.data(),
-                           raised.step());
-            convertU15toU8(values.data(), values.step(), shape.width, shape.height, lowered.data(),
-                           lowered.step());
+            convertU8toU15(levels.data(), levels.step(), shape.width, shape.height,
+                           unaligned(raised.data()), raised.step());
+            convertU15toU8(unaligned(values.data()), values.step(), shape.width, shape.height,
+                           lowered.data(), lowered.step());
             EXPECT_TRUE(raised.intact());
             EXPECT_TRUE(lowered.intact());
             for (int y = 0; y < shape.height; ++y) {
@@ -115,23 +116,23 @@ TEST(ScaleConverters, NullPointersAndBadSizesLeaveTheTargetUnchanged) {
         std::vector<std::uint16_t> wide(16, 1000);
         std::vector<std::uint8_t> narrow(16, 100);
         convertU8toU15(call.source ? narrow.data() : nullptr, call.step, call.width, call.height,
-                       call.target ? wide.data() : nullptr, 8);
+                       unaligned(call.target ? wide.data() : nullptr), 8);
         EXPECT_EQ(wide, std::vector<std::uint16_t>(16, 1000));
-        convertU15toU8(call.source ? wide.data() : nullptr, call.step, call.width, call.height,
-                       call.target ? narrow.data() : nullptr, 8);
+        convertU15toU8(unaligned(call.source ? wide.data() : nullptr), call.step, call.width,
+                       call.height, call.target ? narrow.data() : nullptr, 8);
         EXPECT_EQ(narrow, std::vector<std::uint8_t>(16, 100));
     }
 }
 
-TEST(ScaleConverters, PlaneTooLargeToAllocateThrows102AndLeavesTheTargetUnchanged) {
+TEST(ScaleConverters, PlaneTooLargeToAllocateFailsAndLeavesTheTargetUnchanged) {
     constexpr std::int32_t kHuge = std::numeric_limits<std::int32_t>::max();
     const std::vector<std::uint16_t> values(4, 1000);
     std::vector<std::uint8_t> levels(4, 100);
     try {
-        convertU15toU8(values.data(), kHuge, kHuge, 1, levels.data(), kHuge);
+        convertU15toU8(unaligned(values.data()), kHuge, kHuge, 1, levels.data(), kHuge);
         FAIL() << "nothing was thrown";
     } catch (int failure) {
-        EXPECT_EQ(failure, 102);
+        EXPECT_EQ(failure, kNoPixels);
     }
     EXPECT_EQ(levels, std::vector<std::uint8_t>(4, 100));
 }

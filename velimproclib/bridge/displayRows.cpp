@@ -5,6 +5,8 @@
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
+#include "velimproclib/primitives/base/unalignedVectors-inl.h"
+
 HWY_BEFORE_NAMESPACE();
 namespace vel::HWY_NAMESPACE {
 namespace {
@@ -58,8 +60,8 @@ std::size_t displayVectors(const Unaligned<Element>* HWY_RESTRICT rgb,
     const std::size_t lanes = hn::Lanes(d);
     std::size_t x = 0;
     for (; x + lanes <= pixels; x += lanes) {
-        hn::VFromD<decltype(d)> red, green, blue;
-        hn::LoadInterleaved3(d, reinterpret_cast<const Element*>(rgb + 3 * x), red, green, blue);
+        hn::Vec<decltype(d)> red, green, blue;
+        loadInterleaved3Unaligned(d, rgb + 3 * x, red, green, blue);
         hn::StoreInterleaved4(levels(blue), levels(green), levels(red), opaque, bytes,
                               bgra + 4 * x);
     }

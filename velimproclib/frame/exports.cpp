@@ -60,15 +60,15 @@ int32_t PSImageICC2QImage(PSProfilesRecord* profiles, PlaneRecord* image, void* 
 int32_t psC1U8toU15(const void* src, int32_t srcStep, int32_t width, int32_t height, void* dst,
                     int32_t dstStep) {
     vel::convertU8toU15(static_cast<const std::uint8_t*>(src), srcStep, width, height,
-                        static_cast<std::uint16_t*>(dst), dstStep);
+                        static_cast<vel::Unaligned<std::uint16_t>*>(dst), dstStep);
     return VELORN_OK;
 }
 
 int32_t psC1U15toU8(const void* src, int32_t srcStep, int32_t width, int32_t height, void* dst,
                     int32_t dstStep) {
     try {
-        vel::convertU15toU8(static_cast<const std::uint16_t*>(src), srcStep, width, height,
-                            static_cast<std::uint8_t*>(dst), dstStep);
+        vel::convertU15toU8(static_cast<const vel::Unaligned<std::uint16_t>*>(src), srcStep, width,
+                            height, static_cast<std::uint8_t*>(dst), dstStep);
     } catch (...) {
         // The result is always 1. Exhausted memory leaves the target unchanged.
     }

@@ -37,13 +37,13 @@ std::uint16_t scaled(std::uint64_t v, std::int32_t scale) {
 }
 
 std::uint16_t addedOne(std::uint16_t v, std::uint16_t value, std::int32_t scale) {
-    EXPECT_EQ(addConstScaledU16(value, &v, 2, 1, 1, scale), kOk);
+    EXPECT_EQ(addConstScaledU16(value, unaligned(&v), 2, 1, 1, scale), kOk);
     return v;
 }
 
 std::uint16_t subtractedOne(std::uint16_t v, std::uint16_t value, std::int32_t scale) {
     std::uint16_t result = 0;
-    EXPECT_EQ(subConstScaledU16(&v, 2, value, &result, 2, 1, 1, scale), kOk);
+    EXPECT_EQ(subConstScaledU16(unaligned(&v), 2, value, unaligned(&result), 2, 1, 1, scale), kOk);
     return result;
 }
 
@@ -85,9 +85,10 @@ TEST(ScaledU16, EveryValueFollowsTheDefinitionForEveryScaleOnEveryTarget) {
             test::forEachTarget([&] {
                 auto sums = all;
                 std::vector<std::uint16_t> differences(all.size());
-                ASSERT_EQ(addConstScaledU16(value, sums.data(), 512, 256, 256, scale), kOk);
-                ASSERT_EQ(subConstScaledU16(all.data(), 512, value, differences.data(), 512, 256,
-                                            256, scale),
+                ASSERT_EQ(addConstScaledU16(value, unaligned(sums.data()), 512, 256, 256, scale),
+                          kOk);
+                ASSERT_EQ(subConstScaledU16(unaligned(all.data()), 512, value,
+                                            unaligned(differences.data()), 512, 256, 256, scale),
                           kOk);
                 for (std::size_t v = 0; v < all.size(); ++v) {
                     ASSERT_EQ(sums[v], scaled(v + value, scale)) << v << " scale " << scale;
@@ -115,20 +116,22 @@ TEST(ScaledU16, EveryShapeFollowsTheDefinitionOnEveryTarget) {
         shape.extraStep += 5;
         test::forEachTarget([&] {
             auto inPlace = plane;
-            ASSERT_EQ(addConstScaledU16(value, inPlace.data(), inPlace.step(), shape.width,
-                                        shape.height, scale),
+            ASSERT_EQ(addConstScaledU16(value, unaligned(inPlace.data()), inPlace.step(),
+                                        shape.width, shape.height, scale),
                       kOk);
             EXPECT_TRUE(inPlace.sameBits(sums));
             EXPECT_TRUE(inPlace.intact());
             auto apart = shape.plane<std::uint16_t>();
-            ASSERT_EQ(subConstScaledU16(plane.data(), plane.step(), value, apart.data(),
-                                        apart.step(), shape.width, shape.height, scale),
+            ASSERT_EQ(subConstScaledU16(unaligned(plane.data()), plane.step(), value,
+                                        unaligned(apart.data()), apart.step(), shape.width,
+                                        shape.height, scale),
                       kOk);
             EXPECT_TRUE(apart.sameBits(differences));
             EXPECT_TRUE(apart.intact());
             auto same = plane;
-            ASSERT_EQ(subConstScaledU16(same.data(), same.step(), value, same.data(), same.step(),
-                                        shape.width, shape.height, scale),
+            ASSERT_EQ(subConstScaledU16(unaligned(same.data()), same.step(), value,
+                                        unaligned(same.data()), same.step(), shape.width,
+                                        shape.height, scale),
                       kOk);
             EXPECT_TRUE(same.sameBits(differences));
         });
@@ -138,13 +141,14 @@ TEST(ScaledU16, EveryShapeFollowsTheDefinitionOnEveryTarget) {
 TEST(ScaledU16, EveryRoutineChecksPointersThenSizesThenStepsAndWritesNothing) {
     using Arguments = test::CheckedArguments;
     test::expectChecksInOrder({"addConstScaledU16", 1, 2, 1, [](const Arguments& g) {
-                                   return addConstScaledU16(1, g.at<std::uint16_t>(0), g.steps[0],
-                                                            g.sizes[0], g.sizes[1], 0);
+                                   return addConstScaledU16(1, g.at<Unaligned<std::uint16_t>>(0),
+                                                            g.steps[0], g.sizes[0], g.sizes[1], 0);
                                }});
     test::expectChecksInOrder({"subConstScaledU16", 2, 2, 2, [](const Arguments& g) {
-                                   return subConstScaledU16(g.at<std::uint16_t>(0), g.steps[0], 1,
-                                                            g.at<std::uint16_t>(1), g.steps[1],
-                                                            g.sizes[0], g.sizes[1], 0);
+                                   return subConstScaledU16(g.at<Unaligned<std::uint16_t>>(0),
+                                                            g.steps[0], 1,
+                                                            g.at<Unaligned<std::uint16_t>>(1),
+                                                            g.steps[1], g.sizes[0], g.sizes[1], 0);
                                }});
 }
 

@@ -30,11 +30,12 @@ struct DifferenceOrZero {
 };
 
 template <class Operation>
-void multipliedRows(const std::uint16_t* src, std::int32_t srcStep, std::uint32_t value,
-                    std::uint16_t* dst, std::int32_t dstStep, Extent extent, unsigned shift) {
+void multipliedRows(const Unaligned<std::uint16_t>* src, std::int32_t srcStep, std::uint32_t value,
+                    Unaligned<std::uint16_t>* dst, std::int32_t dstStep, Extent extent,
+                    unsigned shift) {
     for (std::size_t y = 0; y < extent.rows; ++y) {
-        const auto* srcRow = rowAt(unaligned(src), srcStep, y);
-        auto* dstRow = rowAt(unaligned(dst), dstStep, y);
+        const auto* srcRow = rowAt(src, srcStep, y);
+        auto* dstRow = rowAt(dst, dstStep, y);
 #pragma omp simd
         for (std::size_t x = 0; x < extent.columns; ++x) {
             const std::uint32_t v = saturated(Operation::of(std::uint32_t{srcRow[x].value}, value));
@@ -44,12 +45,13 @@ void multipliedRows(const std::uint16_t* src, std::int32_t srcStep, std::uint32_
 }
 
 template <class Operation>
-void dividedRows(const std::uint16_t* src, std::int32_t srcStep, std::uint32_t value,
-                 std::uint16_t* dst, std::int32_t dstStep, Extent extent, unsigned shift) {
+void dividedRows(const Unaligned<std::uint16_t>* src, std::int32_t srcStep, std::uint32_t value,
+                 Unaligned<std::uint16_t>* dst, std::int32_t dstStep, Extent extent,
+                 unsigned shift) {
     const std::uint32_t belowHalf = (std::uint32_t{1} << (shift - 1)) - 1;
     for (std::size_t y = 0; y < extent.rows; ++y) {
-        const auto* srcRow = rowAt(unaligned(src), srcStep, y);
-        auto* dstRow = rowAt(unaligned(dst), dstStep, y);
+        const auto* srcRow = rowAt(src, srcStep, y);
+        auto* dstRow = rowAt(dst, dstStep, y);
 #pragma omp simd
         for (std::size_t x = 0; x < extent.columns; ++x) {
             const std::uint32_t v = Operation::of(std::uint32_t{srcRow[x].value}, value);
@@ -60,8 +62,9 @@ void dividedRows(const std::uint16_t* src, std::int32_t srcStep, std::uint32_t v
 }
 
 template <class Operation>
-void scaledRows(const std::uint16_t* src, std::int32_t srcStep, std::uint32_t value,
-                std::uint16_t* dst, std::int32_t dstStep, Extent extent, std::int32_t scale) {
+void scaledRows(const Unaligned<std::uint16_t>* src, std::int32_t srcStep, std::uint32_t value,
+                Unaligned<std::uint16_t>* dst, std::int32_t dstStep, Extent extent,
+                std::int32_t scale) {
     // A 17-bit value divided by 2^18 or more is 0. A value other than 0 saturates when multiplied
     // by 2^16 or more.
     constexpr std::int32_t kLargest = 18;
@@ -78,13 +81,14 @@ void scaledRows(const std::uint16_t* src, std::int32_t srcStep, std::uint32_t va
 
 } // namespace
 
-void addScaledRows(std::uint16_t value, std::uint16_t* srcDst, std::int32_t step, Extent extent,
-                   std::int32_t scale) {
+void addScaledRows(std::uint16_t value, Unaligned<std::uint16_t>* srcDst, std::int32_t step,
+                   Extent extent, std::int32_t scale) {
     scaledRows<Sum>(srcDst, step, value, srcDst, step, extent, scale);
 }
 
-void subScaledRows(const std::uint16_t* src, std::int32_t srcStep, std::uint16_t value,
-                   std::uint16_t* dst, std::int32_t dstStep, Extent extent, std::int32_t scale) {
+void subScaledRows(const Unaligned<std::uint16_t>* src, std::int32_t srcStep, std::uint16_t value,
+                   Unaligned<std::uint16_t>* dst, std::int32_t dstStep, Extent extent,
+                   std::int32_t scale) {
     scaledRows<DifferenceOrZero>(src, srcStep, value, dst, dstStep, extent, scale);
 }
 
@@ -102,7 +106,7 @@ constexpr std::size_t kU16 = sizeof(std::uint16_t);
 
 } // namespace
 
-Status addConstScaledU16(std::uint16_t value, std::uint16_t* srcDst, std::int32_t step,
+Status addConstScaledU16(std::uint16_t value, Unaligned<std::uint16_t>* srcDst, std::int32_t step,
                          std::int32_t w, std::int32_t h, std::int32_t scale) noexcept {
     if (const Status status = checkArguments({srcDst}, {w, h}, {step})) {
         return status;
@@ -112,9 +116,9 @@ Status addConstScaledU16(std::uint16_t value, std::uint16_t* srcDst, std::int32_
     return kOk;
 }
 
-Status subConstScaledU16(const std::uint16_t* src, std::int32_t srcStep, std::uint16_t value,
-                         std::uint16_t* dst, std::int32_t dstStep, std::int32_t w, std::int32_t h,
-                         std::int32_t scale) noexcept {
+Status subConstScaledU16(const Unaligned<std::uint16_t>* src, std::int32_t srcStep,
+                         std::uint16_t value, Unaligned<std::uint16_t>* dst, std::int32_t dstStep,
+                         std::int32_t w, std::int32_t h, std::int32_t scale) noexcept {
     if (const Status status = checkArguments({src, dst}, {w, h}, {srcStep, dstStep})) {
         return status;
     }

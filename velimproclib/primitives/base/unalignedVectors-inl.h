@@ -11,8 +11,10 @@
 HWY_BEFORE_NAMESPACE();
 namespace vel::HWY_NAMESPACE {
 
-/// The vector of `d` whose elements start at `from`. Highway's unaligned loads take a pointer to
-/// the element type but accept any address: here alone such a pointer is formed.
+// Highway's unaligned loads and stores take a pointer to the element type but accept any address:
+// here alone such a pointer is formed.
+
+/// The vector of `d` whose elements start at `from`.
 template <class D>
 HWY_INLINE hwy::HWY_NAMESPACE::Vec<D> loadUnaligned(D d, const void* from) {
     using T = hwy::HWY_NAMESPACE::TFromD<D>;
@@ -24,6 +26,17 @@ HWY_INLINE void storeUnaligned(hwy::HWY_NAMESPACE::Vec<D> v, D d, void* to) {
     using T = hwy::HWY_NAMESPACE::TFromD<D>;
     hwy::HWY_NAMESPACE::StoreU(v, d, static_cast<T*>(to));
 }
+
+#if HWY_TARGET != HWY_SCALAR
+/// The vectors of `d` of the first, second and third elements of the triples that start at `from`.
+template <class D>
+HWY_INLINE void loadInterleaved3Unaligned(D d, const void* from, hwy::HWY_NAMESPACE::Vec<D>& first,
+                                          hwy::HWY_NAMESPACE::Vec<D>& second,
+                                          hwy::HWY_NAMESPACE::Vec<D>& third) {
+    using T = hwy::HWY_NAMESPACE::TFromD<D>;
+    hwy::HWY_NAMESPACE::LoadInterleaved3(d, static_cast<const T*>(from), first, second, third);
+}
+#endif
 
 } // namespace vel::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();

@@ -178,15 +178,14 @@ namespace {
 /// Checks the arguments and runs the row kernel over the rows. `round` is the rounding code of the
 /// kernels that take one.
 template <class Row, class From, class To, class... Round>
-Status convertRows(Row&& row, const From* src, std::int32_t srcStep, To* dst, std::int32_t dstStep,
-                   std::int32_t w, std::int32_t h, Round... round) noexcept {
+Status convertRows(Row&& row, const Unaligned<From>* src, std::int32_t srcStep, Unaligned<To>* dst,
+                   std::int32_t dstStep, std::int32_t w, std::int32_t h, Round... round) noexcept {
     if (const Status status = checkArguments({src, dst}, {w, h}, {srcStep, dstStep})) {
         return status;
     }
     const Extent extent = joinAdjacentRows(w, h, {{srcStep, sizeof(From)}, {dstStep, sizeof(To)}});
     for (std::size_t y = 0; y < extent.rows; ++y) {
-        row(rowAt(unaligned(src), srcStep, y), rowAt(unaligned(dst), dstStep, y), extent.columns,
-            round...);
+        row(rowAt(src, srcStep, y), rowAt(dst, dstStep, y), extent.columns, round...);
     }
     return kOk;
 }
@@ -195,45 +194,53 @@ Status convertRows(Row&& row, const From* src, std::int32_t srcStep, To* dst, st
 
 Status convertU8toF32(const std::uint8_t* src, std::int32_t srcStep, float* dst,
                       std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept {
-    return convertRows(HWY_DYNAMIC_DISPATCH(rowU8toF32), src, srcStep, dst, dstStep, w, h);
+    return convertRows(HWY_DYNAMIC_DISPATCH(rowU8toF32), unaligned(src), srcStep, unaligned(dst),
+                       dstStep, w, h);
 }
 
 Status convertU16toF32(const std::uint16_t* src, std::int32_t srcStep, float* dst,
                        std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept {
-    return convertRows(HWY_DYNAMIC_DISPATCH(rowU16toF32), src, srcStep, dst, dstStep, w, h);
+    return convertRows(HWY_DYNAMIC_DISPATCH(rowU16toF32), unaligned(src), srcStep, unaligned(dst),
+                       dstStep, w, h);
 }
 
 Status convertS16toF32(const std::int16_t* src, std::int32_t srcStep, float* dst,
                        std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept {
-    return convertRows(HWY_DYNAMIC_DISPATCH(rowS16toF32), src, srcStep, dst, dstStep, w, h);
+    return convertRows(HWY_DYNAMIC_DISPATCH(rowS16toF32), unaligned(src), srcStep, unaligned(dst),
+                       dstStep, w, h);
 }
 
-Status convertU8toU16(const std::uint8_t* src, std::int32_t srcStep, std::uint16_t* dst,
+Status convertU8toU16(const std::uint8_t* src, std::int32_t srcStep, Unaligned<std::uint16_t>* dst,
                       std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept {
-    return convertRows(HWY_DYNAMIC_DISPATCH(rowU8toU16), src, srcStep, dst, dstStep, w, h);
+    return convertRows(HWY_DYNAMIC_DISPATCH(rowU8toU16), unaligned(src), srcStep, dst, dstStep, w,
+                       h);
 }
 
 Status convertU16toU8(const std::uint16_t* src, std::int32_t srcStep, std::uint8_t* dst,
                       std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept {
-    return convertRows(HWY_DYNAMIC_DISPATCH(rowU16toU8), src, srcStep, dst, dstStep, w, h);
+    return convertRows(HWY_DYNAMIC_DISPATCH(rowU16toU8), unaligned(src), srcStep, unaligned(dst),
+                       dstStep, w, h);
 }
 
 Status convertF32toU8(const float* src, std::int32_t srcStep, std::uint8_t* dst,
                       std::int32_t dstStep, std::int32_t w, std::int32_t h,
                       std::int32_t round) noexcept {
-    return convertRows(HWY_DYNAMIC_DISPATCH(rowF32toU8), src, srcStep, dst, dstStep, w, h, round);
+    return convertRows(HWY_DYNAMIC_DISPATCH(rowF32toU8), unaligned(src), srcStep, unaligned(dst),
+                       dstStep, w, h, round);
 }
 
 Status convertF32toU16(const float* src, std::int32_t srcStep, std::uint16_t* dst,
                        std::int32_t dstStep, std::int32_t w, std::int32_t h,
                        std::int32_t round) noexcept {
-    return convertRows(HWY_DYNAMIC_DISPATCH(rowF32toU16), src, srcStep, dst, dstStep, w, h, round);
+    return convertRows(HWY_DYNAMIC_DISPATCH(rowF32toU16), unaligned(src), srcStep, unaligned(dst),
+                       dstStep, w, h, round);
 }
 
 Status convertF32toS16(const float* src, std::int32_t srcStep, std::int16_t* dst,
                        std::int32_t dstStep, std::int32_t w, std::int32_t h,
                        std::int32_t round) noexcept {
-    return convertRows(HWY_DYNAMIC_DISPATCH(rowF32toS16), src, srcStep, dst, dstStep, w, h, round);
+    return convertRows(HWY_DYNAMIC_DISPATCH(rowF32toS16), unaligned(src), srcStep, unaligned(dst),
+                       dstStep, w, h, round);
 }
 
 } // namespace vel

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "velimproclib/primitives/base/rows.h"
 #include "velimproclib/primitives/base/Status.h"
 
 #include <cstdint>
@@ -24,8 +25,8 @@ Status convertU16toF32(const std::uint16_t* src, std::int32_t srcStep, float* ds
 Status convertS16toF32(const std::int16_t* src, std::int32_t srcStep, float* dst,
                        std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept;
 
-/// Zero extension.
-Status convertU8toU16(const std::uint8_t* src, std::int32_t srcStep, std::uint16_t* dst,
+/// Zero extension, to elements at any address.
+Status convertU8toU16(const std::uint8_t* src, std::int32_t srcStep, Unaligned<std::uint16_t>* dst,
                       std::int32_t dstStep, std::int32_t w, std::int32_t h) noexcept;
 /// Values above 255 become 255.
 Status convertU16toU8(const std::uint16_t* src, std::int32_t srcStep, std::uint8_t* dst,
