@@ -1,6 +1,7 @@
 #include "velimproclib/frame/CallFrame.h"
 
 #include "velimproclib/images/Image.h"
+#include "velimproclib/primitives/base/failures.h"
 #include "velimproclib/primitives/base/Memory.h"
 
 #include <cstring>
@@ -22,25 +23,25 @@ TEST(CallFrame, SuccessfulBodyReturnsItsStatusAndAnEmptyText) {
     EXPECT_FALSE(vel::busyByte().isSet());
 }
 
-TEST(CallFrame, TextFailureReturnsMinusFiveAndStoresTheText) {
+TEST(CallFrame, TextFailureReturnsItsStatusAndStoresTheText) {
     const int32_t status = runGuarded([]() -> int32_t { throw "CDeconvHL::setup - m_w != m_h"; });
-    EXPECT_EQ(status, -5);
+    EXPECT_EQ(status, VELORN_TEXT_FAILURE);
     EXPECT_EQ(std::string(errorText()).substr(0, 29), "CDeconvHL::setup - m_w != m_h");
     EXPECT_FALSE(vel::busyByte().isSet());
 }
 
 TEST(CallFrame, IntegerFailureReturnsTheIntegerMinusOneThousand) {
-    EXPECT_EQ(runGuarded([]() -> int32_t { throw 0; }), -1000);
-    EXPECT_EQ(runGuarded([]() -> int32_t { throw 101; }), -899);
-    EXPECT_EQ(runGuarded([]() -> int32_t { throw 102; }), -898);
-    EXPECT_EQ(runGuarded([]() -> int32_t { throw 103; }), -897);
-    EXPECT_EQ(runGuarded([]() -> int32_t { throw 120; }), -880);
+    EXPECT_EQ(runGuarded([]() -> int32_t { throw vel::kRowGap; }), -1000);
+    EXPECT_EQ(runGuarded([]() -> int32_t { throw vel::kColumnGap; }), -899);
+    EXPECT_EQ(runGuarded([]() -> int32_t { throw vel::kNoPixels; }), -898);
+    EXPECT_EQ(runGuarded([]() -> int32_t { throw vel::kGuardOverwritten; }), -897);
+    EXPECT_EQ(runGuarded([]() -> int32_t { throw vel::kNoSmootherMemory; }), -880);
     EXPECT_STREQ(errorText(), "");
 }
 
-TEST(CallFrame, AnyOtherFailureReturnsMinusOneThousand) {
-    EXPECT_EQ(runGuarded([]() -> int32_t { throw std::bad_alloc(); }), -1000);
-    EXPECT_EQ(runGuarded([]() -> int32_t { throw 1.5; }), -1000);
+TEST(CallFrame, AnyOtherFailureReturnsTheGeneralStatus) {
+    EXPECT_EQ(runGuarded([]() -> int32_t { throw std::bad_alloc(); }), VELORN_FAILURE);
+    EXPECT_EQ(runGuarded([]() -> int32_t { throw 1.5; }), VELORN_FAILURE);
     EXPECT_FALSE(vel::busyByte().isSet());
 }
 
@@ -52,7 +53,7 @@ TEST(CallFrame, BusyLibraryRefusesCallsWithStatusOneAndClearsTheText) {
                       innerRan = true;
                       return 0;
                   }),
-                  1);
+                  VELORN_OK);
         EXPECT_EQ(errorText()[0], '\0');
         EXPECT_TRUE(vel::busyByte().isSet());
         return 0;

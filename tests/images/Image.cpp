@@ -2,6 +2,7 @@
 
 #include "tests/support/MallocFails.h"
 #include "tests/support/NullWhenOutOfMemory.h"
+#include "velimproclib/primitives/base/failures.h"
 #include "velimproclib/primitives/base/Memory.h"
 
 #include <cstdint>
@@ -110,12 +111,12 @@ TYPED_TEST(ImageFamily, AllRowsMayBeWritten) {
               0);
 }
 
-TYPED_TEST(ImageFamily, AnyOverwrittenGuardElementMakesTheDestructorThrow103) {
+TYPED_TEST(ImageFamily, AnyOverwrittenGuardElementMakesTheDestructorFail) {
     for (const int x : {0, 18, 36}) {
         Breakable<TypeParam> broken(37, 3);
         std::uint8_t* guard = broken.base + 3 * broken.image->m_step;
         guard[x * static_cast<int>(sizeof(typename TypeParam::Element))] ^= 1;
-        EXPECT_EQ(broken.destroy(), 103);
+        EXPECT_EQ(broken.destroy(), kGuardOverwritten);
     }
 }
 
@@ -147,13 +148,13 @@ TEST(Image, GuardCoversOnlyTheFirstThirdOfAThreeChannelSpareRow) {
               0);
     Breakable<IMG<float, 3>> broken(16, 4);
     broken.base[4 * broken.image->m_step + 16 * 4 - 1] ^= 1;
-    EXPECT_EQ(broken.destroy(), 103);
+    EXPECT_EQ(broken.destroy(), kGuardOverwritten);
 }
 
 TEST(Image, ByteAfterTheLastPixelIsDetectedIfTheRowHasNoPadding) {
     Breakable<GIMG<unsigned char>> full(64, 7);
     full.base[7 * 64] = 0;
-    EXPECT_EQ(full.destroy(), 103);
+    EXPECT_EQ(full.destroy(), kGuardOverwritten);
 }
 
 TEST(Image, ByteAfterTheLastPixelIsNotDetectedInThePadding) {
@@ -199,7 +200,7 @@ TEST(Image, HeapFallbackChecksItsGuardRow) {
     base[3 * 48 + 31] ^= 1;
     const int failure = thrownBy([&] { image->~GIMG(); });
     new (&*image) GIMG<float>(1, 1);
-    ASSERT_EQ(failure, 103);
+    ASSERT_EQ(failure, kGuardOverwritten);
     std::free(base);
 }
 
@@ -239,23 +240,23 @@ TEST(Image, ZeroHeightGivesAnImageOfTheGuardRowOnly) {
     EXPECT_EQ(image.m_step, 32);
 }
 
-TEST(Image, FailureOfBothAllocatorsThrows102) {
-    EXPECT_EQ(thrownBy([] { GIMG<float> image(500'000'000, 2'000'000'000); }), 102);
-    EXPECT_EQ(thrownBy([] { GIMG<unsigned char> image(2'147'483'616, 2'147'483'646); }), 102);
+TEST(Image, FailureOfBothAllocatorsIsAFailure) {
+    EXPECT_EQ(thrownBy([] { GIMG<float> image(500'000'000, 2'000'000'000); }), kNoPixels);
+    EXPECT_EQ(thrownBy([] { GIMG<unsigned char> image(2'147'483'616, 2'147'483'646); }), kNoPixels);
 }
 
-TEST(Image, SizesBeyondThirtyTwoBitsThrow102) {
+TEST(Image, SizesBeyondThirtyTwoBitsAreRefused) {
     constexpr std::int32_t kMax = std::numeric_limits<std::int32_t>::max();
-    EXPECT_EQ(thrownBy([] { GIMG<float> image(kMax, 1); }), 102);
-    EXPECT_EQ(thrownBy([] { GIMG<float> image(1 << 30, 1); }), 102);
-    EXPECT_EQ(thrownBy([] { IMG3<float> image(357'913'942, 1); }), 102);
-    EXPECT_EQ(thrownBy([] { GIMG<unsigned char> image(kMax, 1); }), 102);
-    EXPECT_EQ(thrownBy([] { GIMG<unsigned char> image(1, kMax); }), 102);
+    EXPECT_EQ(thrownBy([] { GIMG<float> image(kMax, 1); }), kNoPixels);
+    EXPECT_EQ(thrownBy([] { GIMG<float> image(1 << 30, 1); }), kNoPixels);
+    EXPECT_EQ(thrownBy([] { IMG3<float> image(357'913'942, 1); }), kNoPixels);
+    EXPECT_EQ(thrownBy([] { GIMG<unsigned char> image(kMax, 1); }), kNoPixels);
+    EXPECT_EQ(thrownBy([] { GIMG<unsigned char> image(1, kMax); }), kNoPixels);
 }
 
-TEST(Image, NegativeHeightThrows102) {
-    EXPECT_EQ(thrownBy([] { GIMG<float> image(10, -1); }), 102);
-    EXPECT_EQ(thrownBy([] { GIMG<float> image(0, -5); }), 102);
+TEST(Image, NegativeHeightIsRefused) {
+    EXPECT_EQ(thrownBy([] { GIMG<float> image(10, -1); }), kNoPixels);
+    EXPECT_EQ(thrownBy([] { GIMG<float> image(0, -5); }), kNoPixels);
 }
 
 TEST(Image, WrappedImageUsesTheGivenMemoryAndStep) {
@@ -316,7 +317,7 @@ TEST(Image, DestructionThroughTheBaseChecksTheGuard) {
     std::uint8_t* base = image->m_base;
     base[2 * image->m_step] = 0;
     IMG<short, 1>* asBase = image;
-    EXPECT_EQ(thrownBy([&] { delete asBase; }), 103);
+    EXPECT_EQ(thrownBy([&] { delete asBase; }), kGuardOverwritten);
     alignedFree(base);
 }
 
@@ -331,7 +332,7 @@ struct ImageInACleanup {
     }
 };
 
-TEST(Image, DamagedGuardThrows103AlsoInACleanupDuringAnotherFailure) {
+TEST(Image, DamagedGuardFailsAlsoInACleanupDuringAnotherFailure) {
     int failure = 0;
     EXPECT_THROW(
         {
@@ -339,7 +340,7 @@ TEST(Image, DamagedGuardThrows103AlsoInACleanupDuringAnotherFailure) {
             throw std::runtime_error("first");
         },
         std::runtime_error);
-    EXPECT_EQ(failure, 103);
+    EXPECT_EQ(failure, kGuardOverwritten);
 }
 
 TEST(Image, DamagedGuardDuringAnotherFailureLeavesThatFailureInFlight) {

@@ -6,6 +6,7 @@
 #include "tests/support/NullWhenOutOfMemory.h"
 #include "tests/support/textOf.h"
 #include "tests/support/Threads.h"
+#include "velimproclib/primitives/base/failures.h"
 #include "velimproclib/tiles/ColorTwistTile.h"
 
 #include <algorithm>
@@ -350,7 +351,10 @@ TEST(BlockProcP3Blends, RowsOfTilesThatOnlyTouchAreCopied) {
 TEST(BlockProcP3Failures, GapBetweenTilesOfARowIsRefused) {
     const cv::Mat source = noise<std::uint8_t>(100, 10);
     cv::Mat target(source.size(), source.type());
-    EXPECT_EQ(failureOf([&] { walkUntouched(source, target, Layout{20, 0, -8}); }), 101);
+    EXPECT_EQ(failureOf([&] {
+                  walkUntouched(source, target, Layout{20, 0, -8});
+              }),
+              vel::kColumnGap);
 }
 
 TEST(BlockProcP3Failures, GapBetweenRowsOfTilesIsRefused) {
@@ -362,7 +366,10 @@ TEST(BlockProcP3Failures, GapBetweenRowsOfTilesIsRefused) {
 TEST(BlockProcP3Failures, ImageWithoutColumnsOrRowsIsRefused) {
     for (const cv::Size size : {cv::Size(0, 5), {5, 0}, {0, 0}}) {
         const cv::Mat image(size, CV_8UC3);
-        EXPECT_EQ(failureOf([&] { walkUntouched(image, image, Layout{64, 8, 16, 1}); }), 102);
+        EXPECT_EQ(failureOf([&] {
+                      walkUntouched(image, image, Layout{64, 8, 16, 1});
+                  }),
+                  vel::kNoPixels);
     }
 }
 
@@ -419,7 +426,9 @@ TEST(BlockProcP3Failures, EveryMarginEitherReproducesTheImageOrIsRefused) {
                 walkUntouched(matrixOver(source), matrixOver(target), Layout{64, border, 16, 1});
             });
             const int useful = 64 - 2 * border;
-            ASSERT_TRUE(failure == -1 || failure == (border < 64 ? 101 : 102)) << border;
+            ASSERT_TRUE(failure == -1 ||
+                        failure == (border < 64 ? vel::kColumnGap : vel::kNoPixels))
+                << border;
             if (useful > 16) {
                 ASSERT_EQ(failure, -1);
             }

@@ -1,5 +1,7 @@
 #include "velimproclib/frame/CallFrame.h"
 
+#include "velimproclib/primitives/base/failures.h"
+
 #include <algorithm>
 #include <array>
 #include <cstring>
@@ -11,6 +13,15 @@ namespace {
 constexpr std::size_t kErrorTextSize = 4096;
 std::array<char, kErrorTextSize> g_errorText{};
 BusyByte g_busyByte;
+
+constexpr int32_t statusOf(int failure) noexcept {
+    return failure - 1000;
+}
+static_assert(statusOf(kRowGap) == VELORN_FAILURE);
+static_assert(statusOf(kColumnGap) == VELORN_TILE_GAP);
+static_assert(statusOf(kNoPixels) == VELORN_NO_PIXELS);
+static_assert(statusOf(kGuardOverwritten) == VELORN_GUARD_DAMAGED);
+static_assert(statusOf(kNoSmootherMemory) == VELORN_SMOOTHER_MEMORY);
 
 } // namespace
 
@@ -39,7 +50,7 @@ int32_t statusOfCurrentFailure() noexcept {
         storeErrorText(text);
         return VELORN_TEXT_FAILURE;
     } catch (int failure) {
-        return failure - 1000;
+        return statusOf(failure);
     } catch (...) {
         return VELORN_FAILURE;
     }

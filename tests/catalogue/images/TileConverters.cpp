@@ -4,6 +4,7 @@
 #include "tests/support/NullWhenOutOfMemory.h"
 #include "tests/support/PixelValues.h"
 #include "tests/support/PlaneShapes.h"
+#include "velimproclib/primitives/base/failures.h"
 #include "velimproclib/primitives/base/Memory.h"
 
 #include <algorithm>
@@ -528,7 +529,7 @@ TEST(EnsurePlanes, EntryIsNullAfterExhaustedMemory) {
     EXPECT_NE(planes.pointers[1], nullptr);
 }
 
-TEST(EnsurePlanes, ReplacingAPlaneWithADamagedGuardRaises103AndLeavesTheEntryNull) {
+TEST(EnsurePlanes, ReplacingAPlaneWithADamagedGuardFailsAndLeavesTheEntryNull) {
     const std::uint8_t host[64] = {};
     EnsuredPlanes planes;
     psEnsurePlanes(1, host, 8, 0, 0, 0, 0, 2, 2, planes.pointers);
@@ -541,7 +542,7 @@ TEST(EnsurePlanes, ReplacingAPlaneWithADamagedGuardRaises103AndLeavesTheEntryNul
         psEnsurePlanes(1, host, 8, 0, 0, 0, 0, 3, 2, planes.pointers);
         FAIL() << "nothing was thrown";
     } catch (int failure) {
-        EXPECT_EQ(failure, 103);
+        EXPECT_EQ(failure, vel::kGuardOverwritten);
     }
     EXPECT_EQ(planes.pointers[0], nullptr);
 }
