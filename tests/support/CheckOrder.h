@@ -42,36 +42,55 @@ struct CheckedRoutine {
     Status badStep = kBadStep;
 };
 
+/// The memory that the pointers of a routine under test point to, filled with a pattern.
+class CheckedBlocks {
+public:
+    CheckedBlocks() { fill(); }
+
+    void fill() {
+        for (std::size_t i = 0; i < m_blocks.size(); ++i) {
+            m_blocks[i].assign(kBytes, pattern(i));
+        }
+    }
+
+    bool untouched() const {
+        for (std::size_t i = 0; i < m_blocks.size(); ++i) {
+            if (m_blocks[i] != std::vector<unsigned char>(kBytes, pattern(i))) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    CheckedArguments validArguments() {
+        CheckedArguments valid{};
+        for (std::size_t i = 0; i < m_blocks.size(); ++i) {
+            valid.pointers[i] = m_blocks[i].data();
+        }
+        valid.sizes.fill(2);
+        valid.steps.fill(64);
+        return valid;
+    }
+
+private:
+    static constexpr std::size_t kBytes = 4096;
+
+    static unsigned char pattern(std::size_t i) { return static_cast<unsigned char>(0x30 + i); }
+
+    std::array<std::vector<unsigned char>, 6> m_blocks;
+};
+
 /// Calls the routine with valid arguments, then once per fault with all later arguments faulty,
 /// too. Pointers are checked before sizes and sizes before steps. Expects that failed calls write
 /// nothing.
 inline void expectChecksInOrder(const CheckedRoutine& routine) {
     SCOPED_TRACE(routine.name);
-    constexpr std::size_t kBytes = 4096;
-    std::array<std::vector<unsigned char>, 6> blocks;
-    CheckedArguments sound{};
-    const auto reset = [&] {
-        for (std::size_t i = 0; i < blocks.size(); ++i) {
-            blocks[i].assign(kBytes, static_cast<unsigned char>(0x30 + i));
-            sound.pointers[i] = blocks[i].data();
-        }
-    };
-    reset();
-    sound.sizes.fill(2);
-    sound.steps.fill(64);
-    EXPECT_GE(routine.call(sound), kOk);
-    reset();
+    CheckedBlocks blocks;
+    const CheckedArguments valid = blocks.validArguments();
+    EXPECT_GE(routine.call(valid), kOk);
+    blocks.fill();
 
-    const auto untouched = [&] {
-        for (std::size_t i = 0; i < blocks.size(); ++i) {
-            if (blocks[i] !=
-                std::vector<unsigned char>(kBytes, static_cast<unsigned char>(0x30 + i))) {
-                return false;
-            }
-        }
-        return true;
-    };
-    CheckedArguments badSteps = sound;
+    CheckedArguments badSteps = valid;
     badSteps.steps.fill(0);
     CheckedArguments badSizesAndSteps = badSteps;
     badSizesAndSteps.sizes.fill(0);
@@ -89,12 +108,12 @@ inline void expectChecksInOrder(const CheckedRoutine& routine) {
     }
     for (std::size_t i = 0; i < routine.steps; ++i) {
         for (const std::int32_t step : {0, -64, INT32_MIN}) {
-            CheckedArguments bad = sound;
+            CheckedArguments bad = valid;
             bad.steps[i] = step;
             EXPECT_EQ(routine.call(bad), routine.badStep) << "step " << i << " is " << step;
         }
     }
-    EXPECT_TRUE(untouched());
+    EXPECT_TRUE(blocks.untouched());
 }
 
 } // namespace vel::test

@@ -356,24 +356,34 @@ TEST(PlaneArithmetic, UnknownComparisonIsRefusedAfterAllOtherChecks) {
     EXPECT_EQ(dst, 77);
 }
 
-TEST(PlaneArithmetic, EveryRoutineChecksPointersThenSizesThenStepsAndWritesNothing) {
-    using Arguments = test::CheckedArguments;
+using Arguments = test::CheckedArguments;
+using Routines = std::vector<test::CheckedRoutine>;
+
+Routines routinesOnPlanes() {
     const auto inPlace = [](InPlace routine) {
         return [routine](const Arguments& g) {
             return routine(g.at<float>(0), g.steps[0], g.at<float>(1), g.steps[1], g.sizes[0],
                            g.sizes[1]);
         };
     };
-    const std::vector<test::CheckedRoutine> routines{
-        {"addPlaneF32", 2, 2, 2, inPlace(addPlaneF32)},
-        {"subPlaneF32", 2, 2, 2, inPlace(subPlaneF32)},
-        {"mulPlaneF32", 2, 2, 2, inPlace(mulPlaneF32)},
-        {"divPlaneInPlaceF32", 2, 2, 2, inPlace(divPlaneInPlaceF32)},
-        {"subPlanesF32", 3, 2, 3,
-         [](const Arguments& g) {
-             return subPlanesF32(g.at<float>(0), g.steps[0], g.at<float>(1), g.steps[1],
-                                 g.at<float>(2), g.steps[2], g.sizes[0], g.sizes[1]);
-         }},
+    return {{"addPlaneF32", 2, 2, 2, inPlace(addPlaneF32)},
+            {"subPlaneF32", 2, 2, 2, inPlace(subPlaneF32)},
+            {"mulPlaneF32", 2, 2, 2, inPlace(mulPlaneF32)},
+            {"divPlaneInPlaceF32", 2, 2, 2, inPlace(divPlaneInPlaceF32)},
+            {"subPlanesF32", 3, 2, 3,
+             [](const Arguments& g) {
+                 return subPlanesF32(g.at<float>(0), g.steps[0], g.at<float>(1), g.steps[1],
+                                     g.at<float>(2), g.steps[2], g.sizes[0], g.sizes[1]);
+             }},
+            {"comparePlanesF32", 3, 2, 3, [](const Arguments& g) {
+                 return comparePlanesF32(g.at<float>(0), g.steps[0], g.at<float>(1), g.steps[1],
+                                         g.at<std::uint8_t>(2), g.steps[2], g.sizes[0], g.sizes[1],
+                                         kLess);
+             }}};
+}
+
+Routines routinesOnOnePlane() {
+    return {
         {"mulConstF32", 2, 2, 2,
          [](const Arguments& g) {
              return mulConstF32(g.at<float>(0), g.steps[0], 2.0f, g.at<float>(1), g.steps[1],
@@ -395,17 +405,16 @@ TEST(PlaneArithmetic, EveryRoutineChecksPointersThenSizesThenStepsAndWritesNothi
          [](const Arguments& g) {
              return clampBelowInPlaceF32(g.at<float>(0), g.steps[0], g.sizes[0], g.sizes[1], 9.0f);
          }},
-        {"logInPlaceF32", 1, 2, 1,
-         [](const Arguments& g) {
+        {"logInPlaceF32", 1, 2, 1, [](const Arguments& g) {
              return logInPlaceF32(g.at<float>(0), g.steps[0], g.sizes[0], g.sizes[1]);
-         }},
-        {"comparePlanesF32", 3, 2, 3, [](const Arguments& g) {
-             return comparePlanesF32(g.at<float>(0), g.steps[0], g.at<float>(1), g.steps[1],
-                                     g.at<std::uint8_t>(2), g.steps[2], g.sizes[0], g.sizes[1],
-                                     kLess);
          }}};
-    for (const test::CheckedRoutine& routine : routines) {
-        test::expectChecksInOrder(routine);
+}
+
+TEST(PlaneArithmetic, EveryRoutineChecksPointersThenSizesThenStepsAndWritesNothing) {
+    for (const Routines& routines : {routinesOnPlanes(), routinesOnOnePlane()}) {
+        for (const test::CheckedRoutine& routine : routines) {
+            test::expectChecksInOrder(routine);
+        }
     }
 }
 
