@@ -11,7 +11,7 @@
 // Solution: our Cholesky method against cv::solve with DECOMP_CHOLESKY and with DECOMP_SVD, on the
 // equations of a noise image.
 
-#include "velimproclib/veldeblurcv/estimation/ProgressSpan.h"
+#include "velimproclib/veldeblurcv/estimation/progress/ProgressSpan.h"
 #include "velimproclib/veldeblurcv/estimation/solver/NormalEquations.h"
 #include "velimproclib/veldeblurcv/estimation/solver/solvePositiveDefinite.h"
 #include "velimproclib/veldeblurcv/estimation/solver/sumEquations.h"

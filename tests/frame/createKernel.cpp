@@ -1,6 +1,6 @@
 #include "velimproclib/frame/createKernel.h"
 
-#include "velimproclib/veldeblurcv/kernels/DiscKernel.h"
+#include "velimproclib/veldeblurcv/kernels/createDiscKernel.h"
 
 #include <gtest/gtest.h>
 #include <vector>

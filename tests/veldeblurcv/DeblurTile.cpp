@@ -1,7 +1,7 @@
 #include "velimproclib/veldeblurcv/DeblurTile.h"
 
 #include "tests/support/sameBits.h"
-#include "velimproclib/veldeblurcv/kernels/DiscKernel.h"
+#include "velimproclib/veldeblurcv/kernels/createDiscKernel.h"
 #include "velimproclib/veldeblurcv/sharpening/SharpenEdge.h"
 
 #include <gtest/gtest.h>

@@ -4,7 +4,7 @@
 #include "velimproclib/primitives/base/failures.h"
 #include "velimproclib/veldeblurcv/estimation/BlurEst.h"
 #include "velimproclib/veldeblurcv/estimation/lumaToMat.h"
-#include "velimproclib/veldeblurcv/estimation/ProgressSpan.h"
+#include "velimproclib/veldeblurcv/estimation/progress/ProgressSpan.h"
 
 #include <algorithm>
 

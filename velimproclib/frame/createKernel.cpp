@@ -1,8 +1,8 @@
 #include "velimproclib/frame/createKernel.h"
 
-#include "velimproclib/veldeblurcv/kernels/DiscKernel.h"
-#include "velimproclib/veldeblurcv/kernels/GaussianKernel.h"
-#include "velimproclib/veldeblurcv/kernels/MotionKernel.h"
+#include "velimproclib/veldeblurcv/kernels/createDiscKernel.h"
+#include "velimproclib/veldeblurcv/kernels/createGaussianKernel.h"
+#include "velimproclib/veldeblurcv/kernels/createMotionKernel.h"
 
 #include <algorithm>
 

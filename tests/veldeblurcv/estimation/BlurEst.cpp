@@ -8,7 +8,7 @@
 #include "tests/support/textOf.h"
 #include "tests/support/Threads.h"
 #include "tests/veldeblurcv/estimation/SoftScene.h"
-#include "velimproclib/veldeblurcv/estimation/ProgressSpan.h"
+#include "velimproclib/veldeblurcv/estimation/progress/ProgressSpan.h"
 
 #include <algorithm>
 #include <array>

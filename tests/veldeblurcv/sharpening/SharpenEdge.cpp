@@ -4,7 +4,7 @@
 #include "tests/support/noisePlane.h"
 #include "tests/support/sameBits.h"
 #include "tests/support/Threads.h"
-#include "velimproclib/veldeblurcv/kernels/Gaussian1D.h"
+#include "velimproclib/veldeblurcv/kernels/gaussian1D.h"
 
 #include <gtest/gtest.h>
 

@@ -1,12 +1,12 @@
 #include "velimproclib/veldeblurcv/estimation/BlurEst.h"
 
 #include "velimproclib/primitives/base/toFloat.h"
-#include "velimproclib/veldeblurcv/estimation/edges/EdgePrediction.h"
+#include "velimproclib/veldeblurcv/estimation/edges/estEdge.h"
 #include "velimproclib/veldeblurcv/estimation/edges/softenEdges.h"
-#include "velimproclib/veldeblurcv/estimation/levels/AlphaBlend.h"
+#include "velimproclib/veldeblurcv/estimation/levels/alphaBlend.h"
 #include "velimproclib/veldeblurcv/estimation/levels/buildPyramid.h"
 #include "velimproclib/veldeblurcv/estimation/levels/deconvLevel.h"
-#include "velimproclib/veldeblurcv/estimation/ProgressSpan.h"
+#include "velimproclib/veldeblurcv/estimation/progress/ProgressSpan.h"
 #include "velimproclib/veldeblurcv/estimation/solver/estKernel.h"
 
 #include <algorithm>

@@ -14,11 +14,11 @@ class CProgressSpan;
 ///
 /// The levels of an image pyramid (levels/buildPyramid) are processed from the coarsest to the
 /// finest, three iterations on each. An iteration
-///   1. predicts sharp edges from the latent image (edges/EdgePrediction),
+///   1. predicts sharp edges from the latent image (edges/estEdge),
 ///   2. in the first iteration selects the pixels of the kernel equations (edges/EdgeMask),
 ///   3. solves the kernel from edge image and blurred image and normalises it (solver/estKernel),
 ///   4. renews the latent image by deconvolution with that kernel (levels/deconvLevel) and blends
-///      it with the previous one (levels/AlphaBlend).
+///      it with the previous one (levels/alphaBlend).
 /// The next finer level starts from the latent image, enlarged. Kernels do not pass between levels.
 ///
 /// One object serves one call on the calling thread: construct, `setup`, `estimate`, read

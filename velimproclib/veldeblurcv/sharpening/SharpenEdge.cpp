@@ -7,7 +7,7 @@
 #include "velimproclib/primitives/filters/LinearFilters.h"
 #include "velimproclib/primitives/filters/Morphology.h"
 #include "velimproclib/primitives/pixels/PlaneCopies.h"
-#include "velimproclib/veldeblurcv/kernels/Gaussian1D.h"
+#include "velimproclib/veldeblurcv/kernels/gaussian1D.h"
 
 #include <algorithm>
 #include <array>

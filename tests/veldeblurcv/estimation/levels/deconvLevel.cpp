@@ -6,7 +6,7 @@
 #include "tests/support/sameBits.h"
 #include "tests/support/Threads.h"
 #include "tests/veldeblurcv/estimation/SoftScene.h"
-#include "velimproclib/veldeblurcv/estimation/ProgressSpan.h"
+#include "velimproclib/veldeblurcv/estimation/progress/ProgressSpan.h"
 
 #include <cstdint>
 #include <gtest/gtest.h>

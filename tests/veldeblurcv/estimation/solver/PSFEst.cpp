@@ -6,7 +6,7 @@
 #include "tests/support/sameBits.h"
 #include "tests/support/textOf.h"
 #include "tests/veldeblurcv/estimation/SoftScene.h"
-#include "velimproclib/veldeblurcv/estimation/ProgressSpan.h"
+#include "velimproclib/veldeblurcv/estimation/progress/ProgressSpan.h"
 #include "velimproclib/veldeblurcv/estimation/solver/NormalEquations.h"
 #include "velimproclib/veldeblurcv/estimation/solver/sumEquations.h"
 

@@ -2,7 +2,7 @@
 
 #include "tests/support/sameBits.h"
 #include "tests/support/textOf.h"
-#include "velimproclib/veldeblurcv/estimation/ProgressSpan.h"
+#include "velimproclib/veldeblurcv/estimation/progress/ProgressSpan.h"
 #include "velimproclib/veldeblurcv/estimation/solver/normaliseEstimate.h"
 #include "velimproclib/veldeblurcv/estimation/solver/PSFEst.h"
 

@@ -3,7 +3,7 @@
 #include "tests/support/EachTarget.h"
 #include "tests/support/sameBits.h"
 #include "tests/support/Threads.h"
-#include "velimproclib/veldeblurcv/estimation/ProgressSpan.h"
+#include "velimproclib/veldeblurcv/estimation/progress/ProgressSpan.h"
 #include "velimproclib/veldeblurcv/estimation/solver/NormalEquations.h"
 
 #include <algorithm>

@@ -2,7 +2,7 @@
 
 #include "velimproclib/images/InnerRegion.h"
 #include "velimproclib/primitives/filters/LinearFilters.h"
-#include "velimproclib/veldeblurcv/kernels/Gaussian1D.h"
+#include "velimproclib/veldeblurcv/kernels/gaussian1D.h"
 
 #include <array>
 #include <cstdint>

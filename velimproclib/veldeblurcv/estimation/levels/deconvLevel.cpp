@@ -3,7 +3,7 @@
 #include "velimproclib/tiles/BlockProcP1.h"
 #include "velimproclib/tiles/tileSide.h"
 #include "velimproclib/veldeblurcv/deconvolution/DeconvHL.h"
-#include "velimproclib/veldeblurcv/estimation/ProgressSpan.h"
+#include "velimproclib/veldeblurcv/estimation/progress/ProgressSpan.h"
 
 namespace vel {
 

@@ -2,7 +2,7 @@
 
 #include "velimproclib/primitives/base/FailureRelay.h"
 #include "velimproclib/primitives/base/Team.h"
-#include "velimproclib/veldeblurcv/estimation/ProgressSpan.h"
+#include "velimproclib/veldeblurcv/estimation/progress/ProgressSpan.h"
 #include "velimproclib/veldeblurcv/estimation/solver/NormalEquations.h"
 #include "velimproclib/veldeblurcv/estimation/solver/SelectedPixels.h"
 

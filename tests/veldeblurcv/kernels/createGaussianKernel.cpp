@@ -1,4 +1,4 @@
-#include "velimproclib/veldeblurcv/kernels/GaussianKernel.h"
+#include "velimproclib/veldeblurcv/kernels/createGaussianKernel.h"
 
 #include "tests/support/Digest.h"
 

@@ -1,4 +1,4 @@
-#include "velimproclib/veldeblurcv/kernels/Gaussian1D.h"
+#include "velimproclib/veldeblurcv/kernels/gaussian1D.h"
 
 #include "velimproclib/primitives/base/toFloat.h"
 #include "velimproclib/primitives/base/truncate.h"

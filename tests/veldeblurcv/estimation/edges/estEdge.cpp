@@ -1,4 +1,4 @@
-#include "velimproclib/veldeblurcv/estimation/edges/EdgePrediction.h"
+#include "velimproclib/veldeblurcv/estimation/edges/estEdge.h"
 
 #include "tests/support/NothrowNewFails.h"
 #include "tests/support/NullWhenOutOfMemory.h"
@@ -59,7 +59,7 @@ Bytes plainShock(const Bytes& image, int passes) {
     return out;
 }
 
-TEST(EdgePrediction, ShockStepEqualsThePlainOne) {
+TEST(EstEdge, ShockStepEqualsThePlainOne) {
     std::mt19937 random(3);
     for (int i = 0; i < 40; ++i) {
         const Bytes image = noise(1 + static_cast<int>(random() % 67),
@@ -71,7 +71,7 @@ TEST(EdgePrediction, ShockStepEqualsThePlainOne) {
     }
 }
 
-TEST(EdgePrediction, WithoutPassesItIsTheBilateralFilter) {
+TEST(EstEdge, WithoutPassesItIsTheBilateralFilter) {
     const Bytes image = noise(40, 30);
     cv::Mat filtered;
     vel::bilateralFilter(image, filtered, 5, 40.0f, 6.3f);
@@ -80,7 +80,7 @@ TEST(EdgePrediction, WithoutPassesItIsTheBilateralFilter) {
     EXPECT_TRUE(sameBits(edge, filtered));
 }
 
-TEST(EdgePrediction, ShockFollowsTheBilateralFilter) {
+TEST(EstEdge, ShockFollowsTheBilateralFilter) {
     const cv::Mat image = vel::test::softScene(80, 61);
     cv::Mat filtered;
     estEdge(image, filtered, 5, 20.0f, 3.0f, 0);
@@ -90,7 +90,7 @@ TEST(EdgePrediction, ShockFollowsTheBilateralFilter) {
     EXPECT_FALSE(sameBits(edge, filtered));
 }
 
-TEST(EdgePrediction, WithoutDiameterAndPassesItCopies) {
+TEST(EstEdge, WithoutDiameterAndPassesItCopies) {
     const Bytes image = noise(20, 10);
     for (const int d : {0, -1, -5}) {
         for (const int passes : {0, -1}) {
@@ -102,7 +102,7 @@ TEST(EdgePrediction, WithoutDiameterAndPassesItCopies) {
     }
 }
 
-TEST(EdgePrediction, BlurredEdgeBecomesAStep) {
+TEST(EstEdge, BlurredEdgeBecomesAStep) {
     // An edge blurred over three pixels: the pixels nearer to the dark side become dark, the others
     // bright.
     const Bytes row = (Bytes(1, 7) << 20, 20, 50, 110, 170, 200, 200);
@@ -115,7 +115,7 @@ TEST(EdgePrediction, BlurredEdgeBecomesAStep) {
     EXPECT_TRUE(sameBits(edge, expected)) << edge;
 }
 
-TEST(EdgePrediction, TieMovesThePixelToTheHigherExtreme) {
+TEST(EstEdge, TieMovesThePixelToTheHigherExtreme) {
     Bytes image(3, 3);
     image << 40, 50, 60, 40, 50, 60, 40, 50, 60;
     cv::Mat edge;
@@ -123,7 +123,7 @@ TEST(EdgePrediction, TieMovesThePixelToTheHigherExtreme) {
     EXPECT_EQ(edge.at<std::uint8_t>(1, 1), 60);
 }
 
-TEST(EdgePrediction, FrameKeepsItsPixels) {
+TEST(EstEdge, FrameKeepsItsPixels) {
     const Bytes image = noise(9, 7);
     cv::Mat edge;
     estEdge(image, edge, 0, 5.0f, 1.0f, 2);
@@ -132,7 +132,7 @@ TEST(EdgePrediction, FrameKeepsItsPixels) {
     EXPECT_EQ(cv::countNonZero(changed), 0);
 }
 
-TEST(EdgePrediction, SmallestImagesAreSupported) {
+TEST(EstEdge, SmallestImagesAreSupported) {
     for (int width = 1; width <= 6; ++width) {
         for (int height = 1; height <= 6; ++height) {
             const Bytes image = noise(width, height);
@@ -145,14 +145,14 @@ TEST(EdgePrediction, SmallestImagesAreSupported) {
     }
 }
 
-TEST(EdgePrediction, ImagesWiderThanTheMorphologysStackBufferAreSupported) {
+TEST(EstEdge, ImagesWiderThanTheMorphologysStackBufferAreSupported) {
     const Bytes image = noise(5001, 4);
     cv::Mat edge;
     estEdge(image, edge, 0, 5.0f, 1.0f, 1);
     EXPECT_TRUE(sameBits(edge, plainShock(image, 1)));
 }
 
-TEST(EdgePrediction, MemoryExhaustedInASectionIsAnExceptionOfTheCaller) {
+TEST(EstEdge, MemoryExhaustedInASectionIsAnExceptionOfTheCaller) {
     const Bytes image = noise(5001, 4);
     vel::test::forThreadCounts([&] {
         cv::Mat edge;
@@ -164,7 +164,7 @@ TEST(EdgePrediction, MemoryExhaustedInASectionIsAnExceptionOfTheCaller) {
     EXPECT_TRUE(sameBits(edge, plainShock(image, 1)));
 }
 
-TEST(EdgePrediction, ResultDoesNotDependOnTheNumberOfThreads) {
+TEST(EstEdge, ResultDoesNotDependOnTheNumberOfThreads) {
     const cv::Mat image = vel::test::softScene(200, 150);
     cv::Mat expected;
     estEdge(image, expected, 5, 26.0f, 2.7f, 1);
@@ -175,7 +175,7 @@ TEST(EdgePrediction, ResultDoesNotDependOnTheNumberOfThreads) {
     });
 }
 
-TEST(EdgePrediction, EmptyImageIsAnExceptionOfTheMatrixLibrary) {
+TEST(EstEdge, EmptyImageIsAnExceptionOfTheMatrixLibrary) {
     cv::Mat edge;
     EXPECT_THROW(estEdge(cv::Mat(0, 0, CV_8UC1), edge, 5, 5.0f, 1.0f, 1), cv::Exception);
 }

@@ -1,4 +1,4 @@
-#include "velimproclib/veldeblurcv/kernels/MotionKernel.h"
+#include "velimproclib/veldeblurcv/kernels/createMotionKernel.h"
 
 #include "velimproclib/primitives/base/pi.h"
 #include "velimproclib/primitives/base/toFloat.h"

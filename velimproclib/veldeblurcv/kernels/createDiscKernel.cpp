@@ -1,4 +1,4 @@
-#include "velimproclib/veldeblurcv/kernels/DiscKernel.h"
+#include "velimproclib/veldeblurcv/kernels/createDiscKernel.h"
 
 #include "velimproclib/primitives/base/pi.h"
 #include "velimproclib/primitives/base/toFloat.h"

@@ -1,4 +1,4 @@
-#include "velimproclib/veldeblurcv/estimation/levels/AlphaBlend.h"
+#include "velimproclib/veldeblurcv/estimation/levels/alphaBlend.h"
 
 #include "velimproclib/primitives/base/Team.h"
 
@@ -7,7 +7,7 @@
 #include <cstdint>
 
 #undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "velimproclib/veldeblurcv/estimation/levels/AlphaBlend.cpp"
+#define HWY_TARGET_INCLUDE "velimproclib/veldeblurcv/estimation/levels/alphaBlend.cpp"
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 

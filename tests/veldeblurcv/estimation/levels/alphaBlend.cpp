@@ -1,4 +1,4 @@
-#include "velimproclib/veldeblurcv/estimation/levels/AlphaBlend.h"
+#include "velimproclib/veldeblurcv/estimation/levels/alphaBlend.h"
 
 #include "tests/support/EachTarget.h"
 #include "tests/support/sameBits.h"

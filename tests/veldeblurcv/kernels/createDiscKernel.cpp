@@ -1,4 +1,4 @@
-#include "velimproclib/veldeblurcv/kernels/DiscKernel.h"
+#include "velimproclib/veldeblurcv/kernels/createDiscKernel.h"
 
 #include "tests/support/Digest.h"
 

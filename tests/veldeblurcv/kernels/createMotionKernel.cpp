@@ -1,4 +1,4 @@
-#include "velimproclib/veldeblurcv/kernels/MotionKernel.h"
+#include "velimproclib/veldeblurcv/kernels/createMotionKernel.h"
 
 #include "tests/support/Digest.h"
 #include "tests/support/sameBits.h"

@@ -1,4 +1,4 @@
-#include "velimproclib/veldeblurcv/estimation/ProgressSpan.h"
+#include "velimproclib/veldeblurcv/estimation/progress/ProgressSpan.h"
 
 #include "velimproclib/primitives/base/truncate.h"
 

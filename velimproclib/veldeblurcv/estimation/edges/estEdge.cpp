@@ -1,4 +1,4 @@
-#include "velimproclib/veldeblurcv/estimation/edges/EdgePrediction.h"
+#include "velimproclib/veldeblurcv/estimation/edges/estEdge.h"
 
 #include "velimproclib/images/morphInside.h"
 #include "velimproclib/primitives/base/Team.h"
