@@ -4,6 +4,7 @@
 #include "tests/support/Digest.h"
 #include "tests/support/IccProfiles.h"
 
+#include <cmath>
 #include <cstdint>
 #include <cstdlib>
 #include <initializer_list>
@@ -85,12 +86,30 @@ std::optional<int> featureNamed(const std::string& name) {
     return std::nullopt;
 }
 
+/// The value of an environment variable, empty if it is not set.
+std::string environment(const char* name) {
+    const char* const value = std::getenv(name);
+    return value != nullptr ? value : "";
+}
+
+/// True if the maths library of C fuses multiplications and additions. For this argument glibc then
+/// returns the second nearest double.
+bool mathsLibraryFuses() {
+    const volatile double argument = 0x1.61c03a3868186p+1;
+    return std::exp(argument) == 0x1.fb755912d652fp+3;
+}
+
 class Digests : public ::testing::Test {
 protected:
-    /// OpenCV ignores names that it does not know in its list of processor features to disable.
     void SetUp() override {
-        const char* const disabled = std::getenv("OPENCV_CPU_DISABLE");
-        std::istringstream names(disabled != nullptr ? disabled : "");
+        checkThatOpenCVIsLimited();
+        const bool unfused = environment("GLIBC_TUNABLES").find("-FMA") != std::string::npos;
+        ASSERT_FALSE(unfused && mathsLibraryFuses()) << "fused maths functions are still in use";
+    }
+
+    /// OpenCV ignores names that it does not know in its list of processor features to disable.
+    void checkThatOpenCVIsLimited() {
+        std::istringstream names(environment("OPENCV_CPU_DISABLE"));
         for (std::string name; std::getline(names, name, ',');) {
             const std::optional<int> feature = featureNamed(name);
             ASSERT_TRUE(feature) << "OpenCV knows no feature " << name;
