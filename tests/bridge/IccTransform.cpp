@@ -48,14 +48,6 @@ using namespace vel::test;
 constexpr int kWidth = 67;
 constexpr int kHeight = 21;
 
-PSProfilesRecord record(const ProfileBytes& in, const ProfileBytes& out) {
-    const auto pointer = [](const ProfileBytes& bytes) {
-        return bytes.empty() ? nullptr : bytes.data();
-    };
-    return {pointer(in), static_cast<int32_t>(in.size()), pointer(out),
-            static_cast<int32_t>(out.size())};
-}
-
 GuardedPlane<std::uint8_t> randomDisplay(int width = kWidth, int height = kHeight) {
     std::mt19937 random(1);
     GuardedPlane<std::uint8_t> display(4 * width, height, 5, 1);
@@ -90,24 +82,6 @@ GuardedPlane<std::uint8_t> expectedDisplay(const ProfileBytes& in, const Profile
     return display;
 }
 
-/// `rows` after `load` of every element, a conversion of `format` from one profile to the other,
-/// and `store` of every element.
-template <class Element, class Load, class Store>
-GuardedPlane<Element> expectedRows(const ProfileBytes& in, const ProfileBytes& out,
-                                   cmsUInt32Number format, GuardedPlane<Element> rows, Load&& load,
-                                   Store&& store) {
-    std::vector<Element> colours;
-    for (int y = 0; y < rows.height(); ++y) {
-        for (int x = 0; x < rows.width(); ++x) {
-            colours.push_back(static_cast<Element>(load(rows.at(x, y))));
-        }
-    }
-    colours = transformed(in, out, format, colours);
-    auto colour = colours.begin();
-    rows.fill([&] { return store(*colour++); });
-    return rows;
-}
-
 const std::vector<ProfileBytes>& faultyProfiles() {
     static const std::vector<ProfileBytes> kFaulty = [] {
         std::vector<ProfileBytes> all{
@@ -135,7 +109,7 @@ TEST(IccTransform, DisplayColoursAreConvertedAndAlphaIsUnchanged) {
                                   std::pair{wide, none}, std::pair{none, wide}}) {
         auto display = randomDisplay();
         const auto expected = expectedDisplay(in, out, display);
-        ASSERT_EQ(transformDisplay(record(in, out), display), 1);
+        ASSERT_EQ(transformDisplay(profilesRecord(in, out), display), 1);
         EXPECT_TRUE(display.sameBits(expected));
         EXPECT_TRUE(display.intact());
         EXPECT_FALSE(display.sameBits(randomDisplay()));
@@ -147,7 +121,7 @@ TEST(IccTransform, SmallDisplaysOfEveryWidth) {
     for (int width = 1; width <= 9; ++width) {
         auto display = randomDisplay(width, 3);
         const auto expected = expectedDisplay(wide, {}, display);
-        ASSERT_EQ(transformDisplay(record(wide, {}), display), 1);
+        ASSERT_EQ(transformDisplay(profilesRecord(wide, {}), display), 1);
         EXPECT_TRUE(display.sameBits(expected));
         EXPECT_TRUE(display.intact());
     }
@@ -157,14 +131,14 @@ TEST(IccTransform, SizeBelowOneMeansSrgbOnThatSide) {
     const ProfileBytes wide = wideGamutProfile();
     const ProfileBytes garbage = garbageProfile();
     for (const int32_t size : {0, -1, std::numeric_limits<int32_t>::min()}) {
-        PSProfilesRecord profiles = record(wide, garbage);
+        PSProfilesRecord profiles = profilesRecord(wide, garbage);
         profiles.outSize = size;
         auto display = randomDisplay();
         const auto expected = expectedDisplay(wide, {}, display);
         ASSERT_EQ(transformDisplay(profiles, display), 1);
         EXPECT_TRUE(display.sameBits(expected));
     }
-    PSProfilesRecord profiles = record(garbage, wide);
+    PSProfilesRecord profiles = profilesRecord(garbage, wide);
     profiles.inSize = 0;
     auto display = randomDisplay();
     const auto expected = expectedDisplay({}, wide, display);
@@ -193,9 +167,6 @@ TEST(IccTransform, TwoNullPointersOrTwoSizesBelowOneSkipTheConversion) {
         auto display = randomDisplay();
         EXPECT_EQ(transformDisplay(profiles, display), 1);
         EXPECT_TRUE(display.sameBits(randomDisplay()));
-        EXPECT_EQ(iccTransformHostRows(profiles, display.data(), true, display.step(), 4, 4), 1);
-        EXPECT_EQ(iccTransformHostRows(profiles, display.data(), false, display.step(), 4, 4), 1);
-        EXPECT_TRUE(display.sameBits(randomDisplay()));
     }
 }
 
@@ -208,7 +179,7 @@ TEST(IccTransform, FaultyProfilesReturnZeroPrintNothingAndLeaveThePixelsUnchange
              {std::pair{faulty, wide}, std::pair{wide, faulty}, std::pair{faulty, ProfileBytes()},
               std::pair{ProfileBytes(), faulty}, std::pair{faulty, faulty}}) {
             auto display = randomDisplay();
-            EXPECT_EQ(transformDisplay(record(in, out), display), 0);
+            EXPECT_EQ(transformDisplay(profilesRecord(in, out), display), 0);
             EXPECT_TRUE(display.sameBits(randomDisplay()));
         }
     }
@@ -224,7 +195,7 @@ TEST(IccTransform, EveryTruncatedProfileIsUsedOrRefused) {
         const ProfileBytes truncated(wide.begin(),
                                      wide.begin() + static_cast<std::ptrdiff_t>(size));
         auto display = randomDisplay(3, 2);
-        const int32_t result = transformDisplay(record(truncated, {}), display);
+        const int32_t result = transformDisplay(profilesRecord(truncated, {}), display);
         ASSERT_TRUE(result == 1 || (result == 0 && display.sameBits(untouched))) << size;
     }
 }
@@ -236,7 +207,7 @@ TEST(IccTransform, ProfilesWithFlippedBytesAreUsedOrRefused) {
         ProfileBytes flipped = wide;
         flipped[at] = static_cast<std::uint8_t>(~flipped[at]);
         auto display = randomDisplay(3, 2);
-        const int32_t result = transformDisplay(record(flipped, {}), display);
+        const int32_t result = transformDisplay(profilesRecord(flipped, {}), display);
         ASSERT_TRUE(result == 1 || (result == 0 && display.sameBits(untouched))) << at;
     }
 }
@@ -246,8 +217,8 @@ TEST(IccTransform, DisplayWithoutPixelsReturnsOne) {
     for (const auto& [width, height] :
          {std::pair{0, 4}, std::pair{4, 0}, std::pair{-1, 4}, std::pair{4, -1}}) {
         auto display = randomDisplay();
-        EXPECT_EQ(iccTransformDisplayRows(record(wide, {}), display.data(), display.step(), width,
-                                          height),
+        EXPECT_EQ(iccTransformDisplayRows(profilesRecord(wide, {}), display.data(), display.step(),
+                                          width, height),
                   1);
         EXPECT_TRUE(display.sameBits(randomDisplay()));
     }
@@ -296,7 +267,7 @@ TEST(IccTransform, DisplayConversionUsesAtMostThirtyTwoThreads) {
     for (const auto& [threads, team] : {std::pair{3, 3}, std::pair{32, 32}, std::pair{40, 32}}) {
         const ThreadCount count(threads);
         auto display = randomDisplay(kWidth, 100);
-        ASSERT_EQ(transformDisplay(record(wide, {}), display), 1);
+        ASSERT_EQ(transformDisplay(profilesRecord(wide, {}), display), 1);
         EXPECT_EQ(largestTeam, team);
         EXPECT_TRUE(display.sameBits(randomDisplay(kWidth, 100)));
     }
@@ -340,15 +311,9 @@ TEST(IccTransform, TransformsAreRelativeColorimetricPackedRgbAndHaveNoCache) {
 
     const ProfileBytes wide = wideGamutProfile();
     auto display = randomDisplay();
-    ASSERT_EQ(transformDisplay(record(wide, {}), display), 1);
-    for (const bool is8 : {true, false}) {
-        ASSERT_EQ(iccTransformHostRows(record(wide, {}), display.data(), is8, display.step(), 9, 9),
-                  1);
-    }
-    EXPECT_EQ(requests,
-              (std::vector<TransformRequest>{
-                  {0x40019, 0x40019, 0x40}, {0x40019, 0x40019, 0x40}, {0x4001A, 0x4001A, 0x40}}));
-    EXPECT_EQ(relativeLinks, 3);
+    ASSERT_EQ(transformDisplay(profilesRecord(wide, {}), display), 1);
+    EXPECT_EQ(requests, (std::vector<TransformRequest>{{0x40019, 0x40019, 0x40}}));
+    EXPECT_EQ(relativeLinks, 1);
 }
 
 TEST(IccTransform, ColoursAreTheSameForEveryNumberOfThreads) {
@@ -356,65 +321,9 @@ TEST(IccTransform, ColoursAreTheSameForEveryNumberOfThreads) {
     const auto expected = expectedDisplay(wide, {}, randomDisplay(kWidth, 100));
     forTeams([&] {
         auto display = randomDisplay(kWidth, 100);
-        ASSERT_EQ(transformDisplay(record(wide, {}), display), 1);
+        ASSERT_EQ(transformDisplay(profilesRecord(wide, {}), display), 1);
         EXPECT_TRUE(display.sameBits(expected));
     });
-}
-
-TEST(IccTransform, HostRowsOfEightBits) {
-    std::mt19937 random(2);
-    const ProfileBytes wide = wideGamutProfile();
-    GuardedPlane<std::uint8_t> before(3 * kWidth, kHeight, 4, 3);
-    before.fill([&] { return static_cast<std::uint8_t>(random()); });
-    const auto asItIs = [](int element) { return element; };
-    const auto expected = expectedRows(wide, {}, TYPE_RGB_8, before, asItIs, asItIs);
-    forTeams([&] {
-        auto rows = before;
-        ASSERT_EQ(
-            iccTransformHostRows(record(wide, {}), rows.data(), true, rows.step(), kWidth, kHeight),
-            1);
-        EXPECT_TRUE(rows.intact());
-        EXPECT_TRUE(rows.sameBits(expected));
-    });
-}
-
-TEST(IccTransform, HostRowsOfFifteenBitsAreLimitedDoubledTransformedAndHalved) {
-    std::mt19937 random(3);
-    const ProfileBytes wide = wideGamutProfile();
-    GuardedPlane<std::uint16_t> before(3 * kWidth, kHeight, 5, 1);
-    before.fill([&] { return random() % 8 == 0 ? random() : random() % 32769; });
-    const auto expected = expectedRows(
-        {}, wide, TYPE_RGB_16, before, [](int element) { return 2 * std::min(element, 32767); },
-        [](int element) { return element >> 1; });
-    forTeams([&] {
-        auto rows = before;
-        ASSERT_EQ(iccTransformHostRows(record({}, wide), rows.data(), false, rows.step(), kWidth,
-                                       kHeight),
-                  1);
-        EXPECT_TRUE(rows.intact());
-        EXPECT_TRUE(rows.sameBits(expected));
-    });
-}
-
-TEST(IccTransform, HostWhiteBecomesTheLargestDoubledValue) {
-    const ProfileBytes srgb = srgbProfile();
-    std::uint16_t pixel[3] = {32768, 32767, 65535};
-    ASSERT_EQ(iccTransformHostRows(record(srgb, srgb), pixel, false, 6, 1, 1), 1);
-    EXPECT_EQ(pixel[0], pixel[1]);
-    EXPECT_NEAR(pixel[0], 32767, 2);
-    EXPECT_EQ(pixel[2], pixel[1]);
-}
-
-TEST(IccTransform, HostRowsWithoutATransformReturnZeroForEightBitsAndOneForSixteen) {
-    const ProfileBytes grey = greyProfile();
-    const ProfileBytes garbage = garbageProfile();
-    const auto before = randomDisplay();
-    auto rows = before;
-    EXPECT_EQ(iccTransformHostRows(record(grey, {}), rows.data(), true, rows.step(), 9, 9), 0);
-    EXPECT_EQ(iccTransformHostRows(record(grey, {}), rows.data(), false, rows.step(), 9, 9), 1);
-    EXPECT_EQ(iccTransformHostRows(record(garbage, {}), rows.data(), true, rows.step(), 9, 9), 0);
-    EXPECT_EQ(iccTransformHostRows(record({}, garbage), rows.data(), false, rows.step(), 9, 9), 0);
-    EXPECT_TRUE(rows.sameBits(before));
 }
 
 /// A host image and its display buffer.
@@ -454,7 +363,7 @@ TEST(DisplayImageWithProfiles, WithoutProfilesColoursAreNotConverted) {
 
 TEST(DisplayImageWithProfiles, ConvertsTheDisplayedColoursOnBothPathsAndAlphaIsOpaque) {
     const ProfileBytes wide = wideGamutProfile();
-    const PSProfilesRecord profiles = record(wide, {});
+    const PSProfilesRecord profiles = profilesRecord(wide, {});
     for (const float scale : {1.0f, 0.5f}) {
         Shown plain, managed;
         ASSERT_EQ(plain.showPlainly(scale), 1);
@@ -469,7 +378,7 @@ TEST(DisplayImageWithProfiles, ConvertsTheDisplayedColoursOnBothPathsAndAlphaIsO
 
 TEST(DisplayImageWithProfiles, FaultyProfileReturnsZeroAndShowsTheImageUnconverted) {
     for (const ProfileBytes& faulty : faultyProfiles()) {
-        const PSProfilesRecord profiles = record(faulty, {});
+        const PSProfilesRecord profiles = profilesRecord(faulty, {});
         Shown plain, managed;
         ASSERT_EQ(plain.showPlainly(), 1);
         EXPECT_EQ(managed.show(&profiles), 0);
@@ -492,7 +401,7 @@ TEST(DisplayImageWithProfiles, DisplayFailureIsReturnedBeforeAnyProfileIsRead) {
 
 TEST(DisplayImageWithProfiles, FailedAllocationOfRowBuffersIsAColourFailure) {
     const ProfileBytes wide = wideGamutProfile();
-    const PSProfilesRecord profiles = record(wide, {});
+    const PSProfilesRecord profiles = profilesRecord(wide, {});
     Shown plain, managed;
     ASSERT_EQ(plain.showPlainly(), 1);
     const ThreadCount one(1);
@@ -538,7 +447,7 @@ TEST(DisplayImageWithProfiles, EveryOutcomeReleasesProfilesAndTransform) {
     const long before = blocksOfTheColourLibrary;
     for (const ProfileBytes& in : all) {
         for (const ProfileBytes& out : all) {
-            const PSProfilesRecord profiles = record(in, out);
+            const PSProfilesRecord profiles = profilesRecord(in, out);
             Shown shown;
             shown.show(&profiles);
             refusedSize = 3 * kWidth;

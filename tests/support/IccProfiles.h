@@ -1,5 +1,7 @@
 #pragma once
 
+#include "velorncore10.h"
+
 #include <cstdint>
 #include <lcms2.h>
 #include <memory>
@@ -81,6 +83,15 @@ std::vector<Element> transformed(const ProfileBytes& source, const ProfileBytes&
     cmsDoTransform(transform.get(), colours.data(), result.data(),
                    static_cast<cmsUInt32Number>(colours.size() / 3));
     return result;
+}
+
+/// The record of two profiles; an empty one is a null pointer.
+inline PSProfilesRecord profilesRecord(const ProfileBytes& in, const ProfileBytes& out) {
+    const auto pointer = [](const ProfileBytes& bytes) {
+        return bytes.empty() ? nullptr : bytes.data();
+    };
+    return {pointer(in), static_cast<std::int32_t>(in.size()), pointer(out),
+            static_cast<std::int32_t>(out.size())};
 }
 
 } // namespace vel::test

@@ -16,15 +16,6 @@ namespace vel {
 int32_t iccTransformDisplayRows(const PSProfilesRecord& profiles, void* dst, int32_t dstStep,
                                 int32_t width, int32_t height);
 
-/// The same for host rows of three interleaved elements, in place: 8 bits each, or 16 bits on the
-/// 15-bit scale. Sixteen-bit elements are limited to 32767 and doubled before the transform and
-/// halved after it, therefore white, 32768, becomes at most 32767. Rows may start at any address.
-/// @return as above, except that 16-bit rows are unchanged and return 1 if the transform cannot be
-///         created
-/// @throws std::bad_alloc
-int32_t iccTransformHostRows(const PSProfilesRecord& profiles, void* data, bool is8, int32_t step,
-                             int32_t width, int32_t height);
-
 /// Body of `PSImageICC2QImage`: runs `displayImage`, then converts the colours of the whole display
 /// buffer. A null record means no profiles.
 /// @return the result of `displayImage` if that is not 1, otherwise the result of the conversion;

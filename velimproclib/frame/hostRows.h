@@ -1,16 +1,10 @@
 #pragma once
 
-#include "velorncore10.h"
+#include "velimproclib/images/FormatCodes.h"
 
 #include <cstdint>
 
 namespace vel {
-
-/// True if the guarded calls read a host image of `format` as 8 bits per channel. Every code but
-/// `psC3U8` means 16 bits.
-constexpr bool isEightBits(std::int32_t format) noexcept {
-    return format == psC3U8;
-}
 
 /// True if `step` bytes are too few for a row of `width` pixels of three channels. The step of a
 /// single row is not used and therefore not checked.

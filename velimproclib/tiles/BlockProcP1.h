@@ -27,7 +27,8 @@ public:
     /// hands out blocks and writes nothing.
     ///
     /// @param blockW,blockH whole sizes of a block, its margins included
-    /// @param align16 true for the layout with lengths that are multiples of 16, see `planBlocks`
+    /// @param align16 true for the layout with lengths that are multiples of 16, see `planBlocks`.
+    ///                No export selects it.
     /// @param overlap wanted overlap of neighbouring blocks' useful parts, in pixels
     /// @param border  margin on each side of the useful part, in pixels
     /// @param taper   1 makes each block periodic, see `CTileTaper`
@@ -48,7 +49,8 @@ public:
     void doneABlock();
 
     /// Fills the margins of `inOut` (CV_32FC1) by replication: every pixel there takes the value of
-    /// the nearest pixel inside the margins. At least one pixel is inside.
+    /// the nearest pixel inside the margins. At least one pixel is inside. No export reaches this
+    /// function: `nextBlock` fills the margins while it loads.
     /// @return 1
     /// @throws const char* for an image of another type
     static int imageExtendBorder(cv::Mat& inOut, std::int32_t left, std::int32_t top,

@@ -23,7 +23,7 @@ struct TileGeometry {
 ///
 /// @param mode       0: the plain layout, tiles of exactly `tileLength`. Otherwise the aligned
 ///                   layout: lengths are multiples of 16, and one or two longer tiles are preferred
-///                   where they cover the axis.
+///                   where they cover the axis. No export selects it.
 /// @param total      length of the image along the axis
 /// @param tileLength wanted useful length: the side of the tile without its two margins
 /// @param overlap    wanted overlap of neighbouring tiles

@@ -2,6 +2,7 @@
 
 #include "velimproclib/catalogue/arithmetic/PixelConstants.h"
 #include "velimproclib/catalogue/images/ImagePlanes.h"
+#include "velimproclib/catalogue/images/PixelAddress.h"
 #include "velimproclib/catalogue/images/replicateBorder.h"
 #include "velimproclib/catalogue/pixels/ColorConversions.h"
 #include "velimproclib/catalogue/pixels/FurtherChannelMoves.h"

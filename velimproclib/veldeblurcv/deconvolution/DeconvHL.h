@@ -53,7 +53,7 @@ public:
     /// and has sum 1; any other sum scales the result, and a larger kernel wraps round the plane.
     /// Its centre is (rows/2, cols/2), whatever `anchor` says. `alpha` is cut to 0..1. `useStored`
     /// selects the stored shrink table; otherwise a table for the exact alpha is built, which is
-    /// slow.
+    /// slow and which no export selects.
     /// @throws const char* when `size` is not a square of 256, 512 or 1024; std::bad_alloc;
     /// cv::Exception when memory for a matrix is exhausted
     void setup(const cv::Mat& kernel, cv::Point anchor, cv::Size size, float lambda, float alpha,
@@ -77,7 +77,7 @@ private:
     double m_beta = 0.0;  ///< penalty weight of the current pass
     double m_alpha = 0.0; ///< in 0..1 after `setup`
     double m_lambda = 0.0;
-    std::int32_t m_newtonIters = 4; ///< of the built table
+    std::int32_t m_newtonIters = 4; ///< of the built table, which no export selects
     cv::Size m_imSize;
     cv::Mat m_kernel;
     std::int32_t m_w = 0;
@@ -90,7 +90,7 @@ private:
     SpectralQuotient m_quotient;
     AlignedFloats m_numerator; ///< conj(K) Y of the current plane
     AlignedFloats m_spectrum;  ///< of the adjoint, then of the estimate
-    BuiltShrinkTable m_lut;    ///< empty in stored mode
+    BuiltShrinkTable m_lut;    ///< empty in stored mode, the only one that exports select
     ThreadScratch m_scratch;
 };
 

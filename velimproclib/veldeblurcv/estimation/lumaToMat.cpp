@@ -1,5 +1,6 @@
 #include "velimproclib/veldeblurcv/estimation/lumaToMat.h"
 
+#include "velimproclib/images/FormatCodes.h"
 #include "velimproclib/primitives/base/rows.h"
 #include "velimproclib/primitives/base/Team.h"
 #include "velimproclib/primitives/base/toFloat.h"
@@ -48,7 +49,7 @@ void luminanceRows(const PlaneRecord& image, cv::Mat& luminance, const Weights& 
 
 void lumaToMat(const PlaneRecord& image, cv::Mat& luminance) {
     luminance.create(image.height, image.width, CV_8UC1);
-    if (image.format == psC3U8) {
+    if (isEightBits(image.format)) {
         luminanceRows<std::uint8_t>(image, luminance, kEightBits);
     } else {
         luminanceRows<std::uint16_t>(image, luminance, kSixteenBits);
