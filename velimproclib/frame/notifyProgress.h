@@ -1,5 +1,6 @@
 #pragma once
 
+#include "velimproclib/primitives/base/canCallBack.h"
 #include "velimproclib/primitives/base/narrowToInt32.h"
 #include "velorncore10.h"
 
@@ -8,12 +9,11 @@
 
 namespace vel {
 
-/// Sets `current` to `value`, at most `limit`, and calls the host back if both callback and user
-/// data are set.
+/// Sets `current` to `value`, at most `limit`, and calls the host back if it can.
 /// @return false if the callback was made and asks for cancellation
 inline bool notifyProgress(ProgressRecord& progress, std::int64_t value) {
     progress.current = std::min(narrowToInt32(value), progress.limit);
-    if (progress.callback == nullptr || progress.userData == nullptr) {
+    if (!canCallBack(progress)) {
         return true;
     }
     return progress.callback(progress.current, progress.limit, progress.userData) != 0;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "velimproclib/images/stepOf.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <opencv2/core.hpp>
@@ -13,8 +15,8 @@ template <class T>
 struct InnerRegion {
     /// @param plane one channel of elements T. A constant header does not make its pixels constant.
     InnerRegion(const cv::Mat& plane, int insetX, int insetY)
-        : data(firstPixel(plane, insetX, insetY)), step(static_cast<std::int32_t>(plane.step[0])),
-          w(plane.cols - 2 * insetX), h(plane.rows - 2 * insetY) {}
+        : data(firstPixel(plane, insetX, insetY)), step(stepOf(plane)), w(plane.cols - 2 * insetX),
+          h(plane.rows - 2 * insetY) {}
 
     T* data;
     std::int32_t step;

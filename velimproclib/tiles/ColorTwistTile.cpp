@@ -1,6 +1,6 @@
 #include "velimproclib/tiles/ColorTwistTile.h"
 
-#include "velimproclib/primitives/base/narrowToInt32.h"
+#include "velimproclib/images/stepOf.h"
 #include "velimproclib/primitives/pixels/ColorTwist.h"
 #include "velimproclib/tiles/forRowChunks.h"
 
@@ -37,7 +37,7 @@ constexpr TwistMatrix kToRgbRounded = {
 
 void twist(TilePlanes& planes, const TwistMatrix& matrix) {
     const int columns = planes[0].cols;
-    const std::int32_t step = narrowToInt32(static_cast<std::int64_t>(planes[0].step[0]));
+    const std::int32_t step = stepOf(planes[0]);
     forRowChunks(columns, planes[0].rows, [&](cv::Range rows) {
         float* const firstRows[3] = {planes[0].ptr<float>(rows.start),
                                      planes[1].ptr<float>(rows.start),

@@ -6,6 +6,10 @@
 
 namespace velorn {
 
+bool canHoldMetadataBlocks(std::span<const unsigned char> file) {
+    return isJpeg(file) || isPng(file) || isWebp(file);
+}
+
 MetadataBlocks readMetadataBlocks(std::span<const unsigned char> file) {
     if (isJpeg(file)) {
         return readJpegMetadata(file);

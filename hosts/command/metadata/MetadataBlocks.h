@@ -22,11 +22,14 @@ struct MetadataBlocks {
     std::vector<std::string> pngChunks;
 };
 
+/// Whether a file is JPEG, PNG or WebP, by its first bytes; 16 suffice.
+bool canHoldMetadataBlocks(std::span<const unsigned char> file);
+
 /// The blocks in the bytes of a file; empty for other containers. A damaged structure ends the
 /// search without an error: the reader of the pixels decides whether the file is usable.
 MetadataBlocks readMetadataBlocks(std::span<const unsigned char> file);
 
-/// `file`, the bytes of a newly encoded JPEG, PNG or WebP file, with `blocks` in place of its own.
+/// `file`, the bytes of a newly encoded JPEG, PNG or WebP file, whose own blocks `blocks` replace.
 /// Blocks that a container cannot hold are omitted; other containers are returned unchanged.
 std::vector<unsigned char> withMetadataBlocks(std::vector<unsigned char> file,
                                               const MetadataBlocks& blocks);

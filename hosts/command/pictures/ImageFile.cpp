@@ -27,10 +27,7 @@ MetadataBlocks blocksOfFile(const std::filesystem::path& path) {
     std::ifstream file = openForReading(path);
     std::vector<unsigned char> bytes(16);
     file.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-    const bool isJpeg = bytes[0] == 0xFF && bytes[1] == 0xD8;
-    const bool isPng = bytes[0] == 0x89 && bytes[1] == 'P';
-    const bool isRiff = bytes[0] == 'R' && bytes[1] == 'I';
-    if (!isJpeg && !isPng && !isRiff) {
+    if (!canHoldMetadataBlocks(bytes)) {
         return {};
     }
     file.clear();

@@ -7,6 +7,7 @@
 namespace velorn {
 namespace {
 
+/// The rule of velimproclib/tiles/tileSide.h, which hosts cannot include.
 int tileSide(int width, int height) {
     const int side = std::max(width, height);
     if (side <= 256) {

@@ -40,6 +40,26 @@ TEST(KernelLimit, LibraryAcceptsKernelsUpToTheLimitOnly) {
     EXPECT_THROW(restoredWith(26.0f, 53), velorn::Failure);
 }
 
+TEST(KernelLimit, LimitIsThatOfTheLibraryForEverySideOfItsTiles) {
+    velorn::RestorationSettings settings;
+    settings.deconvolve = false; // the size of the kernel counts nevertheless
+    for (const int width : {60, 300, 600}) {
+        const velorn::RgbPixels picture = vel::test::drawnPicture(width, 3);
+        const auto restoreWith = [&](int side) {
+            const auto disc = velorn::makeKernel(
+                {velorn::AnalyticBlur::Shape::Disc, static_cast<float>(side / 2), 0.0f});
+            EXPECT_EQ(disc.width, side);
+            // Cancels in the third tile: a plan with gaps fails at the second.
+            int calls = 0;
+            restore(picture, disc, settings, [&](int, int) { return ++calls < 5; });
+            return calls;
+        };
+        const int largest = largestKernelSide(width, 3);
+        EXPECT_EQ(restoreWith(largest), 5) << width;
+        EXPECT_THROW(restoreWith(largest + 2), velorn::Failure) << width;
+    }
+}
+
 TEST(KernelLimit, KernelsBeyondTheLimitAreRefusedWithTheLimit) {
     EXPECT_NO_THROW(velorn::checkFits({51, 3}, 60, 40));
     try {

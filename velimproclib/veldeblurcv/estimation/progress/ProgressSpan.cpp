@@ -1,22 +1,18 @@
 #include "velimproclib/veldeblurcv/estimation/progress/ProgressSpan.h"
 
+#include "velimproclib/primitives/base/canCallBack.h"
+#include "velimproclib/primitives/base/narrowToInt32.h"
 #include "velimproclib/primitives/base/truncate.h"
 
 #include <algorithm>
-#include <limits>
 
 namespace vel {
 
 namespace {
 
-/// The host chooses the account's numbers, so their sums may leave 32 bits.
-std::int32_t saturate(std::int64_t value) noexcept {
-    return static_cast<std::int32_t>(std::clamp<std::int64_t>(
-        value, std::numeric_limits<std::int32_t>::min(), std::numeric_limits<std::int32_t>::max()));
-}
-
+/// The host chooses the account's numbers, so their sums may exceed 32 bits.
 std::int32_t sum(std::int32_t a, std::int32_t b) noexcept {
-    return saturate(std::int64_t{a} + b);
+    return narrowToInt32(std::int64_t{a} + b);
 }
 
 } // namespace
@@ -79,7 +75,7 @@ void CProgressSpan::endSub() noexcept {
 }
 
 bool CProgressSpan::canCall() const noexcept {
-    return m_record != nullptr && m_record->callback != nullptr && m_record->userData != nullptr;
+    return m_record != nullptr && canCallBack(*m_record);
 }
 
 void CProgressSpan::restAt(std::int32_t position) noexcept {
