@@ -204,7 +204,7 @@ VELORN_API int32_t VELORN_CALL ornDeblurSharpen(ProgressRecord* progress, ImageR
  *            an even side the call estimates a kernel that is one larger and drops its last row or
  *            column. If a side is below 1, the call sets the first four fields of the record to 0
  *            and returns VELORN_OK. Time and memory grow quickly with the size: the call needs more
- *            than 16 * (width * height)^2 bytes at once, that is 15 MB for 31 by 31 and 252 MB for
+ *            than 12 * (width * height)^2 bytes at once, that is 11 MB for 31 by 31 and 189 MB for
  *            63 by 63. The call reads the record once, before its first callback.
  * strength   0.2..2: standard deviation, in pixels, of a Gaussian that smooths the last edge image.
  *            Values below 0.2 turn the smoothing off; values above 2 act as 2.

@@ -1,14 +1,12 @@
-// The list of exports, ornCreateKernel, and process attach, tested through the shared library.
+// The list of exports and ornCreateKernel, tested through the shared library.
 #include "tests/frame/exportedNames.h"
 #include "tests/frame/LoadedLibrary.h"
 #include "tests/support/NullWhenOutOfMemory.h"
 
 #include <cmath>
-#include <cstdlib>
 #include <set>
 #include <string>
 #include <vector>
-#include <xmmintrin.h>
 
 extern "C" int callFromC(decltype(ornCreateKernel)* createKernel, float* values);
 
@@ -124,26 +122,6 @@ TEST_F(Exports, HeaderCompilesInAHostWrittenInC) {
     std::vector<float> values(5);
     EXPECT_TRUE(callFromC(createKernel, values.data()));
     EXPECT_FLOAT_EQ(values[2], 0.2f);
-}
-
-TEST(Attach, LibraryRemainsInTheProcessAfterTheHostClosesIt) {
-    { const LoadedLibrary library; }
-    EXPECT_TRUE(LoadedLibrary::staysInTheProcess());
-}
-
-// Runs in a process of its own, because only the first load in a process attaches.
-TEST(AttachDeathTest, LeavesTheAttachingThreadFlushingDenormals) {
-    testing::FLAGS_gtest_death_test_style = "threadsafe";
-    const auto flagsAreSetByLoading = [] {
-        constexpr unsigned kDenormalsAreZero = 1u << 6;
-        constexpr unsigned kUnderflowMasked = 1u << 11;
-        constexpr unsigned kFlushToZero = 1u << 15;
-        constexpr unsigned kAll = kDenormalsAreZero | kUnderflowMasked | kFlushToZero;
-        _mm_setcsr(_mm_getcsr() & ~kAll);
-        const LoadedLibrary library;
-        return (_mm_getcsr() & kAll) == kAll;
-    };
-    EXPECT_EXIT(std::_Exit(flagsAreSetByLoading() ? 0 : 1), testing::ExitedWithCode(0), "");
 }
 
 } // namespace

@@ -12,9 +12,11 @@ std::string statusText(std::int32_t status) {
     case VELORN_TILE_GAP:
         return "the kernel is too large for the picture's tiles";
     case VELORN_NO_PIXELS:
-    case VELORN_FAILURE:
+        return "out of memory, no pixels, or a kernel too large for the tiles (" + number + ")";
     case VELORN_SMOOTHER_MEMORY:
-        return "out of memory, or no pixels (" + number + ")";
+        return "out of memory (" + number + ")";
+    case VELORN_FAILURE:
+        return "out of memory, or an unknown failure (" + number + ")";
     default:
         return number;
     }

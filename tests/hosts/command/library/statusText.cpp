@@ -18,7 +18,8 @@ TEST(StatusText, TextFailureGivesTheTextOfTheLibrary) {
 
 TEST(StatusText, OtherStatusesAreNamedOrNumbered) {
     EXPECT_EQ(statusText(VELORN_TILE_GAP), "the kernel is too large for the picture's tiles");
-    EXPECT_EQ(statusText(VELORN_FAILURE), "out of memory, or no pixels (status -1000)");
+    EXPECT_EQ(statusText(VELORN_FAILURE), "out of memory, or an unknown failure (status -1000)");
+    EXPECT_EQ(statusText(VELORN_SMOOTHER_MEMORY), "out of memory (status -880)");
     EXPECT_EQ(statusText(VELORN_GUARD_DAMAGED), "status -897");
 }
 

@@ -90,7 +90,8 @@ TEST(Restoration, RefusalOfTheLibraryIsAFailureWithItsReason) {
         restore(drawnPicture(100, 100), huge, settings(), proceed);
         FAIL() << "no failure";
     } catch (const velorn::Failure& failure) {
-        EXPECT_STREQ(failure.what(), "out of memory, or no pixels (status -898)");
+        EXPECT_STREQ(failure.what(),
+                     "out of memory, no pixels, or a kernel too large for the tiles (status -898)");
     }
 }
 
