@@ -1,5 +1,5 @@
 // Measures how often the orientation of an asymmetric kernel is chosen correctly. Restores blurred
-// pictures with a kernel and with the same kernel turned by 180 degrees, and compares the choice
+// pictures with a kernel and with the same kernel rotated by 180 degrees, and compares the choice
 // with the truth: for the kernel of the blur, and for the kernel estimated from the picture.
 #include "hosts/command/arguments/ArgumentParser.h"
 #include "hosts/command/blind/BlindKernel.h"

@@ -141,7 +141,7 @@ TEST_F(DeblurSharpen, DetailGainAndGammaEachStrengthenTexture) {
     EXPECT_GT(strengthened(0.5f, 0.0f), 2.0);
     EXPECT_LT(strengthened(0.5f, 0.0f), 2.6);
     EXPECT_GT(strengthened(0.0f, 0.5f), 1.2);
-    // A gamma above 0.01 runs the stage for negative gains, too. Near -1 only the base layer
+    // A gamma above 0.01 also runs the stage for negative gains. Near -1 only the base layer
     // remains.
     EXPECT_LT(strengthened(-0.5f, 0.02f), 0.7);
     EXPECT_LT(strengthened(-0.995f, 0.02f), 0.3);

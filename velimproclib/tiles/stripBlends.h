@@ -6,8 +6,8 @@
 #include <cstddef>
 
 /// The blends that join overlapping tiles, a row at a time. `T` is the element type of the image, 8
-/// or 16 bits wide. Plain loops: only overlaps are blended, which are narrow as a rule, and wide
-/// only where the last tile of an axis is pulled back to the end of the image.
+/// or 16 bits wide. Plain loops: only overlaps are blended. They are narrow unless the last tile
+/// of an axis is pulled back to the end of the image.
 namespace vel {
 
 /// Fades a row of a new tile in over its left neighbour's pixels in the strip: `values[x]` becomes

@@ -22,7 +22,7 @@ public:
         label("SUBCOMMANDS", "COMMANDS");
     }
 
-    /// Shows required options, too.
+    /// The default usage line omits required options.
     std::string make_usage(const CLI::App* app, std::string name) const override {
         std::string required;
         for (const CLI::Option* option : app->get_options()) {

@@ -10,7 +10,7 @@ std::string NumberRange::text() const {
 }
 
 void NumberRange::check(const std::string& name, float value, const std::string& unit) const {
-    // Refuses NaN, too.
+    // Written so that NaN fails the test.
     if (!(value >= lowest && value <= highest)) {
         throw UsageFailure(name + " must be from " + numberText(lowest) + " to " +
                            numberText(highest) + unit);

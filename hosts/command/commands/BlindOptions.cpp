@@ -84,9 +84,8 @@ Argument BlindOptions::addTurn(ArgumentParser& parser, const std::string& condit
         .add("--turn", m_turnText,
              "yes, no or auto, default: auto" + condition +
                  "\nWhether to rotate the kernel found by 180 degrees. A picture does not show "
-                 "which "
-                 "of the two orientations an asymmetric blur had. auto restores a part of the "
-                 "picture with both and keeps the better one.")
+                 "which of the two orientations an asymmetric blur had. auto restores a part of "
+                 "the picture with both and keeps the better one.")
         .valueName("WHEN");
 }
 

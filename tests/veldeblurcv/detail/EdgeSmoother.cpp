@@ -337,7 +337,7 @@ TEST(EdgeSmoother, CutsTheRightHandSideAndTheResult) {
     }
 }
 
-TEST(EdgeSmoother, BuildsThePrescribedMatrix) {
+TEST(EdgeSmoother, BuildsIdentityPlusTheWeightedGraphLaplacian) {
     for (const cv::Size size : {cv::Size(1, 1), cv::Size(6, 1), cv::Size(1, 6), cv::Size(17, 9)}) {
         for (const float exponent : {1.2f, 0.9f, -0.5f, 0.0f, 2.0f, 3.9f, -1.7f, -2.0f}) {
             for (const bool logGuide : {true, false}) {

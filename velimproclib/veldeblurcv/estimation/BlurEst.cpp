@@ -23,7 +23,7 @@ constexpr int kIterations = 3;
 constexpr int kStepsPerIteration = 3;
 constexpr int kBilateralDiameter = 5;
 
-/// Fine levels receive the larger shares of the progress, in keeping with their cost.
+/// Finer levels take longer and therefore receive larger shares of the progress.
 std::array<float, CBlurEst::kMostLevels> levelShares(int coarsest) {
     std::array<double, CBlurEst::kMostLevels> weights{};
     for (int level = 0; level <= coarsest; ++level) {

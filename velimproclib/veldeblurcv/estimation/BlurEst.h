@@ -36,7 +36,7 @@ public:
     ///         when memory is exhausted
     int setup(const cv::Mat& image, const cv::Mat& kernel, CProgressSpan& progress);
 
-    /// Estimates the kernel into `m_kPyr[0]`, once: sum 1 and no negative entries, or not-a-number
+    /// Estimates the kernel into `m_kPyr[0]`, once: sum 1 and no negative entries, or NaN
     /// entries when the image has no edge.
     /// @param strength sigma that softens the last edge image of the finest level; 0.1 and below
     ///                 leaves it as it is

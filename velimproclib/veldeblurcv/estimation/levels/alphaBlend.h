@@ -11,7 +11,7 @@ namespace vel {
 /// both are read as float planes. A row ends with the last such element that it holds. The product
 /// with `alpha` is rounded to single precision, the product with `1 - alpha` and the sum are
 /// double; the result is rounded to single (float form) or truncated to a byte (8-bit form: 100 and
-/// 101 blend half and half to 100). An `alpha` that is not a number gives not-a-number, or 0 in the
+/// 101 blend half and half to 100). A NaN `alpha` gives NaN, or 0 in the
 /// 8-bit form.
 ///
 /// The threads of a parallel region share the rows.

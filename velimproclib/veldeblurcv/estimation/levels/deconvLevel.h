@@ -7,7 +7,7 @@ namespace vel {
 class CProgressSpan;
 
 /// Renews the latent image of a level: deconvolves `in` with `kernel`, block by block (side from
-/// tiles/tileSide.h), at a fixed strength. A kernel of not-a-number entries gives black.
+/// tiles/tileSide.h), at a fixed strength. A kernel of NaN entries gives black.
 /// @param in,out CV_8UC1 of one size
 /// @param kernel CV_32FC1
 /// @param progress its next step is split into one part for each block

@@ -11,7 +11,7 @@ class CProgressSpan;
 ///
 /// On the selected pixels the kernel k minimises the sum over six derivative orders d (value, dx,
 /// dy, dxx, dyy, dxy, all of weight 1) of ((D_d sharp) * k - D_d blurred)^2, plus
-/// 255 * lambda * pixels * |k|^2. The model is a correlation: the kernel is not turned by 180
+/// 255 * lambda * pixels * |k|^2. The model is a correlation: the kernel is not rotated by 180
 /// degrees. The patch under the kernel starts at row y - anchor.x and column x - anchor.y. This
 /// exchange makes no difference for square kernels and is part of the model for the others.
 ///

@@ -15,7 +15,7 @@ struct KernelSolveSettings {
 };
 
 /// Estimates the blur kernel between a predicted sharp image and the blurred one, and normalises it
-/// (normaliseEstimate.h). The model is a correlation: the kernel is not turned by 180 degrees.
+/// (normaliseEstimate.h). The model is a correlation: the kernel is not rotated by 180 degrees.
 ///
 /// Without a selected pixel, or when no entry is positive, the kernel is all NaN.
 /// @param edge     predicted sharp image, CV_8UC1
