@@ -107,9 +107,11 @@ float randomPixelFor(const Knots& knots, std::mt19937& random) {
         return std::nextafter(level, -kInfinity);
     case 3:
         return test::randomPixel<float>(random);
-    default:
-        return std::uniform_real_distribution<float>(knots.levels.front() - 0.5f,
-                                                     knots.levels.back() + 0.5f)(random);
+    default: {
+        const auto [lowest, highest] =
+            std::minmax_element(knots.levels.begin(), knots.levels.end());
+        return std::uniform_real_distribution<float>(*lowest - 0.5f, *highest + 0.5f)(random);
+    }
     }
 }
 
