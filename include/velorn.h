@@ -1,0 +1,306 @@
+/* velorn: removes blur from photographs.
+ *
+ * The library restores pictures from a known or unknown blur:
+ *
+ *   velornRestore                       restores a picture, or a region of it
+ *   velornMakeKernel,
+ *   velornKernelFromValues              make a blur kernel
+ *   velornFindKernel                    finds the blur kernel in the picture
+ *   velornNoise                         measures the noise of a picture
+ *
+ * A host that knows the blur needs two calls:
+ *
+ *   VelornKernel* kernel = NULL;
+ *   velornMakeKernel(VELORN_BLUR_DISC, 4.0f, 0.0f, &kernel);
+ *   velornRestore(&picture, &picture, &kernel, 1, NULL, NULL);
+ *   velornFreeKernel(kernel);
+ *
+ * Memory. The host owns all pixels. The library keeps no pointer to them after a call returns.
+ * Kernels belong to the library: free them with velornFreeKernel.
+ *
+ * Failures. Functions return a VelornStatus. After any status but VELORN_STATUS_OK,
+ * velornLastMessage explains the failure, and the target of a restoration is unchanged.
+ *
+ * Threads. There is no global state. Any number of threads may call any functions at once; calls
+ * may share source pictures and kernels. A call works on threads of its own and ends them before it
+ * returns; progress callbacks run on the calling thread. Results do not depend on the number of
+ * threads or on the processor.
+ *
+ * Records. Settings and reports begin with their size. The host writes `size = sizeof record`
+ * before it passes the record to any function. Later versions append fields only; a library that
+ * knows more fields than the host uses their defaults, and a library that knows fewer refuses the
+ * record. */
+#ifndef VELORN_H
+#define VELORN_H
+
+#include <stddef.h>
+#include <stdint.h>
+
+#if defined(_WIN32)
+#if defined(VELORN_BUILD)
+#define VELORN_PUBLIC __declspec(dllexport)
+#else
+#define VELORN_PUBLIC __declspec(dllimport)
+#endif
+#else
+#define VELORN_PUBLIC __attribute__((visibility("default")))
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* ---- Status ---------------------------------------------------------------------------------- */
+
+typedef enum VelornStatus {
+    VELORN_STATUS_OK = 0,
+    /* The progress callback cancelled the call. */
+    VELORN_STATUS_CANCELLED = 1,
+    /* A null pointer, a record of unknown size, or a value outside its range. The message names the
+     * argument and its limits. */
+    VELORN_STATUS_INVALID_ARGUMENT = 2,
+    /* The kernel is larger than VELORN_LARGEST_KERNEL_SIDE, or the picture is smaller than the
+     * kernel. */
+    VELORN_STATUS_KERNEL_TOO_LARGE = 3,
+    /* velornFindKernel: the picture has too few edges to find a kernel. */
+    VELORN_STATUS_NO_KERNEL = 4,
+    VELORN_STATUS_OUT_OF_MEMORY = 5,
+    /* A defect of the library. */
+    VELORN_STATUS_INTERNAL = 6
+} VelornStatus;
+
+/* The reason why the last call on this thread failed; an empty text after a call that succeeded.
+ * English, UTF-8, one line. Valid until the next call on this thread. */
+VELORN_PUBLIC const char* velornLastMessage(void);
+
+/* The version of the library, for example "1.0.0". */
+VELORN_PUBLIC const char* velornVersion(void);
+
+/* ---- Pictures -------------------------------------------------------------------------------- */
+
+typedef enum VelornSamples {
+    VELORN_SAMPLES_U8 = 1,  /* 0..255 */
+    VELORN_SAMPLES_U16 = 2, /* 0..65535, native byte order */
+    VELORN_SAMPLES_F32 = 3  /* 0 is black, 1 is white; values outside are legal */
+} VelornSamples;
+
+/* Pixels in the host's memory: interleaved channels, rows at a constant distance.
+ *
+ * The colour channels are the channels without alpha. One is grey and restored as one plane. Three
+ * are red, green and blue and restored as luminance and chroma. Any other number is restored
+ * channel by channel. Alpha is copied.
+ *
+ * Samples may have any alignment. Floats that are not finite are read as 0. */
+typedef struct VelornPicture {
+    void* data;          /* first sample of the top left pixel; a source is only read */
+    ptrdiff_t rowStride; /* bytes from a row to the row below it; may be negative */
+    int32_t width;       /* pixels, at least 1 */
+    int32_t height;      /* rows, at least 1 */
+    int32_t channels;    /* 1..4, with alpha */
+    int32_t hasAlpha;    /* not 0: the last channel is alpha; needs at least 2 channels */
+    int32_t samples;     /* VelornSamples */
+} VelornPicture;
+
+/* A rectangle of pixels. */
+typedef struct VelornRegion {
+    int32_t x;
+    int32_t y;
+    int32_t width;
+    int32_t height;
+} VelornRegion;
+
+/* Receives the progress of a call: `done` rises from 0 to 1. Called on the calling thread, at least
+ * ten times per second. Return 0 to cancel the call, any other value to continue. */
+typedef int32_t (*VelornProgress)(double done, void* userData);
+
+/* ---- Kernels --------------------------------------------------------------------------------- */
+
+/* A blur kernel: how the light of one point spreads. Its sides are odd, its centre is in the
+ * middle, its values sum to 1. The blurred picture is the convolution of the sharp picture with the
+ * kernel. Kernels never change; any number of threads may use one at once. */
+typedef struct VelornKernel VelornKernel;
+
+enum { VELORN_LARGEST_KERNEL_SIDE = 511 };
+
+typedef enum VelornBlur {
+    VELORN_BLUR_GAUSSIAN = 0, /* extent: standard deviation in pixels */
+    VELORN_BLUR_DISC = 1,     /* a lens out of focus; extent: radius in pixels */
+    VELORN_BLUR_MOTION = 2    /* straight motion; extent: length in pixels */
+} VelornBlur;
+
+/* Makes the kernel of an analytic blur.
+ *
+ * blur     VelornBlur
+ * extent   pixels, above 0; the kernel must not exceed VELORN_LARGEST_KERNEL_SIDE
+ * angle    motion only: degrees, counter-clockwise from the horizontal; finite
+ * kernel   receives the kernel; NULL after a failure */
+VELORN_PUBLIC VelornStatus velornMakeKernel(int32_t blur, float extent, float angle,
+                                            VelornKernel** kernel);
+
+/* Makes a kernel from values, row by row without padding, and scales their sum to 1. Sides are odd.
+ * Values are finite and have a positive sum. */
+VELORN_PUBLIC VelornStatus velornKernelFromValues(const float* values, int32_t width,
+                                                  int32_t height, VelornKernel** kernel);
+
+/* The sides and the values of a kernel; 0 and NULL for a null kernel. The values live as long as
+ * the kernel. */
+VELORN_PUBLIC int32_t velornKernelWidth(const VelornKernel* kernel);
+VELORN_PUBLIC int32_t velornKernelHeight(const VelornKernel* kernel);
+VELORN_PUBLIC const float* velornKernelValues(const VelornKernel* kernel);
+
+/* Frees a kernel; ignores null. */
+VELORN_PUBLIC void velornFreeKernel(VelornKernel* kernel);
+
+/* ---- Restoration ----------------------------------------------------------------------------- */
+
+/* The value of a float setting that the library chooses. */
+#define VELORN_AUTOMATIC (-1.0f)
+
+typedef enum VelornLight {
+    /* Restores in light or in display values, whichever explains the picture better. */
+    VELORN_LIGHT_AUTOMATIC = 0,
+    VELORN_LIGHT_LINEAR = 1, /* undoes the picture's tone curve, restores, applies the curve */
+    VELORN_LIGHT_DISPLAY = 2 /* restores the samples as they are */
+} VelornLight;
+
+typedef enum VelornQuality {
+    VELORN_QUALITY_NORMAL = 0,
+    VELORN_QUALITY_BEST = 1 /* a second pass removes more noise and keeps more texture; slower */
+} VelornQuality;
+
+typedef struct VelornRestoreSettings {
+    uint32_t size; /* sizeof(VelornRestoreSettings) */
+
+    /* Strength of the deconvolution, above 0, or VELORN_AUTOMATIC (default). Higher values follow
+     * the kernel more closely and increase detail and noise. Typical values are 500 to 50000. */
+    float strength;
+    /* The same for chroma: the inverse of the weight of its prior. Above 0, or VELORN_AUTOMATIC. */
+    float chromaStrength;
+    /* Exponent of the gradient prior, 0..1, or VELORN_AUTOMATIC (default). Low values favour few,
+     * sharp edges; high values preserve soft transitions. */
+    float alpha;
+    /* Overshoot limiter, 0..1, or VELORN_AUTOMATIC (default). At 1 no pixel exceeds its
+     * neighbourhood before and after the deconvolution. Below 0.1 the limiter is off. */
+    float limit;
+
+    /* Edge sharpening; runs if slope or gain exceeds 1.01 or slope is above 0. */
+    float edgeRadius; /* pixels, 0.4..10, default 0.85 */
+    float edgeSlope;  /* increases the gain near edges, 0..20, default 0 */
+    float edgeGain;   /* multiplies all detail, 0..20, default 1 */
+    float edgeFloor;  /* keeps the slope away from smooth areas, 0.00001..1, default 0.005 */
+
+    /* Detail enhancement; runs if either exceeds 0.01. */
+    float detailGain;  /* contrast of texture, -1..3, default 0 */
+    float detailGamma; /* above 0 raises faint texture, -1..3, default 0 */
+
+    /* Standard deviation of the luminance noise in levels of 255, at least 0, or VELORN_AUTOMATIC
+     * (default): measured. */
+    float noise;
+
+    int32_t light;          /* VelornLight, default automatic */
+    int32_t quality;        /* VelornQuality, default normal */
+    int32_t continueFrame;  /* estimate what lies beyond the frame; default 1 */
+    int32_t recoverClipped; /* estimate what clipped pixels hide; default 1 */
+
+    /* The part of the source to restore. A width of 0 (default) means all. The result has exactly
+     * the bytes that the restoration of the whole has there. Automatic settings look at the whole
+     * picture, whatever the region. */
+    VelornRegion region;
+
+    /* Largest number of threads; 0 (default): one for each processor that the process may use. */
+    int32_t threads;
+
+    VelornProgress progress; /* may be null */
+    void* userData;          /* passed to `progress` */
+
+    /* The ICC profile of the picture, for its tone curve. Null: sRGB. */
+    const void* profile;
+    size_t profileSize;
+} VelornRestoreSettings;
+
+/* Writes the defaults. `settings->size` must be set.
+ * Fails with VELORN_STATUS_INVALID_ARGUMENT for a null record or an unknown size. */
+VELORN_PUBLIC VelornStatus velornRestoreDefaults(VelornRestoreSettings* settings);
+
+/* What a restoration found and did. */
+typedef struct VelornRestoreReport {
+    uint32_t size;          /* sizeof(VelornRestoreReport), set by the host */
+    float noise;            /* noise of the luminance, in levels of 255 */
+    float strength;         /* as used; 0 without deconvolution */
+    float chromaStrength;   /* as used; 0 without chroma */
+    float alpha;            /* as used */
+    float limit;            /* as used */
+    int32_t light;          /* as used: VELORN_LIGHT_LINEAR or VELORN_LIGHT_DISPLAY */
+    int32_t tiles;          /* tiles restored */
+    double clippedShare;    /* share of the source's pixels treated as clipped, 0..1 */
+    double secondsAnalysis; /* noise, automatic settings */
+    double secondsTiles;    /* restoration */
+    double secondsTotal;
+} VelornRestoreReport;
+
+/* Restores `source` into `target`.
+ *
+ * source       the blurred picture
+ * target       receives the restoration. It has the size of the region (of the source without a
+ *              region) and the channels of the source; its sample type may differ. It may be the
+ *              same memory as the source.
+ * kernels      the blur: one kernel for all colour channels, or one for each
+ * kernelCount  0, 1 or the number of colour channels. With 0 nothing is deconvolved; sharpening and
+ *              detail run.
+ * settings     null: the defaults
+ * report       may be null
+ *
+ * The target is written after all else has succeeded; cancelled and failed calls leave it
+ * unchanged. */
+VELORN_PUBLIC VelornStatus velornRestore(const VelornPicture* source, const VelornPicture* target,
+                                         const VelornKernel* const* kernels, int32_t kernelCount,
+                                         const VelornRestoreSettings* settings,
+                                         VelornRestoreReport* report);
+
+/* ---- Noise ----------------------------------------------------------------------------------- */
+
+typedef struct VelornNoiseReport {
+    uint32_t size;   /* sizeof(VelornNoiseReport), set by the host */
+    float luminance; /* standard deviation in levels of 255; of the mean of two or four channels */
+    float channels[4]; /* the same for each colour channel; 0 for others */
+} VelornNoiseReport;
+
+/* Measures the noise of a picture. */
+VELORN_PUBLIC VelornStatus velornNoise(const VelornPicture* picture, VelornNoiseReport* report);
+
+/* ---- Blind search ---------------------------------------------------------------------------- */
+
+typedef struct VelornFindSettings {
+    uint32_t size;     /* sizeof(VelornFindSettings) */
+    int32_t maxWidth;  /* the kernel has at most these sides, 3..VELORN_LARGEST_KERNEL_SIDE; */
+    int32_t maxHeight; /* 0 (default): as large as the picture shows */
+    int32_t partSide;  /* look at a square of this side, at least 64; 0 (default): chosen */
+    int32_t threads;   /* as in VelornRestoreSettings */
+    VelornProgress progress;
+    void* userData;
+} VelornFindSettings;
+
+/* Writes the defaults. `settings->size` must be set. */
+VELORN_PUBLIC VelornStatus velornFindDefaults(VelornFindSettings* settings);
+
+typedef struct VelornFindReport {
+    uint32_t size;    /* sizeof(VelornFindReport), set by the host */
+    float confidence; /* 0..1; below 0.5 a restoration with the kernel may do harm */
+    float agreement;  /* likeness of the kernel and those of the other candidates, 0..1 */
+    float misfit;     /* mean squared residual of the restoration, in units of the noise variance */
+} VelornFindReport;
+
+/* Finds the kernel of a picture of unknown blur.
+ *
+ * The kernel is centred: a restoration does not move the picture. Fails with
+ * VELORN_STATUS_NO_KERNEL for a picture without edges. `settings` null: the defaults; `report` may
+ * be null. */
+VELORN_PUBLIC VelornStatus velornFindKernel(const VelornPicture* picture,
+                                            const VelornFindSettings* settings,
+                                            VelornKernel** kernel, VelornFindReport* report);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

@@ -1,0 +1,1 @@
+#include "restoration/planes/Plane.h"
