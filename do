@@ -105,6 +105,15 @@ command_mutate() {
     tools/mutation/mutate "$@"
 }
 
+# Compares velorn with the filters of scikit-image and rewrites the tables of docs/quality.md.
+command_quality() {
+    build release velorn makeScene
+    install_packages python3-skimage python3-scipy
+    /usr/bin/python3 tools/quality/measure.py build/release/bin/velorn \
+        build/release/bin/makeScene build/release/quality-peers.json \
+        --update docs/quality.md "$@"
+}
+
 # Blurs a drawn scene, restores it with velorn, and shows the three side by side.
 command_demo() {
     build release velorn makeScene comparePictures compareKernels
@@ -166,6 +175,7 @@ command_help() {
 ./do format     lay out the code with clang-format; --check only reports what would change
 ./do mutate     break the library on purpose, line by line, and list the breaks that no test notices
 ./do bench      build and run the benchmarks; each prints its ratio to a reference of the same run
+./do quality    compare velorn with the filters of scikit-image and rewrite docs/quality.md
 ./do demo       restore blurred sample scenes, with known and with unknown blur: pictures in demo/,
                 PSNR before and after
 
