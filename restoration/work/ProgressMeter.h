@@ -1,0 +1,46 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <mutex>
+
+namespace restoration {
+
+/// How far a call has come. A call consists of phases; a phase takes a share of the call and counts
+/// units of work. Any thread may call any function.
+class ProgressMeter {
+public:
+    /// Ends the current phase and begins one of `units` units. The call has come to `until` (0..1)
+    /// at the end of the new phase.
+    void beginPhase(double until, std::size_t units) {
+        const std::lock_guard lock(m_mutex);
+        m_from = m_until;
+        m_until = std::max(until, m_from);
+        m_units = units;
+        m_doneUnits = 0;
+    }
+
+    void advance(std::size_t units = 1) {
+        const std::lock_guard lock(m_mutex);
+        m_doneUnits = std::min(m_doneUnits + units, m_units);
+    }
+
+    /// 0..1; never falls.
+    double done() const {
+        const std::lock_guard lock(m_mutex);
+        if (m_units == 0) {
+            return m_from;
+        }
+        const double share = static_cast<double>(m_doneUnits) / static_cast<double>(m_units);
+        return m_from + (m_until - m_from) * share;
+    }
+
+private:
+    mutable std::mutex m_mutex;
+    double m_from = 0.0;
+    double m_until = 0.0;
+    std::size_t m_units = 0;
+    std::size_t m_doneUnits = 0;
+};
+
+} // namespace restoration
