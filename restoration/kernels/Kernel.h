@@ -16,9 +16,15 @@ struct Kernel {
     bool isFound = false;
 
     int largerSide() const noexcept { return std::max(width, height); }
+    float* row(int y) noexcept { return values.data() + offset(y); }
+    const float* row(int y) const noexcept { return values.data() + offset(y); }
     float at(int row, int column) const noexcept {
-        return values[static_cast<std::size_t>(row) * static_cast<std::size_t>(width) +
-                      static_cast<std::size_t>(column)];
+        return values[offset(row) + static_cast<std::size_t>(column)];
+    }
+
+private:
+    std::size_t offset(int y) const noexcept {
+        return static_cast<std::size_t>(y) * static_cast<std::size_t>(width);
     }
 };
 

@@ -1,0 +1,15 @@
+#include "restoration/kernels/rotatedBy180.h"
+
+#include <gtest/gtest.h>
+
+namespace restoration {
+namespace {
+
+TEST(RotatedBy180, FirstValueBecomesTheLast) {
+    const Kernel kernel = rotatedBy180({3, 1, {1, 2, 4}, true});
+    EXPECT_EQ(kernel.values, (std::vector<float>{4, 2, 1}));
+    EXPECT_TRUE(kernel.isFound);
+}
+
+} // namespace
+} // namespace restoration
