@@ -21,7 +21,9 @@ public:
         }
         pthread_sigmask(SIG_SETMASK, &blocked, &m_previous);
     }
-    ~BlockedSignals() { pthread_sigmask(SIG_SETMASK, &m_previous, nullptr); }
+    ~BlockedSignals() {
+        pthread_sigmask(SIG_SETMASK, &m_previous, nullptr);
+    }
 #else
     BlockedSignals() noexcept = default;
     ~BlockedSignals() = default;

@@ -12,9 +12,7 @@ struct HostProgress {
     void* userData = nullptr;
 
     /// @return whether the host wants the call to continue
-    bool report(double done) const {
-        return function == nullptr || function(done, userData) != 0;
-    }
+    bool report(double done) const { return function == nullptr || function(done, userData) != 0; }
 };
 
 } // namespace restoration

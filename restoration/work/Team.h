@@ -71,7 +71,7 @@ private:
 
     int m_threads;
     HostProgress m_host;
-    double m_reported = 0.0;                               // only the owner uses it
+    double m_reported = 0.0;                              // only the owner uses it
     std::chrono::steady_clock::time_point m_lastReport{}; // the same
     vel::ControlWord m_word;
     Cancellation m_cancellation;

@@ -32,7 +32,8 @@ TEST(InOrder, AWorkerGoesOnWhileItsResultWaits) {
     Team team(2, {});
     std::size_t taken = 0;
     std::latch others(2);
-    InOrder<int> results(2, [&](std::size_t, int&) { ++taken; }, team.cancellation());
+    InOrder<int> results(
+        2, [&](std::size_t, int&) { ++taken; }, team.cancellation());
     team.forEach(3, [&](std::size_t piece, int) {
         if (piece == 0) {
             others.wait();
@@ -48,7 +49,8 @@ TEST(InOrder, AWorkerGoesOnWhileItsResultWaits) {
 TEST(InOrder, TheFailureOfAPieceWakesTheWorkersThatWaitForIt) {
     Team team(3, {});
     std::latch all(3);
-    InOrder<int> results(0, [](std::size_t, int&) {}, team.cancellation());
+    InOrder<int> results(
+        0, [](std::size_t, int&) {}, team.cancellation());
     EXPECT_THROW(team.forEach(3,
                               [&](std::size_t piece, int) {
                                   all.arrive_and_wait();
