@@ -8,9 +8,9 @@
 namespace restoration {
 
 void throwKernelTooLarge() {
-    throw Failure(VELORN_STATUS_KERNEL_TOO_LARGE,
-                  "a side of the kernel is longer than " +
-                      std::to_string(VELORN_LARGEST_KERNEL_SIDE) + " pixels");
+    throw Failure(VELORN_STATUS_KERNEL_TOO_LARGE, "a side of the kernel is longer than " +
+                                                      std::to_string(VELORN_LARGEST_KERNEL_SIDE) +
+                                                      " pixels");
 }
 
 void checkKernelSides(int width, int height) {

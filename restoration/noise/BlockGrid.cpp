@@ -34,8 +34,8 @@ std::optional<BlockGrid::Place> BlockGrid::corners() const noexcept {
         }
         deviations[place] = medianDeviation(m_bins[place], m_totals[place]);
     }
-    const auto largest = static_cast<int>(std::ranges::max_element(deviations) -
-                                          deviations.begin());
+    const auto largest =
+        static_cast<int>(std::ranges::max_element(deviations) - deviations.begin());
     const double most = deviations[static_cast<std::size_t>(largest)];
     std::ranges::nth_element(deviations, deviations.begin() + kPlaces / 2);
     if (!(most > kLeastRatio * deviations[kPlaces / 2])) {

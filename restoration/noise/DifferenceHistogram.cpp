@@ -32,14 +32,14 @@ void DifferenceHistogram::count(std::span<const float> differences, std::size_t 
 bool DifferenceHistogram::isStepped() const noexcept {
     constexpr std::size_t kQuarterLevel = 16;
     const std::size_t zeros = m_narrow[0];
-    const auto small = std::accumulate(m_narrow.begin() + 1, m_narrow.begin() + kQuarterLevel,
-                                       std::size_t{0});
+    const auto small =
+        std::accumulate(m_narrow.begin() + 1, m_narrow.begin() + kQuarterLevel, std::size_t{0});
     return zeros < m_total && 10 * small < m_total - zeros;
 }
 
 double DifferenceHistogram::deviation(double step) const noexcept {
-    // Narrow bins resolve the noise of fine samples below half a level. Elsewhere they would resolve
-    // the steps of samples that were rounded to 8 bits at some time.
+    // Narrow bins resolve the noise of fine samples below half a level. Elsewhere they would
+    // resolve the steps of samples that were rounded to 8 bits at some time.
     constexpr double kNarrowLimit = 0.4;
     const double wide = medianDeviation(m_wide, m_total) / double{kWideBins};
     if (step >= 0.5 || wide >= kNarrowLimit || isStepped()) {

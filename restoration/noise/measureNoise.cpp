@@ -101,8 +101,8 @@ NoiseLevels measureNoise(const ColourRows& picture) {
     std::vector<float> deviations;
     for (std::size_t i = 0; i < planes.size(); ++i) {
         const double step = double{picture.step};
-        deviations.push_back(static_cast<float>(std::max(
-            counts[i].deviation(kLevels * step), roundingDeviation(planes[i], step))));
+        deviations.push_back(static_cast<float>(
+            std::max(counts[i].deviation(kLevels * step), roundingDeviation(planes[i], step))));
     }
     NoiseLevels levels;
     levels.luminance = deviations.front();

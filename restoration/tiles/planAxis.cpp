@@ -31,8 +31,7 @@ std::vector<AxisTile> planAxis(int length, const AxisRules& rules) {
     }
     const std::int64_t largestStep = rules.window - 2 * rules.margin - rules.overlap;
     const std::int64_t steps = (total - rules.window + largestStep - 1) / largestStep;
-    const std::vector<int> begins =
-        spreadWindows(-rules.beyond, total, rules.window, steps + 1);
+    const std::vector<int> begins = spreadWindows(-rules.beyond, total, rules.window, steps + 1);
 
     std::vector<AxisTile> tiles;
     for (const int begin : begins) {

@@ -40,14 +40,12 @@ TEST_P(AnalyticKernel, HasOddSidesAndSumOne) {
     EXPECT_NEAR(std::accumulate(kernel.values.begin(), kernel.values.end(), 0.0), 1.0, 1e-4);
 }
 
-INSTANTIATE_TEST_SUITE_P(Blurs, AnalyticKernel,
-                         testing::Values(Blur{VELORN_BLUR_GAUSSIAN, 1.5f, 0.0f},
-                                         Blur{VELORN_BLUR_GAUSSIAN, 84.9f, 0.0f},
-                                         Blur{VELORN_BLUR_DISC, 4.0f, 0.0f},
-                                         Blur{VELORN_BLUR_DISC, 255.4f, 0.0f},
-                                         Blur{VELORN_BLUR_MOTION, 15.0f, 30.0f},
-                                         Blur{VELORN_BLUR_MOTION, 15.0f, -1e6f},
-                                         Blur{VELORN_BLUR_MOTION, 715.0f, 45.0f}));
+INSTANTIATE_TEST_SUITE_P(
+    Blurs, AnalyticKernel,
+    testing::Values(Blur{VELORN_BLUR_GAUSSIAN, 1.5f, 0.0f}, Blur{VELORN_BLUR_GAUSSIAN, 84.9f, 0.0f},
+                    Blur{VELORN_BLUR_DISC, 4.0f, 0.0f}, Blur{VELORN_BLUR_DISC, 255.4f, 0.0f},
+                    Blur{VELORN_BLUR_MOTION, 15.0f, 30.0f}, Blur{VELORN_BLUR_MOTION, 15.0f, -1e6f},
+                    Blur{VELORN_BLUR_MOTION, 715.0f, 45.0f}));
 
 VelornStatus statusOf(VelornBlur blur, float extent, float angle) {
     try {

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "restoration/pictures/PictureReader.h"
+#include "restoration/tiles/Tile.h"
+
+namespace restoration {
+
+/// What the planes of a tile hold.
+enum class PlaneLayout {
+    LuminanceChroma, ///< three planes from red, green and blue
+    Channels         ///< a plane for each colour channel
+};
+
+/// How pixels become tiles.
+struct LoadRules {
+    PlaneLayout layout = PlaneLayout::Channels;
+    /// Pixels beyond the picture repeat its border. Unknown: they are a first estimate. Otherwise
+    /// they count as known.
+    bool isBeyondUnknown = true;
+};
+
+/// Loads tiles of a picture. Const functions may run on any number of threads.
+class TileLoader {
+public:
+    /// @param side  columns and rows of the tiles
+    TileLoader(const PictureReader& picture, int side, const LoadRules& rules)
+        : m_picture(picture), m_side(side), m_rules(rules) {}
+
+    const PictureReader& picture() const noexcept { return m_picture; }
+    int side() const noexcept { return m_side; }
+    const LoadRules& rules() const noexcept { return m_rules; }
+
+    /// Loads the window, which holds at least one pixel of the picture and is smaller than the
+    /// tile, and joins its edges in the ring. Reuses the memory of `tile`.
+    /// @throws std::bad_alloc
+    void load(const Rect& window, Tile& tile) const;
+
+private:
+    void allocate(Tile& tile) const;
+    void loadRow(int y, const Rect& inside, Tile& tile) const;
+
+    PictureReader m_picture;
+    int m_side;
+    LoadRules m_rules;
+};
+
+} // namespace restoration
