@@ -1,6 +1,7 @@
 #include "restoration/tiles/TileLoader.h"
 
 #include "restoration/planes/luminanceChroma.h"
+#include "restoration/tiles/joinEdges.h"
 
 #include <algorithm>
 #include <array>
@@ -52,6 +53,7 @@ void TileLoader::load(const Rect& window, Tile& tile) const {
     }
     for (Plane& plane : tile.planes) {
         repeatEndRows(plane, inside.y - window.y, inside.bottom() - window.y, window.height);
+        joinEdges(plane, window.width, window.height);
     }
 
     tile.isIncomplete = m_rules.isBeyondUnknown && inside != window;

@@ -30,8 +30,8 @@ public:
     int side() const noexcept { return m_side; }
     const LoadRules& rules() const noexcept { return m_rules; }
 
-    /// Loads the window, which holds at least one pixel of the picture and is smaller than the
-    /// tile, and joins its edges in the ring. Reuses the memory of `tile`.
+    /// Loads the window, which holds at least one pixel of the picture and fits the tile, and joins
+    /// its edges in the ring. Reuses the memory of `tile`.
     /// @throws std::bad_alloc
     void load(const Rect& window, Tile& tile) const;
 
