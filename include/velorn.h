@@ -19,7 +19,8 @@
  * Kernels belong to the library: free them with velornFreeKernel.
  *
  * Failures. Functions return a VelornStatus. After any status but VELORN_STATUS_OK,
- * velornLastMessage explains the failure, and the target of a restoration is unchanged.
+ * velornLastMessage explains the failure. Targets and reports are unchanged then, and kernel
+ * pointers are null.
  *
  * Threads. There is no global state. Any number of threads may call any functions at once; calls
  * may share source pictures and kernels. A call works on threads of its own and ends them before it
@@ -69,8 +70,9 @@ typedef enum VelornStatus {
     VELORN_STATUS_INTERNAL = 6
 } VelornStatus;
 
-/* The reason why the last call on this thread failed; an empty text after a call that succeeded.
- * English, UTF-8, one line. Valid until the next call on this thread. */
+/* The reason why the last call on this thread that returns a VelornStatus failed; an empty text
+ * after a call that succeeded. One line of English in ASCII. Valid until the next such call on this
+ * thread. */
 VELORN_PUBLIC const char* velornLastMessage(void);
 
 /* The version of the library, for example "1.0.0". */
@@ -93,7 +95,8 @@ typedef enum VelornSamples {
  * Samples may have any alignment. Floats that are not finite are read as 0. */
 typedef struct VelornPicture {
     void* data;          /* first sample of the top left pixel; a source is only read */
-    ptrdiff_t rowStride; /* bytes from a row to the row below it; may be negative */
+    ptrdiff_t rowStride; /* bytes from a row to the row below it, at least those of a row in either
+                          * direction; negative where the rows are stored from bottom to top */
     int32_t width;       /* pixels, at least 1 */
     int32_t height;      /* rows, at least 1 */
     int32_t channels;    /* 1..4, with alpha */
@@ -242,8 +245,8 @@ typedef struct VelornRestoreReport {
  *
  * source       the blurred picture
  * target       receives the restoration. It has the size of the region (of the source without a
- *              region) and the channels of the source; its sample type may differ. It may be the
- *              same memory as the source.
+ *              region) and the channels of the source; its sample type may differ. It may overlap
+ *              the source in any way.
  * kernels      the blur: one kernel for all colour channels, or one for each
  * kernelCount  0, 1 or the number of colour channels. With 0 nothing is deconvolved; sharpening and
  *              detail run.
@@ -265,7 +268,9 @@ typedef struct VelornNoiseReport {
     float channels[4]; /* the same for each colour channel; 0 for others */
 } VelornNoiseReport;
 
-/* Measures the noise of a picture. */
+/* Measures the noise of a picture. Errors of JPEG compression count as noise. Results are at least
+ * the rounding of the samples: 0.29 for a channel of 8 bits. Large pictures are measured in parts,
+ * in less than 0.1 seconds. */
 VELORN_PUBLIC VelornStatus velornNoise(const VelornPicture* picture, VelornNoiseReport* report);
 
 /* ---- Blind search ---------------------------------------------------------------------------- */

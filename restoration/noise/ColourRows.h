@@ -1,5 +1,7 @@
 #pragma once
 
+#include "restoration/pictures/PictureReader.h"
+
 #include <functional>
 
 namespace restoration {
@@ -14,5 +16,8 @@ struct ColourRows {
     /// Writes the `width` samples of a row to `target`, 1.0 = white.
     std::function<void(int row, int channel, float* target)> load;
 };
+
+/// The rows of a picture in the host's memory.
+ColourRows colourRows(const PictureReader& picture);
 
 } // namespace restoration

@@ -1,0 +1,113 @@
+// The functions of velorn.h: they check their arguments and call the library.
+#include "restoration/boundary/VelornKernel.h"
+#include "restoration/boundary/argumentChecks.h"
+#include "restoration/boundary/checkPicture.h"
+#include "restoration/boundary/findSettings.h"
+#include "restoration/boundary/guardedCall.h"
+#include "restoration/boundary/lastMessage.h"
+#include "restoration/boundary/records.h"
+#include "restoration/boundary/restoreKernels.h"
+#include "restoration/boundary/restoreSettings.h"
+#include "restoration/kernels/analyticKernel.h"
+#include "restoration/kernels/checkKernelSides.h"
+#include "restoration/kernels/kernelFromValues.h"
+#include "restoration/noise/measureNoise.h"
+#include "restoration/pictures/PictureReader.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <limits>
+
+using namespace restoration;
+
+namespace {
+
+/// Runs `make` and gives its kernel to the host; null after a failure.
+template <class Make>
+VelornStatus makeKernel(VelornKernel** kernel, const Make& make) noexcept {
+    if (kernel != nullptr) {
+        *kernel = nullptr;
+    }
+    return guardedCall([&] {
+        requirePointer(kernel, "kernel");
+        *kernel = new VelornKernel{make()};
+    });
+}
+
+Kernel kernelOfBlur(std::int32_t blur, float extent, float angle) {
+    constexpr FloatRange kExtents{.excludesLeast = true};
+    constexpr FloatRange kAngles{.least = -std::numeric_limits<float>::infinity()};
+    requireRange(blur, VELORN_BLUR_GAUSSIAN, VELORN_BLUR_MOTION, "blur");
+    requireRange(extent, kExtents, "extent");
+    if (blur == VELORN_BLUR_MOTION) {
+        requireRange(angle, kAngles, "angle");
+    }
+    return analyticKernel(static_cast<VelornBlur>(blur), extent, angle);
+}
+
+Kernel kernelOfValues(const float* values, std::int32_t width, std::int32_t height) {
+    requirePointer(values, "values");
+    checkKernelSides(width, height);
+    return kernelFromValues({values, values + std::ptrdiff_t{width} * height}, width, height);
+}
+
+} // namespace
+
+const char* velornLastMessage(void) {
+    return lastMessage();
+}
+
+const char* velornVersion(void) {
+    return VELORN_VERSION;
+}
+
+VelornStatus velornMakeKernel(int32_t blur, float extent, float angle, VelornKernel** kernel) {
+    return makeKernel(kernel, [=] { return kernelOfBlur(blur, extent, angle); });
+}
+
+VelornStatus velornKernelFromValues(const float* values, int32_t width, int32_t height,
+                                    VelornKernel** kernel) {
+    return makeKernel(kernel, [=] { return kernelOfValues(values, width, height); });
+}
+
+int32_t velornKernelWidth(const VelornKernel* kernel) {
+    return kernel != nullptr ? kernel->kernel.width : 0;
+}
+
+int32_t velornKernelHeight(const VelornKernel* kernel) {
+    return kernel != nullptr ? kernel->kernel.height : 0;
+}
+
+const float* velornKernelValues(const VelornKernel* kernel) {
+    return kernel != nullptr ? kernel->kernel.values.data() : nullptr;
+}
+
+void velornFreeKernel(VelornKernel* kernel) {
+    delete kernel;
+}
+
+VelornStatus velornRestoreDefaults(VelornRestoreSettings* settings) {
+    return guardedCall([=] {
+        requireRecord(settings, "settings");
+        writeRecord(restoreDefaults(), *settings);
+    });
+}
+
+VelornStatus velornFindDefaults(VelornFindSettings* settings) {
+    return guardedCall([=] {
+        requireRecord(settings, "settings");
+        writeRecord(findDefaults(), *settings);
+    });
+}
+
+VelornStatus velornNoise(const VelornPicture* picture, VelornNoiseReport* report) {
+    return guardedCall([=] {
+        checkPicture(picture, "picture");
+        requireRecord(report, "report");
+        const NoiseLevels levels = measureNoise(colourRows(PictureReader(*picture)));
+        VelornNoiseReport measured{};
+        measured.luminance = levels.luminance;
+        std::ranges::copy(levels.channels, measured.channels);
+        writeRecord(measured, *report);
+    });
+}
