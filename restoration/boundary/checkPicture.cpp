@@ -25,7 +25,8 @@ void checkRows(const VelornPicture& picture, const std::string& name) {
                ", but a row has " + std::to_string(rowBytes) + " bytes");
     }
     constexpr std::uint64_t kAddresses = PTRDIFF_MAX;
-    if (rowBytes > kAddresses || (picture.height > 1 && stride > kAddresses / static_cast<std::uint64_t>(picture.height))) {
+    if (rowBytes > kAddresses ||
+        (picture.height > 1 && stride > kAddresses / static_cast<std::uint64_t>(picture.height))) {
         refuse(name + "->rowStride is " + numberText(std::int64_t{picture.rowStride}) +
                ", too large for " + std::to_string(picture.height) + " rows");
     }

@@ -1,5 +1,4 @@
 // The functions of velorn.h: they check their arguments and call the library.
-#include "restoration/boundary/VelornKernel.h"
 #include "restoration/boundary/argumentChecks.h"
 #include "restoration/boundary/checkPicture.h"
 #include "restoration/boundary/findSettings.h"
@@ -8,6 +7,7 @@
 #include "restoration/boundary/records.h"
 #include "restoration/boundary/restoreKernels.h"
 #include "restoration/boundary/restoreSettings.h"
+#include "restoration/boundary/VelornKernel.h"
 #include "restoration/kernels/analyticKernel.h"
 #include "restoration/kernels/checkKernelSides.h"
 #include "restoration/kernels/kernelFromValues.h"

@@ -1,7 +1,7 @@
 #include "restoration/boundary/restoreKernels.h"
 
-#include "restoration/boundary/VelornKernel.h"
 #include "restoration/boundary/argumentChecks.h"
+#include "restoration/boundary/VelornKernel.h"
 #include "restoration/failures/Failure.h"
 #include "restoration/pictures/PictureFormat.h"
 

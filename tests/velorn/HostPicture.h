@@ -57,8 +57,7 @@ public:
 
     std::uint8_t* row(int y) {
         const int stored = m_layout.isUpsideDown ? m_layout.height - 1 - y : y;
-        return m_bytes.data() + m_layout.offset +
-               static_cast<std::ptrdiff_t>(stored) * stride();
+        return m_bytes.data() + m_layout.offset + static_cast<std::ptrdiff_t>(stored) * stride();
     }
 
     /// A sample on the scale of 0..1.

@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 
 /// Expects that `call` fails with this status and this message.
-#define EXPECT_VELORN_FAILURE(call, expectedStatus, expectedMessage)                              \
+#define EXPECT_VELORN_FAILURE(call, expectedStatus, expectedMessage)                               \
     do {                                                                                           \
         EXPECT_EQ(call, expectedStatus);                                                           \
         EXPECT_STREQ(velornLastMessage(), expectedMessage);                                        \

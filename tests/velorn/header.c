@@ -2,7 +2,8 @@
 #include "velorn.h"
 
 #define HOLDS(name, condition) typedef char name[(condition) ? 1 : -1]
-#define AT(record, member, offset) HOLDS(record##_##member, offsetof(Velorn##record, member) == offset)
+#define AT(record, member, offset)                                                                 \
+    HOLDS(record##_##member, offsetof(Velorn##record, member) == offset)
 
 enum { kPointer = sizeof(void*) };
 

@@ -1,5 +1,5 @@
-#include "tests/velorn/HostKernel.h"
 #include "tests/velorn/failure.h"
+#include "tests/velorn/HostKernel.h"
 
 #include <cmath>
 #include <limits>
@@ -49,8 +49,8 @@ TEST(MakeKernel, MotionAtPositiveAnglesRisesToTheRight) {
     const HostKernel kernel = madeKernel(VELORN_BLUR_MOTION, 9.0f, 45.0f);
     const std::vector<float> values = valuesOf(kernel.get());
     const auto width = static_cast<std::size_t>(velornKernelWidth(kernel.get()));
-    EXPECT_GT(values[2 * width - 2], 0.01f);               // right end of the second row
-    EXPECT_LT(values[width + 1], 0.01f);                   // its left end
+    EXPECT_GT(values[2 * width - 2], 0.01f); // right end of the second row
+    EXPECT_LT(values[width + 1], 0.01f);     // its left end
 }
 
 TEST(MakeKernel, UnknownBlursFail) {
@@ -143,7 +143,8 @@ TEST(NullKernel, HasNoSizeAndNoValues) {
 }
 
 TEST(Kernels, AreMadeOnSeveralThreadsAtOnce) {
-    const std::vector<float> expected = valuesOf(madeKernel(VELORN_BLUR_MOTION, 40.0f, 33.0f).get());
+    const std::vector<float> expected =
+        valuesOf(madeKernel(VELORN_BLUR_MOTION, 40.0f, 33.0f).get());
     std::vector<std::vector<float>> made(4);
     std::vector<std::thread> threads;
     for (std::vector<float>& values : made) {

@@ -1,5 +1,5 @@
-#include "tests/velorn/HostKernel.h"
 #include "tests/velorn/failure.h"
+#include "tests/velorn/HostKernel.h"
 
 #include <string>
 #include <thread>

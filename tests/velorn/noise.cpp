@@ -1,5 +1,5 @@
-#include "tests/velorn/HostPicture.h"
 #include "tests/velorn/failure.h"
+#include "tests/velorn/HostPicture.h"
 
 #include <cmath>
 #include <random>

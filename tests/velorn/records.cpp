@@ -57,15 +57,14 @@ TEST(Defaults, NullRecordsFail) {
 }
 
 TEST(Defaults, UnknownSizesFailAndLeaveTheRecordUnchanged) {
-    for (const std::uint32_t size : {0u, 4u, static_cast<std::uint32_t>(sizeof(VelornFindSettings)) - 4,
-                                     static_cast<std::uint32_t>(sizeof(VelornFindSettings)) + 8,
-                                     0xFFFFFFFFu}) {
+    for (const std::uint32_t size :
+         {0u, 4u, static_cast<std::uint32_t>(sizeof(VelornFindSettings)) - 4,
+          static_cast<std::uint32_t>(sizeof(VelornFindSettings)) + 8, 0xFFFFFFFFu}) {
         VelornFindSettings settings{};
         settings.size = size;
         settings.maxWidth = 77;
-        const std::string message = "settings->size is " + std::to_string(size) +
-                                    ", but must be " + std::to_string(sizeof settings) +
-                                    ", the size of the record";
+        const std::string message = "settings->size is " + std::to_string(size) + ", but must be " +
+                                    std::to_string(sizeof settings) + ", the size of the record";
         EXPECT_VELORN_INVALID(velornFindDefaults(&settings), message.c_str());
         EXPECT_EQ(settings.maxWidth, 77);
     }

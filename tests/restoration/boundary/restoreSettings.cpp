@@ -23,8 +23,7 @@ VelornPicture source() {
 
 std::string failure(const VelornRestoreSettings& settings) {
     VelornStatus status = VELORN_STATUS_INVALID_ARGUMENT;
-    const std::string message =
-        failureOf([&] { checkedSettings(&settings, source()); }, &status);
+    const std::string message = failureOf([&] { checkedSettings(&settings, source()); }, &status);
     EXPECT_EQ(status, VELORN_STATUS_INVALID_ARGUMENT);
     return message;
 }
