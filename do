@@ -96,7 +96,7 @@ command_format() {
     --check) options=(--dry-run --Werror) ;;
     *) die "format takes --check or nothing, not: $1" ;;
     esac
-    git ls-files -z '*.cpp' '*.h' '*.c' | xargs -0 "$clang_format" "${options[@]}"
+    git ls-files -z '*.cpp' '*.hpp' '*.h' '*.c' | xargs -0 "$clang_format" "${options[@]}"
 }
 
 # Breaks the library of the last commit, one line at a time; ./do mutate --help has the options.

@@ -97,8 +97,8 @@ typedef struct VelornPicture {
     void* data;          /* first sample of the top left pixel; a source is only read */
     ptrdiff_t rowStride; /* bytes from a row to the row below it, at least those of a row in either
                           * direction; negative where the rows are stored from bottom to top */
-    int32_t width;       /* pixels, at least 1 */
-    int32_t height;      /* rows, at least 1 */
+    int32_t width;       /* pixels, 1..2^30 */
+    int32_t height;      /* rows, 1..2^30 */
     int32_t channels;    /* 1..4, with alpha */
     int32_t hasAlpha;    /* not 0: the last channel is alpha; needs at least 2 channels */
     int32_t samples;     /* VelornSamples */

@@ -4,12 +4,12 @@
 #include "restoration/pictures/PictureFormat.h"
 
 #include <cstdint>
-#include <limits>
 
 namespace restoration {
 namespace {
 
-constexpr std::int64_t kNoLimit = std::numeric_limits<std::int32_t>::max();
+/// Leaves room for the margins of tiles.
+constexpr std::int64_t kLongestSide = std::int64_t{1} << 30;
 
 std::uint64_t magnitude(std::ptrdiff_t stride) {
     const auto bits = static_cast<std::uint64_t>(stride);
@@ -45,8 +45,8 @@ void requireSame(std::int32_t value, std::int32_t expected, const std::string& n
 void checkPicture(const VelornPicture* picture, const std::string& name) {
     requirePointer(picture, name);
     requirePointer(picture->data, name + "->data");
-    requireRange(picture->width, 1, kNoLimit, name + "->width");
-    requireRange(picture->height, 1, kNoLimit, name + "->height");
+    requireRange(picture->width, 1, kLongestSide, name + "->width");
+    requireRange(picture->height, 1, kLongestSide, name + "->height");
     requireRange(picture->channels, 1, 4, name + "->channels");
     if (picture->hasAlpha != 0 && picture->channels < 2) {
         refuse(name + "->channels is 1, but alpha needs a colour channel beside it");

@@ -1,4 +1,4 @@
-# Installs the build at BUILD_DIR into a fresh folder, then builds and runs the outside project
+# Installs the build at BUILD_DIR into a fresh folder, then builds and runs the outside projects
 # against it. FIND_BY is cmake or pkg-config.
 cmake_minimum_required(VERSION 3.25)
 
@@ -10,7 +10,8 @@ function(run)
 endfunction()
 
 run(${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${work}/prefix)
-foreach(file include/velorncore10.h bin/velorn share/man/man1/velorn.1)
+foreach(file include/velorncore10.h include/velorn.h include/velorn.hpp bin/velorn
+        share/man/man1/velorn.1)
     if(NOT EXISTS ${work}/prefix/${file})
         message(FATAL_ERROR "not installed: ${file}")
     endif()
@@ -30,4 +31,13 @@ run(${CMAKE_COMMAND} --build ${work}/build)
 file(GLOB_RECURSE library ${work}/prefix/libvelorncore10.so)
 get_filename_component(folder ${library} DIRECTORY)
 set(ENV{LD_LIBRARY_PATH} ${folder})
-run(${work}/build/outside)
+foreach(host outside outsideVelorn outsideVelornCpp)
+    run(${work}/build/${host})
+endforeach()
+
+# The library's file has its version, and hosts refer to it by the SONAME.
+file(GLOB versions RELATIVE ${folder} ${folder}/libvelorn.so*)
+list(SORT versions)
+if(NOT versions STREQUAL "libvelorn.so;libvelorn.so.1;libvelorn.so.1.0.0")
+    message(FATAL_ERROR "unexpected files of libvelorn: ${versions}")
+endif()

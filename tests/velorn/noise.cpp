@@ -85,9 +85,9 @@ TEST(Noise, WrongPicturesFail) {
         EXPECT_VELORN_INVALID(velornNoise(&view, &report), message);
     };
     expect([](VelornPicture& p) { p.data = nullptr; }, "picture->data is null");
-    expect([](VelornPicture& p) { p.width = 0; }, "picture->width is 0, but must be at least 1");
+    expect([](VelornPicture& p) { p.width = 0; }, "picture->width is 0, but must be 1..1073741824");
     expect([](VelornPicture& p) { p.height = -3; },
-           "picture->height is -3, but must be at least 1");
+           "picture->height is -3, but must be 1..1073741824");
     expect([](VelornPicture& p) { p.channels = 0; }, "picture->channels is 0, but must be 1..4");
     expect([](VelornPicture& p) { p.channels = 5; }, "picture->channels is 5, but must be 1..4");
     expect([](VelornPicture& p) { p.channels = 1, p.hasAlpha = 1; },
