@@ -13,6 +13,7 @@
 #include "restoration/kernels/kernelFromValues.h"
 #include "restoration/noise/measureNoise.h"
 #include "restoration/pictures/PictureReader.h"
+#include "restoration/pipeline/restorePicture.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -90,6 +91,24 @@ VelornStatus velornRestoreDefaults(VelornRestoreSettings* settings) {
     return guardedCall([=] {
         requireRecord(settings, "settings");
         writeRecord(restoreDefaults(), *settings);
+    });
+}
+
+VelornStatus velornRestore(const VelornPicture* source, const VelornPicture* target,
+                           const VelornKernel* const* kernels, int32_t kernelCount,
+                           const VelornRestoreSettings* settings, VelornRestoreReport* report) {
+    return guardedCall([=] {
+        checkPicture(source, "source");
+        const VelornRestoreSettings checked = checkedSettings(settings, *source);
+        checkTarget(target, *source, checked.region.width, checked.region.height);
+        const std::vector<const Kernel*> blurs = checkedKernels(kernels, kernelCount, *source);
+        if (report != nullptr) {
+            requireRecord(report, "report");
+        }
+        const VelornRestoreReport restored = restorePicture(*source, *target, blurs, checked);
+        if (report != nullptr) {
+            writeRecord(restored, *report);
+        }
     });
 }
 

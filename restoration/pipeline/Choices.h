@@ -1,0 +1,17 @@
+#pragma once
+
+#include "restoration/noise/NoiseLevels.h"
+
+namespace restoration {
+
+/// What a restoration uses where the host leaves the choice to the library. Chosen once per
+/// picture, whatever the region.
+struct Choices {
+    NoiseLevels noise;
+    float strength = 0.0f;
+    float chromaStrength = 0.0f;
+    float alpha = 0.0f;
+    float limit = 0.0f;
+};
+
+} // namespace restoration

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "restoration/deconvolution/BlurSpectrum.h"
+#include "restoration/pipeline/Choices.h"
+#include "restoration/tiles/TileLoader.h"
+#include "velorn.h"
+
+#include <span>
+#include <vector>
+
+namespace restoration {
+
+/// Everything that is decided before the first tile. Constant, shared by all threads.
+struct RestorationPlan {
+    /// @throws std::bad_alloc
+    RestorationPlan(const TileLoader& tileLoader, std::span<const Kernel* const> kernels,
+                    const Choices& chosen, const VelornRestoreSettings& hostSettings)
+        : loader(tileLoader), choices(chosen), settings(hostSettings) {
+        for (const Kernel* kernel : kernels) {
+            blurs.emplace_back(*kernel, tileLoader.side());
+        }
+    }
+
+    TileLoader loader;
+    std::vector<BlurSpectrum> blurs; ///< none, one for all planes, or one for each
+    Choices choices;
+    VelornRestoreSettings settings;
+};
+
+} // namespace restoration

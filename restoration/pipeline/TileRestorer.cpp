@@ -1,0 +1,78 @@
+#include "restoration/pipeline/TileRestorer.h"
+
+#include "restoration/deconvolution/deconvolveHyperLaplacian.h"
+#include "restoration/deconvolution/deconvolveQuadratic.h"
+#include "restoration/deconvolution/estimateUnknown.h"
+#include "restoration/planes/luminanceChroma.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace restoration {
+
+TileRestorer::TileRestorer(const RestorationPlan& plan, const Cancellation& cancellation,
+                           ProgressMeter& progress)
+    : m_plan(plan), m_cancellation(cancellation), m_progress(progress),
+      m_scratch(plan.loader.side()) {}
+
+FinishedTile TileRestorer::restore(const PlannedTile& planned, const Rect& region) {
+    m_plan.loader.load(planned.window(), m_tile);
+    m_cancellation.check();
+    if (!m_plan.blurs.empty()) {
+        deconvolve();
+    }
+    FinishedTile finished = cut(planned, intersection(planned.kept(), region));
+    m_progress.advance();
+    return finished;
+}
+
+void TileRestorer::deconvolve() {
+    if (m_restored.isEmpty()) {
+        m_restored = Plane(m_tile.side, m_tile.side);
+    }
+    for (std::size_t i = 0; i < m_tile.planes.size(); ++i) {
+        deconvolvePlane(i);
+    }
+}
+
+/// Replaces plane `i` by its restoration.
+void TileRestorer::deconvolvePlane(std::size_t i) {
+    const BlurSpectrum& blur = m_plan.blurs[m_plan.blurs.size() > 1 ? i : 0];
+    const Choices& choices = m_plan.choices;
+    Plane& plane = m_tile.planes[i];
+    if (m_tile.isIncomplete) {
+        estimateUnknown(plane, m_tile.known, blur, m_scratch, m_cancellation);
+    }
+    if (isChroma(i)) {
+        deconvolveQuadratic(plane, blur, 1.0f / choices.chromaStrength, nullptr, plane, m_scratch,
+                            m_cancellation);
+        return;
+    }
+    deconvolveHyperLaplacian(plane, m_tile.isIncomplete ? &m_tile.known : nullptr, blur,
+                             {choices.strength, choices.alpha}, m_restored, m_scratch,
+                             m_cancellation);
+    std::swap(plane, m_restored);
+}
+
+bool TileRestorer::isChroma(std::size_t i) const noexcept {
+    return i > 0 && m_plan.loader.rules().layout == PlaneLayout::LuminanceChroma;
+}
+
+/// The colours of `part`, from the planes of the tile.
+FinishedTile TileRestorer::cut(const PlannedTile& planned, const Rect& part) const {
+    FinishedTile finished{planned, part, {}};
+    for (const Plane& plane : m_tile.planes) {
+        Plane& colour = finished.colours.emplace_back(part.width, part.height);
+        for (int y = 0; y < part.height; ++y) {
+            const float* row = plane.row(part.y - m_tile.window.y + y) + part.x - m_tile.window.x;
+            std::copy_n(row, part.width, colour.row(y));
+        }
+    }
+    if (m_plan.loader.rules().layout == PlaneLayout::LuminanceChroma) {
+        fromLuminanceChroma(finished.colours[0].values(), finished.colours[1].values(),
+                            finished.colours[2].values());
+    }
+    return finished;
+}
+
+} // namespace restoration

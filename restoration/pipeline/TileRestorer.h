@@ -1,0 +1,39 @@
+#pragma once
+
+#include "restoration/deconvolution/TileScratch.h"
+#include "restoration/pipeline/RestorationPlan.h"
+#include "restoration/tiles/TileMerger.h"
+#include "restoration/work/Cancellation.h"
+#include "restoration/work/ProgressMeter.h"
+
+namespace restoration {
+
+/// Restores tiles from pixels to their parts of the result. One object for each thread: it keeps
+/// its scratch from tile to tile.
+class TileRestorer {
+public:
+    /// Units of progress that a tile takes.
+    static constexpr std::size_t kStages = 4;
+
+    TileRestorer(const RestorationPlan& plan, const Cancellation& cancellation,
+                 ProgressMeter& progress);
+
+    /// The part of the tile that lies in `region`.
+    /// @throws Failure VELORN_STATUS_CANCELLED, std::bad_alloc
+    FinishedTile restore(const PlannedTile& planned, const Rect& region);
+
+private:
+    void deconvolve();
+    void deconvolvePlane(std::size_t i);
+    bool isChroma(std::size_t i) const noexcept;
+    FinishedTile cut(const PlannedTile& planned, const Rect& part) const;
+
+    const RestorationPlan& m_plan;
+    const Cancellation& m_cancellation;
+    ProgressMeter& m_progress;
+    Tile m_tile;
+    TileScratch m_scratch;
+    Plane m_restored;
+};
+
+} // namespace restoration

@@ -1,0 +1,118 @@
+#include "restoration/pipeline/restorePicture.h"
+
+#include "restoration/pictures/PictureBuffer.h"
+#include "restoration/pipeline/chooseSettings.h"
+#include "restoration/pipeline/planGrid.h"
+#include "restoration/pipeline/TileRestorer.h"
+#include "restoration/tiles/TileMerger.h"
+#include "restoration/work/InOrder.h"
+#include "restoration/work/Team.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstddef>
+#include <memory>
+#include <vector>
+
+namespace restoration {
+namespace {
+
+/// Share of the progress that the analysis takes.
+constexpr double kAnalysisShare = 0.1;
+
+class Stopwatch {
+public:
+    double seconds() const {
+        const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - m_start;
+        return passed.count();
+    }
+
+private:
+    std::chrono::steady_clock::time_point m_start = std::chrono::steady_clock::now();
+};
+
+int largestSide(std::span<const Kernel* const> kernels) noexcept {
+    int side = 1;
+    for (const Kernel* kernel : kernels) {
+        side = std::max(side, kernel->largerSide());
+    }
+    return side;
+}
+
+/// Luminance and chroma need one kernel for all colours.
+PlaneLayout layoutFor(const PictureReader& picture, std::size_t kernels) noexcept {
+    return picture.colours() == 3 && kernels < 2 ? PlaneLayout::LuminanceChroma
+                                                 : PlaneLayout::Channels;
+}
+
+Rect rectOf(const VelornRegion& region) noexcept {
+    return {region.x, region.y, region.width, region.height};
+}
+
+/// Restores tiles and merges them into `result`.
+void restoreTiles(const RestorationPlan& plan, const std::vector<PlannedTile>& tiles,
+                  const Rect& region, const VelornPicture& result, Team& team) {
+    TileMerger merger(plan.loader.picture(), PictureWriter(result), region);
+    const std::size_t workers = std::min(tiles.size(), static_cast<std::size_t>(team.threads()));
+    InOrder<FinishedTile> inOrder(
+        workers, [&](std::size_t, FinishedTile& tile) { merger.merge(tile); }, team.cancellation());
+    std::vector<std::unique_ptr<TileRestorer>> restorers(workers);
+    team.progress().beginPhase(1.0, tiles.size() * TileRestorer::kStages);
+    team.forEach(tiles.size(), [&](std::size_t piece, int worker) {
+        std::unique_ptr<TileRestorer>& restorer = restorers[static_cast<std::size_t>(worker)];
+        if (!restorer) {
+            restorer = std::make_unique<TileRestorer>(plan, team.cancellation(), team.progress());
+        }
+        inOrder.put(piece, restorer->restore(tiles[piece], region));
+    });
+    merger.finish();
+}
+
+VelornRestoreReport reportOf(const Choices& choices, bool isDeconvolved, PlaneLayout layout) {
+    VelornRestoreReport report{};
+    report.size = sizeof report;
+    report.noise = choices.noise.luminance;
+    report.light = VELORN_LIGHT_DISPLAY;
+    if (isDeconvolved) {
+        report.strength = choices.strength;
+        report.alpha = choices.alpha;
+        report.limit = choices.limit;
+        report.chromaStrength =
+            layout == PlaneLayout::LuminanceChroma ? choices.chromaStrength : 0.0f;
+    }
+    return report;
+}
+
+} // namespace
+
+VelornRestoreReport restorePicture(const VelornPicture& source, const VelornPicture& target,
+                                   std::span<const Kernel* const> kernels,
+                                   const VelornRestoreSettings& settings) {
+    const Stopwatch total;
+    const PictureReader picture(source);
+    const int kernelSide = largestSide(kernels);
+    const TileGrid grid = planGrid(source.width, source.height, kernelSide);
+    const Rect region = rectOf(settings.region);
+    const std::vector<PlannedTile> tiles = grid.touching(region);
+    const PictureBuffer result(target);
+
+    Team team(settings.threads, {settings.progress, settings.userData});
+    team.progress().beginPhase(kAnalysisShare, 1);
+    const Choices choices = chooseSettings(picture, kernels, settings, team);
+    const PlaneLayout layout = layoutFor(picture, kernels.size());
+    VelornRestoreReport report = reportOf(choices, !kernels.empty(), layout);
+    report.secondsAnalysis = total.seconds();
+
+    const Stopwatch restoring;
+    const TileLoader loader(picture, grid.side(), {layout, settings.continueFrame != 0});
+    const RestorationPlan plan(loader, kernels, choices, settings);
+    restoreTiles(plan, tiles, region, result.picture(), team);
+    team.finish();
+    result.copyTo(target);
+    report.tiles = static_cast<std::int32_t>(tiles.size());
+    report.secondsTiles = restoring.seconds();
+    report.secondsTotal = total.seconds();
+    return report;
+}
+
+} // namespace restoration

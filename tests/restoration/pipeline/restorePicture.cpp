@@ -1,0 +1,262 @@
+#include "restoration/pipeline/restorePicture.h"
+
+#include "restoration/failures/Failure.h"
+#include "restoration/kernels/analyticKernel.h"
+#include "tests/restoration/pipeline/testPictures.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <limits>
+
+namespace restoration {
+namespace {
+
+using Kernels = std::vector<const Kernel*>;
+
+const Kernel& disc() {
+    static const Kernel kernel = analyticKernel(VELORN_BLUR_DISC, 2.5f, 0.0f);
+    return kernel;
+}
+
+VelornRestoreSettings settingsFor(const VelornPicture& source, int threads = 2) {
+    VelornRestoreSettings settings{};
+    settings.size = sizeof settings;
+    settings.strength = VELORN_AUTOMATIC;
+    settings.chromaStrength = VELORN_AUTOMATIC;
+    settings.alpha = VELORN_AUTOMATIC;
+    settings.limit = VELORN_AUTOMATIC;
+    settings.edgeRadius = 0.85f;
+    settings.edgeGain = 1.0f;
+    settings.edgeFloor = 0.005f;
+    settings.noise = VELORN_AUTOMATIC;
+    settings.continueFrame = 1;
+    settings.recoverClipped = 1;
+    settings.region = wholeOf(source);
+    settings.threads = threads;
+    return settings;
+}
+
+/// The result of a restoration into memory of its own.
+std::vector<unsigned char> restored(const VelornPicture& source, const Kernels& kernels,
+                                    const VelornRestoreSettings& settings) {
+    VelornPicture format = source;
+    format.width = settings.region.width;
+    format.height = settings.region.height;
+    const PictureBuffer target(format);
+    restorePicture(source, target.picture(), kernels, settings);
+    return bytesOf(target.picture());
+}
+
+constexpr PictureShape kShapes[] = {{601, 377, 3, false, VELORN_SAMPLES_U8},
+                                    {377, 401, 4, true, VELORN_SAMPLES_U16},
+                                    {555, 333, 2, true, VELORN_SAMPLES_F32},
+                                    {300, 520, 1, false, VELORN_SAMPLES_U8},
+                                    {430, 310, 2, false, VELORN_SAMPLES_U16}};
+
+TEST(RestorePicture, WithoutKernelsAndStagesThePictureReturns) {
+    for (const PictureShape& shape : kShapes) {
+        const auto source = texturedPicture(shape);
+        const VelornPicture& picture = source->picture();
+        if (shape.samples != VELORN_SAMPLES_F32) {
+            EXPECT_EQ(restored(picture, {}, settingsFor(picture)), bytesOf(picture));
+            continue;
+        }
+        const PictureBuffer target(picture);
+        restorePicture(picture, target.picture(), Kernels{}, settingsFor(picture));
+        EXPECT_LT(largestDifference(target.picture(), picture, wholeOf(picture)), 3e-7f);
+    }
+}
+
+/// The picture of a kernel's blur; its frame repeats the picture's border.
+std::unique_ptr<PictureBuffer> blurred(const VelornPicture& picture, const Kernel& kernel) {
+    auto result = std::make_unique<PictureBuffer>(picture);
+    const auto width = static_cast<std::size_t>(picture.width);
+    std::vector<float> row(width);
+    for (int c = 0; c < picture.channels; ++c) {
+        for (int y = 0; y < picture.height; ++y) {
+            std::vector<float> sums(width, 0.0f);
+            for (int ky = 0; ky < kernel.height; ++ky) {
+                const int from = std::clamp(y + kernel.height / 2 - ky, 0, picture.height - 1);
+                PictureReader(picture).readChannel(c, from, 0, picture.width, row.data());
+                for (int kx = 0; kx < kernel.width; ++kx) {
+                    for (int x = 0; x < picture.width; ++x) {
+                        const int at = std::clamp(x + kernel.width / 2 - kx, 0, picture.width - 1);
+                        sums[static_cast<std::size_t>(x)] +=
+                            kernel.at(ky, kx) * row[static_cast<std::size_t>(at)];
+                    }
+                }
+            }
+            PictureWriter(result->picture()).writeChannel(c, y, 0, picture.width, sums.data());
+        }
+    }
+    return result;
+}
+
+TEST(RestorePicture, RestoresABlurredPicture) {
+    for (const int channels : {1, 2, 3, 4}) {
+        const auto sharp = texturedPicture({420, 280, channels, false, VELORN_SAMPLES_F32}, 0.0);
+        const auto soft = blurred(sharp->picture(), disc());
+        const PictureBuffer target(sharp->picture());
+        restorePicture(soft->picture(), target.picture(), Kernels{&disc()},
+                       settingsFor(soft->picture()));
+        const VelornRegion inner{20, 20, 380, 240};
+        const double before = meanSquare(soft->picture(), sharp->picture(), inner);
+        const double after = meanSquare(target.picture(), sharp->picture(), inner);
+        EXPECT_LT(after, 0.1 * before) << channels;
+    }
+}
+
+TEST(RestorePicture, OneKernelForEachChannelRestoresEachWithItsOwn) {
+    const Kernel wide = analyticKernel(VELORN_BLUR_DISC, 4.5f, 0.0f);
+    const auto sharp = texturedPicture({300, 280, 3, false, VELORN_SAMPLES_F32}, 0.0);
+    const auto soft = blurred(sharp->picture(), disc());
+    const auto softer = blurred(sharp->picture(), wide);
+    std::vector<float> row(300);
+    for (int y = 0; y < 280; ++y) {
+        PictureReader(softer->picture()).readChannel(1, y, 0, 300, row.data());
+        PictureWriter(soft->picture()).writeChannel(1, y, 0, 300, row.data());
+    }
+    const PictureBuffer target(sharp->picture());
+    restorePicture(soft->picture(), target.picture(), Kernels{&disc(), &wide, &disc()},
+                   settingsFor(soft->picture()));
+    const VelornRegion inner{20, 20, 260, 240};
+    EXPECT_LT(meanSquare(target.picture(), sharp->picture(), inner),
+              0.1 * meanSquare(soft->picture(), sharp->picture(), inner));
+}
+
+TEST(RestorePicture, ASmoothPictureShowsNoTiles) {
+    const PictureBuffer sharp(formatOf({1300, 700, 3, false, VELORN_SAMPLES_F32}));
+    std::vector<float> row(1300);
+    for (int y = 0; y < 700; ++y) {
+        for (int c = 0; c < 3; ++c) {
+            for (int x = 0; x < 1300; ++x) {
+                row[static_cast<std::size_t>(x)] = static_cast<float>(
+                    0.5 + 0.3 * std::sin(0.01 * x + 0.3 * c) * std::cos(0.013 * y));
+            }
+            PictureWriter(sharp.picture()).writeChannel(c, y, 0, 1300, row.data());
+        }
+    }
+    const auto soft = blurred(sharp.picture(), disc());
+    const PictureBuffer target(sharp.picture());
+    VelornRestoreSettings settings = settingsFor(sharp.picture());
+    settings.noise = 1.0f;
+    restorePicture(soft->picture(), target.picture(), Kernels{&disc()}, settings);
+    EXPECT_LT(largestDifference(target.picture(), sharp.picture(), {20, 20, 1260, 660}),
+              0.25f / 255.0f);
+}
+
+TEST(RestorePicture, ARegionHasTheBytesOfTheWhole) {
+    std::mt19937 random(3);
+    for (const PictureShape& shape : kShapes) {
+        const auto source = texturedPicture(shape);
+        const VelornPicture& picture = source->picture();
+        VelornRestoreSettings settings = settingsFor(picture);
+        const PictureBuffer whole(picture);
+        restorePicture(picture, whole.picture(), Kernels{&disc()}, settings);
+        for (int i = 0; i < 6; ++i) {
+            const auto below = [&](int end) {
+                return std::uniform_int_distribution<int>(0, end - 1)(random);
+            };
+            VelornRegion& region = settings.region;
+            region.x = below(picture.width);
+            region.y = below(picture.height);
+            region.width = 1 + below(picture.width - region.x);
+            region.height = 1 + below(picture.height - region.y);
+            EXPECT_EQ(restored(picture, {&disc()}, settings), bytesOf(whole.picture(), region));
+        }
+    }
+}
+
+TEST(RestorePicture, TheResultDoesNotDependOnTheNumberOfThreads) {
+    const auto source = texturedPicture(kShapes[0]);
+    const VelornPicture& picture = source->picture();
+    const std::vector<unsigned char> one = restored(picture, {&disc()}, settingsFor(picture, 1));
+    for (const int threads : {2, 3, 8}) {
+        EXPECT_EQ(restored(picture, {&disc()}, settingsFor(picture, threads)), one);
+    }
+}
+
+TEST(RestorePicture, SourceAndTargetMayBeTheSameMemory) {
+    for (const PictureShape& shape : kShapes) {
+        const auto source = texturedPicture(shape);
+        const VelornPicture& picture = source->picture();
+        const std::vector<unsigned char> apart = restored(picture, {&disc()}, settingsFor(picture));
+        restorePicture(picture, picture, Kernels{&disc()}, settingsFor(picture));
+        EXPECT_EQ(bytesOf(picture), apart);
+    }
+}
+
+TEST(RestorePicture, ACancelledCallLeavesTheTargetUnchanged) {
+    const auto source = texturedPicture(kShapes[0]);
+    const VelornPicture& picture = source->picture();
+    const std::vector<unsigned char> before = bytesOf(picture);
+    struct Host {
+        int calls = 0;
+        int cancelAt = 0;
+        double last = 0.0;
+    };
+    for (int cancelAt = 1;; ++cancelAt) {
+        Host host{0, cancelAt};
+        VelornRestoreSettings settings = settingsFor(picture);
+        settings.userData = &host;
+        settings.progress = [](double done, void* data) -> std::int32_t {
+            Host& h = *static_cast<Host*>(data);
+            h.last = done;
+            return ++h.calls != h.cancelAt;
+        };
+        try {
+            restorePicture(picture, picture, Kernels{&disc()}, settings);
+            EXPECT_EQ(host.last, 1.0);
+            break;
+        } catch (const Failure& failure) {
+            ASSERT_EQ(failure.status(), VELORN_STATUS_CANCELLED);
+            ASSERT_EQ(host.calls, cancelAt);
+            ASSERT_EQ(bytesOf(picture), before);
+        }
+    }
+}
+
+TEST(RestorePicture, TheTargetMayHaveOtherSamples) {
+    const auto source = texturedPicture(kShapes[1]);
+    const VelornPicture& picture = source->picture();
+    VelornPicture format = picture;
+    format.samples = VELORN_SAMPLES_F32;
+    const PictureBuffer floats(format);
+    restorePicture(picture, floats.picture(), Kernels{&disc()}, settingsFor(picture));
+    const std::vector<unsigned char> words = restored(picture, {&disc()}, settingsFor(picture));
+    const PictureBuffer rounded(picture);
+    for (int y = 0; y < picture.height; ++y) {
+        for (int c = 0; c < picture.channels; ++c) {
+            std::vector<float> row(static_cast<std::size_t>(picture.width));
+            PictureReader(floats.picture()).readChannel(c, y, 0, picture.width, row.data());
+            PictureWriter(rounded.picture()).writeChannel(c, y, 0, picture.width, row.data());
+        }
+    }
+    EXPECT_EQ(bytesOf(rounded.picture()), words);
+}
+
+TEST(RestorePicture, PicturesOfOnePixelOrOneRowAreRestored) {
+    const Kernel point{1, 1, {1.0f}};
+    const Kernel row{5, 1, {0.1f, 0.2f, 0.4f, 0.2f, 0.1f}};
+    for (const int channels : {1, 2, 3, 4}) {
+        const auto pixel = texturedPicture({1, 1, channels});
+        EXPECT_FALSE(restored(pixel->picture(), {&point}, settingsFor(pixel->picture())).empty());
+        const auto line = texturedPicture({300, 1, channels});
+        EXPECT_FALSE(restored(line->picture(), {&row}, settingsFor(line->picture())).empty());
+    }
+}
+
+TEST(RestorePicture, AFlatPictureStaysFlat) {
+    const auto source = texturedPicture({700, 300, 3}, 0.0);
+    const PictureWriter writer(source->picture());
+    const std::vector<float> grey(700, 128.0f / 255.0f);
+    for (int y = 0; y < 300; ++y) {
+        writer.writeRow(y, 0, 700,
+                        std::vector<const float*>{grey.data(), grey.data(), grey.data()});
+    }
+    EXPECT_EQ(restored(source->picture(), {&disc()}, settingsFor(source->picture())),
+              bytesOf(source->picture()));
+}
+
+} // namespace
+} // namespace restoration
