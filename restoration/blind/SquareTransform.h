@@ -1,0 +1,55 @@
+#pragma once
+
+#include "restoration/planes/Plane.h"
+#include "restoration/work/Cancellation.h"
+#include "velimproclib/primitives/base/AlignedFloats.h"
+#include "velimproclib/primitives/fft/RealFft2D.h"
+
+#include <cstddef>
+
+namespace restoration {
+
+/// The transform of square planes whose side is a power of two, on the calling thread.
+///
+/// Half spectra are stored as `vel::RealFft2D` describes. An object has scratch memory of its own
+/// and serves one thread. All functions check the cancellation at least once per 16 rows.
+class SquareTransform {
+public:
+    /// @throws std::bad_alloc
+    SquareTransform(int side, const Cancellation& cancellation);
+
+    int side() const noexcept { return m_fft.height(); }
+    const vel::RealFft2D& fft() const noexcept { return m_fft; }
+    const Cancellation& cancellation() const noexcept { return m_cancellation; }
+
+    /// Transforms the first `rows` rows of `plane`; the others count as zero.
+    /// @param spectrum `fft().spectrumFloats()` floats
+    void forward(const Plane& plane, int rows, float* spectrum);
+    void forward(const Plane& plane, float* spectrum) { forward(plane, side(), spectrum); }
+
+    /// The first half of a forward transform for 16 rows: `rows` points at the first of them.
+    void forwardGroup(const float* rows, int group, float* spectrum);
+
+    /// Calls work(block, float* columns) for every block of the spectrum in turn.
+    template <class Work>
+    void forEachBlock(float* spectrum, const Work& work) const {
+        for (int block = 0; block < m_fft.blockCount(); ++block) {
+            m_cancellation.check();
+            work(block, spectrum + static_cast<std::size_t>(block) * m_fft.blockFloats());
+        }
+    }
+
+    /// The second half of an inverse transform: writes the rows `first` to `last` of `plane`, and
+    /// others of the same groups of 16.
+    void inverseRows(const float* spectrum, int first, int last, Plane& plane);
+
+private:
+    vel::RealFft2D m_fft;
+    const Cancellation& m_cancellation;
+    vel::AlignedFloats m_scratch;
+};
+
+/// The smallest power of two that is at least `length`.
+int powerOfTwoFrom(int length) noexcept;
+
+} // namespace restoration

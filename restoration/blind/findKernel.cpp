@@ -1,0 +1,258 @@
+#include "restoration/blind/findKernel.h"
+
+#include "restoration/blind/edgePart.h"
+#include "restoration/blind/KernelRun.h"
+#include "restoration/blind/KernelScore.h"
+#include "restoration/blind/kernelShape.h"
+#include "restoration/failures/Failure.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstddef>
+#include <optional>
+#include <utility>
+#include <vector>
+
+namespace restoration {
+namespace {
+
+constexpr int kLeastPictureSide = 32;
+/// Side of the transforms of a part that the search chooses.
+constexpr int kChosenSide = 512;
+/// Sides of the first two runs and of the largest one.
+constexpr int kSmallSide = 31;
+constexpr int kMiddleSide = 47;
+constexpr int kLargeSide = 71;
+constexpr double kLeastAgreement = 0.85;
+constexpr double kLargestMisfit = 8.0;
+
+int odd(int side) {
+    return side | 1;
+}
+
+/// The part of `plane` in `part`, with values that transforms can take.
+Plane usablePart(const Plane& plane, const Rect& part) {
+    constexpr float kBlackest = -1.0f;
+    constexpr float kWhitest = 2.0f;
+    Plane copy(part.width, part.height);
+    for (int y = 0; y < part.height; ++y) {
+        const float* source = plane.row(part.y + y) + part.x;
+        std::transform(source, source + part.width, copy.row(y), [=](float value) {
+            return std::isfinite(value) ? std::clamp(value, kBlackest, kWhitest) : 0.0f;
+        });
+    }
+    return copy;
+}
+
+/// The central part of `plane`, at most `side` wide and high.
+Plane centralPart(const Plane& plane, int side) {
+    const int width = std::min(plane.width(), side);
+    const int height = std::min(plane.height(), side);
+    return usablePart(plane,
+                      {(plane.width() - width) / 2, (plane.height() - height) / 2, width, height});
+}
+
+/// The standard deviation of the noise in levels of 255, from the median of the diagonal details;
+/// at least 0.2, which is less than rounding to 8 bits adds.
+double noiseOf(const Plane& plane) {
+    constexpr double kLeast = 0.2;
+    constexpr double kMedianOfNormal = 0.6745;
+    std::vector<float> details;
+    for (int y = 0; y + 1 < plane.height(); y += 2) {
+        const float* upper = plane.row(y);
+        const float* lower = plane.row(y + 1);
+        for (int x = 0; x + 1 < plane.width(); x += 2) {
+            details.push_back(std::abs(upper[x] - lower[x] - upper[x + 1] + lower[x + 1]) / 2.0f);
+        }
+    }
+    const auto middle = details.begin() + static_cast<std::ptrdiff_t>(details.size() / 2);
+    std::nth_element(details.begin(), middle, details.end());
+    return std::max(255.0 * static_cast<double>(*middle) / kMedianOfNormal, kLeast);
+}
+
+/// A kernel that a run has found.
+struct Candidate {
+    SquareKernel kernel;
+    KernelScore score;
+    int extent = 0;
+
+    bool reachesRim() const { return extent >= kernel.side; }
+};
+
+struct RunPlan {
+    int side = 0;
+    RunSettings settings;
+};
+
+class Search {
+public:
+    Search(const Plane& luminance, const FindSettings& settings, Team& team)
+        : m_team(team), m_bounds(boundsFor(luminance, settings)),
+          m_isChosen(settings.partSide == 0),
+          m_part(partOf(luminance, m_isChosen ? kChosenSide : settings.partSide, team)),
+          m_scorer(croppedFor(std::min(m_bounds.side(), kLargeSide)),
+                   std::min(m_bounds.side(), kLargeSide) / 2, team.cancellation()) {}
+
+    FoundKernel find() {
+        const int side = m_bounds.side();
+        const std::array<RunPlan, 2> plans{
+            {{std::min(kSmallSide, side), kPlainRun}, {std::min(kMiddleSide, side), kStrongRun}}};
+        runAll(plans, 0.65);
+        if (m_candidates.empty()) {
+            throw Failure(VELORN_STATUS_NO_KERNEL,
+                          "the picture has too few edges to find a kernel");
+        }
+        runAll(std::array{thirdPlan()}, 1.0);
+        return result(best());
+    }
+
+private:
+    static KernelBounds boundsFor(const Plane& luminance, const FindSettings& settings) {
+        const int shorter = std::min(luminance.width(), luminance.height());
+        if (shorter < kLeastPictureSide) {
+            throw Failure(VELORN_STATUS_NO_KERNEL, "the picture is too small to find a kernel");
+        }
+        const auto bound = [&](int wanted) {
+            const int possible = odd(shorter / 5);
+            return wanted == 0 ? possible
+                               : std::min(odd(std::max(wanted - 1, 3)), odd(shorter / 3));
+        };
+        return {bound(settings.maxWidth), bound(settings.maxHeight)};
+    }
+
+    static Plane partOf(const Plane& luminance, int side, Team& team) {
+        team.progress().beginPhase(0.03, 0);
+        return usablePart(luminance, edgePart(luminance, std::min(side, luminance.width()),
+                                              std::min(side, luminance.height()), team));
+    }
+
+    /// The part for kernels of `side`: where the search chooses, no larger than its transforms
+    /// allow.
+    Plane croppedFor(int side) const {
+        const int longer = std::max(m_part.width(), m_part.height());
+        return centralPart(m_part, m_isChosen ? kChosenSide - 2 * (side / 2) - 2 : longer);
+    }
+
+    KernelBounds boundsOf(const RunPlan& plan) const {
+        return {std::min(plan.side, m_bounds.width), std::min(plan.side, m_bounds.height)};
+    }
+
+    /// Runs the plans side by side and keeps the kernels found. The call has come to `until` then.
+    template <std::size_t kCount>
+    void runAll(const std::array<RunPlan, kCount>& plans, double until) {
+        std::size_t units = 0;
+        for (const RunPlan& plan : plans) {
+            const Plane picture = croppedFor(plan.side);
+            units += runUnits(picture.width(), picture.height(), boundsOf(plan), plan.settings) +
+                     scoreUnits();
+        }
+        m_team.progress().beginPhase(until, units);
+        std::array<std::optional<Candidate>, kCount> found;
+        m_team.forEach(kCount, [&](std::size_t piece, int) { found[piece] = run(plans[piece]); });
+        for (std::optional<Candidate>& candidate : found) {
+            if (candidate) {
+                m_candidates.push_back(std::move(*candidate));
+            }
+        }
+    }
+
+    std::optional<Candidate> run(const RunPlan& plan) const {
+        auto kernel = runSearch(croppedFor(plan.side), boundsOf(plan), plan.settings,
+                                m_team.progress(), m_team.cancellation());
+        if (!kernel) {
+            return std::nullopt;
+        }
+        const KernelScore score = m_scorer.of(*kernel, m_team.cancellation());
+        m_team.progress().advance(scoreUnits());
+        return Candidate{*kernel, score, extentOf(*kernel)};
+    }
+
+    std::size_t scoreUnits() const {
+        const auto side = static_cast<std::size_t>(m_scorer.side());
+        return 3 * side * side / 2;
+    }
+
+    /// A run at the size that the first runs have found, or a larger one where they found no end.
+    RunPlan thirdPlan() const {
+        const int side = m_bounds.side();
+        const int extent = best().extent;
+        if (extent > 0.75 * std::min(kMiddleSide, side) && side > kMiddleSide) {
+            return {std::min(kLargeSide, side), kPlainRun};
+        }
+        const int fitting = std::max(odd(static_cast<int>(1.4 * extent + 3.0)), 7);
+        return {std::min(fitting, side), kStrongestRun};
+    }
+
+    /// The candidate with the best score. One whose kernel reaches the rim of its square lacks what
+    /// lies outside, and is the best only if all do.
+    const Candidate& best() const {
+        return *std::ranges::min_element(m_candidates, {}, [](const Candidate& candidate) {
+            return std::pair(candidate.reachesRim(), candidate.score.value);
+        });
+    }
+
+    FoundKernel result(const Candidate& chosen) const {
+        double agreement = 0.0;
+        for (const Candidate& other : m_candidates) {
+            if (&other != &chosen) {
+                agreement = std::max(agreement, likeness(chosen.kernel, other.kernel));
+            }
+        }
+        const double noise = noiseOf(m_part);
+        const double misfit = chosen.score.residual / (noise * noise);
+        return {cutToContent(chosen.kernel, m_bounds),
+                static_cast<float>(confidence(agreement, misfit)), static_cast<float>(agreement),
+                static_cast<float>(misfit)};
+    }
+
+    static double confidence(double agreement, double misfit) {
+        const double fromAgreement =
+            agreement < kLeastAgreement
+                ? 0.5 * agreement / kLeastAgreement
+                : 0.5 + 0.5 * (agreement - kLeastAgreement) / (1.0 - kLeastAgreement);
+        const double fromMisfit = misfit > kLargestMisfit ? 0.5 * kLargestMisfit / misfit
+                                                          : 1.0 - 0.5 * misfit / kLargestMisfit;
+        return std::clamp(std::min(fromAgreement, fromMisfit), 0.0, 1.0);
+    }
+
+    /// The centred rectangle that holds all weights, and a pixel more on each side if the bounds
+    /// allow.
+    static Kernel cutToContent(const SquareKernel& square, const KernelBounds& bounds) {
+        const int radius = square.radius();
+        int columns = 0;
+        int rows = 0;
+        for (int y = -radius; y <= radius; ++y) {
+            for (int x = -radius; x <= radius; ++x) {
+                if (square.at(y + radius, x + radius) > 0.0) {
+                    columns = std::max(columns, std::abs(x));
+                    rows = std::max(rows, std::abs(y));
+                }
+            }
+        }
+        columns = std::min({columns + 1, bounds.width / 2, radius});
+        rows = std::min({rows + 1, bounds.height / 2, radius});
+        Kernel kernel{2 * columns + 1, 2 * rows + 1, {}, true};
+        for (int y = -rows; y <= rows; ++y) {
+            for (int x = -columns; x <= columns; ++x) {
+                kernel.values.push_back(static_cast<float>(square.at(y + radius, x + radius)));
+            }
+        }
+        return kernel;
+    }
+
+    Team& m_team;
+    KernelBounds m_bounds;
+    bool m_isChosen;
+    Plane m_part;
+    KernelScorer m_scorer;
+    std::vector<Candidate> m_candidates;
+};
+
+} // namespace
+
+FoundKernel findKernel(const Plane& luminance, const FindSettings& settings, Team& team) {
+    return Search(luminance, settings, team).find();
+}
+
+} // namespace restoration

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "restoration/kernels/Kernel.h"
+#include "restoration/planes/Plane.h"
+#include "restoration/work/Team.h"
+
+namespace restoration {
+
+/// What a search may look for and where.
+struct FindSettings {
+    int maxWidth = 0;  ///< sides that the kernel may have, 3..511; 0: as the picture allows
+    int maxHeight = 0; ///< the same
+    int partSide = 0;  ///< the side of the square to look at, at least 64; 0: chosen
+};
+
+/// A kernel found in a picture.
+struct FoundKernel {
+    Kernel kernel;
+    /// 0..1; below 0.5 where agreement is below 0.85 or misfit above 8. The bounds separate useful
+    /// from harmful kernels; the values in between are not probabilities.
+    float confidence = 0.0f;
+    /// The likeness of the kernel and the most similar one of the other candidates, 0..1.
+    float agreement = 0.0f;
+    /// Mean squared residual of a restoration with the kernel, in units of the noise variance.
+    float misfit = 0.0f;
+};
+
+/// Finds the blur kernel of a picture.
+///
+/// Three runs (KernelRun.h) of different strength and size estimate a kernel each; the kernel with
+/// the best score (KernelScore.h) is the result, and its likeness with the others tells how far it
+/// can be trusted. Runs look at the part of the picture with the most edges (edgePart.h), about 500
+/// by 500 pixels. The kernel is centred, has sum 1, no negative weights, and odd sides that are at
+/// most the largest ones; without largest sides it has at most 71 columns and rows, and a fifth of
+/// the picture's shorter side.
+///
+/// The runs are pieces of `team`. The result does not depend on the number of threads or on the
+/// processor. Memory: about 30 MB beyond the picture's, whatever its size, unless `partSide` is
+/// larger than 512.
+/// @param luminance 1.0 = white; values that are not finite count as 0
+/// @throws Failure VELORN_STATUS_NO_KERNEL for pictures without edges and pictures with less than
+///         32 columns or rows; VELORN_STATUS_CANCELLED; std::bad_alloc
+FoundKernel findKernel(const Plane& luminance, const FindSettings& settings, Team& team);
+
+} // namespace restoration

@@ -1,0 +1,183 @@
+#include "restoration/blind/findKernel.h"
+
+#include "drawnPictures.h"
+#include "restoration/blind/kernelShape.h"
+#include "restoration/failures/Failure.h"
+
+#include <cmath>
+#include <gtest/gtest.h>
+#include <limits>
+#include <numeric>
+
+namespace restoration {
+namespace {
+
+FoundKernel found(const Plane& picture, const FindSettings& settings = {}, int threads = 2) {
+    Team team(threads, {});
+    return findKernel(picture, settings, team);
+}
+
+SquareKernel squareOf(const Kernel& kernel) {
+    SquareKernel square(kernel.largerSide());
+    const int down = (square.side - kernel.height) / 2;
+    const int right = (square.side - kernel.width) / 2;
+    for (int y = 0; y < kernel.height; ++y) {
+        for (int x = 0; x < kernel.width; ++x) {
+            square.at(y + down, x + right) = static_cast<double>(kernel.at(y, x));
+        }
+    }
+    return square;
+}
+
+SquareKernel turned(SquareKernel kernel) {
+    std::ranges::reverse(kernel.values);
+    return kernel;
+}
+
+Plane pictureWith(const WholeKernel& blur, std::uint32_t seed) {
+    return blurredPicture(DrawnScene(320, 280, seed), blur, 1, seed + 1);
+}
+
+VelornStatus statusFor(const Plane& picture) {
+    try {
+        found(picture);
+        return VELORN_STATUS_OK;
+    } catch (const Failure& failure) {
+        return failure.status();
+    }
+}
+
+TEST(FindKernel, FindsADisc) {
+    const FoundKernel result = found(pictureWith(discOfRadius3(), 11));
+    EXPECT_GT(likeness(squareOf(result.kernel), discOfRadius3().scaled()), 0.95);
+    EXPECT_GE(result.confidence, 0.5f);
+}
+
+TEST(FindKernel, FindsALine) {
+    const FoundKernel result = found(pictureWith(line11(), 12));
+    EXPECT_GT(likeness(squareOf(result.kernel), line11().scaled()), 0.9);
+    EXPECT_GE(result.confidence, 0.5f);
+}
+
+TEST(FindKernel, FindsAHookInItsOrientation) {
+    const SquareKernel kernel = squareOf(found(pictureWith(hook(), 13)).kernel);
+    EXPECT_GT(likeness(kernel, hook().scaled()), 0.9);
+    EXPECT_LT(likeness(turned(kernel), hook().scaled()), 0.8);
+}
+
+TEST(FindKernel, KernelIsCentredHasUnitSumAndNoNegativeWeights) {
+    const Kernel kernel = found(pictureWith(hook(), 14)).kernel;
+    EXPECT_TRUE(kernel.isFound);
+    EXPECT_EQ(kernel.width % 2, 1);
+    EXPECT_EQ(kernel.height % 2, 1);
+    double sum = 0.0;
+    double right = 0.0;
+    double down = 0.0;
+    for (int y = 0; y < kernel.height; ++y) {
+        for (int x = 0; x < kernel.width; ++x) {
+            const auto weight = static_cast<double>(kernel.at(y, x));
+            EXPECT_GE(weight, 0.0);
+            sum += weight;
+            right += weight * (x - kernel.width / 2);
+            down += weight * (y - kernel.height / 2);
+        }
+    }
+    EXPECT_NEAR(sum, 1.0, 1e-5);
+    EXPECT_NEAR(right, 0.0, 0.6);
+    EXPECT_NEAR(down, 0.0, 0.6);
+}
+
+TEST(FindKernel, IsTheSameForEveryNumberOfThreads) {
+    const Plane picture = pictureWith(line11(), 15);
+    const FoundKernel one = found(picture, {}, 1);
+    for (const int threads : {2, 3}) {
+        const FoundKernel other = found(picture, {}, threads);
+        EXPECT_EQ(other.kernel.values, one.kernel.values);
+        EXPECT_EQ(other.agreement, one.agreement);
+        EXPECT_EQ(other.misfit, one.misfit);
+        EXPECT_EQ(other.confidence, one.confidence);
+    }
+}
+
+TEST(FindKernel, KernelIsAtMostAsLargeAsAllowed) {
+    const Plane picture = pictureWith(line11(), 16);
+    const Kernel kernel = found(picture, {10, 3, 0}).kernel;
+    EXPECT_LE(kernel.width, 9);
+    EXPECT_EQ(kernel.height, 3);
+}
+
+TEST(FindKernel, LooksAtThePartWithEdges) {
+    constexpr int kSide = 1200;
+    Plane picture(kSide, kSide);
+    std::ranges::fill(picture.values(), 0.5f);
+    const Plane part = pictureWith(discOfRadius3(), 17);
+    for (int y = 0; y < part.height(); ++y) {
+        std::copy_n(part.row(y), part.width(), picture.row(y + 850) + 820);
+    }
+    const Kernel kernel = found(picture).kernel;
+    EXPECT_GT(likeness(squareOf(kernel), discOfRadius3().scaled()), 0.9);
+}
+
+TEST(FindKernel, RefusesPicturesWithoutEdges) {
+    Plane grey(300, 200);
+    std::ranges::fill(grey.values(), 0.3f);
+    EXPECT_EQ(statusFor(grey), VELORN_STATUS_NO_KERNEL);
+    EXPECT_EQ(statusFor(Plane(1, 1)), VELORN_STATUS_NO_KERNEL);
+    EXPECT_EQ(statusFor(Plane(500, 31)), VELORN_STATUS_NO_KERNEL);
+}
+
+TEST(FindKernel, SurvivesValuesThatAreNotFinite) {
+    Plane picture = pictureWith(line11(), 18);
+    for (int i = 0; i < 40; ++i) {
+        picture.row(5 * i)[7 * i] = std::numeric_limits<float>::quiet_NaN();
+        picture.row(5 * i)[7 * i + 1] = std::numeric_limits<float>::infinity();
+        picture.row(5 * i)[7 * i + 2] = -1e38f;
+    }
+    const FoundKernel result = found(picture);
+    for (const float weight : result.kernel.values) {
+        EXPECT_TRUE(std::isfinite(weight));
+    }
+    EXPECT_TRUE(std::isfinite(result.confidence));
+    EXPECT_TRUE(std::isfinite(result.misfit));
+
+    std::ranges::fill(picture.values(), std::numeric_limits<float>::quiet_NaN());
+    EXPECT_EQ(statusFor(picture), VELORN_STATUS_NO_KERNEL);
+}
+
+TEST(FindKernel, ServesThinPictures) {
+    const Plane picture = blurredPicture(DrawnScene(700, 54, 19), line11(), 1, 1);
+    const FoundKernel result = found(picture);
+    EXPECT_LE(result.kernel.largerSide(), 9);
+}
+
+TEST(FindKernel, ReportsRisingProgressAndEndsWhenCancelled) {
+    struct Calls {
+        double last = 0.0;
+        bool hasFallen = false;
+        double cancelFrom = 2.0;
+    } calls;
+    const auto report = [](double done, void* data) -> std::int32_t {
+        auto& seen = *static_cast<Calls*>(data);
+        seen.hasFallen = seen.hasFallen || done < seen.last;
+        seen.last = done;
+        return done < seen.cancelFrom;
+    };
+    const Plane picture = pictureWith(line11(), 20);
+    {
+        Team team(2, {report, &calls});
+        findKernel(picture, {}, team);
+        EXPECT_EQ(team.progress().done(), 1.0);
+    }
+    EXPECT_FALSE(calls.hasFallen);
+    calls.cancelFrom = 0.0;
+    Team team(2, {report, &calls});
+    try {
+        findKernel(picture, {}, team);
+        ADD_FAILURE() << "not cancelled";
+    } catch (const Failure& failure) {
+        EXPECT_EQ(failure.status(), VELORN_STATUS_CANCELLED);
+    }
+}
+
+} // namespace
+} // namespace restoration
