@@ -18,7 +18,9 @@ TileRestorer::TileRestorer(const RestorationPlan& plan, const Cancellation& canc
 FinishedTile TileRestorer::restore(const PlannedTile& planned, const Rect& region) {
     m_plan.loader.load(planned.window(), m_tile);
     m_cancellation.check();
-    if (!m_plan.blurs.empty()) {
+    if (m_plan.blurs.empty()) {
+        m_progress.advance(m_tile.planes.size());
+    } else {
         deconvolve();
     }
     FinishedTile finished = cut(planned, intersection(planned.kept(), region));
@@ -32,6 +34,7 @@ void TileRestorer::deconvolve() {
     }
     for (std::size_t i = 0; i < m_tile.planes.size(); ++i) {
         deconvolvePlane(i);
+        m_progress.advance();
     }
 }
 

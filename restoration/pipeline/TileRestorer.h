@@ -12,8 +12,10 @@ namespace restoration {
 /// its scratch from tile to tile.
 class TileRestorer {
 public:
-    /// Units of progress that a tile takes.
-    static constexpr std::size_t kStages = 4;
+    /// Units of progress that a tile takes: one for each plane and one for the rest.
+    static std::size_t unitsOfTile(const RestorationPlan& plan) noexcept {
+        return static_cast<std::size_t>(plan.loader.picture().colours()) + 1;
+    }
 
     TileRestorer(const RestorationPlan& plan, const Cancellation& cancellation,
                  ProgressMeter& progress);

@@ -11,6 +11,13 @@ namespace {
 
 constexpr int kOverlap = 24;
 
+/// Pixels of a window beyond the frame: as far as the kernel carries light in, and as far as the
+/// stages after the deconvolution look.
+int beyondFrame(int kernelSide) noexcept {
+    constexpr int kReachOfStages = 16;
+    return std::max(kernelSide, kReachOfStages);
+}
+
 /// What a window inside a picture must keep for tiles to pay.
 constexpr int kLeastUseful = 3 * kOverlap;
 
@@ -26,16 +33,16 @@ TileGrid planGrid(int width, int height, int kernelSide) {
         throw Failure(VELORN_STATUS_INVALID_ARGUMENT,
                       "the source has more than 2^30 columns or rows");
     }
-    // Beyond the frame a window shows one kernel.
-    const int wholeWidth = width + 2 * kernelSide;
-    const int wholeHeight = height + 2 * kernelSide;
+    const int beyond = beyondFrame(kernelSide);
+    const int wholeWidth = width + 2 * beyond;
+    const int wholeHeight = height + 2 * beyond;
     int side = tileSideFor(kernelSide, wholeWidth, wholeHeight);
     const bool isOneTile = std::max(wholeWidth, wholeHeight) <= windowOf(side, kernelSide);
     while (!isOneTile && usefulSide(side, kernelSide) < kLeastUseful) {
         side *= 2;
     }
     return TileGrid(width, height, side,
-                    {windowOf(side, kernelSide), tileMargin(kernelSide), kernelSide, kOverlap});
+                    {windowOf(side, kernelSide), tileMargin(kernelSide), beyond, kOverlap});
 }
 
 PatchPlan planPatches(int kernelSide, int side, int largestCount) {

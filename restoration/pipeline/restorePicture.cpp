@@ -57,7 +57,7 @@ void restoreTiles(const RestorationPlan& plan, const std::vector<PlannedTile>& t
     InOrder<FinishedTile> inOrder(
         workers, [&](std::size_t, FinishedTile& tile) { merger.merge(tile); }, team.cancellation());
     std::vector<std::unique_ptr<TileRestorer>> restorers(workers);
-    team.progress().beginPhase(1.0, tiles.size() * TileRestorer::kStages);
+    team.progress().beginPhase(1.0, tiles.size() * TileRestorer::unitsOfTile(plan));
     team.forEach(tiles.size(), [&](std::size_t piece, int worker) {
         std::unique_ptr<TileRestorer>& restorer = restorers[static_cast<std::size_t>(worker)];
         if (!restorer) {

@@ -1,6 +1,6 @@
+#include "tests/velorn/failure.h"
 #include "tests/velorn/HostKernel.h"
 #include "tests/velorn/HostPicture.h"
-#include "tests/velorn/failure.h"
 
 namespace velorntest {
 namespace {
