@@ -18,10 +18,10 @@ TEST(PlanGrid, EveryKernelAndPictureHasTilesThatFit) {
                     ASSERT_LE(tile.window().width, grid.side() - tileRing(kernel));
                     ASSERT_LE(tile.window().height, grid.side() - tileRing(kernel));
                     ASSERT_FALSE(tile.kept().isEmpty());
-                    columns += tile.rows.keptBegin == 0 ? tile.columns.keptEnd -
-                                                              tile.columns.keptBegin -
-                                                              tile.columns.fadeAfter
-                                                        : 0;
+                    columns +=
+                        tile.rows.keptBegin == 0
+                            ? tile.columns.keptEnd - tile.columns.keptBegin - tile.columns.fadeAfter
+                            : 0;
                 }
                 ASSERT_EQ(columns, width);
             }
