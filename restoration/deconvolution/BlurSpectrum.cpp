@@ -49,8 +49,8 @@ std::vector<float> differencePower(int side) {
 } // namespace
 
 BlurSpectrum::BlurSpectrum(const Kernel& kernel, int side)
-    : m_fft(orderOf(side), orderOf(side)), m_differencePower(differencePower(side)),
-      m_realSlots(vel::realSlots(m_fft)) {
+    : m_kernelSide(kernel.largerSide()), m_fft(orderOf(side), orderOf(side)),
+      m_differencePower(differencePower(side)), m_realSlots(vel::realSlots(m_fft)) {
     transform(kernel);
     m_quotient.setKernel(m_fft, m_spectrum.data());
     storePowers();

@@ -25,6 +25,8 @@ public:
     BlurSpectrum(const Kernel& kernel, int side);
 
     int side() const noexcept { return m_fft.width(); }
+    /// The larger side of the kernel.
+    int kernelSide() const noexcept { return m_kernelSide; }
     const vel::RealFft2D& fft() const noexcept { return m_fft; }
     /// The half spectrum K.
     const float* spectrum() const noexcept { return m_spectrum.data(); }
@@ -53,6 +55,7 @@ private:
     template <class Rows>
     void forEachRowRange(int block, const Rows& rows) const noexcept;
 
+    int m_kernelSide;
     vel::RealFft2D m_fft;
     vel::AlignedFloats m_spectrum;
     vel::SpectralQuotient m_quotient;
