@@ -3,6 +3,7 @@
 #include "restoration/deconvolution/deconvolveHyperLaplacian.h"
 #include "restoration/deconvolution/deconvolveQuadratic.h"
 #include "restoration/deconvolution/estimateUnknown.h"
+#include "restoration/deconvolution/taperEdges.h"
 #include "restoration/planes/luminanceChroma.h"
 
 #include <algorithm>
@@ -45,6 +46,9 @@ void TileRestorer::deconvolvePlane(std::size_t i) {
     Plane& plane = m_tile.planes[i];
     if (m_tile.isIncomplete) {
         estimateUnknown(plane, m_tile.known, blur, m_scratch, m_cancellation);
+    } else {
+        taperEdges(plane, m_tile.window.width, m_tile.window.height, blur, m_scratch,
+                   m_cancellation);
     }
     if (isChroma(i)) {
         deconvolveQuadratic(plane, blur, 1.0f / choices.chromaStrength, nullptr, plane, m_scratch,
