@@ -5,6 +5,7 @@
 #include "restoration/tiles/TileLoader.h"
 #include "velorn.h"
 
+#include <algorithm>
 #include <span>
 #include <vector>
 
@@ -18,11 +19,13 @@ struct RestorationPlan {
         : loader(tileLoader), choices(chosen), settings(hostSettings) {
         for (const Kernel* kernel : kernels) {
             blurs.emplace_back(*kernel, tileLoader.side());
+            kernelSide = std::max(kernelSide, kernel->largerSide());
         }
     }
 
     TileLoader loader;
     std::vector<BlurSpectrum> blurs; ///< none, one for all planes, or one for each
+    int kernelSide = 1;              ///< the larger side of the largest kernel
     Choices choices;
     VelornRestoreSettings settings;
 };

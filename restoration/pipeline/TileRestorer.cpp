@@ -10,11 +10,27 @@
 #include <utility>
 
 namespace restoration {
+namespace {
+
+EdgeSettings edgeSettings(const VelornRestoreSettings& settings) noexcept {
+    return {settings.edgeRadius, settings.edgeSlope, settings.edgeGain, settings.edgeFloor};
+}
+
+/// Gives `plane` the side of the tiles on first use.
+void allocate(Plane& plane, int side) {
+    if (plane.isEmpty()) {
+        plane = Plane(side, side);
+    }
+}
+
+} // namespace
 
 TileRestorer::TileRestorer(const RestorationPlan& plan, const Cancellation& cancellation,
                            ProgressMeter& progress)
     : m_plan(plan), m_cancellation(cancellation), m_progress(progress),
-      m_scratch(plan.loader.side()) {}
+      m_scratch(plan.loader.side()), m_limiter(plan.choices.limit, plan.kernelSide),
+      m_sharpener(edgeSettings(plan.settings)),
+      m_detail({plan.settings.detailGain, plan.settings.detailGamma}) {}
 
 FinishedTile TileRestorer::restore(const PlannedTile& planned, const Rect& region) {
     m_plan.loader.load(planned.window(), m_tile);
@@ -24,15 +40,14 @@ FinishedTile TileRestorer::restore(const PlannedTile& planned, const Rect& regio
     } else {
         deconvolve();
     }
+    sharpen();
     FinishedTile finished = cut(planned, intersection(planned.kept(), region));
     m_progress.advance();
     return finished;
 }
 
 void TileRestorer::deconvolve() {
-    if (m_restored.isEmpty()) {
-        m_restored = Plane(m_tile.side, m_tile.side);
-    }
+    allocate(m_restored, m_tile.side);
     for (std::size_t i = 0; i < m_tile.planes.size(); ++i) {
         deconvolvePlane(i);
         m_progress.advance();
@@ -58,7 +73,34 @@ void TileRestorer::deconvolvePlane(std::size_t i) {
     deconvolveHyperLaplacian(plane, m_tile.isIncomplete ? &m_tile.known : nullptr, blur,
                              {choices.strength, choices.alpha}, m_restored, m_scratch,
                              m_cancellation);
-    std::swap(plane, m_restored);
+    if (m_limiter.isOn()) {
+        m_cancellation.check();
+        allocate(m_limited, m_tile.side);
+        m_limiter.limit(plane, m_restored, m_limited);
+        std::swap(plane, m_limited);
+    } else {
+        std::swap(plane, m_restored);
+    }
+}
+
+/// Sharpens edges and enhances detail of all planes but chroma.
+void TileRestorer::sharpen() {
+    const VelornRestoreSettings& settings = m_plan.settings;
+    const bool sharpensEdges = edgeSettings(settings).isOn();
+    const bool enhancesDetail = DetailSettings{settings.detailGain, settings.detailGamma}.isOn();
+    for (std::size_t i = 0; i < m_tile.planes.size() && !isChroma(i); ++i) {
+        Plane& plane = m_tile.planes[i];
+        if (sharpensEdges) {
+            m_cancellation.check();
+            allocate(m_restored, m_tile.side);
+            m_sharpener.sharpen(plane, m_restored);
+            std::swap(plane, m_restored);
+        }
+        if (enhancesDetail) {
+            m_cancellation.check();
+            m_detail.enhance(plane);
+        }
+    }
 }
 
 bool TileRestorer::isChroma(std::size_t i) const noexcept {

@@ -1,6 +1,9 @@
 #pragma once
 
 #include "restoration/deconvolution/TileScratch.h"
+#include "restoration/finishing/DetailEnhancer.h"
+#include "restoration/finishing/EdgeSharpener.h"
+#include "restoration/finishing/OvershootLimiter.h"
 #include "restoration/pipeline/RestorationPlan.h"
 #include "restoration/tiles/TileMerger.h"
 #include "restoration/work/Cancellation.h"
@@ -27,6 +30,7 @@ public:
 private:
     void deconvolve();
     void deconvolvePlane(std::size_t i);
+    void sharpen();
     bool isChroma(std::size_t i) const noexcept;
     FinishedTile cut(const PlannedTile& planned, const Rect& part) const;
 
@@ -35,7 +39,11 @@ private:
     ProgressMeter& m_progress;
     Tile m_tile;
     TileScratch m_scratch;
-    Plane m_restored;
+    Plane m_restored; ///< what a stage makes of a plane
+    Plane m_limited;
+    OvershootLimiter m_limiter;
+    EdgeSharpener m_sharpener;
+    DetailEnhancer m_detail;
 };
 
 } // namespace restoration

@@ -40,6 +40,12 @@ float givenOr(float given, float automatic) noexcept {
     return given >= 0.0f ? given : automatic;
 }
 
+/// Strengths outside make floats overflow and mean the same as the bounds: nothing of the picture
+/// is followed, or all of it.
+float boundedStrength(float strength) noexcept {
+    return std::clamp(strength, 1e-3f, 1e9f);
+}
+
 } // namespace
 
 Choices chooseSettings(const PictureReader& picture, std::span<const Kernel* const> kernels,
@@ -51,9 +57,9 @@ Choices chooseSettings(const PictureReader& picture, std::span<const Kernel* con
     choices.noise = noiseOf(picture, settings, team);
     const bool isFound =
         std::ranges::any_of(kernels, [](const Kernel* kernel) { return kernel->isFound; });
-    choices.strength =
-        givenOr(settings.strength, strengthForNoise(choices.noise.luminance, isFound));
-    choices.chromaStrength = givenOr(settings.chromaStrength, kChromaStrength);
+    choices.strength = boundedStrength(
+        givenOr(settings.strength, strengthForNoise(choices.noise.luminance, isFound)));
+    choices.chromaStrength = boundedStrength(givenOr(settings.chromaStrength, kChromaStrength));
     choices.alpha = givenOr(settings.alpha, kAlpha);
     choices.limit = givenOr(settings.limit, kLimit);
     return choices;

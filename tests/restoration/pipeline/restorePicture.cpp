@@ -246,6 +246,108 @@ TEST(RestorePicture, PicturesOfOnePixelOrOneRowAreRestored) {
     }
 }
 
+/// Mean square of the difference of horizontal neighbours in the first channel.
+double contrastOf(const VelornPicture& picture) {
+    VelornPicture shifted = picture;
+    shifted.data = pixelAt(picture, 1, 0);
+    shifted.width = picture.width - 1;
+    return meanSquare(picture, shifted, {0, 0, picture.width - 1, picture.height});
+}
+
+TEST(RestorePicture, TheLimiterRemovesOvershoot) {
+    const auto source = texturedPicture({320, 260, 1, false, VELORN_SAMPLES_F32}, 3.0);
+    VelornRestoreSettings settings = settingsFor(source->picture());
+    settings.strength = 50000.0f;
+    const PictureBuffer target(source->picture());
+    const auto contrast = [&](float limit) {
+        settings.limit = limit;
+        restorePicture(source->picture(), target.picture(), Kernels{&disc()}, settings);
+        return contrastOf(target.picture());
+    };
+    const double unlimited = contrast(0.0f);
+    EXPECT_LT(contrast(1.0f), 0.8 * unlimited);
+}
+
+TEST(RestorePicture, SharpeningAndDetailNeedNoKernel) {
+    const auto source = texturedPicture({320, 260, 3, false, VELORN_SAMPLES_F32});
+    const VelornPicture& picture = source->picture();
+    const PictureBuffer target(picture);
+    VelornRestoreSettings sharpening = settingsFor(picture);
+    sharpening.edgeGain = 2.0f;
+    restorePicture(picture, target.picture(), Kernels{}, sharpening);
+    EXPECT_GT(contrastOf(target.picture()), 1.2 * contrastOf(picture));
+    VelornRestoreSettings enhancing = settingsFor(picture);
+    enhancing.detailGain = 1.0f;
+    restorePicture(picture, target.picture(), Kernels{}, enhancing);
+    EXPECT_GT(contrastOf(target.picture()), 1.05 * contrastOf(picture));
+}
+
+TEST(RestorePicture, SharpeningLeavesChromaAlone) {
+    const auto source = texturedPicture({320, 260, 3, false, VELORN_SAMPLES_F32});
+    const VelornPicture& picture = source->picture();
+    const PictureBuffer target(picture);
+    VelornRestoreSettings settings = settingsFor(picture);
+    settings.edgeSlope = 3.0f;
+    settings.detailGain = 0.5f;
+    restorePicture(picture, target.picture(), Kernels{}, settings);
+    // The difference of two colours is a function of chroma.
+    const auto colourDifference = [](const VelornPicture& shown, int y) {
+        std::vector<float> red(320);
+        std::vector<float> blue(320);
+        PictureReader(shown).readChannel(0, y, 0, 320, red.data());
+        PictureReader(shown).readChannel(2, y, 0, 320, blue.data());
+        for (std::size_t x = 0; x < red.size(); ++x) {
+            red[x] -= blue[x];
+        }
+        return red;
+    };
+    for (int y = 0; y < 260; ++y) {
+        const std::vector<float> before = colourDifference(picture, y);
+        const std::vector<float> after = colourDifference(target.picture(), y);
+        for (std::size_t x = 0; x < before.size(); ++x) {
+            ASSERT_NEAR(after[x], before[x], 1e-5f);
+        }
+    }
+}
+
+TEST(RestorePicture, FloatsOfAnySizeAndExtremeSettingsReturn) {
+    const auto source = texturedPicture({200, 150, 3, false, VELORN_SAMPLES_F32});
+    const VelornPicture& picture = source->picture();
+    const std::vector<float> odd{std::numeric_limits<float>::quiet_NaN(),
+                                 std::numeric_limits<float>::infinity(),
+                                 std::numeric_limits<float>::max(), -1e30f, 1e-42f};
+    PictureWriter(picture).writeRow(70, 80, 5,
+                                    std::vector<const float*>{odd.data(), odd.data(), odd.data()});
+    VelornRestoreSettings settings = settingsFor(picture);
+    settings.edgeSlope = 20.0f;
+    settings.detailGamma = 3.0f;
+    for (const float strength :
+         {std::numeric_limits<float>::denorm_min(), 1.0f, std::numeric_limits<float>::max()}) {
+        settings.strength = strength;
+        settings.chromaStrength = strength;
+        EXPECT_FALSE(restored(picture, {&disc()}, settings).empty());
+    }
+}
+
+TEST(RestorePicture, ExtremeStrengthsGiveFiniteResults) {
+    const auto source = texturedPicture({200, 150, 3, false, VELORN_SAMPLES_F32});
+    const VelornPicture& picture = source->picture();
+    const PictureBuffer target(picture);
+    VelornRestoreSettings settings = settingsFor(picture);
+    for (const float strength :
+         {std::numeric_limits<float>::denorm_min(), std::numeric_limits<float>::max()}) {
+        settings.strength = strength;
+        settings.chromaStrength = strength;
+        restorePicture(picture, target.picture(), Kernels{&disc()}, settings);
+        bool isFinite = true;
+        for (int y = 0; y < picture.height; ++y) {
+            const auto* row = reinterpret_cast<const float*>(pixelAt(target.picture(), 0, y));
+            isFinite = isFinite && std::all_of(row, row + 600, [](float v) { return v - v == 0; });
+        }
+        EXPECT_TRUE(isFinite) << strength;
+    }
+}
+
 TEST(RestorePicture, AFlatPictureStaysFlat) {
     const auto source = texturedPicture({700, 300, 3}, 0.0);
     const PictureWriter writer(source->picture());
