@@ -1,18 +1,12 @@
 #include "restoration/finishing/DetailEnhancer.h"
 
-#include "restoration/work/SerialOpenMp.h"
-
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
-#include <new>
 
 namespace restoration {
 namespace {
 
-constexpr float kSmoothing = 0.05f;
-constexpr float kSmoothingExponent = 1.0f;
-constexpr bool kLogGuide = true;
-constexpr int kIterations = 20;
 constexpr float kKnee = 0.18f;
 constexpr float kLowestDetail = -0.5f;
 constexpr float kHighestDetail = 0.5f;
@@ -23,36 +17,28 @@ vel::GIMG<float> imageOf(Plane& plane) {
     return {plane.width(), plane.height(), plane.row(0), step};
 }
 
-void fit(Plane& scratch, const Plane& plane) {
-    if (scratch.width() != plane.width() || scratch.height() != plane.height()) {
-        scratch = Plane(plane.width(), plane.height());
-    }
-}
-
 } // namespace
 
-void DetailEnhancer::enhance(Plane& plane) {
-    fit(m_input, plane);
-    fit(m_guide, plane);
-    std::ranges::copy(plane.values(), m_input.values().begin());
-    std::ranges::copy(plane.values(), m_guide.values().begin());
-    const SerialOpenMp serial;
-    vel::GIMG<float> base = imageOf(plane);
-    vel::GIMG<float> detail = imageOf(m_input);
-    vel::GIMG<float> guide = imageOf(m_guide);
-    try {
-        m_smoother.smooth(detail, base, guide, kSmoothing, kSmoothingExponent, kLogGuide,
-                          kIterations);
-    } catch (const int) {
-        throw std::bad_alloc(); // the core reports it by number
+void DetailEnhancer::enhance(Plane& plane, const Cancellation& cancellation) {
+    if (m_detail.width() != plane.width() || m_detail.height() != plane.height()) {
+        m_detail = Plane(plane.width(), plane.height());
     }
-    for (std::size_t i = 0; i < plane.values().size(); ++i) {
-        m_input.values()[i] -= plane.values()[i];
+    float* values = plane.values().data();
+    float* detail = m_detail.values().data();
+    const std::size_t count = plane.values().size();
+    for (std::size_t i = 0; i < count; ++i) {
+        values[i] = std::clamp(values[i], 0.0f, 1.0f); // a NaN stays
+        detail[i] = values[i];
     }
-    m_curve.apply(detail, m_settings.gamma, m_settings.gain, kKnee, kLowestDetail, kHighestDetail,
+    m_smoother.smooth(plane, cancellation);
+    for (std::size_t i = 0; i < count; ++i) {
+        detail[i] = detail[i] - values[i];
+    }
+    vel::GIMG<float> image = imageOf(m_detail);
+    m_curve.apply(image, m_settings.gamma, m_settings.gain, kKnee, kLowestDetail, kHighestDetail,
                   kBoost);
-    for (std::size_t i = 0; i < plane.values().size(); ++i) {
-        plane.values()[i] += m_input.values()[i];
+    for (std::size_t i = 0; i < count; ++i) {
+        values[i] = values[i] + detail[i];
     }
 }
 

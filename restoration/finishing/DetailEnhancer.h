@@ -1,8 +1,9 @@
 #pragma once
 
+#include "restoration/finishing/EdgeAwareSmoother.h"
 #include "restoration/planes/Plane.h"
+#include "restoration/work/Cancellation.h"
 #include "velimproclib/veldeblurcv/detail/DetailCurve.h"
-#include "velimproclib/veldeblurcv/detail/EdgeSmoother.h"
 
 namespace restoration {
 
@@ -15,25 +16,23 @@ struct DetailSettings {
     bool isOn() const noexcept { return gain > 0.01f || gamma > 0.01f; }
 };
 
-/// Enhances the detail of a plane: what an edge-preserving smoother (`vel::CEdgeSmoother`) removes
-/// passes a curve (`vel::CDetailCurve`) and is added to the smooth base again. The plane is cut to
-/// 0..1 first.
+/// Enhances the detail of a plane: what `EdgeAwareSmoother` removes passes a curve
+/// (`vel::CDetailCurve`) and is added to the smooth base again. Values are cut to 0..1 first.
 ///
-/// Serial; an instance belongs to one worker.
+/// Serial; an instance belongs to one worker and keeps its memory.
 class DetailEnhancer {
 public:
-    explicit DetailEnhancer(const DetailSettings& settings) noexcept : m_settings(settings) {}
+    explicit DetailEnhancer(const DetailSettings& settings) : m_settings(settings) {}
 
     /// Enhances `plane` in place.
-    /// @throws std::bad_alloc
-    void enhance(Plane& plane);
+    /// @throws Failure for a cancelled call; std::bad_alloc
+    void enhance(Plane& plane, const Cancellation& cancellation);
 
 private:
     DetailSettings m_settings;
-    vel::CEdgeSmoother m_smoother;
+    EdgeAwareSmoother m_smoother;
     vel::CDetailCurve m_curve;
-    Plane m_input;
-    Plane m_guide;
+    Plane m_detail;
 };
 
 } // namespace restoration
