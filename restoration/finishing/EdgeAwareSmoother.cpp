@@ -48,8 +48,7 @@ void EdgeAwareSmoother::fit(const Plane& plane) {
     if (m_guide.width() == plane.width() && m_guide.height() == plane.height()) {
         return;
     }
-    for (Plane* scratch :
-         {&m_guide, &m_right, &m_below, &m_inverse, &m_residual, &m_direction}) {
+    for (Plane* scratch : {&m_guide, &m_right, &m_below, &m_inverse, &m_residual, &m_direction}) {
         *scratch = Plane(plane.width(), plane.height());
     }
     m_zeros.assign(static_cast<std::size_t>(plane.width()), 0.0f);

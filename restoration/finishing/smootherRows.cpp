@@ -15,8 +15,8 @@ namespace {
 HWY_INLINE float laplacian(const Couplings& couplings, const ThreeRows& v, std::size_t i,
                            float left, float right) {
     const float here = v.here[i];
-    const float vertical = couplings.above[i] * (here - v.above[i]) +
-                           couplings.below[i] * (here - v.below[i]);
+    const float vertical =
+        couplings.above[i] * (here - v.above[i]) + couplings.below[i] * (here - v.below[i]);
     return vertical + (left + right);
 }
 
@@ -26,9 +26,8 @@ HWY_INLINE void forEachLaplacian(const Couplings& couplings, const ThreeRows& v,
                                  const Put& put) {
     const float* HWY_RESTRICT right = couplings.right;
     const float* HWY_RESTRICT here = v.here;
-    const auto toLeft = [=](std::size_t i) HWY_ATTR {
-        return right[i - 1] * (here[i] - here[i - 1]);
-    };
+    const auto toLeft = [=](std::size_t i)
+                            HWY_ATTR { return right[i - 1] * (here[i] - here[i - 1]); };
     const auto toRight = [=](std::size_t i) HWY_ATTR { return right[i] * (here[i] - here[i + 1]); };
     const std::size_t last = count - 1;
     put(0, laplacian(couplings, v, 0, 0.0f, last > 0 ? toRight(0) : 0.0f));
@@ -61,9 +60,8 @@ void inverseDiagonalLanes(const Couplings& couplings, float* HWY_RESTRICT invers
 
 void startResidualLanes(const Couplings& couplings, const float* HWY_RESTRICT inverse,
                         const ThreeRows& v, float* HWY_RESTRICT residual, std::size_t count) {
-    forEachLaplacian(couplings, v, count, [=](std::size_t i, float sum) HWY_ATTR {
-        residual[i] = -(inverse[i] * sum);
-    });
+    forEachLaplacian(couplings, v, count,
+                     [=](std::size_t i, float sum) HWY_ATTR { residual[i] = -(inverse[i] * sum); });
 }
 
 void stepLanes(const Couplings& couplings, const float* HWY_RESTRICT inverse,

@@ -2,8 +2,8 @@
 
 #include <cstddef>
 
-/// Row operations of `EdgeAwareSmoother`. Rows have `count` elements, at least 1; targets overlap no
-/// other row. All processor variants give the same bits.
+/// Row operations of `EdgeAwareSmoother`. Rows have `count` elements, at least 1; targets overlap
+/// no other row. All processor variants give the same bits.
 namespace restoration {
 
 /// coupling = lambda / (|b - a| + epsilon)

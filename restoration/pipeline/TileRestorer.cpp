@@ -98,7 +98,7 @@ void TileRestorer::sharpen() {
         }
         if (enhancesDetail) {
             m_cancellation.check();
-            m_detail.enhance(plane);
+            m_detail.enhance(plane, m_cancellation);
         }
     }
 }

@@ -44,8 +44,7 @@ Plane solved(const Plane& plane) {
                     if (nx < 0 || ny < 0 || nx == side || ny == side) {
                         return;
                     }
-                    const double weight =
-                        0.05 / (std::abs(guide(nx, ny) - guide(x, y)) + 0.0001);
+                    const double weight = 0.05 / (std::abs(guide(nx, ny) - guide(x, y)) + 0.0001);
                     weights += weight;
                     sum += weight * u[at(nx, ny)];
                 };
