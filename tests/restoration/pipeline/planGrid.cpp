@@ -36,6 +36,14 @@ TEST(PlanGrid, WindowsAtTheFrameShowAKernelBeyondIt) {
     EXPECT_EQ(large, (Rect{-45, -45, 140, 150}));
 }
 
+TEST(PlanGrid, TilesKeepManyKernels) {
+    for (int kernel = 1; kernel <= 121; kernel += 2) {
+        const TileGrid grid = planGrid(3000, 3000, kernel);
+        EXPECT_GE(usefulSide(grid.side(), kernel), 13 * kernel);
+    }
+    EXPECT_EQ(planGrid(6000, 4000, 201).side(), 2048);
+}
+
 TEST(PlanGrid, PicturesWithMorePixelsAlongAnAxisThanIntegersCountFail) {
     EXPECT_THROW(planGrid((1 << 30) + 1, 1, 3), Failure);
 }
