@@ -1,4 +1,5 @@
 // The functions of velorn.h: they check their arguments and call the library.
+#include "restoration/blind/findKernel.h"
 #include "restoration/boundary/argumentChecks.h"
 #include "restoration/boundary/checkPicture.h"
 #include "restoration/boundary/findSettings.h"
@@ -12,12 +13,15 @@
 #include "restoration/kernels/checkKernelSides.h"
 #include "restoration/kernels/kernelFromValues.h"
 #include "restoration/noise/measureNoise.h"
-#include "restoration/pictures/PictureReader.h"
+#include "restoration/pictures/luminancePlane.h"
 #include "restoration/pipeline/restorePicture.h"
+#include "restoration/work/Team.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <limits>
+#include <memory>
+#include <vector>
 
 using namespace restoration;
 
@@ -31,7 +35,9 @@ VelornStatus makeKernel(VelornKernel** kernel, const Make& make) noexcept {
     }
     return guardedCall([&] {
         requirePointer(kernel, "kernel");
-        *kernel = new VelornKernel{make()};
+        auto made = std::make_unique<VelornKernel>();
+        made->kernel = make();
+        *kernel = made.release();
     });
 }
 
@@ -50,6 +56,23 @@ Kernel kernelOfValues(const float* values, std::int32_t width, std::int32_t heig
     requirePointer(values, "values");
     checkKernelSides(width, height);
     return kernelFromValues({values, values + std::ptrdiff_t{width} * height}, width, height);
+}
+
+FoundKernel foundKernel(const VelornPicture& picture, const VelornFindSettings& settings) {
+    Team team(settings.threads, {settings.progress, settings.userData});
+    const Plane luminance = luminancePlane(PictureReader(picture), team);
+    FoundKernel found =
+        findKernel(luminance, {settings.maxWidth, settings.maxHeight, settings.partSide}, team);
+    team.finish();
+    return found;
+}
+
+VelornFindReport reportOf(const FoundKernel& found) {
+    VelornFindReport report{};
+    report.confidence = found.confidence;
+    report.agreement = found.agreement;
+    report.misfit = found.misfit;
+    return report;
 }
 
 } // namespace
@@ -94,6 +117,13 @@ VelornStatus velornRestoreDefaults(VelornRestoreSettings* settings) {
     });
 }
 
+VelornStatus velornFindDefaults(VelornFindSettings* settings) {
+    return guardedCall([=] {
+        requireRecord(settings, "settings");
+        writeRecord(findDefaults(), *settings);
+    });
+}
+
 VelornStatus velornRestore(const VelornPicture* source, const VelornPicture* target,
                            const VelornKernel* const* kernels, int32_t kernelCount,
                            const VelornRestoreSettings* settings, VelornRestoreReport* report) {
@@ -102,20 +132,11 @@ VelornStatus velornRestore(const VelornPicture* source, const VelornPicture* tar
         const VelornRestoreSettings checked = checkedSettings(settings, *source);
         checkTarget(target, *source, checked.region.width, checked.region.height);
         const std::vector<const Kernel*> blurs = checkedKernels(kernels, kernelCount, *source);
+        requireRecordOrNull(report, "report");
+        const VelornRestoreReport done = restorePicture(*source, *target, blurs, checked);
         if (report != nullptr) {
-            requireRecord(report, "report");
+            writeRecord(done, *report);
         }
-        const VelornRestoreReport restored = restorePicture(*source, *target, blurs, checked);
-        if (report != nullptr) {
-            writeRecord(restored, *report);
-        }
-    });
-}
-
-VelornStatus velornFindDefaults(VelornFindSettings* settings) {
-    return guardedCall([=] {
-        requireRecord(settings, "settings");
-        writeRecord(findDefaults(), *settings);
     });
 }
 
@@ -128,5 +149,19 @@ VelornStatus velornNoise(const VelornPicture* picture, VelornNoiseReport* report
         measured.luminance = levels.luminance;
         std::ranges::copy(levels.channels, measured.channels);
         writeRecord(measured, *report);
+    });
+}
+
+VelornStatus velornFindKernel(const VelornPicture* picture, const VelornFindSettings* settings,
+                              VelornKernel** kernel, VelornFindReport* report) {
+    return makeKernel(kernel, [=] {
+        checkPicture(picture, "picture");
+        const VelornFindSettings checked = checkedSettings(settings);
+        requireRecordOrNull(report, "report");
+        const FoundKernel found = foundKernel(*picture, checked);
+        if (report != nullptr) {
+            writeRecord(reportOf(found), *report);
+        }
+        return found.kernel;
     });
 }

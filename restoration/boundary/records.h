@@ -24,6 +24,14 @@ void requireRecord(const Record* record, const std::string& name) {
     }
 }
 
+/// The same; null is legal.
+template <class Record>
+void requireRecordOrNull(const Record* record, const std::string& name) {
+    if (record != nullptr) {
+        requireRecord(record, name);
+    }
+}
+
 /// The host's record on top of `defaults`, which stay in the fields that the host does not know.
 template <class Record>
 Record readRecord(const Record& record, Record defaults) noexcept {

@@ -29,12 +29,10 @@ void markAround(Mask& known, const Rect& part, int x, int y) {
 ClipDetector::ClipDetector(const Kernel& kernel, const ClipLevel& level)
     : m_level(level),
       m_white(kernel, (level.white - level.least + 2.0f * level.noise) / level.white),
-      m_margin(4.0f * level.noise + 0.02f * level.white),
-      m_reach(kernel.largerSide() / 2) {}
+      m_margin(4.0f * level.noise + 0.02f * level.white), m_reach(kernel.largerSide() / 2) {}
 
 /// A neighbour is darker than white light allows.
-bool ClipDetector::hidesLight(const Plane& channel, const Rect& part, int x,
-                              int y) const noexcept {
+bool ClipDetector::hidesLight(const Plane& channel, const Rect& part, int x, int y) const noexcept {
     for (const WhiteNeighbours::Neighbour& neighbour : m_white.neighbours()) {
         const int column = std::clamp(x + neighbour.x, part.x, part.right() - 1);
         const int row = std::clamp(y + neighbour.y, part.y, part.bottom() - 1);

@@ -25,8 +25,8 @@ void look(const std::vector<float>& row, const std::vector<float>& above, Top& t
         return;
     }
     for (std::size_t x = 1; x < row.size() && !top.isFlat; ++x) {
-        top.isFlat = row[x - 1] == top.value && row[x] == top.value &&
-                     above[x - 1] == top.value && above[x] == top.value;
+        top.isFlat = row[x - 1] == top.value && row[x] == top.value && above[x - 1] == top.value &&
+                     above[x] == top.value;
     }
 }
 

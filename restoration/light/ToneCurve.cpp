@@ -39,9 +39,8 @@ ToneCurve::ToneCurve(std::span<const double> light) : m_light(kPieces + 1) {
     for (std::size_t i = 0; i < kPieces; ++i) {
         rising[i + 1] = rising[i] + std::max(light[i + 1] - light[i], kLeastRise);
     }
-    std::transform(rising.begin(), rising.end(), m_light.begin(), [&](double value) {
-        return static_cast<float>(value / rising[kPieces]);
-    });
+    std::transform(rising.begin(), rising.end(), m_light.begin(),
+                   [&](double value) { return static_cast<float>(value / rising[kPieces]); });
 
     m_pieceOfRoot.resize(kRoots + 1);
     std::size_t piece = 0;

@@ -11,8 +11,8 @@ namespace restoration {
 /// black and 1 at white.
 ///
 /// A strictly rising chain of straight pieces; the end pieces continue below black and above white.
-/// `display` inverts `light` up to rounding: every level of 8 and of 16 bits comes back. Light has a
-/// slope of at least 1/64 everywhere, because a flatter curve would turn the rounding errors of a
+/// `display` inverts `light` up to rounding: every level of 8 and of 16 bits comes back. Light has
+/// a slope of at least 1/64 everywhere, because a flatter curve would turn the rounding errors of a
 /// restoration into visible noise: pure powers are a little steeper in the darkest three of 255
 /// levels. Const functions may run on any number of threads.
 class ToneCurve {

@@ -66,8 +66,7 @@ ToneCurves profileCurves(std::span<const std::byte> profile) {
         curves.push_back(curveOf(opened.get(), cmsSigGrayTRCTag));
         break;
     case cmsSigRgbData:
-        for (const cmsTagSignature tag :
-             {cmsSigRedTRCTag, cmsSigGreenTRCTag, cmsSigBlueTRCTag}) {
+        for (const cmsTagSignature tag : {cmsSigRedTRCTag, cmsSigGreenTRCTag, cmsSigBlueTRCTag}) {
             curves.push_back(curveOf(opened.get(), tag));
         }
         break;

@@ -81,5 +81,66 @@ TEST(Wrapper, NoiseIsMeasured) {
               VELORN_STATUS_INVALID_ARGUMENT);
 }
 
+std::vector<std::uint8_t> pattern(int side) {
+    std::vector<std::uint8_t> samples;
+    for (int i = 0; i < side * side; ++i) {
+        samples.push_back(static_cast<std::uint8_t>((i / 5 + i / side / 4) % 2 * 90 + 60 + i % 7));
+    }
+    return samples;
+}
+
+TEST(Wrapper, PicturesAreRestored) {
+    const std::vector<std::uint8_t> source = pattern(64);
+    std::vector<float> target(64 * 64, -1.0f);
+    std::vector<double> reports;
+    VelornRestoreSettings settings = api::restoreSettings();
+    settings.strength = 2000.0f;
+    const VelornRestoreReport report = api::restore(
+        api::pictureOf(source.data(), 64, 64, 1), api::pictureOf(target.data(), 64, 64, 1),
+        {api::Kernel::of(VELORN_BLUR_GAUSSIAN, 1.0f)}, settings, [&](double done) {
+            reports.push_back(done);
+            return true;
+        });
+    EXPECT_EQ(report.strength, 2000.0f);
+    EXPECT_EQ(reports.back(), 1.0);
+    EXPECT_GT(target.front(), -1.0f);
+}
+
+TEST(Wrapper, ProgressFunctionsCancel) {
+    std::vector<std::uint8_t> picture = pattern(64);
+    const VelornPicture view = api::pictureOf(picture.data(), 64, 64, 1);
+    EXPECT_EQ(statusOf(
+                  [&] {
+                      api::restore(view, view, {}, api::restoreSettings(),
+                                   [](double) { return false; });
+                  },
+                  "cancelled"),
+              VELORN_STATUS_CANCELLED);
+    EXPECT_EQ(picture, pattern(64));
+}
+
+TEST(Wrapper, ExceptionsOfProgressFunctionsLeaveTheCall) {
+    std::vector<std::uint8_t> picture = pattern(64);
+    const VelornPicture view = api::pictureOf(picture.data(), 64, 64, 1);
+    const api::Progress fail = [](double) -> bool { throw std::out_of_range("closed"); };
+    EXPECT_THROW(api::restore(view, view, {}, api::restoreSettings(), fail), std::out_of_range);
+    EXPECT_THROW(api::findKernel(view, api::findSettings(), fail), std::out_of_range);
+    EXPECT_EQ(picture, pattern(64));
+}
+
+TEST(Wrapper, KernelsAreFound) {
+    const std::vector<std::uint8_t> picture = pattern(96);
+    VelornFindSettings settings = api::findSettings();
+    settings.maxWidth = 7;
+    const api::FoundKernel found =
+        api::findKernel(api::pictureOf(picture.data(), 96, 96, 1), settings);
+    EXPECT_LE(found.kernel.width(), 7);
+    EXPECT_GE(found.report.confidence, 0.0f);
+    const std::vector<std::uint8_t> constant(96 * 96, 9);
+    EXPECT_EQ(statusOf([&] { api::findKernel(api::pictureOf(constant.data(), 96, 96, 1)); },
+                       "the picture has too few edges to find a kernel"),
+              VELORN_STATUS_NO_KERNEL);
+}
+
 } // namespace
 } // namespace velorntest

@@ -54,9 +54,8 @@ bool isNearClipped(const Plane& image, int x, int y) {
 }
 
 TEST(ClipDetector, WhitePaperIsNotClipped) {
-    for (const Kernel& kernel :
-         {disc(3.0f), analyticKernel(VELORN_BLUR_MOTION, 15.0f, 30.0f),
-          analyticKernel(VELORN_BLUR_GAUSSIAN, 1.5f, 0.0f)}) {
+    for (const Kernel& kernel : {disc(3.0f), analyticKernel(VELORN_BLUR_MOTION, 15.0f, 30.0f),
+                                 analyticKernel(VELORN_BLUR_GAUSSIAN, 1.5f, 0.0f)}) {
         const Plane image = exposed(test::printedPage(kSide, 1.0f), kernel, 1.0 / 255.0);
         EXPECT_GT(std::ranges::count(image.values(), 1.0f), kSide * kSide / 5);
         Mask known = test::allKnown(kSide);
@@ -101,9 +100,7 @@ TEST(ClipDetector, PixelsBeyondThePartAreNeitherReadNorMarked) {
     test::addLamp(scene, 20, 22, 2.0, 20.0f);
     Plane image = exposed(scene, disc(3.0f), 1.0 / 255.0);
     const Rect part{18, 20, 60, 50};
-    const auto isBeyond = [&](int x, int y) {
-        return intersection({x, y, 1, 1}, part).isEmpty();
-    };
+    const auto isBeyond = [&](int x, int y) { return intersection({x, y, 1, 1}, part).isEmpty(); };
     Mask expected = test::allKnown(kSide);
     const std::size_t hidden = detector(disc(3.0f)).mark(image, part, expected);
     EXPECT_GT(hidden, 0u);

@@ -62,8 +62,7 @@ TEST(WhiteNeighbours, NoSceneWithoutExcessLightHasDarkerNeighbours) {
                 }
                 ++whitePixels;
                 for (const WhiteNeighbours::Neighbour& neighbour : white.neighbours()) {
-                    ASSERT_GE(image.row(y + neighbour.y)[x + neighbour.x],
-                              neighbour.least - 1e-5f);
+                    ASSERT_GE(image.row(y + neighbour.y)[x + neighbour.x], neighbour.least - 1e-5f);
                 }
             }
         }
