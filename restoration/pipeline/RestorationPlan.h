@@ -2,6 +2,7 @@
 
 #include "restoration/deconvolution/BlurSpectrum.h"
 #include "restoration/pipeline/Choices.h"
+#include "restoration/secondpass/SecondPass.h"
 #include "restoration/tiles/TileLoader.h"
 #include "velorn.h"
 
@@ -21,13 +22,20 @@ struct RestorationPlan {
             blurs.emplace_back(*kernel, tileLoader.side());
             kernelSide = std::max(kernelSide, kernel->largerSide());
         }
+        if (settings.quality == VELORN_QUALITY_BEST) {
+            planSecondPasses(kernels);
+        }
     }
 
     TileLoader loader;
-    std::vector<BlurSpectrum> blurs; ///< none, one for all planes, or one for each
-    int kernelSide = 1;              ///< the larger side of the largest kernel
+    std::vector<BlurSpectrum> blurs;      ///< none, one for all planes, or one for each
+    std::vector<SecondPass> secondPasses; ///< none, one for luminance, or one for each channel
+    int kernelSide = 1;                   ///< the larger side of the largest kernel
     Choices choices;
     VelornRestoreSettings settings;
+
+private:
+    void planSecondPasses(std::span<const Kernel* const> kernels);
 };
 
 } // namespace restoration

@@ -73,6 +73,10 @@ void TileRestorer::deconvolvePlane(std::size_t i) {
     deconvolveHyperLaplacian(plane, m_tile.isIncomplete ? &m_tile.known : nullptr, blur,
                              {choices.strength, choices.alpha}, m_restored, m_scratch,
                              m_cancellation);
+    if (!m_plan.secondPasses.empty()) {
+        m_plan.secondPasses[i].improve(plane, blur, m_restored, m_scratch, m_filter,
+                                       m_cancellation);
+    }
     if (m_limiter.isOn()) {
         m_cancellation.check();
         allocate(m_limited, m_tile.side);

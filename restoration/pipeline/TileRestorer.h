@@ -5,6 +5,7 @@
 #include "restoration/finishing/EdgeSharpener.h"
 #include "restoration/finishing/OvershootLimiter.h"
 #include "restoration/pipeline/RestorationPlan.h"
+#include "restoration/secondpass/DctFilter.h"
 #include "restoration/tiles/TileMerger.h"
 #include "restoration/work/Cancellation.h"
 #include "restoration/work/ProgressMeter.h"
@@ -39,6 +40,7 @@ private:
     ProgressMeter& m_progress;
     Tile m_tile;
     TileScratch m_scratch;
+    DctFilter m_filter;
     Plane m_restored; ///< what a stage makes of a plane
     Plane m_limited;
     OvershootLimiter m_limiter;

@@ -92,6 +92,22 @@ std::unique_ptr<PictureBuffer> blurred(const VelornPicture& picture, const Kerne
     return result;
 }
 
+/// Adds normal noise of `noise` levels of 255.
+void addNoise(const VelornPicture& picture, float noise) {
+    std::mt19937 random(23);
+    std::normal_distribution<float> error(0.0f, noise / 255.0f);
+    std::vector<float> row(static_cast<std::size_t>(picture.width));
+    for (int y = 0; y < picture.height; ++y) {
+        for (int c = 0; c < picture.channels; ++c) {
+            PictureReader(picture).readChannel(c, y, 0, picture.width, row.data());
+            for (float& value : row) {
+                value += error(random);
+            }
+            PictureWriter(picture).writeChannel(c, y, 0, picture.width, row.data());
+        }
+    }
+}
+
 TEST(RestorePicture, RestoresABlurredPicture) {
     for (const int channels : {1, 2, 3, 4}) {
         const auto sharp = texturedPicture({420, 280, channels, false, VELORN_SAMPLES_F32}, 0.0);
@@ -164,6 +180,39 @@ TEST(RestorePicture, ARegionHasTheBytesOfTheWhole) {
             region.height = 1 + below(picture.height - region.y);
             EXPECT_EQ(restored(picture, {&disc()}, settings), bytesOf(whole.picture(), region));
         }
+    }
+}
+
+TEST(RestorePicture, BestQualityComesCloserToTheSharpPicture) {
+    for (const int channels : {1, 2, 3}) {
+        const auto sharp = texturedPicture({420, 280, channels, false, VELORN_SAMPLES_F32}, 0.0);
+        const auto soft = blurred(sharp->picture(), disc());
+        addNoise(soft->picture(), 2.0f);
+        VelornRestoreSettings settings = settingsFor(soft->picture());
+        const PictureBuffer normal(sharp->picture());
+        restorePicture(soft->picture(), normal.picture(), Kernels{&disc()}, settings);
+        settings.quality = VELORN_QUALITY_BEST;
+        const PictureBuffer best(sharp->picture());
+        restorePicture(soft->picture(), best.picture(), Kernels{&disc()}, settings);
+        const VelornRegion inner{20, 20, 380, 240};
+        EXPECT_LT(meanSquare(best.picture(), sharp->picture(), inner),
+                  0.8 * meanSquare(normal.picture(), sharp->picture(), inner))
+            << channels;
+    }
+}
+
+TEST(RestorePicture, BestQualityOfARegionHasTheBytesOfTheWhole) {
+    for (const PictureShape& shape : kShapes) {
+        const auto source = texturedPicture(shape);
+        const VelornPicture& picture = source->picture();
+        VelornRestoreSettings settings = settingsFor(picture);
+        settings.quality = VELORN_QUALITY_BEST;
+        const PictureBuffer whole(picture);
+        restorePicture(picture, whole.picture(), Kernels{&disc()}, settings);
+        settings.region = {picture.width / 3, picture.height / 2, picture.width / 2,
+                           picture.height / 3};
+        EXPECT_EQ(restored(picture, {&disc()}, settings),
+                  bytesOf(whole.picture(), settings.region));
     }
 }
 

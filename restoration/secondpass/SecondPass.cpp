@@ -1,0 +1,123 @@
+#include "restoration/secondpass/SecondPass.h"
+
+#include "restoration/deconvolution/tileTransforms.h"
+#include "restoration/secondpass/approachRows.h"
+#include "restoration/secondpass/dctVariances.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstddef>
+
+namespace restoration {
+namespace {
+
+// The schedule is measured: more steps gain less than 0.03 dB, and between weights of 0.15 and 0.3
+// the higher ones lose 0.05 dB when the noise is known but bear noise that is measured too low.
+constexpr int kSteps = 8;
+constexpr double kFirstError = 8.0; ///< of the estimate in the first step, in levels of 255
+constexpr double kWeight = 0.3;     ///< at equal error and noise
+constexpr float kThreshold = 2.2f;
+
+/// The share of the first restoration in the result. It bounds the loss on pictures that the
+/// filter suits less than the prior of the first restoration.
+constexpr float kFirstShare = 0.2f;
+
+constexpr double kLeastNoise = 0.1; ///< with none at all, nothing would bound the division
+constexpr double kMostNoise = 255.0;
+
+/// Positions of the blocks: all four remainders by the step of 2.
+constexpr std::array<BlockLattice, 4> kLattices{
+    {{2, 0, 0, 0}, {2, 1, 1, 0}, {2, 0, 1, 0}, {2, 1, 0, 0}}};
+
+/// Side of the plane on which spectra of noise are sampled.
+constexpr int kNoiseSide = 256;
+
+void approach(const BlurSpectrum& blur, int block, const float* numerator, float weight, float* x) {
+    const auto slots = vel::realSlots(blur.fft());
+    const float* kernel = blur.spectrum() + blur.offsetOf(block);
+    std::array<float, 4> real{};
+    for (std::size_t i = 0; block == 0 && i < real.size(); ++i) {
+        const float k = kernel[slots[i]];
+        real[i] = (numerator[slots[i]] + weight * x[slots[i]]) / (k * k + weight);
+    }
+    approachRows(kernel, numerator, weight, x, static_cast<std::size_t>(blur.side()));
+    for (std::size_t i = 0; block == 0 && i < real.size(); ++i) {
+        x[slots[i]] = real[i];
+    }
+}
+
+/// The variances of white noise of variance 1 after a step.
+DctVariances remainingNoise(const BlurSpectrum& blur, float weight) {
+    const vel::RealFft2D& fft = blur.fft();
+    TileScratch scratch(blur.side());
+    float* power = scratch.spectrum(fft, 0);
+    for (int block = 0; block < fft.blockCount(); ++block) {
+        const std::size_t offset = blur.offsetOf(block);
+        remainingNoiseRows(blur.spectrum() + offset, weight, power + offset,
+                           static_cast<std::size_t>(blur.side()));
+    }
+    for (const std::size_t slot : vel::realSlots(fft)) {
+        const float k = blur.spectrum()[slot];
+        power[slot] = k * k / ((k * k + weight) * (k * k + weight));
+    }
+    for (int block = 0; block < fft.blockCount(); ++block) {
+        fft.inverseColumns(power + blur.offsetOf(block), block);
+    }
+    Plane& autocovariance = scratch.plane(0);
+    inverseRows(fft, power, autocovariance, scratch.rowMemory(fft), Cancellation());
+    return dctVariances(autocovariance);
+}
+
+} // namespace
+
+SecondPass::SecondPass(const Kernel& kernel, float noise) {
+    const BlurSpectrum blur(kernel, kNoiseSide);
+    const double last =
+        std::clamp(std::isnan(noise) ? 0.0 : static_cast<double>(noise), kLeastNoise, kMostNoise);
+    const double first = std::max(kFirstError, 2 * last);
+    for (int i = 0; i < kSteps; ++i) {
+        const double error = first * std::pow(last / first, i / (kSteps - 1.0));
+        const double ratio = last / error;
+        Step step{static_cast<float>(kWeight * ratio * ratio), {}, {}};
+        step.noise = remainingNoise(blur, step.weight);
+        for (float& variance : step.noise) {
+            const double remaining = last * last * static_cast<double>(variance);
+            variance = static_cast<float>((error * error + remaining) / (255.0 * 255.0));
+        }
+        step.lattice = kLattices[static_cast<std::size_t>(i) % kLattices.size()];
+        m_steps.push_back(step);
+    }
+}
+
+void SecondPass::improve(const Plane& y, const BlurSpectrum& blur, Plane& x, TileScratch& scratch,
+                         DctFilter& filter, const Cancellation& cancellation) const {
+    const vel::RealFft2D& fft = blur.fft();
+    float* rowMemory = scratch.rowMemory(fft);
+    float* numerator = scratch.spectrum(fft, 0);
+    float* spectrum = scratch.spectrum(fft, 1);
+    Plane& first = scratch.plane(0);
+    std::ranges::copy(x.values(), first.values().begin());
+
+    forwardRows(fft, y, numerator, rowMemory, cancellation);
+    forEachBlock(fft, cancellation, [&](int block, std::size_t offset) {
+        fft.forwardColumns(numerator + offset, block);
+        blur.correlate(block, numerator + offset, numerator + offset);
+    });
+    for (const Step& step : m_steps) {
+        forwardRows(fft, x, spectrum, rowMemory, cancellation);
+        forEachBlock(fft, cancellation, [&](int block, std::size_t offset) {
+            fft.forwardColumns(spectrum + offset, block);
+            approach(blur, block, numerator + offset, step.weight, spectrum + offset);
+            fft.inverseColumns(spectrum + offset, block);
+        });
+        inverseRows(fft, spectrum, x, rowMemory, cancellation);
+        filter.shrinkHard(x, step.noise, kThreshold, step.lattice, x, cancellation);
+    }
+    const std::span<float> values = x.values();
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        values[i] += kFirstShare * (first.values()[i] - values[i]);
+    }
+}
+
+} // namespace restoration

@@ -1,0 +1,53 @@
+#pragma once
+
+#include "restoration/deconvolution/BlurSpectrum.h"
+#include "restoration/deconvolution/TileScratch.h"
+#include "restoration/kernels/Kernel.h"
+#include "restoration/planes/Plane.h"
+#include "restoration/secondpass/DctFilter.h"
+#include "restoration/work/Cancellation.h"
+
+#include <vector>
+
+namespace restoration {
+
+/// Improves a restoration x of a blurred plane y with the prior that every 8x8 block of the sharp
+/// plane has few cosine coefficients. Each step restores frequencies that the blur has kept, and
+/// takes the others from the estimate (half-quadratic splitting),
+///
+///     z = argmin |k * z - y|^2 + weight |z - x|^2,
+///
+/// and cleans z with the transform filter: x = filter(z). The noise that the filter expects falls
+/// from step to step, from that of a poor estimate to that of y. It is the sum of the error of x,
+/// white, and of the noise of y as the division colours it. The blocks of successive steps lie at
+/// different positions: blocks two pixels apart are then as good as blocks at every pixel.
+///
+/// The scheme is that of D. Zoran, Y. Weiss, From learning models of natural image patches to whole
+/// image restoration, 2011, with a denoiser in the place of the prior as in S. Venkatakrishnan,
+/// C. Bouman, B. Wohlberg, Plug-and-play priors for model based reconstruction, 2013.
+///
+/// Constant after construction, therefore shared by all threads.
+class SecondPass {
+public:
+    /// @param noise  standard deviation of the noise of the blurred plane, in levels of 255
+    /// @throws std::bad_alloc
+    SecondPass(const Kernel& kernel, float noise);
+
+    /// @param y      the blurred plane, of the side of `blur`; unknown pixels hold an estimate
+    /// @param blur   the spectrum of the same kernel
+    /// @param x      a restoration of `y`; receives the improved one
+    /// @throws Failure for a cancelled call; std::bad_alloc
+    void improve(const Plane& y, const BlurSpectrum& blur, Plane& x, TileScratch& scratch,
+                 DctFilter& filter, const Cancellation& cancellation) const;
+
+private:
+    struct Step {
+        float weight;
+        DctVariances noise; ///< of z
+        BlockLattice lattice;
+    };
+
+    std::vector<Step> m_steps;
+};
+
+} // namespace restoration
