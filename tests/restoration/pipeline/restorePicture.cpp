@@ -2,6 +2,7 @@
 
 #include "restoration/failures/Failure.h"
 #include "restoration/kernels/analyticKernel.h"
+#include "tests/restoration/pipeline/FailingNew.h"
 #include "tests/restoration/pipeline/testPictures.h"
 
 #include <algorithm>
@@ -262,6 +263,25 @@ TEST(RestorePicture, ACancelledCallLeavesTheTargetUnchanged) {
             ASSERT_EQ(host.calls, cancelAt);
             ASSERT_EQ(bytesOf(picture), before);
         }
+    }
+}
+
+TEST(RestorePicture, WithoutMemoryTheTargetStaysAsItIs) {
+    const auto source = texturedPicture({40, 30});
+    const VelornPicture& picture = source->picture();
+    const std::vector<unsigned char> before = bytesOf(picture);
+    // The first allocations one by one, later ones in growing steps.
+    for (int succeeding = 0;; succeeding += 1 + succeeding / 16) {
+        const FailingNew memory(succeeding);
+        try {
+            restorePicture(picture, picture, Kernels{&disc()}, settingsFor(picture));
+        } catch (const std::bad_alloc&) {
+            ASSERT_EQ(bytesOf(picture), before) << succeeding;
+            continue;
+        }
+        ASSERT_FALSE(memory.hasFailed()) << succeeding;
+        ASSERT_GT(succeeding, 50);
+        break;
     }
 }
 

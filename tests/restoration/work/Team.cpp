@@ -1,5 +1,8 @@
 #include "restoration/work/Team.h"
 
+#include "tests/restoration/work/RefusedThreads.h"
+
+#include <algorithm>
 #include <atomic>
 #include <csignal>
 #include <gtest/gtest.h>
@@ -59,6 +62,49 @@ TEST(Team, WorkersRunAtTheSameTimeAndHaveNumbersOfTheirOwn) {
         numbers.insert(worker);
     });
     EXPECT_EQ(numbers, (std::set<int>{0, 1, 2}));
+}
+
+TEST(Team, WorksWithTheThreadsThatTheSystemStarts) {
+    for (const int allowed : {1, 2}) {
+        Team team(8, {});
+        const RefusedThreads refused(allowed);
+        std::atomic<int> runs = 0;
+        int largest = 0;
+        std::mutex mutex;
+        team.forEach(40, [&](std::size_t, int worker) {
+            ++runs;
+            const std::lock_guard lock(mutex);
+            largest = std::max(largest, worker);
+        });
+        EXPECT_EQ(runs, 40);
+        EXPECT_LT(largest, allowed);
+    }
+}
+
+TEST(Team, WorksOnTheCallingThreadWhereTheSystemStartsNone) {
+    const unsigned own = _mm_getcsr();
+    const RefusedThreads refused(0);
+    Calls calls;
+    Team team(2, calls.host());
+    team.progress().beginPhase(1.0, 3);
+    std::vector<std::thread::id> threads;
+    team.forEach(3, [&](std::size_t, int) {
+        threads.push_back(std::this_thread::get_id());
+        team.progress().advance();
+    });
+    EXPECT_EQ(threads, std::vector<std::thread::id>(3, std::this_thread::get_id()));
+    EXPECT_EQ(calls.values.back(), 1.0);
+    EXPECT_EQ(_mm_getcsr() & 0x8040u, own & 0x8040u);
+}
+
+TEST(Team, TheHostCancelsWorkOnTheCallingThread) {
+    const RefusedThreads refused(0);
+    Calls calls;
+    calls.cancelAt = 3;
+    Team team(2, calls.host());
+    int runs = 0;
+    EXPECT_THROW(team.forEach(10, [&](std::size_t, int) { ++runs; }), Failure);
+    EXPECT_EQ(runs, 2);
 }
 
 TEST(Team, RethrowsTheFailureOfAPieceAndStartsNoFurtherPiece) {

@@ -1,5 +1,5 @@
-/* Loads the library that the command line names, restores a picture with all stages, and unloads the
- * library. Succeeds if the library is gone then. */
+/* Loads the library that the command line names, restores a picture with all stages, and unloads
+ * the library. Succeeds if the library is gone then. */
 #include "velorn.h"
 
 #include <dlfcn.h>
@@ -9,9 +9,8 @@
 typedef VelornStatus MakeKernel(int32_t, float, float, VelornKernel**);
 typedef void FreeKernel(VelornKernel*);
 typedef VelornStatus RestoreDefaults(VelornRestoreSettings*);
-typedef VelornStatus Restore(const VelornPicture*, const VelornPicture*,
-                             const VelornKernel* const*, int32_t, const VelornRestoreSettings*,
-                             VelornRestoreReport*);
+typedef VelornStatus Restore(const VelornPicture*, const VelornPicture*, const VelornKernel* const*,
+                             int32_t, const VelornRestoreSettings*, VelornRestoreReport*);
 
 enum { kSide = 200 };
 static unsigned char samples[kSide * kSide];
