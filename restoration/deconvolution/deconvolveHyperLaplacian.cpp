@@ -15,6 +15,10 @@ namespace {
 
 constexpr int kGroupRows = vel::RealFft2D::kLanes; // rows that the transform takes at a time
 
+/// The first pass that replaces unknown pixels; the last one does not need to. Replacements in
+/// earlier passes change the estimate by less than it is wrong.
+constexpr int kFirstReplacement = 3;
+
 /// One deconvolution: its planes, its scratch and the steps of a pass.
 class Passes {
 public:
@@ -120,7 +124,7 @@ void deconvolveHyperLaplacian(Plane& y, const Mask* known, const BlurSpectrum& b
         const vel::ShrinkCurve curve(vel::storedShrink(level, exponent));
         const auto gamma = static_cast<float>(beta / static_cast<double>(prior.strength));
         passes.transformAdjoint(level == 0 ? y : x, curve);
-        if (known != nullptr && level + 1 < vel::kShrinkLevels) {
+        if (known != nullptr && level >= kFirstReplacement && level + 1 < vel::kShrinkLevels) {
             passes.divideAndReplace(gamma, *known, y);
             passes.transformObserved(y);
         } else {
