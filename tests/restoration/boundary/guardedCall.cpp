@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 #include <new>
+#include <opencv2/core.hpp>
 #include <system_error>
 
 namespace restoration {
@@ -24,6 +25,8 @@ TEST(GuardedCall, FailuresHaveTheirStatusAndMessage) {
 TEST(GuardedCall, MissingMemoryHasItsStatus) {
     expectStatus(std::bad_alloc(), VELORN_STATUS_OUT_OF_MEMORY, "out of memory");
     expectStatus(std::bad_array_new_length(), VELORN_STATUS_OUT_OF_MEMORY, "out of memory");
+    expectStatus(cv::Exception(cv::Error::StsNoMem, "no bytes", "", "", 0),
+                 VELORN_STATUS_OUT_OF_MEMORY, "out of memory");
 }
 
 TEST(GuardedCall, OtherExceptionsAreDefects) {
