@@ -1,17 +1,17 @@
-// Measures the blind search for kernels: blurs sharp pictures, restores them as `velorn deblur
-// --blind` does, and compares kernels and results with the truth.
+// Measures the blind search for kernels: blurs sharp pictures, finds the kernels, restores the
+// pictures with them and with the true ones, and compares. Blurs and pictures form two halves:
+// settings are tuned on one, and the other shows what they are worth.
+#include "BlurFamilies.h"
 #include "hosts/command/arguments/ArgumentParser.h"
-#include "hosts/command/blind/BlindKernel.h"
-#include "hosts/command/commands/DeblurOptions.h"
-#include "hosts/command/restoration/DefaultStrength.h"
-#include "hosts/command/restoration/FramedRestoration.h"
-#include "hosts/command/restoration/NoiseLevel.h"
 #include "hosts/command/terminal/Failure.h"
 #include "KernelLikeness.h"
-#include "SampleBlurs.h"
+#include "KernelSearches.h"
+#include "Restored.h"
 #include "SamplePictures.h"
 
-#include <array>
+#include <algorithm>
+#include <chrono>
+#include <cmath>
 #include <iomanip>
 #include <iostream>
 #include <optional>
@@ -22,66 +22,56 @@ using namespace velorn;
 using namespace velorn::tools;
 
 constexpr std::uint32_t kSeed = 11;
+constexpr int kWidth = 600;
+constexpr int kHeight = 500;
 
 /// Settings of the study.
 struct Study {
-    BlindSettings blind;
-    /// Strength of the restorations with a found kernel; 0 uses the host's default.
-    float lambda = 0.0f;
-    std::vector<double> noises{0.5, 2.0};
+    bool isEarlier = false;
+    bool isShort = false;
+    std::vector<double> noises{0.5, 1.0, 2.0};
 };
 
-/// The results for one blurred picture, in decibels.
+/// The results for one blurred picture, in decibels; those of restorations after the best shift by
+/// whole pixels.
 struct Trial {
     double blurred = 0.0;
     double blind = 0.0;
-    /// `blind` after the best shift by whole pixels.
-    double moved = 0.0;
+    double inPlace = 0.0;
     double known = 0.0;
     double likeness = 0.0;
+    double seconds = 0.0;
     bool isWarned = false;
 
-    double gain() const { return moved - blurred; }
+    double gain() const { return blind - blurred; }
+    double possibleGain() const { return known - blurred; }
+    /// Squared error over that of the restoration with the true kernel.
+    double errorRatio() const { return std::pow(10.0, (known - blind) / 10.0); }
+    bool isWorse() const { return gain() < 0.0; }
 };
-
-RestorationSettings settingsFor(float strength) {
-    RestorationSettings settings;
-    settings.lambda = strength;
-    return settings;
-}
-
-RgbPixels restored(const RgbPixels& pixels, const BlurKernel& kernel,
-                   const RestorationSettings& settings) {
-    return restoreInFrame(pixels, kernel, settings, DeblurOptions().framePasses,
-                          [](int, int) { return true; });
-}
-
-/// Empty when the picture has too few edges.
-std::optional<BlindKernel> foundIn(const RgbPixels& pixels, const BlindSettings& blind) {
-    try {
-        return findKernel(pixels, blind, [](int, int) { return true; });
-    } catch (const Failure&) {
-        return std::nullopt;
-    }
-}
 
 std::optional<Trial> runTrial(const Photograph& photograph, const BlurKernel& truth,
                               const Study& study) {
-    const double noise = noiseLevel(photograph.taken);
-    const RestorationSettings settings =
-        settingsFor(study.lambda > 0.0f ? study.lambda : blindStrength(noise));
-    const auto found = foundIn(photograph.taken, study.blind);
+    const auto start = std::chrono::steady_clock::now();
+    const auto found =
+        study.isEarlier ? earlierSearch(photograph.taken, std::max(truth.width, truth.height) | 1)
+                        : librarySearch(photograph.taken);
+    const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start;
     if (!found) {
         return std::nullopt;
     }
-    const RgbPixels blind = restored(photograph.taken, found->kernel, settings);
-    const RgbPixels known = restored(photograph.taken, truth, settingsFor(defaultStrength(noise)));
-    return Trial{photograph.decibels(),
-                 photograph.decibelsOf(blind),
-                 photograph.decibelsWhenMoved(blind),
-                 photograph.decibelsOf(known),
-                 likenessEitherWay(found->kernel, truth),
-                 !found->isHelpful};
+    const RgbPixels blind = restoredWith(photograph.taken, found->kernel, true);
+    Trial trial;
+    trial.blurred = photograph.decibels();
+    trial.blind = photograph.decibelsWhenMoved(blind);
+    trial.inPlace = photograph.decibelsOf(blind);
+    trial.known = truth.width == 1
+                      ? trial.blurred
+                      : photograph.decibelsWhenMoved(restoredWith(photograph.taken, truth, false));
+    trial.likeness = likeness(found->kernel, truth);
+    trial.seconds = time.count();
+    trial.isWarned = !found->isTrusted;
+    return trial;
 }
 
 /// Counts and means over trials.
@@ -89,73 +79,133 @@ class Summary {
 public:
     void count(const Trial& trial) {
         ++m_trials;
-        m_inPlace += trial.blind - trial.blurred;
         m_gain += trial.gain();
-        m_known += trial.known - trial.blurred;
+        m_inPlace += trial.inPlace - trial.blurred;
+        m_possible += trial.possibleGain();
         m_likeness += trial.likeness;
-        ++(trial.gain() < 0.0 ? trial.isWarned ? m_worseWarned : m_worseUnwarned
-           : trial.isWarned   ? m_betterWarned
-                              : m_betterUnwarned);
+        m_seconds += trial.seconds;
+        m_withinTwo += trial.errorRatio() <= 2.0 ? 1 : 0;
+        m_withinThree += trial.errorRatio() <= 3.0 ? 1 : 0;
+        m_worse += trial.isWorse() ? 1 : 0;
+        m_worseWarned += trial.isWorse() && trial.isWarned ? 1 : 0;
+        m_falselyWarned += !trial.isWorse() && trial.isWarned ? 1 : 0;
+    }
+    void countFailure() { ++m_failures; }
+
+    static void printHeading() {
+        std::cout
+            << "| blur | cases | likeness | gain dB | in place | gain known | share | error "
+               "ratio at most 2 | at most 3 | worse | of these warned | warned, better | not "
+               "found | seconds |\n|---|---|---|---|---|---|---|---|---|---|---|---|---|---|\n";
     }
 
     void print(const std::string& name) const {
-        std::cout << "| " << name << " | " << m_trials << " | " << std::setprecision(3)
-                  << m_likeness / m_trials << " | " << std::setprecision(2) << m_inPlace / m_trials
-                  << " | " << m_gain / m_trials << " | " << m_known / m_trials << " | "
-                  << m_betterUnwarned << " | " << m_betterWarned << " | " << m_worseWarned << " | "
-                  << m_worseUnwarned << " |\n";
+        const double trials = std::max(m_trials, 1);
+        const auto percent = [&](int count) { return std::lround(100.0 * count / trials); };
+        std::cout << std::fixed << "| " << name << " | " << m_trials << " | "
+                  << std::setprecision(2) << m_likeness / trials << " | " << m_gain / trials
+                  << " | " << m_inPlace / trials << " | " << m_possible / trials << " | ";
+        if (m_possible > 0.0) {
+            std::cout << m_gain / m_possible;
+        }
+        std::cout << " | " << percent(m_withinTwo) << " % | " << percent(m_withinThree) << " % | "
+                  << m_worse << " | " << m_worseWarned << " | " << m_falselyWarned << " | "
+                  << m_failures << " | " << m_seconds / trials << " |\n";
     }
 
 private:
     int m_trials = 0;
-    int m_betterUnwarned = 0;
-    int m_betterWarned = 0;
+    int m_failures = 0;
+    int m_withinTwo = 0;
+    int m_withinThree = 0;
+    int m_worse = 0;
     int m_worseWarned = 0;
-    int m_worseUnwarned = 0;
-    double m_inPlace = 0.0;
+    int m_falselyWarned = 0;
     double m_gain = 0.0;
-    double m_known = 0.0;
+    double m_inPlace = 0.0;
+    double m_possible = 0.0;
     double m_likeness = 0.0;
+    double m_seconds = 0.0;
 };
 
-void printTrial(const Trial& trial) {
-    std::cout << std::setprecision(3) << trial.likeness << " | " << std::setprecision(2)
-              << trial.blurred << " | " << trial.blind << " | " << trial.moved << " | "
-              << trial.known << " | " << (trial.isWarned ? "yes" : "") << " |" << std::endl;
+/// Summaries in the order in which their names are first met.
+class Summaries {
+public:
+    Summary& of(const std::string& name) {
+        const auto found = std::ranges::find(m_named, name, &Named::first);
+        return found != m_named.end() ? found->second
+                                      : m_named.emplace_back(name, Summary()).second;
+    }
+
+    void print() const {
+        for (const auto& [name, summary] : m_named) {
+            summary.print(name);
+        }
+    }
+
+private:
+    using Named = std::pair<std::string, Summary>;
+    std::vector<Named> m_named;
+};
+
+void printTrial(const std::string& picture, const std::string& blur, double noise,
+                const std::optional<Trial>& trial) {
+    std::cout << std::fixed << "| " << picture << " | " << blur << " | " << std::setprecision(1)
+              << noise << " | ";
+    if (!trial) {
+        std::cout << "not found |||||" << std::endl;
+        return;
+    }
+    std::cout << std::setprecision(2) << trial->likeness << " | " << trial->blurred << " | "
+              << trial->blind << " | " << trial->known << " | " << (trial->isWarned ? "yes" : "")
+              << " |" << std::endl;
 }
 
-void run(const std::vector<NamedPicture>& pictures, const Study& study) {
-    std::cout << "| picture | blur | noise | likeness | blurred dB | blind dB | moved dB | "
-                 "known dB | warned |\n|---|---|---|---|---|---|---|---|---|\n"
-              << std::fixed;
-    const std::vector<NamedBlur> blurs = studiedBlurs();
-    std::vector<Summary> byBlur(blurs.size());
+void runHalf(int half, const std::vector<NamedPicture>& pictures, const Study& study) {
+    std::cout
+        << "\n| picture | blur | noise | likeness | blurred dB | blind dB | known dB | warned "
+           "|\n|---|---|---|---|---|---|---|---|\n";
+    Summaries byFamily;
+    Summaries byPicture;
     Summary all;
-    for (const NamedPicture& picture : pictures) {
-        for (std::size_t i = 0; i < blurs.size(); ++i) {
-            for (const double noise : study.noises) {
-                const Photograph photograph =
-                    photographOf(picture.colours, blurs[i].kernel, noise, kSeed);
-                std::cout << "| " << picture.name << " | " << blurs[i].name << " | "
-                          << std::setprecision(1) << noise << " | ";
-                const auto trial = runTrial(photograph, blurs[i].kernel, study);
-                if (!trial) {
-                    std::cout << "too few edges ||||||" << std::endl;
-                    continue;
+    const std::vector<FamilyBlur> blurs = blurFamilies(half);
+    for (std::size_t p = static_cast<std::size_t>(half); p < pictures.size(); p += 2) {
+        for (std::size_t b = 0; b < blurs.size(); ++b) {
+            if (study.isShort && (b + p / 2) % 3 != 0) {
+                continue;
+            }
+            const auto& [family, blur] = blurs[b];
+            const double noise = study.noises[(b / 3 + p) % study.noises.size()];
+            const Photograph photograph =
+                photographOf(pictures[p].colours, blur.kernel, noise, kSeed);
+            const auto trial = runTrial(photograph, blur.kernel, study);
+            printTrial(pictures[p].name, blur.name, noise, trial);
+            for (Summary* summary : {&byFamily.of(family), &byPicture.of(pictures[p].name)}) {
+                if (trial) {
+                    summary->count(*trial);
+                } else {
+                    summary->countFailure();
                 }
-                printTrial(*trial);
-                byBlur[i].count(*trial);
+            }
+            if (trial && family != "none") {
                 all.count(*trial);
             }
         }
     }
-    std::cout << "\n| blur | trials | mean likeness | gain dB | gain moved | gain known | better "
-                 "| better, warned | worse, warned | worse "
-                 "|\n|---|---|---|---|---|---|---|---|---|---|\n";
-    for (std::size_t i = 0; i < blurs.size(); ++i) {
-        byBlur[i].print(blurs[i].name);
-    }
-    all.print("all");
+    std::cout << "\nHalf " << half << "\n\n";
+    Summary::printHeading();
+    byFamily.print();
+    all.print("all blurred");
+    byPicture.print();
+}
+
+/// The middle of a picture, at most as large as the drawn views.
+NamedPicture cropped(const NamedPicture& picture) {
+    const int width = std::min(picture.colours.cols, kWidth);
+    const int height = std::min(picture.colours.rows, kHeight);
+    const cv::Rect middle((picture.colours.cols - width) / 2, (picture.colours.rows - height) / 2,
+                          width, height);
+    return {picture.name, picture.colours(middle).clone()};
 }
 
 } // namespace
@@ -165,26 +215,27 @@ int main(int argc, char** argv) {
                           "Measures the blind search for kernels on pictures with known blurs.");
     std::vector<std::string> files;
     Study study;
-    int side = 15;
-    parser.add("PICTURES", files, "Further sharp photographs, NAME=FILE");
-    parser.add("--size", side, "Side of the estimated kernels").showDefault();
-    parser.add("--strength", study.blind.strength, "As for 'velorn estimate'").showDefault();
-    parser.add("--part", study.blind.partSide, "Side of the part that kernels are estimated from")
-        .showDefault();
+    int half = -1;
+    parser.add("PICTURES", files,
+               "Further sharp photographs, NAME=FILE; every second one belongs to half 0");
+    parser.add("--earlier", study.isEarlier,
+               "Measure the search through ornBlurEstimate, told the true size");
+    parser.add("--short", study.isShort, "A third of the cases");
+    parser.add("--half", half, "0 to tune on, 1 to measure on, -1 for both").showDefault();
     parser
-        .add("--lambda", study.lambda,
-             "Strength of restorations with an estimated kernel; 0: the host's default")
-        .showDefault();
-    parser.add("--noise", study.noises, "Standard deviations of the noise, in levels of 255")
+        .add("--noise", study.noises, "Standard deviations of the noise, in levels of 255, in turn")
         .commaSeparated();
     try {
         if (!parser.parse({argv + 1, argv + argc}, std::cout)) {
             return 0;
         }
-        study.blind.size = {side, side};
-        std::vector<NamedPicture> pictures = drawnViews(600, 500);
-        std::ranges::move(picturesFrom(files), std::back_inserter(pictures));
-        run(pictures, study);
+        std::vector<NamedPicture> pictures = drawnViews(kWidth, kHeight);
+        std::ranges::transform(picturesFrom(files), std::back_inserter(pictures), cropped);
+        for (const int each : {0, 1}) {
+            if (half == -1 || half == each) {
+                runHalf(each, pictures, study);
+            }
+        }
         return 0;
     } catch (const std::exception& failure) {
         std::cerr << "studyBlind: " << failure.what() << '\n';

@@ -4,7 +4,10 @@
 #include "restoration/blind/LatentGradients.h"
 #include "restoration/blind/pyramid.h"
 #include "restoration/blind/SquareTransform.h"
-#include "restoration/blind/trialRestoration.h"
+#include "restoration/deconvolution/BlurSpectrum.h"
+#include "restoration/deconvolution/deconvolveHyperLaplacian.h"
+#include "restoration/deconvolution/TileScratch.h"
+#include "restoration/deconvolution/tileTransforms.h"
 
 #include <algorithm>
 #include <cmath>
@@ -17,6 +20,7 @@ constexpr double kLevels = 255.0;
 /// Pixels at the rim of the picture that gradients are not taken from, for the sum of their roots.
 constexpr int kRim = 12;
 constexpr float kEdgeLambda = 1e-3f;
+constexpr HyperLaplacian kPrior{3000.0f, 0.5f};
 
 /// The mean of `value(x, y)` over the picture without a margin; 0 for an empty one.
 template <class Value>
@@ -52,6 +56,24 @@ Plane copyOf(const Plane& plane) {
     return copy;
 }
 
+Kernel singlePrecision(const SquareKernel& kernel) {
+    return {kernel.side, kernel.side, {kernel.values.begin(), kernel.values.end()}, true};
+}
+
+/// The cyclic convolution of `plane` with the kernel of `blur`.
+void blurAgain(const BlurSpectrum& blur, const Plane& plane, Plane& result, TileScratch& scratch,
+               const Cancellation& cancellation) {
+    const vel::RealFft2D& fft = blur.fft();
+    float* spectrum = scratch.spectrum(fft, 0);
+    forwardRows(fft, plane, spectrum, scratch.rowMemory(fft), cancellation);
+    forEachBlock(fft, cancellation, [&](int block, std::size_t offset) {
+        fft.forwardColumns(spectrum + offset, block);
+        blur.blur(block, spectrum + offset, spectrum + offset);
+        fft.inverseColumns(spectrum + offset, block);
+    });
+    inverseRows(fft, spectrum, result, scratch.rowMemory(fft), cancellation);
+}
+
 } // namespace
 
 KernelScorer::KernelScorer(const Plane& picture, int largestRadius,
@@ -62,10 +84,13 @@ KernelScorer::KernelScorer(const Plane& picture, int largestRadius,
           cancellation)) {}
 
 KernelScore KernelScorer::of(const SquareKernel& kernel, const Cancellation& cancellation) const {
-    SquareTransform transform(side(), cancellation);
-    const Plane restored = trialRestoration(transform, m_wrapped, kernel);
-    cancellation.check();
-    const Plane again = blurredCyclically(transform, restored, kernel);
+    const BlurSpectrum blur(singlePrecision(kernel), side());
+    TileScratch scratch(side());
+    Plane picture = copyOf(m_wrapped);
+    Plane restored(side(), side());
+    deconvolveHyperLaplacian(picture, nullptr, blur, kPrior, restored, scratch, cancellation);
+    Plane again(side(), side());
+    blurAgain(blur, restored, again, scratch, cancellation);
     KernelScore score;
     score.residual = meanInside(m_width, m_height, kernel.radius() + 4, [&](int x, int y) {
         const double difference =
@@ -76,6 +101,7 @@ KernelScore KernelScorer::of(const SquareKernel& kernel, const Cancellation& can
     constexpr double kLeast = 1e-9;
     const double sparsity = (meanRootOfSteps(restored, m_width, m_height) + kLeast) /
                             (meanRootOfSteps(m_wrapped, m_width, m_height) + kLeast);
+    SquareTransform transform(side(), cancellation);
     LatentGradients gradients(transform, copyOf(m_wrapped), m_width, m_height);
     const double edges = static_cast<double>(gradients.find(kernel, kEdgeLambda)) /
                          (static_cast<double>(m_width) * m_height);

@@ -7,6 +7,8 @@
 #include "restoration/planes/luminanceChroma.h"
 
 #include <algorithm>
+#include <array>
+#include <span>
 #include <utility>
 
 namespace restoration {
@@ -39,6 +41,7 @@ FinishedTile TileRestorer::restore(const PlannedTile& planned, const Rect& regio
         m_progress.advance(m_tile.planes.size());
     } else {
         deconvolve();
+        toDisplay();
     }
     sharpen();
     FinishedTile finished = cut(planned, intersection(planned.kept(), region));
@@ -84,6 +87,31 @@ void TileRestorer::deconvolvePlane(std::size_t i) {
         std::swap(plane, m_limited);
     } else {
         std::swap(plane, m_restored);
+    }
+}
+
+/// Turns light into the values that the result stores.
+void TileRestorer::toDisplay() {
+    const ToneCurves* light = m_plan.loader.rules().light;
+    if (light == nullptr) {
+        return;
+    }
+    const auto columns = static_cast<std::size_t>(m_tile.window.width);
+    for (int y = 0; y < m_tile.window.height; ++y) {
+        m_cancellation.check();
+        std::array<std::span<float>, 4> rows;
+        for (std::size_t i = 0; i < m_tile.planes.size(); ++i) {
+            rows[i] = {m_tile.planes[i].row(y), columns};
+        }
+        if (m_plan.loader.rules().layout == PlaneLayout::LuminanceChroma) {
+            fromLuminanceChroma(rows[0], rows[1], rows[2]);
+        }
+        for (std::size_t i = 0; i < m_tile.planes.size(); ++i) {
+            light->of(i).toDisplay(rows[i]);
+        }
+        if (m_plan.loader.rules().layout == PlaneLayout::LuminanceChroma) {
+            toLuminanceChroma(rows[0], rows[1], rows[2]);
+        }
     }
 }
 

@@ -31,6 +31,7 @@ public:
 private:
     void deconvolve();
     void deconvolvePlane(std::size_t i);
+    void toDisplay();
     void sharpen();
     bool isChroma(std::size_t i) const noexcept;
     FinishedTile cut(const PlannedTile& planned, const Rect& part) const;

@@ -12,6 +12,7 @@
 #include <chrono>
 #include <cstddef>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace restoration {
@@ -94,7 +95,6 @@ VelornRestoreReport restorePicture(const VelornPicture& source, const VelornPict
     const TileGrid grid = planGrid(source.width, source.height, kernelSide);
     const Rect region = rectOf(settings.region);
     const std::vector<PlannedTile> tiles = grid.touching(region);
-    const PictureBuffer result(target);
 
     Team team(settings.threads, {settings.progress, settings.userData});
     team.progress().beginPhase(kAnalysisShare, 1);
@@ -105,10 +105,16 @@ VelornRestoreReport restorePicture(const VelornPicture& source, const VelornPict
 
     const Stopwatch restoring;
     const TileLoader loader(picture, grid.side(), {layout, settings.continueFrame != 0});
-    const RestorationPlan plan(loader, kernels, choices, settings);
-    restoreTiles(plan, tiles, region, result.picture(), team);
+    std::optional<RestorationPlan> plan;
+    std::optional<PictureBuffer> result;
+    // Large kernels and pictures take their time here, too: the host hears from the call meanwhile.
+    team.run([&] {
+        plan.emplace(loader, kernels, choices, settings);
+        result.emplace(target);
+    });
+    restoreTiles(*plan, tiles, region, result->picture(), team);
     team.finish();
-    result.copyTo(target);
+    result->copyTo(target);
     report.tiles = static_cast<std::int32_t>(tiles.size());
     report.secondsTiles = restoring.seconds();
     report.secondsTotal = total.seconds();

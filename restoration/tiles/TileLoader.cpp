@@ -49,17 +49,29 @@ void TileLoader::load(const Rect& window, Tile& tile) const {
     tile.window = window;
     const Rect inside = intersection(window, {0, 0, m_picture.width(), m_picture.height()});
     for (int y = inside.y; y < inside.bottom(); ++y) {
-        loadRow(y, inside, tile);
+        readRow(y, inside, tile);
+    }
+    markKnownPixels(inside, tile);
+    for (int y = inside.y; y < inside.bottom(); ++y) {
+        finishRow(y, inside, tile);
     }
     for (Plane& plane : tile.planes) {
         repeatEndRows(plane, inside.y - window.y, inside.bottom() - window.y, window.height);
         joinEdges(plane, window.width, window.height);
     }
+}
 
+void TileLoader::markKnownPixels(const Rect& inside, Tile& tile) const {
+    const Rect& window = tile.window;
+    const auto inTile = [&window](const Rect& part) {
+        return Rect{part.x - window.x, part.y - window.y, part.width, part.height};
+    };
     tile.isIncomplete = m_rules.isBeyondUnknown && inside != window;
-    const Rect known = m_rules.isBeyondUnknown ? inside : window;
-    markKnown(tile.known, m_side,
-              {known.x - window.x, known.y - window.y, known.width, known.height});
+    markKnown(tile.known, m_side, inTile(m_rules.isBeyondUnknown ? inside : window));
+    if (m_rules.clipping != nullptr &&
+        m_rules.clipping->mark(tile.planes, inTile(inside), tile.known)) {
+        tile.isIncomplete = true;
+    }
 }
 
 void TileLoader::allocate(Tile& tile) const {
@@ -73,18 +85,30 @@ void TileLoader::allocate(Tile& tile) const {
     }
 }
 
-void TileLoader::loadRow(int y, const Rect& inside, Tile& tile) const {
+/// Reads a row as channels.
+void TileLoader::readRow(int y, const Rect& inside, Tile& tile) const {
+    const std::size_t count = tile.planes.size();
+    const auto pixels = static_cast<std::size_t>(inside.width);
+    std::array<float*, 4> targets{};
+    for (std::size_t i = 0; i < count; ++i) {
+        targets[i] = tile.planes[i].row(y - tile.window.y) + inside.x - tile.window.x;
+    }
+    m_picture.readRow(y, inside.x, inside.width, std::span(targets.data(), count));
+    for (std::size_t i = 0; i < count && m_rules.light != nullptr; ++i) {
+        m_rules.light->of(i).toLight({targets[i], pixels});
+    }
+}
+
+/// Turns the channels of a row into the planes of the tile and continues them to both sides.
+void TileLoader::finishRow(int y, const Rect& inside, Tile& tile) const {
     const std::size_t count = tile.planes.size();
     const auto begin = static_cast<std::size_t>(inside.x - tile.window.x);
     const auto pixels = static_cast<std::size_t>(inside.width);
     std::array<std::span<float>, 4> rows;
-    std::array<float*, 4> targets{};
     for (std::size_t i = 0; i < count; ++i) {
         rows[i] = {tile.planes[i].row(y - tile.window.y),
                    static_cast<std::size_t>(tile.window.width)};
-        targets[i] = rows[i].data() + begin;
     }
-    m_picture.readRow(y, inside.x, inside.width, std::span(targets.data(), count));
     if (m_rules.layout == PlaneLayout::LuminanceChroma) {
         toLuminanceChroma(rows[0].subspan(begin, pixels), rows[1].subspan(begin, pixels),
                           rows[2].subspan(begin, pixels));

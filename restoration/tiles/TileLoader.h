@@ -1,5 +1,7 @@
 #pragma once
 
+#include "restoration/clipping/PictureClipping.h"
+#include "restoration/light/ToneCurves.h"
 #include "restoration/pictures/PictureReader.h"
 #include "restoration/tiles/Tile.h"
 
@@ -17,6 +19,12 @@ struct LoadRules {
     /// Pixels beyond the picture repeat its border. Unknown: they are a first estimate. Otherwise
     /// they count as known.
     bool isBeyondUnknown = true;
+    /// The curves to undo; null: planes hold the values that the picture stores. Outlive the
+    /// loader.
+    const ToneCurves* light = nullptr;
+    /// Finds clipped pixels, which are unknown; null: all pixels of the picture are known. Outlives
+    /// the loader.
+    const PictureClipping* clipping = nullptr;
 };
 
 /// Loads tiles of a picture. Const functions may run on any number of threads.
@@ -37,7 +45,9 @@ public:
 
 private:
     void allocate(Tile& tile) const;
-    void loadRow(int y, const Rect& inside, Tile& tile) const;
+    void readRow(int y, const Rect& inside, Tile& tile) const;
+    void finishRow(int y, const Rect& inside, Tile& tile) const;
+    void markKnownPixels(const Rect& inside, Tile& tile) const;
 
     PictureReader m_picture;
     int m_side;

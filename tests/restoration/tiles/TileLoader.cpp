@@ -4,6 +4,7 @@
 #include "tests/restoration/tiles/madePicture.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <gtest/gtest.h>
 
 namespace restoration {
@@ -89,6 +90,50 @@ TEST(TileLoader, ATileThatIsLoadedAgainForgetsItsLastWindow) {
         EXPECT_TRUE(
             std::equal(used.planes[0].row(y), used.planes[0].row(y) + 40, fresh.planes[0].row(y)));
     }
+}
+
+TEST(TileLoader, LightIsLoadedThroughTheCurvesOfTheChannels) {
+    const MadePicture made(40, 30, 3);
+    const ToneCurves curves;
+    LoadRules rules;
+    rules.light = &curves;
+    Tile tile;
+    TileLoader(PictureReader(made.picture()), kSide, rules).load({4, 3, 30, 20}, tile);
+    for (int c = 0; c < 3; ++c) {
+        const float light = curves.of(static_cast<std::size_t>(c)).light(made.at(4 + 11, 3 + 7, c));
+        EXPECT_EQ(tile.planes[static_cast<std::size_t>(c)].row(7)[11], light);
+    }
+
+    // Luminance is that of the light.
+    rules.layout = PlaneLayout::LuminanceChroma;
+    TileLoader(PictureReader(made.picture()), kSide, rules).load({4, 3, 30, 20}, tile);
+    const float luminance = 0.299f * curves.of(0).light(made.at(15, 10, 0)) +
+                            0.587f * curves.of(1).light(made.at(15, 10, 1)) +
+                            0.114f * curves.of(2).light(made.at(15, 10, 2));
+    EXPECT_NEAR(tile.planes[0].row(7)[11], luminance, 1e-6f);
+}
+
+TEST(TileLoader, PixelsThatOneChannelClippedAreUnknown) {
+    MadePicture made(40, 30, 3);
+    auto* samples = static_cast<std::uint8_t*>(made.picture().data);
+    samples[(22 * 40 + 20) * 3 + 1] = 255; // a white pixel beside darker ones
+    const Kernel kernel{3, 3, std::vector<float>(9, 1.0f / 9.0f)};
+    const Kernel* kernels[] = {&kernel};
+    const PictureClipping clipping({0.998f, 1.0f}, kernels, 3, {}, nullptr);
+    LoadRules rules{PlaneLayout::LuminanceChroma, true};
+    Tile tile;
+    TileLoader(PictureReader(made.picture()), kSide, rules).load({5, 5, 30, 20}, tile);
+    EXPECT_FALSE(tile.isIncomplete);
+    EXPECT_EQ(tile.known.row(17)[15], 1);
+
+    rules.clipping = &clipping;
+    TileLoader(PictureReader(made.picture()), kSide, rules).load({5, 5, 30, 20}, tile);
+    EXPECT_TRUE(tile.isIncomplete);
+    EXPECT_EQ(tile.known.row(17)[15], 0);
+    EXPECT_EQ(tile.known.row(19)[16], 0);
+    EXPECT_EQ(tile.known.row(17)[18], 1);
+    TileLoader(PictureReader(made.picture()), kSide, rules).load({21, 0, 19, 30}, tile);
+    EXPECT_EQ(tile.known.row(22)[0], 1) << "the pixel lies beyond the window";
 }
 
 } // namespace
