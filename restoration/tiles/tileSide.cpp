@@ -8,10 +8,10 @@
 namespace restoration {
 namespace {
 
-/// Time that a transform takes for a pixel, in units of that for the smallest tile, by the binary
-/// logarithm of the side above the smallest one. Measured on one thread; larger tiles leave the
-/// caches.
-constexpr std::array<double, 6> kCostOfPixel = {1.0, 1.05, 1.19, 1.64, 3.0, 3.1};
+/// Time that taper and deconvolution take for a pixel, in units of that for the smallest tile, by
+/// the binary logarithm of the side above the smallest one. Measured on one thread; larger tiles
+/// leave the caches.
+constexpr std::array<double, 6> kCostOfPixel = {1.0, 1.04, 1.15, 1.56, 2.0, 2.03};
 
 /// Tiles along an axis of `length` pixels; 0 when the tile is too small for the kernel.
 int tilesAlong(int length, int side, int kernelSide) {
