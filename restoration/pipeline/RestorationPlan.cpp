@@ -1,21 +1,26 @@
 #include "restoration/pipeline/RestorationPlan.h"
 
+#include "restoration/pipeline/measureBehindBlur.h"
+
 #include <cstddef>
 
 namespace restoration {
 
+/// The noise that counts for the second pass is that at the frequencies which it amplifies.
 void RestorationPlan::planSecondPasses(std::span<const Kernel* const> kernels) {
-    const int colours = loader.picture().colours();
-    const bool hasOnePlane = colours == 1 || loader.rules().layout == PlaneLayout::LuminanceChroma;
     if (kernels.empty()) {
         return;
     }
-    if (hasOnePlane) {
-        secondPasses.emplace_back(*kernels[0], choices.noise.luminance);
-        return;
-    }
-    for (std::size_t i = 0; i < static_cast<std::size_t>(colours); ++i) {
-        secondPasses.emplace_back(*kernels[kernels.size() > 1 ? i : 0], choices.noise.channels[i]);
+    const bool hasChroma = loader.rules().layout == PlaneLayout::LuminanceChroma;
+    const std::size_t planes = hasChroma ? 1 : static_cast<std::size_t>(loader.picture().colours());
+    const std::vector<Patch> patches = noisePatches(loader);
+    for (std::size_t i = 0; i < planes; ++i) {
+        const Kernel& kernel = *kernels[kernels.size() > 1 ? i : 0];
+        float noise = planes == 1 ? choices.noise.luminance : choices.noise.channels[i];
+        if (settings.noise < 0.0f) {
+            noise = measureBehindBlur(patches, i, kernel).value_or(noise);
+        }
+        secondPasses.emplace_back(kernel, noise);
     }
 }
 
