@@ -8,10 +8,12 @@
 namespace restoration {
 namespace {
 
-/// Time that taper and deconvolution take for a pixel, in units of that for the smallest tile, by
-/// the binary logarithm of the side above the smallest one. Measured on one thread; larger tiles
-/// leave the caches.
-constexpr std::array<double, 6> kCostOfPixel = {1.0, 1.04, 1.15, 1.56, 2.0, 2.03};
+/// The cost of a pixel by the binary logarithm of the side above the smallest one: the time that
+/// taper and deconvolution take on one thread, in units of that for the smallest tile, because
+/// larger tiles leave the caches. From 2048 on the times are 2.0; these sides count more, because
+/// few large tiles keep few threads busy, take much memory, and make a small region of a picture
+/// expensive.
+constexpr std::array<double, 6> kCostOfPixel = {1.0, 1.04, 1.15, 1.56, 3.0, 5.0};
 
 /// Tiles along an axis of `length` pixels; 0 when the tile is too small for the kernel.
 int tilesAlong(int length, int side, int kernelSide) {

@@ -21,12 +21,17 @@ TEST(TileSide, SmallPictureIsOneTileWithItsRing) {
 
 TEST(TileSide, GrowsWithTheKernel) {
     int side = 0;
-    for (int kernelSide = 1; kernelSide <= 511; ++kernelSide) {
+    for (const int kernelSide : {1, 25, 101, 201, 511}) {
         const int next = tileSideFor(kernelSide, 100000, 100000);
         EXPECT_GE(next, side) << kernelSide;
         side = next;
     }
     EXPECT_GT(side, tileSideFor(1, 100000, 100000));
+}
+
+TEST(TileSide, LargePictureIsNotOneHugeTile) {
+    EXPECT_LE(tileSideFor(65, 6000, 4000), 1024);
+    EXPECT_LE(tileSideFor(201, 6000, 4000), 2048);
 }
 
 TEST(TileSide, LongNarrowPictureIsCutAlongItsLongAxisOnly) {
