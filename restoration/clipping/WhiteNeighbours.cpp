@@ -37,8 +37,10 @@ std::vector<Weights> overlap(const Kernel& kernel, int dx, int dy) {
 }
 
 double leastValue(std::vector<Weights> weights, double tolerance) {
-    std::stable_sort(weights.begin(), weights.end(), [](const Weights& a, const Weights& b) {
-        return a.there * b.here > b.there * a.here;
+    std::sort(weights.begin(), weights.end(), [](const Weights& a, const Weights& b) {
+        const double first = a.there * b.here;
+        const double second = b.there * a.here;
+        return first != second ? first > second : a.here > b.here;
     });
     double value = 0.0;
     for (const Weights& weight : weights) {

@@ -1,29 +1,9 @@
 #include "restoration/pipeline/chooseSettings.h"
 
-#include "restoration/noise/measureNoise.h"
-
 #include <algorithm>
 
 namespace restoration {
 namespace {
-
-/// The measured noise; the host's value replaces that of the luminance.
-NoiseLevels noiseOf(const PictureReader& picture, const VelornRestoreSettings& settings,
-                    Team& team) {
-    NoiseLevels noise;
-    team.run([&] {
-        ColourRows rows = colourRows(picture);
-        rows.load = [load = std::move(rows.load), &team](int row, int channel, float* target) {
-            team.cancellation().check();
-            load(row, channel, target);
-        };
-        noise = measureNoise(rows);
-    });
-    if (settings.noise >= 0.0f) {
-        noise.luminance = settings.noise;
-    }
-    return noise;
-}
 
 /// The strength that suits the noise, in levels of 255. Kernels that were found in the picture are
 /// not exact enough for high strengths.
@@ -48,13 +28,13 @@ float boundedStrength(float strength) noexcept {
 
 } // namespace
 
-Choices chooseSettings(const PictureReader& picture, std::span<const Kernel* const> kernels,
-                       const VelornRestoreSettings& settings, Team& team) {
+Choices chooseSettings(const NoiseLevels& noise, std::span<const Kernel* const> kernels,
+                       const VelornRestoreSettings& settings) {
     constexpr float kAlpha = 0.5f;
     constexpr float kLimit = 0.5f;
     constexpr float kChromaStrength = 100.0f;
     Choices choices;
-    choices.noise = noiseOf(picture, settings, team);
+    choices.noise = noise;
     const bool isFound =
         std::ranges::any_of(kernels, [](const Kernel* kernel) { return kernel->isFound; });
     choices.strength = boundedStrength(

@@ -2,6 +2,8 @@
 
 #include "restoration/pictures/PictureBuffer.h"
 #include "restoration/pipeline/chooseSettings.h"
+#include "restoration/pipeline/PictureModel.h"
+#include "restoration/pipeline/pictureNoise.h"
 #include "restoration/pipeline/planGrid.h"
 #include "restoration/pipeline/TileRestorer.h"
 #include "restoration/tiles/TileMerger.h"
@@ -57,7 +59,8 @@ void restoreTiles(const RestorationPlan& plan, const std::vector<PlannedTile>& t
     const std::size_t workers = std::min(tiles.size(), static_cast<std::size_t>(team.threads()));
     InOrder<FinishedTile> inOrder(
         workers, [&](std::size_t, FinishedTile& tile) { merger.merge(tile); }, team.cancellation());
-    std::vector<std::unique_ptr<TileRestorer>> restorers(workers);
+    // The analysis may have started more workers than there are tiles.
+    std::vector<std::unique_ptr<TileRestorer>> restorers(static_cast<std::size_t>(team.threads()));
     team.progress().beginPhase(1.0, tiles.size() * TileRestorer::unitsOfTile(plan));
     team.forEach(tiles.size(), [&](std::size_t piece, int worker) {
         std::unique_ptr<TileRestorer>& restorer = restorers[static_cast<std::size_t>(worker)];
@@ -72,8 +75,6 @@ void restoreTiles(const RestorationPlan& plan, const std::vector<PlannedTile>& t
 VelornRestoreReport reportOf(const Choices& choices, bool isDeconvolved, PlaneLayout layout) {
     VelornRestoreReport report{};
     report.size = sizeof report;
-    report.noise = choices.noise.luminance;
-    report.light = VELORN_LIGHT_DISPLAY;
     if (isDeconvolved) {
         report.strength = choices.strength;
         report.alpha = choices.alpha;
@@ -98,13 +99,18 @@ VelornRestoreReport restorePicture(const VelornPicture& source, const VelornPict
 
     Team team(settings.threads, {settings.progress, settings.userData});
     team.progress().beginPhase(kAnalysisShare, 1);
-    const Choices choices = chooseSettings(picture, kernels, settings, team);
-    const PlaneLayout layout = layoutFor(picture, kernels.size());
-    VelornRestoreReport report = reportOf(choices, !kernels.empty(), layout);
+    const NoiseLevels noise = pictureNoise(picture, settings, team);
+    const PictureModel model(picture, kernels, settings, noise, team);
+    const LoadRules rules{layoutFor(picture, kernels.size()), settings.continueFrame != 0,
+                          model.light(), model.clipping()};
+    const Choices choices = chooseSettings(model.noise(), kernels, settings);
+    VelornRestoreReport report = reportOf(choices, !kernels.empty(), rules.layout);
+    report.noise = noise.luminance;
+    report.light = model.light() != nullptr ? VELORN_LIGHT_LINEAR : VELORN_LIGHT_DISPLAY;
     report.secondsAnalysis = total.seconds();
 
     const Stopwatch restoring;
-    const TileLoader loader(picture, grid.side(), {layout, settings.continueFrame != 0});
+    const TileLoader loader(picture, grid.side(), rules);
     std::optional<RestorationPlan> plan;
     std::optional<PictureBuffer> result;
     // Large kernels and pictures take their time here, too: the host hears from the call meanwhile.
