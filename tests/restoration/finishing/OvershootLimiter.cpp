@@ -29,6 +29,18 @@ TEST(OvershootLimiter, FullStrengthHoldsASpikeInTheRangeOfItsNeighbourhood) {
     EXPECT_NEAR(limited.row(40)[20], 0.4f, 0.005f);
 }
 
+TEST(OvershootLimiter, HalfStrengthKeepsHalfOfTheOvershootUpToAMultipleOfTheBound) {
+    Plane blurred(kSide, kSide);
+    std::ranges::fill(blurred.values(), 0.2f);
+    Plane deblurred = test::copyOf(blurred);
+    deblurred.row(30)[30] = 0.4f;
+    deblurred.row(40)[40] = 0.9f;
+    Plane limited(kSide, kSide);
+    OvershootLimiter(0.5f, 9).limit(blurred, deblurred, limited);
+    EXPECT_NEAR(limited.row(30)[30], 0.3f, 0.005f);
+    EXPECT_NEAR(limited.row(40)[40], 0.5f, 0.005f);
+}
+
 TEST(OvershootLimiter, NaNStaysWhereItIs) {
     const Plane blurred = test::circularScene(kSide);
     Plane deblurred = test::copyOf(blurred);
