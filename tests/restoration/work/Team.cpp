@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 #include <latch>
 #include <limits>
+#include <sched.h>
 #include <set>
 #include <stdexcept>
 #include <xmmintrin.h>
@@ -240,8 +241,20 @@ TEST(Team, WorkersBlockSignals) {
     EXPECT_EQ(sigismember(&mask, SIGINT), 0);
 }
 
-TEST(Team, ZeroThreadsMeansAtLeastOne) {
-    EXPECT_GE(Team(0, {}).threads(), 1);
+TEST(Team, ZeroThreadsMeansTheProcessorsThatTheProcessMayUse) {
+    cpu_set_t all;
+    ASSERT_EQ(sched_getaffinity(0, sizeof all, &all), 0);
+    EXPECT_EQ(Team(0, {}).threads(), CPU_COUNT(&all));
+    int first = 0;
+    while (!CPU_ISSET(first, &all)) {
+        ++first;
+    }
+    cpu_set_t one;
+    CPU_ZERO(&one);
+    CPU_SET(first, &one);
+    ASSERT_EQ(sched_setaffinity(0, sizeof one, &one), 0);
+    EXPECT_EQ(Team(0, {}).threads(), 1);
+    ASSERT_EQ(sched_setaffinity(0, sizeof all, &all), 0);
 }
 
 } // namespace
