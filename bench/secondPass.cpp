@@ -32,7 +32,8 @@ void secondPass(benchmark::State& state) {
     const auto side = static_cast<int>(state.range(0));
     const Kernel kernel = analyticKernel(VELORN_BLUR_DISC, 3.0f, 0.0f);
     const BlurSpectrum blur(kernel, side);
-    const SecondPass pass(kernel, 1.0f);
+    const auto effort = state.range(1) != 0 ? SecondPass::Effort::Full : SecondPass::Effort::Quick;
+    const SecondPass pass(kernel, 1.0f, effort);
     const Cancellation never;
     TileScratch scratch(side);
     DctFilter filter;
@@ -45,9 +46,8 @@ void secondPass(benchmark::State& state) {
         });
 }
 BENCHMARK(secondPass)
-    ->Arg(256)
-    ->Arg(512)
-    ->Arg(1024)
+    ->ArgNames({"side", "full"})
+    ->ArgsProduct({{256, 512, 1024}, {0, 1}})
     ->UseManualTime()
     ->Unit(benchmark::kMillisecond);
 

@@ -29,7 +29,7 @@ struct RestorationPlan {
 
     TileLoader loader;
     std::vector<BlurSpectrum> blurs;      ///< none, one for all planes, or one for each
-    std::vector<SecondPass> secondPasses; ///< none, one for luminance, or one for each channel
+    std::vector<SecondPass> secondPasses; ///< none, or one for each plane
     int kernelSide = 1;                   ///< the larger side of the largest kernel
     Choices choices;
     VelornRestoreSettings settings;

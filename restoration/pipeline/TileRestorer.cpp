@@ -69,17 +69,16 @@ void TileRestorer::deconvolvePlane(std::size_t i) {
                    m_cancellation);
     }
     if (isChroma(i)) {
-        deconvolveQuadratic(plane, blur, 1.0f / choices.chromaStrength, nullptr, plane, m_scratch,
-                            m_cancellation);
+        deconvolveQuadratic(plane, blur, 1.0f / choices.chromaStrength, nullptr, m_restored,
+                            m_scratch, m_cancellation);
+        improve(i, blur);
+        std::swap(plane, m_restored);
         return;
     }
     deconvolveHyperLaplacian(plane, m_tile.isIncomplete ? &m_tile.known : nullptr, blur,
                              {choices.strength, choices.alpha}, m_restored, m_scratch,
                              m_cancellation);
-    if (!m_plan.secondPasses.empty()) {
-        m_plan.secondPasses[i].improve(plane, blur, m_restored, m_scratch, m_filter,
-                                       m_cancellation);
-    }
+    improve(i, blur);
     if (m_limiter.isOn()) {
         m_cancellation.check();
         allocate(m_limited, m_tile.side);
@@ -87,6 +86,14 @@ void TileRestorer::deconvolvePlane(std::size_t i) {
         std::swap(plane, m_limited);
     } else {
         std::swap(plane, m_restored);
+    }
+}
+
+/// Runs the second pass of plane `i`, if there is one, on its restoration.
+void TileRestorer::improve(std::size_t i, const BlurSpectrum& blur) {
+    if (!m_plan.secondPasses.empty()) {
+        m_plan.secondPasses[i].improve(m_tile.planes[i], blur, m_restored, m_scratch, m_filter,
+                                       m_cancellation);
     }
 }
 

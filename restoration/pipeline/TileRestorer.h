@@ -31,6 +31,7 @@ public:
 private:
     void deconvolve();
     void deconvolvePlane(std::size_t i);
+    void improve(std::size_t i, const BlurSpectrum& blur);
     void toDisplay();
     void sharpen();
     bool isChroma(std::size_t i) const noexcept;

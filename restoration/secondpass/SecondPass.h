@@ -20,7 +20,7 @@ namespace restoration {
 /// and cleans z with the transform filter: x = filter(z). The noise that the filter expects falls
 /// from step to step, from that of a poor estimate to that of y. It is the sum of the error of x,
 /// white, and of the noise of y as the division colours it. The blocks of successive steps lie at
-/// different positions: blocks two pixels apart are then as good as blocks at every pixel.
+/// different positions: few blocks are then nearly as good as blocks at every pixel.
 ///
 /// The scheme is that of D. Zoran, Y. Weiss, From learning models of natural image patches to whole
 /// image restoration, 2011, with a denoiser in the place of the prior as in S. Venkatakrishnan,
@@ -29,9 +29,13 @@ namespace restoration {
 /// Constant after construction, therefore shared by all threads.
 class SecondPass {
 public:
+    /// Full takes twelve steps with blocks two pixels apart. Quick takes eight with blocks four
+    /// pixels apart, in a third of the time; it gains about 0.15 dB less.
+    enum class Effort { Quick, Full };
+
     /// @param noise  standard deviation of the noise of the blurred plane, in levels of 255
     /// @throws std::bad_alloc
-    SecondPass(const Kernel& kernel, float noise);
+    SecondPass(const Kernel& kernel, float noise, Effort effort);
 
     /// @param y      the blurred plane, of the side of `blur`; unknown pixels hold an estimate
     /// @param blur   the spectrum of the same kernel

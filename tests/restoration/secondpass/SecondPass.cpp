@@ -7,8 +7,8 @@
 #include <cmath>
 #include <gtest/gtest.h>
 #include <limits>
-#include <optional>
 #include <random>
+#include <vector>
 
 namespace restoration {
 namespace {
@@ -19,6 +19,8 @@ using test::copyOf;
 using test::distance;
 using test::largestDifference;
 using test::unevenKernel;
+
+using Effort = SecondPass::Effort;
 
 constexpr float kNoise = 1.5f; // levels of 255
 
@@ -36,9 +38,9 @@ struct Scene {
         deconvolveHyperLaplacian(y, nullptr, blur, {2000.0f, 0.5f}, first, scratch, Cancellation());
     }
 
-    Plane improved(float noise = kNoise) {
+    Plane improved(float noise = kNoise, Effort effort = Effort::Full) {
         Plane x = copyOf(first);
-        SecondPass(kernel, noise).improve(seen, blur, x, scratch, filter, Cancellation());
+        SecondPass(kernel, noise, effort).improve(seen, blur, x, scratch, filter, Cancellation());
         return x;
     }
 
@@ -53,7 +55,9 @@ struct Scene {
 
 TEST(SecondPass, ImprovesARestoration) {
     Scene scene;
-    EXPECT_LT(distance(scene.improved(), scene.sharp), 0.9 * distance(scene.first, scene.sharp));
+    const double before = distance(scene.first, scene.sharp);
+    EXPECT_LT(distance(scene.improved(kNoise, Effort::Quick), scene.sharp), 0.9 * before);
+    EXPECT_LT(distance(scene.improved(kNoise, Effort::Full), scene.sharp), 0.85 * before);
 }
 
 TEST(SecondPass, KeepsFineDetailThatIsAboveTheNoise) {
@@ -69,7 +73,8 @@ TEST(SecondPass, KeepsFineDetailThatIsAboveTheNoise) {
     const BlurSpectrum blur(kernel, 128);
     const Plane seen = blurred(stripes, kernel);
     Plane x = copyOf(seen);
-    SecondPass(kernel, 0.5f).improve(seen, blur, x, scene.scratch, scene.filter, Cancellation());
+    SecondPass(kernel, 0.5f, Effort::Full)
+        .improve(seen, blur, x, scene.scratch, scene.filter, Cancellation());
     EXPECT_LT(distance(x, stripes), 0.25 * distance(seen, stripes));
 }
 
@@ -120,15 +125,17 @@ TEST(SecondPass, ImpossibleKernelsAndPixelsEnd) {
 }
 
 TEST(SecondPass, AllVariantsGiveTheSameBits) {
-    std::optional<Plane> expected;
+    std::vector<float> expected;
     vel::test::forEachTarget([&] {
         Scene scene(64);
-        Plane found = scene.improved();
-        if (!expected) {
-            expected = std::move(found);
-            return;
+        const Plane quick = scene.improved(kNoise, Effort::Quick);
+        const Plane full = scene.improved(kNoise, Effort::Full);
+        std::vector<float> found(quick.values().begin(), quick.values().end());
+        found.insert(found.end(), full.values().begin(), full.values().end());
+        if (expected.empty()) {
+            expected = found;
         }
-        EXPECT_TRUE(std::ranges::equal(found.values(), expected->values()));
+        EXPECT_EQ(found, expected);
     });
 }
 
@@ -136,7 +143,7 @@ TEST(SecondPass, CancelledCallFails) {
     Scene scene(64);
     Cancellation cancellation;
     cancellation.request();
-    EXPECT_THROW(SecondPass(scene.kernel, kNoise)
+    EXPECT_THROW(SecondPass(scene.kernel, kNoise, Effort::Full)
                      .improve(scene.seen, scene.blur, scene.first, scene.scratch, scene.filter,
                               cancellation),
                  Failure);
