@@ -11,6 +11,8 @@ struct NoiseLevels {
     float chromaBlue = 0.0f;
     float chromaRed = 0.0f;
     std::array<float, 4> channels{}; ///< of the colour channels
+    /// The picture was compressed in blocks: errors of neighbouring pixels depend on each other.
+    bool isCompressed = false;
 };
 
 } // namespace restoration

@@ -8,6 +8,7 @@
 #include <cmath>
 #include <cstdint>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace restoration {
@@ -65,8 +66,13 @@ std::optional<BlockGrid::Place> blockCorners(const ColourRows& picture, SquareRo
     return grid.corners();
 }
 
-std::vector<DifferenceHistogram> histograms(const ColourRows& picture,
-                                            const std::vector<ChannelWeights>& planes) {
+/// The differences of each plane: at the corners of the blocks where there are blocks.
+struct Histograms {
+    std::vector<DifferenceHistogram> counts;
+    bool hasBlocks = false;
+};
+
+Histograms histograms(const ColourRows& picture, const std::vector<ChannelWeights>& planes) {
     SquareRows squares(picture);
     const auto corners = blockCorners(picture, squares, planes.front());
     const std::size_t first = corners ? static_cast<std::size_t>(corners->column) : 0;
@@ -81,7 +87,7 @@ std::vector<DifferenceHistogram> histograms(const ColourRows& picture,
             counts[i].count(squares.differences(planes[i]), first, stride);
         }
     });
-    return counts;
+    return {std::move(counts), corners.has_value()};
 }
 
 /// The standard deviation of the rounding of a plane's samples, in levels.
@@ -97,14 +103,15 @@ double roundingDeviation(const ChannelWeights& plane, double step) {
 
 NoiseLevels measureNoise(const ColourRows& picture) {
     const std::vector<ChannelWeights> planes = planesOf(picture.channels);
-    const std::vector<DifferenceHistogram> counts = histograms(picture, planes);
+    const Histograms found = histograms(picture, planes);
     std::vector<float> deviations;
     for (std::size_t i = 0; i < planes.size(); ++i) {
         const double step = double{picture.step};
-        deviations.push_back(static_cast<float>(
-            std::max(counts[i].deviation(kLevels * step), roundingDeviation(planes[i], step))));
+        deviations.push_back(static_cast<float>(std::max(found.counts[i].deviation(kLevels * step),
+                                                         roundingDeviation(planes[i], step))));
     }
     NoiseLevels levels;
+    levels.isCompressed = found.hasBlocks;
     levels.luminance = deviations.front();
     if (picture.channels == 3) {
         levels.chromaBlue = deviations[1];

@@ -1,7 +1,10 @@
 #pragma once
 
 #include "restoration/kernels/Kernel.h"
+#include "restoration/pictures/PictureReader.h"
 #include "restoration/pipeline/Choices.h"
+#include "restoration/tiles/TileLoader.h"
+#include "restoration/work/Team.h"
 #include "velorn.h"
 
 #include <span>
@@ -9,8 +12,11 @@
 namespace restoration {
 
 /// Chooses the settings that are automatic.
+/// @param rules  how the tiles of the restoration are loaded
 /// @param noise  of the values that are restored
-Choices chooseSettings(const NoiseLevels& noise, std::span<const Kernel* const> kernels,
-                       const VelornRestoreSettings& settings);
+/// @throws Failure VELORN_STATUS_CANCELLED, std::bad_alloc
+Choices chooseSettings(const PictureReader& picture, const LoadRules& rules,
+                       std::span<const Kernel* const> kernels, const NoiseLevels& noise,
+                       const VelornRestoreSettings& settings, Team& team);
 
 } // namespace restoration

@@ -103,7 +103,7 @@ VelornRestoreReport restorePicture(const VelornPicture& source, const VelornPict
     const PictureModel model(picture, kernels, settings, noise, team);
     const LoadRules rules{layoutFor(picture, kernels.size()), settings.continueFrame != 0,
                           model.light(), model.clipping()};
-    const Choices choices = chooseSettings(model.noise(), kernels, settings);
+    const Choices choices = chooseSettings(picture, rules, kernels, model.noise(), settings, team);
     VelornRestoreReport report = reportOf(choices, !kernels.empty(), rules.layout);
     report.noise = noise.luminance;
     report.light = model.light() != nullptr ? VELORN_LIGHT_LINEAR : VELORN_LIGHT_DISPLAY;
