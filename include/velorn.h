@@ -216,7 +216,9 @@ typedef struct VelornRestoreSettings {
     VelornProgress progress; /* may be null */
     void* userData;          /* passed to `progress` */
 
-    /* The ICC profile of the picture, for its tone curve. Null: sRGB. */
+    /* The ICC profile of the picture, for its tone curve: of red, green and blue with a matrix and
+     * curves, or grey. Null: sRGB. Read unless `light` is VELORN_LIGHT_DISPLAY; other profiles fail
+     * with VELORN_STATUS_INVALID_ARGUMENT then. */
     const void* profile;
     size_t profileSize;
 } VelornRestoreSettings;

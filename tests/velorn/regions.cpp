@@ -2,6 +2,7 @@
 #include "tests/velorn/Scene.h"
 
 #include <ostream>
+#include <utility>
 
 namespace velorntest {
 namespace {
@@ -12,6 +13,8 @@ struct Case {
     int kernels = 1; ///< 0, 1, or one for each colour channel
     float edgeGain = 1.0f;
     float detailGain = 0.0f;
+    VelornLight light = VELORN_LIGHT_AUTOMATIC;
+    VelornQuality quality = VELORN_QUALITY_NORMAL;
 };
 
 std::ostream& operator<<(std::ostream& stream, const Case& c) {
@@ -33,6 +36,8 @@ protected:
         }
         settings.edgeGain = GetParam().edgeGain;
         settings.detailGain = GetParam().detailGain;
+        settings.light = GetParam().light;
+        settings.quality = GetParam().quality;
     }
 
     /// The bytes that `whole` has in `region`.
@@ -49,6 +54,19 @@ protected:
         {0, 0, kWidth, kHeight}, {0, 0, 1, 1},        {kWidth - 1, kHeight - 1, 1, 1},
         {331, 0, 3, kHeight},    {0, 255, kWidth, 2},
     };
+
+    /// Draws clipped squares, some of them across the edges of regions.
+    static void clipLamps(HostPicture& picture) {
+        for (const auto& [left, top] : {std::pair{30, 40}, {195, 95}, {326, 180}, {500, 251}}) {
+            for (int y = top; y < top + 12; ++y) {
+                for (int x = left; x < left + 12; ++x) {
+                    for (int c = 0; c < picture.layout().channels; ++c) {
+                        picture.set(x, y, c, 1.0);
+                    }
+                }
+            }
+        }
+    }
 
     static constexpr VelornRegion kInside{200, 100, 130, 90};
 
@@ -71,6 +89,7 @@ private:
 TEST_P(Regions, HaveTheBytesOfTheWhole) {
     HostPicture source =
         scenePicture(GetParam().layout, kernels.empty() ? nullptr : kernels.front());
+    clipLamps(source);
     HostPicture whole = restored(source, kernels, settings);
     for (const VelornRegion& region : kRegions) {
         settings.region = region;
@@ -115,17 +134,20 @@ constexpr Layout upsideDown(Layout layout) {
 
 INSTANTIATE_TEST_SUITE_P(
     Layouts, Regions,
-    testing::Values(Case{"Colours", layoutOf(3, false, VELORN_SAMPLES_U8)},
-                    Case{"ColoursUpsideDown", upsideDown(layoutOf(3, false, VELORN_SAMPLES_U16))},
-                    Case{"FloatsWithAlpha", upsideDown(layoutOf(4, true, VELORN_SAMPLES_F32))},
-                    Case{"Grey", layoutOf(1, false, VELORN_SAMPLES_U16)},
-                    Case{"GreyWithAlpha", upsideDown(layoutOf(2, true, VELORN_SAMPLES_U8))},
-                    Case{"TwoChannels", layoutOf(2, false, VELORN_SAMPLES_F32)},
-                    Case{"FourChannels", layoutOf(4, false, VELORN_SAMPLES_U8)},
-                    Case{"KernelForEachChannel", layoutOf(3, false, VELORN_SAMPLES_U8), 3},
-                    Case{"SharpenedAndDetailed", layoutOf(3, false, VELORN_SAMPLES_U8), 1, 2.0f,
-                         1.0f},
-                    Case{"WithoutKernels", layoutOf(3, false, VELORN_SAMPLES_U8), 0, 2.0f, 0.5f}),
+    testing::Values(
+        Case{"Colours", layoutOf(3, false, VELORN_SAMPLES_U8)},
+        Case{"ColoursUpsideDown", upsideDown(layoutOf(3, false, VELORN_SAMPLES_U16))},
+        Case{"FloatsWithAlpha", upsideDown(layoutOf(4, true, VELORN_SAMPLES_F32))},
+        Case{"Grey", layoutOf(1, false, VELORN_SAMPLES_U16)},
+        Case{"GreyWithAlpha", upsideDown(layoutOf(2, true, VELORN_SAMPLES_U8))},
+        Case{"TwoChannels", layoutOf(2, false, VELORN_SAMPLES_F32)},
+        Case{"FourChannels", layoutOf(4, false, VELORN_SAMPLES_U8)},
+        Case{"KernelForEachChannel", layoutOf(3, false, VELORN_SAMPLES_U8), 3},
+        Case{"SharpenedAndDetailed", layoutOf(3, false, VELORN_SAMPLES_U8), 1, 2.0f, 1.0f},
+        Case{"InLight", layoutOf(3, false, VELORN_SAMPLES_U8), 1, 1.0f, 0.0f, VELORN_LIGHT_LINEAR},
+        Case{"InBestQuality", layoutOf(3, false, VELORN_SAMPLES_U8), 1, 1.0f, 0.0f,
+             VELORN_LIGHT_DISPLAY, VELORN_QUALITY_BEST},
+        Case{"WithoutKernels", layoutOf(3, false, VELORN_SAMPLES_U8), 0, 2.0f, 0.5f}),
     [](const auto& param) { return param.param.name; });
 
 } // namespace

@@ -70,6 +70,26 @@ TEST(Restore, ReportTellsWhatWasUsed) {
     EXPECT_GT(report.secondsTiles, 0.0);
 }
 
+TEST(Restore, ValuesOfTheReportAsSettingsGiveTheSameResult) {
+    const HostKernel kernel = madeKernel(VELORN_BLUR_DISC, 3.0f);
+    HostPicture source = scenePicture(kColours, kernel.get());
+    HostPicture target(kColours);
+    VelornRestoreReport report{};
+    report.size = sizeof report;
+    const VelornPicture from = source.view();
+    const VelornPicture to = target.view();
+    const VelornKernel* const kernels = kernel.get();
+    ASSERT_EQ(velornRestore(&from, &to, &kernels, 1, nullptr, &report), VELORN_STATUS_OK);
+    VelornRestoreSettings settings = defaultSettings();
+    settings.noise = report.noise;
+    settings.strength = report.strength;
+    settings.chromaStrength = report.chromaStrength;
+    settings.alpha = report.alpha;
+    settings.limit = report.limit;
+    settings.light = report.light;
+    EXPECT_EQ(restored(source, {kernel.get()}, settings).pixels(), target.pixels());
+}
+
 TEST(Restore, ReportOfACallWithoutKernelsHasNoStrength) {
     HostPicture source = scenePicture(kColours, nullptr);
     HostPicture target(kColours);

@@ -73,7 +73,7 @@ TEST(MeasureNoise, NoiseOfEightBitsIncludesTheirRounding) {
 }
 
 TEST(MeasureNoise, EightBitsStoredInFinerSamplesGiveTheSameResult) {
-    for (const double sigma : {0.5, 1.0, 2.0, 4.0}) {
+    for (const double sigma : {0.0, 0.1, 0.5, 1.0, 2.0, 4.0}) {
         Samples samples = gradient(200, 150, 1, sigma, kEightBits);
         const float expected = samples.noise().luminance;
         samples.step = 0.0f;
@@ -107,9 +107,13 @@ TEST(MeasureNoise, LuminanceOfTwoAndFourChannelsIsTheirMean) {
 }
 
 TEST(MeasureNoise, ClippedSquaresAreIgnored) {
-    Samples samples = gradient(200, 200, 3, 2.0, kSixteenBits);
-    std::fill_n(&samples.at(0, 0, 1), 200 * 150, 1.0f);
-    EXPECT_NEAR(samples.noise().channels[0], 2.0, 0.1);
+    for (const float clipped : {0.0f, 1.0f}) {
+        Samples samples = gradient(200, 200, 3, 2.0, kSixteenBits);
+        std::fill_n(&samples.at(0, 0, 1), 200 * 150, clipped);
+        for (const float noise : {samples.noise().channels[0], samples.noise().channels[1]}) {
+            EXPECT_NEAR(noise, 2.0, 0.1);
+        }
+    }
 }
 
 TEST(MeasureNoise, SmoothGradientsHaveTheNoiseOfTheirRounding) {
