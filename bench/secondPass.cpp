@@ -1,6 +1,6 @@
 // The second pass against the first, the hyper-Laplacian deconvolution, on one tile and one thread;
-// the counter `passes` is the ratio of their times. The filters alone are measured against a
-// memcpy of their plane.
+// the counter `passes` is the ratio of their times. The filter alone is measured against a
+// memcpy of its plane.
 
 #include "restoration/secondpass/SecondPass.h"
 #include "alternate.h"
@@ -33,7 +33,7 @@ void secondPass(benchmark::State& state) {
     const Kernel kernel = analyticKernel(VELORN_BLUR_DISC, 3.0f, 0.0f);
     const BlurSpectrum blur(kernel, side);
     const auto effort = state.range(1) != 0 ? SecondPass::Effort::Full : SecondPass::Effort::Quick;
-    const SecondPass pass(kernel, 1.0f, effort);
+    const SecondPass pass(kernel, {1.0f}, effort);
     const Cancellation never;
     TileScratch scratch(side);
     DctFilter filter;
@@ -51,36 +51,19 @@ BENCHMARK(secondPass)
     ->UseManualTime()
     ->Unit(benchmark::kMillisecond);
 
-DctVariances evenNoise() {
-    DctVariances noise;
-    noise.fill(1e-3f);
-    return noise;
-}
-
-void shrinkHard(benchmark::State& state) {
+void filter(benchmark::State& state) {
     const Plane noisy = randomPlane(static_cast<int>(state.range(0)));
     const BlockLattice lattice{static_cast<int>(state.range(1)), 0, 0, 0};
+    DctNoise noise;
+    noise.variances.fill(1e-3f);
     Plane out(noisy.width(), noisy.height());
     DctFilter filter;
     vel::bench::runAgainstCopy(state, planeBytes(noisy), [&] {
-        filter.shrinkHard(noisy, evenNoise(), 2.2f, lattice, out, Cancellation());
+        filter.shrink(noisy, noise, 2.4f, lattice, out, Cancellation());
     });
 }
-BENCHMARK(shrinkHard)
-    ->ArgsProduct({{256, 1024}, {1, 2, 4}})
-    ->UseManualTime()
-    ->Unit(benchmark::kMillisecond);
-
-void shrinkWiener(benchmark::State& state) {
-    const Plane noisy = randomPlane(static_cast<int>(state.range(0)));
-    const BlockLattice lattice{static_cast<int>(state.range(1)), 0, 0, 0};
-    Plane out(noisy.width(), noisy.height());
-    DctFilter filter;
-    vel::bench::runAgainstCopy(state, planeBytes(noisy), [&] {
-        filter.shrinkWiener(noisy, noisy, evenNoise(), lattice, out, Cancellation());
-    });
-}
-BENCHMARK(shrinkWiener)
+BENCHMARK(filter)
+    ->ArgNames({"side", "step"})
     ->ArgsProduct({{256, 1024}, {1, 2, 4}})
     ->UseManualTime()
     ->Unit(benchmark::kMillisecond);

@@ -3,6 +3,7 @@
 #include "restoration/deconvolution/BlurSpectrum.h"
 #include "restoration/pipeline/Choices.h"
 #include "restoration/secondpass/SecondPass.h"
+#include "restoration/tiles/samplePatches.h"
 #include "restoration/tiles/TileLoader.h"
 #include "velorn.h"
 
@@ -36,6 +37,8 @@ struct RestorationPlan {
 
 private:
     void planSecondPasses(std::span<const Kernel* const> kernels);
+    SecondPass::Noise noiseOf(std::size_t i, const std::vector<Patch>& patches,
+                              const Kernel& kernel) const;
 };
 
 } // namespace restoration

@@ -59,67 +59,37 @@ void foldWrap(const PhasedLine& line, std::size_t lineCount, float* lines) {
     }
 }
 
-DctVariances boundedBelow(const DctVariances& noise) {
-    DctVariances bounded;
-    std::ranges::transform(noise, bounded.begin(),
-                           [](float v) { return std::max(kLeastVariance, v); });
-    return bounded;
+HardLimits hardLimits(const DctNoise& noise, float threshold) {
+    HardLimits limits{{}, {}, noise.base, noise.slope};
+    for (std::size_t k = 0; k < limits.limits.size(); ++k) {
+        limits.variances[k] = std::max(kLeastVariance, noise.variances[k]);
+        limits.limits[k] = 8 * threshold * std::sqrt(limits.variances[k]);
+    }
+    return limits;
 }
 
 } // namespace
 
-void DctFilter::shrinkHard(const Plane& noisy, const DctVariances& noise, float threshold,
-                           const BlockLattice& lattice, Plane& out,
-                           const Cancellation& cancellation) {
-    HardLimits limits{{}, boundedBelow(noise)};
-    std::ranges::transform(limits.noise, limits.limits.begin(),
-                           [&](float v) { return 8 * threshold * std::sqrt(v); });
-    filter(noisy, nullptr, lattice, out, cancellation,
-           [&](const float* lines, const float*, const PhasedLine& line, std::size_t firstColumn,
-               float* sums, float* weights) {
-               shrinkBlocksHard(lines, line, firstColumn, limits, sums, weights);
-           });
-}
-
-void DctFilter::shrinkWiener(const Plane& noisy, const Plane& pilot, const DctVariances& noise,
-                             const BlockLattice& lattice, Plane& out,
-                             const Cancellation& cancellation) {
-    const DctVariances variances = boundedBelow(noise);
-    filter(noisy, &pilot, lattice, out, cancellation,
-           [&](const float* lines, const float* pilotLines, const PhasedLine& line,
-               std::size_t firstColumn, float* sums, float* weights) {
-               shrinkBlocksWiener(lines, pilotLines, line, firstColumn, variances, sums, weights);
-           });
-}
-
-template <class ShrinkRow>
-void DctFilter::filter(const Plane& noisy, const Plane* pilot, const BlockLattice& lattice,
-                       Plane& out, const Cancellation& cancellation, const ShrinkRow& shrinkRow) {
+void DctFilter::shrink(const Plane& noisy, const DctNoise& noise, float threshold,
+                       const BlockLattice& lattice, Plane& out, const Cancellation& cancellation) {
     const auto side = static_cast<std::size_t>(noisy.width());
     const auto step = static_cast<std::size_t>(lattice.step);
     const PhasedLine line{side, step};
-    allocate(side, line.floats(), pilot != nullptr);
+    const HardLimits limits = hardLimits(noise, threshold);
+    allocate(side, line.floats());
     float* noisyLines = m_lines.data();
-    float* pilotLines = noisyLines + kBlockSide * line.floats();
-    float* sums = pilotLines + kBlockSide * line.floats();
+    float* sums = noisyLines + kBlockSide * line.floats();
     float* weights = sums + kBlockSide * line.floats();
     sortPhases(noisy, step, m_noisy.data());
-    if (pilot != nullptr) {
-        sortPhases(*pilot, step, m_pilot.data());
-    }
     for (std::size_t i = 0; i < side / step; ++i) {
         cancellation.check();
         const std::size_t first = i * step + static_cast<std::size_t>(lattice.row);
         const int moved = lattice.column + (i % 2 == 1 ? lattice.shift : 0);
         forwardVertical(circularRows<const float>(m_noisy.data(), side, first).data(), line,
                         noisyLines);
-        if (pilot != nullptr) {
-            forwardVertical(circularRows<const float>(m_pilot.data(), side, first).data(), line,
-                            pilotLines);
-        }
         std::fill_n(sums, (kBlockSide + 1) * line.floats(), 0.0f);
-        shrinkRow(noisyLines, pilotLines, line, static_cast<std::size_t>(moved) % step, sums,
-                  weights);
+        shrinkBlocks(noisyLines, line, static_cast<std::size_t>(moved) % step, limits, sums,
+                     weights);
         foldWrap(line, kBlockSide + 1, sums);
         addInverseVertical(sums, weights, line, circularRows(m_sum.data(), side, first).data(),
                            circularRows(m_weights.data(), side, first).data());
@@ -132,15 +102,12 @@ void DctFilter::filter(const Plane& noisy, const Plane* pilot, const BlockLattic
 }
 
 /// The sums and weights of the plane become 0.
-void DctFilter::allocate(std::size_t side, std::size_t lineFloats, bool hasPilot) {
+void DctFilter::allocate(std::size_t side, std::size_t lineFloats) {
     const std::size_t pixels = side * side;
     m_noisy.resize(pixels);
-    if (hasPilot) {
-        m_pilot.resize(pixels);
-    }
     m_sum.resize(pixels);
     m_weights.resize(pixels);
-    m_lines.resize((3 * kBlockSide + 1) * lineFloats);
+    m_lines.resize((2 * kBlockSide + 1) * lineFloats);
     std::fill_n(m_sum.data(), pixels, 0.0f);
     std::fill_n(m_weights.data(), pixels, 0.0f);
 }

@@ -18,14 +18,23 @@ struct BlockLattice {
     int shift = 0;
 };
 
+/// The noise of a plane.
+struct DctNoise {
+    DctVariances variances{};
+    /// The variances of a block with the mean m are base + slope m times the above. Noise of
+    /// constant strength in display values grows like this in light, as does the noise of sensors.
+    float base = 1.0f;
+    float slope = 0.0f;
+};
+
 /// Denoises square planes in overlapping 8x8 blocks. A block is transformed by the cosine transform
-/// (DCT-II), its coefficients are shrunk, and the restored blocks are averaged with the inverse of
-/// their remaining noise as weights. The mean of a block is never shrunk. The plane is one period
-/// of a periodic plane: blocks wrap around its edges.
+/// (DCT-II), coefficients that noise explains are set to zero, and the restored blocks are averaged
+/// with the inverse of their remaining noise as weights. The mean of a block is always kept. The
+/// plane is one period of a periodic plane: blocks wrap around its edges.
 ///
-/// The shrinkage rules and the weights are those of K. Dabov, A. Foi, V. Katkovnik, K. Egiazarian,
-/// Image denoising by sparse 3-D transform-domain collaborative filtering, IEEE Transactions on
-/// Image Processing, 2007, without grouping.
+/// The shrinkage and the weights are those of the first stage of K. Dabov, A. Foi, V. Katkovnik,
+/// K. Egiazarian, Image denoising by sparse 3-D transform-domain collaborative filtering, IEEE
+/// Transactions on Image Processing, 2007, without grouping.
 ///
 /// Sums run in the order of the blocks, therefore all processor variants give the same bits. An
 /// object is working memory: it serves one thread at a time. Memory is allocated on first use.
@@ -35,23 +44,13 @@ public:
     /// @param noisy  square; its side is a power of two, at least 64
     /// @param out    of the same side; may be `noisy`
     /// @throws Failure for a cancelled call; std::bad_alloc
-    void shrinkHard(const Plane& noisy, const DctVariances& noise, float threshold,
-                    const BlockLattice& lattice, Plane& out, const Cancellation& cancellation);
-
-    /// Multiplies coefficients by p^2 / (p^2 + variance), the empirical Wiener gain, where p is the
-    /// coefficient of `pilot`, an estimate of the clean plane. `out` may be `noisy` or `pilot`.
-    /// @throws Failure for a cancelled call; std::bad_alloc
-    void shrinkWiener(const Plane& noisy, const Plane& pilot, const DctVariances& noise,
-                      const BlockLattice& lattice, Plane& out, const Cancellation& cancellation);
+    void shrink(const Plane& noisy, const DctNoise& noise, float threshold,
+                const BlockLattice& lattice, Plane& out, const Cancellation& cancellation);
 
 private:
-    template <class ShrinkRow>
-    void filter(const Plane& noisy, const Plane* pilot, const BlockLattice& lattice, Plane& out,
-                const Cancellation& cancellation, const ShrinkRow& shrinkRow);
-    void allocate(std::size_t side, std::size_t lineFloats, bool hasPilot);
+    void allocate(std::size_t side, std::size_t lineFloats);
 
     vel::AlignedFloats m_noisy;   ///< the noisy plane, the columns of each row sorted by phase
-    vel::AlignedFloats m_pilot;   ///< the pilot, sorted alike
     vel::AlignedFloats m_sum;     ///< weighted sum of the restored blocks, sorted alike
     vel::AlignedFloats m_weights; ///< sum of the weights, sorted alike
     vel::AlignedFloats m_lines;   ///< the row of blocks at hand

@@ -86,18 +86,19 @@ DctVariances remainingNoise(const BlurSpectrum& blur, float weight) {
 
 } // namespace
 
-SecondPass::SecondPass(const Kernel& kernel, float noise, Effort effort) {
+SecondPass::SecondPass(const Kernel& kernel, const Noise& noise, Effort effort) {
     const BlurSpectrum blur(kernel, kNoiseSide);
     const double last =
-        std::clamp(std::isnan(noise) ? 0.0 : static_cast<double>(noise), kLeastNoise, kMostNoise);
+        std::clamp(std::isnan(noise.deviation) ? 0.0 : static_cast<double>(noise.deviation),
+                   kLeastNoise, kMostNoise);
     const double first = std::max(kFirstError, 2 * last);
     const int steps = effort == Effort::Full ? kFullSteps : kQuickSteps;
     for (int i = 0; i < steps; ++i) {
         const double error = first * std::pow(last / first, i / (steps - 1.0));
         const double ratio = last / error;
         Step step{static_cast<float>(kWeight * ratio * ratio), {}, {}};
-        step.noise = remainingNoise(blur, step.weight);
-        for (float& variance : step.noise) {
+        step.noise = {remainingNoise(blur, step.weight), noise.base, noise.slope};
+        for (float& variance : step.noise.variances) {
             const double remaining = last * last * static_cast<double>(variance);
             variance = static_cast<float>((error * error + remaining) / (255.0 * 255.0));
         }
@@ -128,7 +129,7 @@ void SecondPass::improve(const Plane& y, const BlurSpectrum& blur, Plane& x, Til
             fft.inverseColumns(spectrum + offset, block);
         });
         inverseRows(fft, spectrum, x, rowMemory, cancellation);
-        filter.shrinkHard(x, step.noise, kThreshold, step.lattice, x, cancellation);
+        filter.shrink(x, step.noise, kThreshold, step.lattice, x, cancellation);
     }
     const std::span<float> values = x.values();
     for (std::size_t i = 0; i < values.size(); ++i) {

@@ -33,9 +33,16 @@ public:
     /// pixels apart, in a third of the time; it gains about 0.15 dB less.
     enum class Effort { Quick, Full };
 
-    /// @param noise  standard deviation of the noise of the blurred plane, in levels of 255
+    /// The noise of a blurred plane.
+    struct Noise {
+        float deviation; ///< in levels of 255
+        /// The noise at the value v has the variance (base + slope v) deviation^2.
+        float base = 1.0f;
+        float slope = 0.0f;
+    };
+
     /// @throws std::bad_alloc
-    SecondPass(const Kernel& kernel, float noise, Effort effort);
+    SecondPass(const Kernel& kernel, const Noise& noise, Effort effort);
 
     /// @param y      the blurred plane, of the side of `blur`; unknown pixels hold an estimate
     /// @param blur   the spectrum of the same kernel
@@ -47,7 +54,7 @@ public:
 private:
     struct Step {
         float weight;
-        DctVariances noise; ///< of z
+        DctNoise noise; ///< of z
         BlockLattice lattice;
     };
 

@@ -25,62 +25,34 @@ namespace {
 /// Coefficients that the shrinkage keeps at hand for one vector of blocks.
 using GroupCoefficients = float[64 * 16];
 
-/// Coefficients of at most `limits` become 0.
-struct HardShrinkage {
-    const HardLimits& hard;
-    const DctVariances& noise;
+/// The least factor of the noise of a block: dark blocks count as no cleaner.
+constexpr float kLeastFactor = 1e-3f;
 
-    HWY_INLINE void operator()(Eight& x, std::size_t v, std::size_t, LaneVec& remaining) const {
-        const LaneTag d;
-        for (std::size_t u = 0; u < 8; ++u) {
-            if (v + u == 0) {
-                remaining = hn::Set(d, noise[0]);
-                continue;
-            }
-            const auto isKept = hn::Gt(hn::Abs(x.v[u]), hn::Set(d, hard.limits[8 * v + u]));
-            x.v[u] = hn::IfThenElseZero(isKept, x.v[u]);
-            remaining =
-                hn::Add(remaining, hn::IfThenElseZero(isKept, hn::Set(d, noise[8 * v + u])));
-        }
+/// The factor of the noise of blocks, from their first coefficients, which are 64 times the mean.
+HWY_INLINE LaneVec noiseFactor(const HardLimits& limits, LaneVec mean64) {
+    const LaneTag d;
+    const LaneVec least = hn::Set(d, kLeastFactor);
+    const LaneVec factor = hn::Add(hn::Set(d, limits.base), times(limits.slope / 64, mean64));
+    return hn::IfThenElse(hn::Gt(factor, least), factor, least); // `least` for a NaN, too
+}
+
+/// Sets the coefficients of vertical frequency `v` that are not above the noise to 0, adds the
+/// variances of the others to `remaining`. `root` is the root of the factor of the noise.
+HWY_INLINE void shrink(const HardLimits& limits, std::size_t v, LaneVec root, Eight& x,
+                       LaneVec& remaining) {
+    const LaneTag d;
+    for (std::size_t u = v == 0 ? 1 : 0; u < 8; ++u) {
+        const std::size_t k = 8 * v + u;
+        const auto isKept = hn::Gt(hn::Abs(x.v[u]), times(limits.limits[k], root));
+        x.v[u] = hn::IfThenElseZero(isKept, x.v[u]);
+        remaining = hn::Add(remaining, hn::IfThenElseZero(isKept, hn::Set(d, limits.variances[k])));
     }
-};
+}
 
-/// Coefficients are weighted by the power of those of the pilot.
-struct WienerShrinkage {
-    const float* pilotLines;
-    std::size_t lineFloats;
-    PhasedLine line;
-    std::size_t firstColumn;
-    const DctVariances& noise;
-    DctVariances scaledNoise; ///< of the scaled coefficients
+} // namespace
 
-    HWY_INLINE void operator()(Eight& x, std::size_t v, std::size_t block,
-                               LaneVec& remaining) const {
-        const LaneTag d;
-        Eight p;
-        for (std::size_t c = 0; c < 8; ++c) {
-            p.v[c] =
-                hn::LoadU(d, pilotLines + v * lineFloats + line.placeOf(firstColumn + c) + block);
-        }
-        forwardDct8(p);
-        for (std::size_t u = 0; u < 8; ++u) {
-            if (v + u == 0) {
-                remaining = hn::Set(d, noise[0]);
-                continue;
-            }
-            const LaneVec power = hn::Mul(p.v[u], p.v[u]);
-            const LaneVec gain = hn::Div(power, hn::Add(power, hn::Set(d, scaledNoise[8 * v + u])));
-            x.v[u] = hn::Mul(x.v[u], gain);
-            remaining =
-                hn::Add(remaining, hn::Mul(hn::Mul(gain, gain), hn::Set(d, noise[8 * v + u])));
-        }
-    }
-};
-
-template <class Shrinkage>
-HWY_INLINE void shrinkBlocks(const float* HWY_RESTRICT lines, const PhasedLine& line,
-                             std::size_t firstColumn, const Shrinkage& shrinkage,
-                             float* HWY_RESTRICT sums, float* HWY_RESTRICT weights) {
+void shrinkLanes(const float* HWY_RESTRICT lines, const PhasedLine& line, std::size_t firstColumn,
+                 const HardLimits& limits, float* HWY_RESTRICT sums, float* HWY_RESTRICT weights) {
     const LaneTag d;
     const std::size_t lineFloats = line.floats();
     std::size_t places[8];
@@ -89,17 +61,23 @@ HWY_INLINE void shrinkBlocks(const float* HWY_RESTRICT lines, const PhasedLine& 
     }
     alignas(64) GroupCoefficients coefficients;
     for (std::size_t block = 0; block < line.phaseColumns(); block += kVectorLanes) {
-        LaneVec remaining = hn::Zero(d);
+        LaneVec remaining = hn::Set(d, limits.variances[0]);
+        LaneVec factor = hn::Zero(d);
+        LaneVec root = hn::Zero(d);
         for (std::size_t v = 0; v < 8; ++v) {
             Eight x;
             for (std::size_t c = 0; c < 8; ++c) {
                 x.v[c] = hn::LoadU(d, lines + v * lineFloats + places[c] + block);
             }
             forwardDct8(x);
-            shrinkage(x, v, block, remaining);
+            if (v == 0) {
+                factor = noiseFactor(limits, x.v[0]);
+                root = hn::Sqrt(factor);
+            }
+            shrink(limits, v, root, x, remaining);
             storeEight(x, coefficients + v * 8 * kVectorLanes, kVectorLanes);
         }
-        const LaneVec weight = hn::Div(hn::Set(d, 1.0f), remaining);
+        const LaneVec weight = hn::Div(hn::Set(d, 1.0f), hn::Mul(remaining, factor));
         for (std::size_t v = 0; v < 8; ++v) {
             Eight x = loadEight(coefficients + v * 8 * kVectorLanes, kVectorLanes);
             inverseDct8(x);
@@ -113,24 +91,6 @@ HWY_INLINE void shrinkBlocks(const float* HWY_RESTRICT lines, const PhasedLine& 
             hn::StoreU(hn::Add(hn::LoadU(d, sum), weight), d, sum);
         }
     }
-}
-
-} // namespace
-
-void hardLanes(const float* lines, const PhasedLine& line, std::size_t firstColumn,
-               const HardLimits& limits, float* sums, float* weights) {
-    shrinkBlocks(lines, line, firstColumn, HardShrinkage{limits, limits.noise}, sums, weights);
-}
-
-void wienerLanes(const float* lines, const float* pilotLines, const PhasedLine& line,
-                 std::size_t firstColumn, const DctVariances& noise, float* sums, float* weights) {
-    DctVariances scaled;
-    for (std::size_t k = 0; k < scaled.size(); ++k) {
-        scaled[k] = 64 * noise[k];
-    }
-    shrinkBlocks(lines, line, firstColumn,
-                 WienerShrinkage{pilotLines, line.floats(), line, firstColumn, noise, scaled}, sums,
-                 weights);
 }
 
 /// The vertical transforms of the eight rows `rows`, which hold their phases without gaps.
@@ -187,23 +147,15 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace restoration {
 
-HWY_EXPORT(hardLanes);
-HWY_EXPORT(wienerLanes);
+HWY_EXPORT(shrinkLanes);
 HWY_EXPORT(forwardLanes);
 HWY_EXPORT(addInverseLanes);
 HWY_EXPORT(divideLanes);
 
-void shrinkBlocksHard(const float* lines, const PhasedLine& line, std::size_t firstColumn,
-                      const HardLimits& limits, float* sums, float* weights) noexcept {
-    HWY_DYNAMIC_DISPATCH(hardLanes)
+void shrinkBlocks(const float* lines, const PhasedLine& line, std::size_t firstColumn,
+                  const HardLimits& limits, float* sums, float* weights) noexcept {
+    HWY_DYNAMIC_DISPATCH(shrinkLanes)
     (lines, line, firstColumn, limits, sums, weights);
-}
-
-void shrinkBlocksWiener(const float* lines, const float* pilotLines, const PhasedLine& line,
-                        std::size_t firstColumn, const DctVariances& noise, float* sums,
-                        float* weights) noexcept {
-    HWY_DYNAMIC_DISPATCH(wienerLanes)
-    (lines, pilotLines, line, firstColumn, noise, sums, weights);
 }
 
 void forwardVertical(const float* const* rows, const PhasedLine& line, float* lines) noexcept {

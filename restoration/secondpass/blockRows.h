@@ -11,10 +11,13 @@
 /// the weighted pixels. All processor variants give the same bits.
 namespace restoration {
 
-/// Which coefficients the hard shrinkage keeps.
+/// Which coefficients the shrinkage keeps. The noise of a block with the mean m has `base + slope
+/// m` times these variances.
 struct HardLimits {
     std::array<float, 64> limits; ///< greater magnitudes are kept; scaled as the coefficients
-    DctVariances noise;
+    DctVariances variances;
+    float base;
+    float slope;
 };
 
 /// The vertical transforms of eight rows, which hold their phases without gaps.
@@ -23,13 +26,8 @@ void forwardVertical(const float* const* rows, const PhasedLine& line, float* li
 /// Shrinks the blocks of a row and adds them, times their weights, to the eight lines `sums`, and
 /// the weights to the line `weights`. The first block begins in column `firstColumn`, less than the
 /// step.
-void shrinkBlocksHard(const float* lines, const PhasedLine& line, std::size_t firstColumn,
-                      const HardLimits& limits, float* sums, float* weights) noexcept;
-
-/// The same with the gains p^2 / (p^2 + noise) of the coefficients p in `pilotLines`.
-void shrinkBlocksWiener(const float* lines, const float* pilotLines, const PhasedLine& line,
-                        std::size_t firstColumn, const DctVariances& noise, float* sums,
-                        float* weights) noexcept;
+void shrinkBlocks(const float* lines, const PhasedLine& line, std::size_t firstColumn,
+                  const HardLimits& limits, float* sums, float* weights) noexcept;
 
 /// Adds the inverse vertical transforms of `lines` to the eight rows `sums`, and `weightLine` to
 /// the eight rows `weights`.

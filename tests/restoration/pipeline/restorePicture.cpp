@@ -208,6 +208,7 @@ TEST(RestorePicture, BestQualityOfARegionHasTheBytesOfTheWhole) {
         const VelornPicture& picture = source->picture();
         VelornRestoreSettings settings = settingsFor(picture);
         settings.quality = VELORN_QUALITY_BEST;
+        settings.light = shape.channels % 2 == 1 ? VELORN_LIGHT_LINEAR : VELORN_LIGHT_DISPLAY;
         const PictureBuffer whole(picture);
         restorePicture(picture, whole.picture(), Kernels{&disc()}, settings);
         settings.region = {picture.width / 3, picture.height / 2, picture.width / 2,

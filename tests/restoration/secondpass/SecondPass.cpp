@@ -40,7 +40,7 @@ struct Scene {
 
     Plane improved(float noise = kNoise, Effort effort = Effort::Full) {
         Plane x = copyOf(first);
-        SecondPass(kernel, noise, effort).improve(seen, blur, x, scratch, filter, Cancellation());
+        SecondPass(kernel, {noise}, effort).improve(seen, blur, x, scratch, filter, Cancellation());
         return x;
     }
 
@@ -73,7 +73,7 @@ TEST(SecondPass, KeepsFineDetailThatIsAboveTheNoise) {
     const BlurSpectrum blur(kernel, 128);
     const Plane seen = blurred(stripes, kernel);
     Plane x = copyOf(seen);
-    SecondPass(kernel, 0.5f, Effort::Full)
+    SecondPass(kernel, {0.5f}, Effort::Full)
         .improve(seen, blur, x, scene.scratch, scene.filter, Cancellation());
     EXPECT_LT(distance(x, stripes), 0.25 * distance(seen, stripes));
 }
@@ -143,7 +143,7 @@ TEST(SecondPass, CancelledCallFails) {
     Scene scene(64);
     Cancellation cancellation;
     cancellation.request();
-    EXPECT_THROW(SecondPass(scene.kernel, kNoise, Effort::Full)
+    EXPECT_THROW(SecondPass(scene.kernel, {kNoise}, Effort::Full)
                      .improve(scene.seen, scene.blur, scene.first, scene.scratch, scene.filter,
                               cancellation),
                  Failure);
