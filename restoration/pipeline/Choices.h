@@ -1,5 +1,6 @@
 #pragma once
 
+#include "restoration/chroma/ChromaPrior.h"
 #include "restoration/noise/NoiseLevels.h"
 
 namespace restoration {
@@ -9,7 +10,7 @@ namespace restoration {
 struct Choices {
     NoiseLevels noise;
     float strength = 0.0f;
-    float chromaStrength = 0.0f;
+    ChromaPriors chroma;
     float alpha = 0.0f;
     float limit = 0.0f;
 };

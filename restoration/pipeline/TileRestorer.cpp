@@ -1,7 +1,7 @@
 #include "restoration/pipeline/TileRestorer.h"
 
+#include "restoration/chroma/restoreChroma.h"
 #include "restoration/deconvolution/deconvolveHyperLaplacian.h"
-#include "restoration/deconvolution/deconvolveQuadratic.h"
 #include "restoration/deconvolution/estimateUnknown.h"
 #include "restoration/deconvolution/taperEdges.h"
 #include "restoration/planes/luminanceChroma.h"
@@ -69,8 +69,7 @@ void TileRestorer::deconvolvePlane(std::size_t i) {
                    m_cancellation);
     }
     if (isChroma(i)) {
-        deconvolveQuadratic(plane, blur, 1.0f / choices.chromaStrength, nullptr, m_restored,
-                            m_scratch, m_cancellation);
+        restoreChroma(plane, blur, choices.chroma[i - 1], m_restored, m_scratch, m_cancellation);
         improve(i, blur);
         std::swap(plane, m_restored);
         return;

@@ -1,8 +1,12 @@
 #include "restoration/pipeline/chooseSettings.h"
 
+#include "restoration/chroma/chooseChroma.h"
+#include "restoration/pipeline/planGrid.h"
 #include "restoration/strength/automaticStrength.h"
 
 #include <algorithm>
+#include <optional>
+#include <vector>
 
 namespace restoration {
 namespace {
@@ -17,6 +21,23 @@ float boundedStrength(float strength) noexcept {
     return std::clamp(strength, 1e-3f, 1e9f);
 }
 
+/// The choice for the chroma planes, from patches of the picture.
+ChromaPriors chromaPriors(const PictureReader& picture, const LoadRules& rules,
+                          const Kernel& kernel, const NoiseLevels& noise, float strength,
+                          Team& team) {
+    constexpr int kSide = 256;
+    constexpr int kPatches = 16;
+    PatchPlan plan = planPatches(kernel.largerSide(), kSide, kPatches);
+    plan.rules.largestCount = std::max(2, kPatches * kSide / plan.side); // large ones take memory
+    std::vector<Patch> patches;
+    std::optional<BlurSpectrum> blur;
+    team.run([&] {
+        patches = samplePatches(TileLoader(picture, plan.side, rules), plan.rules);
+        blur.emplace(kernel, plan.side);
+    });
+    return chooseChroma(patches, *blur, noise, strength, team);
+}
+
 } // namespace
 
 Choices chooseSettings(const PictureReader& picture, const LoadRules& rules,
@@ -24,15 +45,17 @@ Choices chooseSettings(const PictureReader& picture, const LoadRules& rules,
                        const VelornRestoreSettings& settings, Team& team) {
     constexpr float kAlpha = 0.8f;
     constexpr float kLimit = 0.0f;
-    constexpr float kChromaStrength = 100.0f;
     Choices choices;
     choices.noise = noise;
-    choices.chromaStrength = boundedStrength(givenOr(settings.chromaStrength, kChromaStrength));
     choices.alpha = givenOr(settings.alpha, kAlpha);
     choices.limit = givenOr(settings.limit, kLimit);
     choices.strength = boundedStrength(settings.strength);
     if (settings.strength < 0.0f && !kernels.empty()) {
         choices.strength = automaticStrength(picture, rules, kernels, noise, choices.alpha, team);
+    }
+    if (rules.layout == PlaneLayout::LuminanceChroma && !kernels.empty()) {
+        choices.chroma =
+            chromaPriors(picture, rules, *kernels.front(), noise, settings.chromaStrength, team);
     }
     return choices;
 }

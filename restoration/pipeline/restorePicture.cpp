@@ -80,7 +80,7 @@ VelornRestoreReport reportOf(const Choices& choices, bool isDeconvolved, PlaneLa
         report.alpha = choices.alpha;
         report.limit = choices.limit;
         report.chromaStrength =
-            layout == PlaneLayout::LuminanceChroma ? choices.chromaStrength : 0.0f;
+            layout == PlaneLayout::LuminanceChroma ? 1.0f / choices.chroma[0].weight : 0.0f;
     }
     return report;
 }

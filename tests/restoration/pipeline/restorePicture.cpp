@@ -123,6 +123,59 @@ TEST(RestorePicture, RestoresABlurredPicture) {
     }
 }
 
+TEST(RestorePicture, AReportedChromaStrengthGivesTheSameBytes) {
+    const auto source = texturedPicture({500, 320, 3});
+    const VelornPicture& picture = source->picture();
+    VelornRestoreSettings settings = settingsFor(picture);
+    const PictureBuffer target(picture);
+    const VelornRestoreReport report =
+        restorePicture(picture, target.picture(), Kernels{&disc()}, settings);
+    settings.chromaStrength = report.chromaStrength;
+    EXPECT_EQ(restored(picture, {&disc()}, settings), bytesOf(target.picture()));
+    settings.chromaStrength = 0.2f * report.chromaStrength;
+    EXPECT_NE(restored(picture, {&disc()}, settings), bytesOf(target.picture()));
+}
+
+/// The mean square of the difference of red and green between two pictures.
+double colourError(const VelornPicture& a, const VelornPicture& b, const VelornRegion& part) {
+    const auto width = static_cast<std::size_t>(part.width);
+    double sum = 0.0;
+    for (int y = part.y; y < part.y + part.height; ++y) {
+        std::vector<float> rows[4];
+        for (int i = 0; i < 4; ++i) {
+            rows[i].resize(width);
+            PictureReader(i < 2 ? a : b).readChannel(i % 2, y, part.x, part.width, rows[i].data());
+        }
+        for (std::size_t x = 0; x < width; ++x) {
+            const double error =
+                static_cast<double>((rows[0][x] - rows[1][x]) - (rows[2][x] - rows[3][x]));
+            sum += error * error;
+        }
+    }
+    return sum;
+}
+
+TEST(RestorePicture, ColoursOfANoisyPictureComeNearerToTheSharpOnes) {
+    const auto sharp = texturedPicture({420, 280, 3, false, VELORN_SAMPLES_F32}, 0.0);
+    const auto soft = blurred(sharp->picture(), disc());
+    std::mt19937 random(5);
+    std::normal_distribution<float> noise(0.0f, 6.0f / 255.0f);
+    std::vector<float> row(420);
+    for (int y = 0; y < 280; ++y) {
+        for (int c = 0; c < 3; ++c) {
+            PictureReader(soft->picture()).readChannel(c, y, 0, 420, row.data());
+            std::ranges::for_each(row, [&](float& value) { value += noise(random); });
+            PictureWriter(soft->picture()).writeChannel(c, y, 0, 420, row.data());
+        }
+    }
+    const PictureBuffer target(sharp->picture());
+    VelornRestoreSettings settings = settingsFor(sharp->picture());
+    restorePicture(soft->picture(), target.picture(), Kernels{&disc()}, settings);
+    const VelornRegion inner{20, 20, 380, 240};
+    EXPECT_LT(colourError(target.picture(), sharp->picture(), inner),
+              0.3 * colourError(soft->picture(), sharp->picture(), inner));
+}
+
 TEST(RestorePicture, OneKernelForEachChannelRestoresEachWithItsOwn) {
     const Kernel wide = analyticKernel(VELORN_BLUR_DISC, 4.5f, 0.0f);
     const auto sharp = texturedPicture({300, 280, 3, false, VELORN_SAMPLES_F32}, 0.0);
