@@ -8,24 +8,29 @@
 namespace restoration {
 namespace {
 
-constexpr int kSmallestSide = 256;
-/// Patches of the smallest side in large pictures.
+constexpr int kSmallestSide = 128;
+constexpr int kUsualSide = 256;
 constexpr std::int64_t kMostPatches = 24;
-/// The share of the picture that is looked at, at most: a search restores patches about eight
-/// times.
-constexpr std::int64_t kShare = 2;
+
+std::int64_t pixelsOf(int side) noexcept {
+    return std::int64_t{side} * side;
+}
 
 } // namespace
 
 StrengthPatches strengthPatches(int kernelSide, int width, int height) noexcept {
+    // A search restores the patches about eight times, therefore they cover half a picture at most.
+    const std::int64_t pixels = std::int64_t{width} * height / 2;
     int side = kSmallestSide;
     while (side < 4 * kernelSide) {
         side *= 2;
     }
-    const std::int64_t pixels = std::int64_t{width} * height;
-    const std::int64_t patchPixels = std::int64_t{side} * side;
-    const std::int64_t scale = patchPixels / (kSmallestSide * kSmallestSide);
-    const std::int64_t most = std::min(kMostPatches / scale, pixels / (kShare * patchPixels));
+    // Many small patches represent a small picture better than a few large ones.
+    if (side < kUsualSide && pixels / pixelsOf(side) > kMostPatches) {
+        side = kUsualSide;
+    }
+    const std::int64_t scale = std::max<std::int64_t>(1, pixelsOf(side) / pixelsOf(kUsualSide));
+    const std::int64_t most = std::min(kMostPatches / scale, pixels / pixelsOf(side));
     // Unknown pixels are estimated in every patch: no margin as wide as those of tiles is needed.
     constexpr int kMargin = 8;
     return {side,
