@@ -1,28 +1,29 @@
-// Fits the rule for the host's default strength: restores blurred, noisy pictures with a range of
-// strengths, and fits the best strength to the noise that the host measures.
+// Measures the automatic strength of the library: restores blurred, noisy pictures with the
+// strength that the library chooses and with a range of strengths, and compares the luminance of
+// the results with the sharp pictures.
 #include "hosts/command/arguments/ArgumentParser.h"
-#include "hosts/command/commands/DeblurOptions.h"
 #include "hosts/command/kernels/BlurKernel.h"
-#include "hosts/command/restoration/DefaultStrength.h"
-#include "hosts/command/restoration/FramedRestoration.h"
-#include "hosts/command/restoration/NoiseLevel.h"
+#include "Pictures.h"
 #include "SamplePictures.h"
 #include "Scene.h"
+#include "velorn.hpp"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <iomanip>
 #include <iostream>
+#include <variant>
 
 namespace {
 
 using namespace velorn;
 using namespace velorn::tools;
 
-constexpr std::array<double, 4> kNoises{0.5, 1.0, 2.0, 4.0};
-/// Strengths tried: 250 and its doubles.
-constexpr int kStrengths = 10;
-constexpr double kFirstStrength = 250.0;
+constexpr std::array<double, 4> kNoises{0.5, 1.0, 3.0, 6.0};
+/// Strengths tried: 60 and its doubles.
+constexpr int kStrengths = 12;
+constexpr double kFirstStrength = 60.0;
 
 struct Blur {
     const char* name;
@@ -31,93 +32,104 @@ struct Blur {
 
 const std::array<Blur, 3> kBlurs{{{"gaussian 1.5", {AnalyticBlur::Shape::Gaussian, 1.5f, 0.0f}},
                                   {"disc 3", {AnalyticBlur::Shape::Disc, 3.0f, 0.0f}},
-                                  {"motion 11,30", {AnalyticBlur::Shape::Motion, 11.0f, 30.0f}}}};
-
-/// One degraded picture and its distance from the sharp one after restoration with each strength.
-struct Trial {
-    std::string picture;
-    std::string blur;
-    double noise = 0.0;
-    double measured = 0.0;
-    double before = 0.0;
-    std::array<double, kStrengths> after{};
-
-    /// Decibels at any strength, interpolated linearly between those tried.
-    double at(double strength) const {
-        const double place =
-            std::clamp(std::log2(strength / kFirstStrength), 0.0, kStrengths - 1.000001);
-        const auto left = static_cast<std::size_t>(place);
-        return std::lerp(after[left], after[left + 1], place - static_cast<double>(left));
-    }
-    std::size_t best() const {
-        return static_cast<std::size_t>(
-            std::distance(after.begin(), std::ranges::max_element(after)));
-    }
-};
+                                  {"motion 15,30", {AnalyticBlur::Shape::Motion, 15.0f, 30.0f}}}};
 
 double strengthNumber(std::size_t index) {
     return kFirstStrength * std::exp2(static_cast<double>(index));
 }
 
-Trial runTrial(const NamedPicture& picture, const Blur& blur, double noise,
-               RestorationSettings settings, int framePasses) {
-    const BlurKernel kernel = makeKernel(blur.blur);
-    const Photograph photograph = photographOf(picture.colours, kernel, noise, 11);
-    const RgbPixels& pixels = photograph.taken;
-    Trial trial{picture.name, blur.name, noise, noiseLevel(pixels), photograph.decibels(), {}};
-    for (std::size_t i = 0; i < kStrengths; ++i) {
-        settings.lambda = static_cast<float>(strengthNumber(i));
-        const RgbPixels result =
-            restoreInFrame(pixels, kernel, settings, framePasses, [](int, int) { return true; });
-        trial.after[i] = photograph.decibelsOf(result);
-    }
-    return trial;
-}
-
-void printTrial(const Trial& trial) {
-    const double chosen = static_cast<double>(defaultStrength(trial.measured));
-    std::cout << "| " << trial.picture << " | " << trial.blur << " | " << std::setprecision(1)
-              << trial.noise << " | " << std::setprecision(2) << trial.measured << " | "
-              << trial.before << " | " << std::setprecision(0) << strengthNumber(trial.best())
-              << " | " << std::setprecision(2) << trial.after[trial.best()] << " | "
-              << std::setprecision(0) << chosen << " | " << std::setprecision(2) << trial.at(chosen)
-              << " |" << std::endl;
-}
-
-/// Strength = scale * noise ^ exponent, within bounds.
-struct Rule {
-    double scale;
-    double exponent;
-
-    double strength(double noise) const {
-        return std::clamp(scale * std::pow(noise, exponent), 500.0, 50000.0);
-    }
-};
-
-/// Mean loss of `rule` against the best strength of each trial, in decibels.
-double meanLoss(const std::vector<Trial>& trials, const auto& rule) {
-    double loss = 0.0;
-    for (const Trial& trial : trials) {
-        loss += trial.after[trial.best()] - trial.at(rule(trial.measured));
-    }
-    return loss / static_cast<double>(trials.size());
-}
-
-Rule bestRule(const std::vector<Trial>& trials) {
-    Rule best{1.0, 0.0};
-    double least = std::numeric_limits<double>::infinity();
-    for (double scale = 500.0; scale < 2e5; scale *= 1.05) {
-        for (double exponent = -3.0; exponent <= 0.0; exponent += 0.05) {
-            const Rule rule{scale, exponent};
-            const double loss =
-                meanLoss(trials, [&](double noise) { return rule.strength(noise); });
-            if (loss < least) {
-                least = loss;
-                best = rule;
-            }
+/// Peak signal-to-noise ratio of the luminance of two pictures (CV_32FC3, 0..255), in decibels.
+/// Luminance is limited to 0..255.
+double luminanceDecibels(const cv::Mat& first, const cv::Mat& second) {
+    const auto luminance = [](const cv::Vec3f& colour) {
+        const double sum =
+            0.299 * double{colour[0]} + 0.587 * double{colour[1]} + 0.114 * double{colour[2]};
+        return std::clamp(sum, 0.0, 255.0);
+    };
+    double squares = 0.0;
+    for (int y = 0; y < first.rows; ++y) {
+        for (int x = 0; x < first.cols; ++x) {
+            const double error =
+                luminance(first.at<cv::Vec3f>(y, x)) - luminance(second.at<cv::Vec3f>(y, x));
+            squares += error * error;
         }
     }
-    return best;
+    return 10.0 * std::log10(255.0 * 255.0 * static_cast<double>(first.total()) / squares);
+}
+
+/// A photograph, and its restorations by the library.
+class Subject {
+public:
+    Subject(const NamedPicture& picture, const BlurKernel& kernel, double noise)
+        : m_photograph(photographOf(picture.colours, kernel, noise, 11)),
+          m_kernel(api::Kernel::fromValues(kernel.weights.data(), kernel.width, kernel.height)) {}
+
+    double blurred() const {
+        return luminanceDecibels(m_photograph.sharp, coloursOf(m_photograph.taken));
+    }
+
+    struct Restoration {
+        double decibels;
+        VelornRestoreReport report;
+    };
+    Restoration restored(float strength, const VelornRestoreSettings& base) const {
+        VelornRestoreSettings settings = base;
+        settings.strength = strength;
+        const RgbPixels& taken = m_photograph.taken;
+        cv::Mat result(taken.height, taken.width, CV_32FC3);
+        const auto& bytes = std::get<std::vector<std::uint8_t>>(taken.samples);
+        const VelornRestoreReport report =
+            api::restore(api::pictureOf(bytes.data(), taken.width, taken.height, 3),
+                         api::pictureOf(result.ptr<float>(), taken.width, taken.height, 3),
+                         {m_kernel}, settings);
+        result *= 255.0;
+        return {luminanceDecibels(m_photograph.sharp, result), report};
+    }
+
+private:
+    Photograph m_photograph;
+    api::Kernel m_kernel;
+};
+
+/// Decibels that the chosen strength gains over the blurred picture, and loses against the best
+/// strength.
+struct Outcome {
+    double gain;
+    double loss;
+};
+
+Outcome measure(const NamedPicture& picture, const Blur& blur, double noise,
+                const VelornRestoreSettings& settings) {
+    const Subject subject(picture, makeKernel(blur.blur), noise);
+    const Subject::Restoration chosen = subject.restored(VELORN_AUTOMATIC, settings);
+    VelornRestoreSettings same = settings;
+    same.alpha = chosen.report.alpha;
+    std::array<double, kStrengths> decibels{};
+    for (std::size_t i = 0; i < decibels.size(); ++i) {
+        decibels[i] = subject.restored(static_cast<float>(strengthNumber(i)), same).decibels;
+    }
+    const auto best = static_cast<std::size_t>(
+        std::distance(decibels.begin(), std::ranges::max_element(decibels)));
+    const double loss = std::max(0.0, decibels[best] - chosen.decibels);
+    std::cout << "| " << picture.name << " | " << blur.name << std::setprecision(1) << " | "
+              << noise << std::setprecision(2) << " | " << chosen.report.noise << " | "
+              << subject.blurred() << std::setprecision(0) << " | " << strengthNumber(best)
+              << std::setprecision(2) << " | " << decibels[best] << std::setprecision(0) << " | "
+              << chosen.report.strength << std::setprecision(2) << " | " << chosen.decibels << " | "
+              << loss << " |" << std::endl;
+    return {chosen.decibels - subject.blurred(), loss};
+}
+
+void summarise(double noise, const std::vector<Outcome>& outcomes) {
+    double sum = 0.0;
+    for (const Outcome& outcome : outcomes) {
+        sum += outcome.loss;
+    }
+    const double worst = std::ranges::max_element(outcomes, {}, &Outcome::loss)->loss;
+    const double gain = std::ranges::min_element(outcomes, {}, &Outcome::gain)->gain;
+    std::cout << std::setprecision(1) << "noise " << noise << std::setprecision(2) << ": mean loss "
+              << sum / static_cast<double>(outcomes.size()) << " dB, worst " << worst
+              << " dB, smallest gain over the blurred picture " << gain << " dB\n";
 }
 
 std::vector<NamedPicture> scenesAnd(const std::vector<std::string>& files, int scenes) {
@@ -130,49 +142,45 @@ std::vector<NamedPicture> scenesAnd(const std::vector<std::string>& files, int s
     return pictures;
 }
 
-void tune(const std::vector<NamedPicture>& pictures, const RestorationSettings& settings,
-          int framePasses) {
-    std::cout
-        << "| picture | blur | noise | measured | blurred dB | best strength | dB | chosen | dB "
-           "|\n|---|---|---|---|---|---|---|---|---|\n"
-        << std::fixed;
-    std::vector<Trial> trials;
+void tune(const std::vector<NamedPicture>& pictures, const VelornRestoreSettings& settings) {
+    std::cout << "| picture | blur | noise | measured | blurred dB | best strength | dB | chosen | "
+                 "dB | loss |\n|---|---|---|---|---|---|---|---|---|---|\n"
+              << std::fixed;
+    std::array<std::vector<Outcome>, kNoises.size()> outcomes;
     for (const NamedPicture& picture : pictures) {
         for (const Blur& blur : kBlurs) {
-            for (const double noise : kNoises) {
-                trials.push_back(runTrial(picture, blur, noise, settings, framePasses));
-                printTrial(trials.back());
+            for (std::size_t i = 0; i < kNoises.size(); ++i) {
+                outcomes[i].push_back(measure(picture, blur, kNoises[i], settings));
             }
         }
     }
-    const Rule rule = bestRule(trials);
-    std::cout << std::setprecision(2) << "\nbest rule: " << rule.scale << " * noise ^ "
-              << rule.exponent << ", mean loss "
-              << meanLoss(trials, [&](double noise) { return rule.strength(noise); })
-              << " dB\nrule in use: mean loss "
-              << meanLoss(trials,
-                          [](double noise) { return static_cast<double>(defaultStrength(noise)); })
-              << " dB\n";
+    std::cout << '\n';
+    for (std::size_t i = 0; i < kNoises.size(); ++i) {
+        if (!outcomes[i].empty()) {
+            summarise(kNoises[i], outcomes[i]);
+        }
+    }
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
-    ArgumentParser parser("tuneStrength", "Fits the default strength to the measured noise.");
+    ArgumentParser parser("tuneStrength",
+                          "Compares the automatic strength with the best one of each picture.");
     std::vector<std::string> files;
     int scenes = 2;
-    RestorationSettings settings;
+    VelornRestoreSettings settings = api::restoreSettings();
+    // The pictures are blurred as they are stored.
+    settings.light = VELORN_LIGHT_DISPLAY;
     parser.add("PICTURES", files, "Further sharp photographs");
     parser.add("--scenes", scenes, "Number of drawn scenes").showDefault();
-    int framePasses = DeblurOptions().framePasses;
-    parser.add("--frame-passes", framePasses, "As for 'velorn deblur'").showDefault();
-    parser.add("--alpha", settings.alpha, "As for 'velorn deblur'").showDefault();
-    parser.add("--limit", settings.limit, "As for 'velorn deblur'").showDefault();
+    parser.add("--alpha", settings.alpha, "Exponent of the prior; below 0: automatic")
+        .showDefault();
     try {
         if (!parser.parse({argv + 1, argv + argc}, std::cout)) {
             return 0;
         }
-        tune(scenesAnd(files, scenes), settings, framePasses);
+        tune(scenesAnd(files, scenes), settings);
         return 0;
     } catch (const std::exception& failure) {
         std::cerr << "tuneStrength: " << failure.what() << '\n';
