@@ -51,8 +51,8 @@ private:
 /// The search of one model on one set of planes for the strength of the compared residual.
 class Search {
 public:
-    Search(const std::vector<LightPatch>& patches, const BlurSpectrum& blur,
-           const ToneCurve* curve, int firstLevel)
+    Search(const std::vector<LightPatch>& patches, const BlurSpectrum& blur, const ToneCurve* curve,
+           int firstLevel)
         : m_firstLevel(firstLevel) {
         for (const LightPatch& patch : patches) {
             m_trials.emplace_back(patch, blur, curve);
@@ -195,10 +195,9 @@ public:
         const double ifDisplay = costOf(lightOfDisplay) - costOf(displayOfDisplay);
         LightEvidence evidence;
         evidence.contrast = static_cast<float>(ifDisplay - ifLight);
-        evidence.position =
-            evidence.contrast > 0.0f
-                ? static_cast<float>((found - ifLight) / (ifDisplay - ifLight))
-                : 1.0f;
+        evidence.position = evidence.contrast > 0.0f
+                                ? static_cast<float>((found - ifLight) / (ifDisplay - ifLight))
+                                : 1.0f;
         evidence.excess = static_cast<float>(costOf(display) - costOf(displayOfDisplay));
         return evidence;
     }
@@ -244,8 +243,8 @@ private:
             m_team.forEach(steps.size() * m_patches.size(), [&](std::size_t piece, int worker) {
                 const Step& step = steps[piece / m_patches.size()];
                 const std::size_t i = piece % m_patches.size();
-                step.task.search->measure(i, step.level, *(*step.task.planes)[i],
-                                          scratchOf(worker), m_team.cancellation());
+                step.task.search->measure(i, step.level, *(*step.task.planes)[i], scratchOf(worker),
+                                          m_team.cancellation());
             });
             for (const Step& step : steps) {
                 step.task.search->finish(step.level);
@@ -263,11 +262,10 @@ private:
             search.trial(i).explain(*picture[i], strength, scratch, m_team.cancellation());
             planes[i] = Plane(m_blur.side(), m_blur.side());
             Noise noise(static_cast<std::uint32_t>(i));
-            std::ranges::transform(scratch.again.values(), planes[i].values().begin(),
-                                   [&](float value) {
-                                       return std::clamp(value + m_noise * noise.next(), 0.0f,
-                                                         1.0f);
-                                   });
+            std::ranges::transform(
+                scratch.again.values(), planes[i].values().begin(), [&](float value) {
+                    return std::clamp(value + m_noise * noise.next(), 0.0f, 1.0f);
+                });
         });
         return planes;
     }

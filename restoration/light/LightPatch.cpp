@@ -115,9 +115,8 @@ std::vector<LightPatch> lightPatches(const PictureReader& picture, std::size_t c
     const int side = sideFor(kernelSide);
     const int wanted = std::max(1, 8 * kSmallestSide / side);
     const TileLoader loader(picture, side, {});
-    std::vector<Patch> samples =
-        samplePatches(loader, {3 * wanted, windowOf(side, kernelSide), marginOf(kernelSide),
-                               kernelSide});
+    std::vector<Patch> samples = samplePatches(
+        loader, {3 * wanted, windowOf(side, kernelSide), marginOf(kernelSide), kernelSide});
 
     std::vector<LightPatch> patches;
     std::vector<std::pair<double, std::size_t>> ranks;

@@ -15,8 +15,7 @@ ToneCurves curvesOf(const VelornRestoreSettings& settings) {
     if (settings.profile == nullptr) {
         return ToneCurves();
     }
-    return profileCurves(
-        {static_cast<const std::byte*>(settings.profile), settings.profileSize});
+    return profileCurves({static_cast<const std::byte*>(settings.profile), settings.profileSize});
 }
 
 } // namespace
