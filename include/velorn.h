@@ -237,7 +237,7 @@ typedef struct VelornRestoreReport {
     float limit;            /* as used */
     int32_t light;          /* as used: VELORN_LIGHT_LINEAR or VELORN_LIGHT_DISPLAY */
     int32_t tiles;          /* tiles restored */
-    double clippedShare;    /* share of the source's pixels treated as clipped, 0..1 */
+    double clippedShare;    /* share of the region's pixels treated as clipped, 0..1 */
     double secondsAnalysis; /* noise, automatic settings */
     double secondsTiles;    /* restoration */
     double secondsTotal;

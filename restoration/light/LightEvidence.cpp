@@ -281,7 +281,7 @@ private:
 } // namespace
 
 bool LightEvidence::isForLight() const noexcept {
-    return -0.3f < position && position < 0.5f && contrast > 0.05f && excess > 0.01f;
+    return -0.3f < position && position < 0.5f && contrast > 0.08f && excess > 0.01f;
 }
 
 LightEvidence lightEvidence(const PictureReader& picture, std::span<const Kernel* const> kernels,

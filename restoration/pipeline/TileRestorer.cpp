@@ -64,6 +64,9 @@ void TileRestorer::deconvolvePlane(std::size_t i) {
     Plane& plane = m_tile.planes[i];
     if (m_tile.isIncomplete) {
         estimateUnknown(plane, m_tile.known, blur, m_scratch, m_cancellation);
+        if (m_tile.hidesLight) {
+            estimateClipped(plane, m_tile.known, blur, m_scratch, m_cancellation);
+        }
     } else {
         taperEdges(plane, m_tile.window.width, m_tile.window.height, blur, m_scratch,
                    m_cancellation);
@@ -159,7 +162,22 @@ FinishedTile TileRestorer::cut(const PlannedTile& planned, const Rect& part) con
         fromLuminanceChroma(finished.colours[0].values(), finished.colours[1].values(),
                             finished.colours[2].values());
     }
+    finished.clippedPixels = clippedPixels(planned, part);
     return finished;
+}
+
+/// The clipped pixels of `part`, those in cross-fades with their weights.
+double TileRestorer::clippedPixels(const PlannedTile& planned, const Rect& part) const {
+    double sum = 0.0;
+    for (int y = part.y; m_tile.hidesLight && y < part.bottom(); ++y) {
+        const std::uint8_t* known = m_tile.known.row(y - m_tile.window.y) - m_tile.window.x;
+        double row = 0.0;
+        for (int x = part.x; x < part.right(); ++x) {
+            row += known[x] == 0 ? static_cast<double>(axisWeight(planned.columns, x)) : 0.0;
+        }
+        sum += row * static_cast<double>(axisWeight(planned.rows, y));
+    }
+    return sum;
 }
 
 } // namespace restoration

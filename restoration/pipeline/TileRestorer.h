@@ -36,6 +36,7 @@ private:
     void sharpen();
     bool isChroma(std::size_t i) const noexcept;
     FinishedTile cut(const PlannedTile& planned, const Rect& part) const;
+    double clippedPixels(const PlannedTile& planned, const Rect& part) const;
 
     const RestorationPlan& m_plan;
     const Cancellation& m_cancellation;

@@ -53,12 +53,19 @@ Rect rectOf(const VelornRegion& region) noexcept {
 }
 
 /// Restores tiles and merges them into `result`.
-void restoreTiles(const RestorationPlan& plan, const std::vector<PlannedTile>& tiles,
-                  const Rect& region, const VelornPicture& result, Team& team) {
+/// @return the number of clipped pixels
+double restoreTiles(const RestorationPlan& plan, const std::vector<PlannedTile>& tiles,
+                    const Rect& region, const VelornPicture& result, Team& team) {
+    double clipped = 0.0;
     TileMerger merger(plan.loader.picture(), PictureWriter(result), region);
     const std::size_t workers = std::min(tiles.size(), static_cast<std::size_t>(team.threads()));
     InOrder<FinishedTile> inOrder(
-        workers, [&](std::size_t, FinishedTile& tile) { merger.merge(tile); }, team.cancellation());
+        workers,
+        [&](std::size_t, FinishedTile& tile) {
+            merger.merge(tile);
+            clipped += tile.clippedPixels;
+        },
+        team.cancellation());
     // The analysis may have started more workers than there are tiles.
     std::vector<std::unique_ptr<TileRestorer>> restorers(static_cast<std::size_t>(team.threads()));
     team.progress().beginPhase(1.0, tiles.size() * TileRestorer::unitsOfTile(plan));
@@ -70,6 +77,7 @@ void restoreTiles(const RestorationPlan& plan, const std::vector<PlannedTile>& t
         inOrder.put(piece, restorer->restore(tiles[piece], region));
     });
     merger.finish();
+    return clipped;
 }
 
 VelornRestoreReport reportOf(const Choices& choices, bool isDeconvolved, PlaneLayout layout) {
@@ -118,9 +126,10 @@ VelornRestoreReport restorePicture(const VelornPicture& source, const VelornPict
         plan.emplace(loader, kernels, choices, settings);
         result.emplace(target);
     });
-    restoreTiles(*plan, tiles, region, result->picture(), team);
+    const double clipped = restoreTiles(*plan, tiles, region, result->picture(), team);
     team.finish();
     result->copyTo(target);
+    report.clippedShare = clipped / (static_cast<double>(region.width) * region.height);
     report.tiles = static_cast<std::int32_t>(tiles.size());
     report.secondsTiles = restoring.seconds();
     report.secondsTotal = total.seconds();

@@ -22,6 +22,7 @@ struct Tile {
     /// Whether the window holds unknown pixels. They have to be estimated; the ring alone lies far
     /// enough from the pixels that are kept.
     bool isIncomplete = false;
+    bool hidesLight = false; ///< whether the window holds clipped pixels that are unknown
 };
 
 } // namespace restoration

@@ -68,10 +68,9 @@ void TileLoader::markKnownPixels(const Rect& inside, Tile& tile) const {
     };
     tile.isIncomplete = m_rules.isBeyondUnknown && inside != window;
     markKnown(tile.known, m_side, inTile(m_rules.isBeyondUnknown ? inside : window));
-    if (m_rules.clipping != nullptr &&
-        m_rules.clipping->mark(tile.planes, inTile(inside), tile.known)) {
-        tile.isIncomplete = true;
-    }
+    tile.hidesLight = m_rules.clipping != nullptr &&
+                      m_rules.clipping->mark(tile.planes, inTile(inside), tile.known);
+    tile.isIncomplete = tile.isIncomplete || tile.hidesLight;
 }
 
 void TileLoader::allocate(Tile& tile) const {

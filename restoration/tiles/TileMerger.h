@@ -14,6 +14,7 @@ struct FinishedTile {
     PlannedTile plan;
     Rect part;                  ///< of the picture; inside the tile's kept part
     std::vector<Plane> colours; ///< of `part`; as the result stores them
+    double clippedPixels = 0.0; ///< of `part`, with the weights of the cross-fades
 };
 
 /// Cross-fades finished tiles into the result. Tiles come row by row, from left to right, as

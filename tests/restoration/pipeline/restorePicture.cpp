@@ -2,6 +2,8 @@
 
 #include "restoration/failures/Failure.h"
 #include "restoration/kernels/analyticKernel.h"
+#include "restoration/light/ToneCurve.h"
+#include "tests/restoration/clipping/LampScene.h"
 #include "tests/restoration/pipeline/FailingNew.h"
 #include "tests/restoration/pipeline/testPictures.h"
 
@@ -278,6 +280,94 @@ TEST(RestorePicture, TheResultDoesNotDependOnTheNumberOfThreads) {
     for (const int threads : {2, 3, 8}) {
         EXPECT_EQ(restored(picture, {&disc()}, settingsFor(picture, threads)), one);
     }
+}
+
+/// A grey picture of a dark scene with a lamp, blurred in light and stored by the curve of sRGB.
+struct NightPicture {
+    NightPicture() {
+        constexpr int kSide = 160;
+        Plane scene = test::darkScene(kSide);
+        test::addLamp(scene, 60, 70, 1.5, 15.0f);
+        Plane image = test::blurred(scene, disc());
+        const ToneCurve curve = ToneCurve::sRgb();
+        std::mt19937 random(5);
+        std::normal_distribution<float> error(0.0f, 0.5f / 255.0f);
+        for (float& value : image.values()) {
+            value = curve.display(value) + error(random);
+        }
+        curve.toDisplay(scene.values());
+        store(image, blurred);
+        store(scene, sharp);
+    }
+
+    static void store(const Plane& plane, const PictureBuffer& picture) {
+        for (int y = 0; y < plane.height(); ++y) {
+            PictureWriter(picture.picture()).writeChannel(0, y, 0, plane.width(), plane.row(y));
+        }
+    }
+
+    PictureBuffer blurred{formatOf({160, 160, 1})};
+    PictureBuffer sharp{formatOf({160, 160, 1})};
+};
+
+TEST(RestorePicture, ALampLeavesNoRings) {
+    const NightPicture night;
+    const VelornPicture& picture = night.blurred.picture();
+    const PictureBuffer result(picture);
+    // 20 pixels above the lamp, where nothing but rings can come from it.
+    const VelornRegion part{40, 35, 40, 20};
+    VelornRestoreSettings settings = settingsFor(picture);
+    settings.light = VELORN_LIGHT_LINEAR;
+    settings.recoverClipped = 0;
+    VelornRestoreReport report =
+        restorePicture(picture, result.picture(), Kernels{&disc()}, settings);
+    EXPECT_EQ(report.clippedShare, 0.0);
+    const double ringing = meanSquare(result.picture(), night.sharp.picture(), part);
+    settings.recoverClipped = 1;
+    report = restorePicture(picture, result.picture(), Kernels{&disc()}, settings);
+    EXPECT_GT(report.clippedShare, 30.0 / (160 * 160));
+    EXPECT_LT(report.clippedShare, 150.0 / (160 * 160));
+    EXPECT_LT(meanSquare(result.picture(), night.sharp.picture(), part), 0.05 * ringing);
+}
+
+TEST(RestorePicture, TheModelOfTheBlurIsChosenByThePicture) {
+    const NightPicture night;
+    const VelornPicture& picture = night.blurred.picture();
+    VelornRestoreSettings settings = settingsFor(picture);
+    settings.light = VELORN_LIGHT_LINEAR;
+    const std::vector<unsigned char> linear = restored(picture, {&disc()}, settings);
+    settings.light = VELORN_LIGHT_DISPLAY;
+    const std::vector<unsigned char> display = restored(picture, {&disc()}, settings);
+    EXPECT_NE(linear, display);
+
+    // Textured pictures are blurred as stored.
+    const auto textured = texturedPicture(kShapes[0]);
+    settings = settingsFor(textured->picture());
+    settings.light = VELORN_LIGHT_AUTOMATIC;
+    const PictureBuffer result(textured->picture());
+    const VelornRestoreReport report =
+        restorePicture(textured->picture(), result.picture(), Kernels{&disc()}, settings);
+    EXPECT_EQ(report.light, VELORN_LIGHT_DISPLAY);
+}
+
+TEST(RestorePicture, AnUnusableProfileIsRefusedUnlessDisplayValuesAreRestored) {
+    const auto source = texturedPicture(kShapes[0]);
+    const VelornPicture& picture = source->picture();
+    VelornRestoreSettings settings = settingsFor(picture);
+    const char profile[] = "no profile";
+    settings.profile = profile;
+    settings.profileSize = sizeof profile;
+    for (const VelornLight light : {VELORN_LIGHT_AUTOMATIC, VELORN_LIGHT_LINEAR}) {
+        settings.light = light;
+        try {
+            restored(picture, {&disc()}, settings);
+            ADD_FAILURE() << "not refused";
+        } catch (const Failure& failure) {
+            EXPECT_EQ(failure.status(), VELORN_STATUS_INVALID_ARGUMENT);
+        }
+    }
+    settings.light = VELORN_LIGHT_DISPLAY;
+    EXPECT_FALSE(restored(picture, {&disc()}, settings).empty());
 }
 
 TEST(RestorePicture, SourceAndTargetMayBeTheSameMemory) {
