@@ -29,6 +29,7 @@ struct KernelBounds {
     int height = 0;
 
     int side() const noexcept { return width > height ? width : height; }
+    int smallerSide() const noexcept { return width < height ? width : height; }
 };
 
 /// The work of a run, in units of progress.

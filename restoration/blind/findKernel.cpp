@@ -1,5 +1,6 @@
 #include "restoration/blind/findKernel.h"
 
+#include "restoration/blind/analyticKernelLike.h"
 #include "restoration/blind/edgePart.h"
 #include "restoration/blind/KernelRun.h"
 #include "restoration/blind/KernelScore.h"
@@ -24,6 +25,8 @@ constexpr int kChosenSide = 512;
 constexpr int kSmallSide = 31;
 constexpr int kMiddleSide = 47;
 constexpr int kLargeSide = 71;
+/// How much better the score of a free kernel must be than that of an analytic one.
+constexpr double kPriceOfFreedom = 0.04;
 constexpr double kLeastAgreement = 0.85;
 constexpr double kLargestMisfit = 8.0;
 
@@ -103,8 +106,8 @@ public:
             throw Failure(VELORN_STATUS_NO_KERNEL,
                           "the picture has too few edges to find a kernel");
         }
-        runAll(std::array{thirdPlan()}, 1.0);
-        return result(best());
+        runAll(std::array{thirdPlan()}, 0.97);
+        return result(best(), simplerThan(best()));
     }
 
 private:
@@ -184,6 +187,23 @@ private:
         return {std::min(fitting, side), kStrongestRun};
     }
 
+    /// The analytic blur that explains the picture about as well as the candidate, if any: errors
+    /// of a free kernel make artefacts that a clean one does not make.
+    std::optional<Candidate> simplerThan(const Candidate& free) {
+        const std::optional<SquareKernel> kernel = analyticKernelLike(free.kernel);
+        m_team.progress().beginPhase(1.0, 1);
+        if (!kernel || extentOf(*kernel) > m_bounds.smallerSide()) {
+            return std::nullopt;
+        }
+        KernelScore score;
+        m_team.run([&] { score = m_scorer.of(*kernel, m_team.cancellation()); });
+        m_team.progress().advance();
+        if (score.value > free.score.value + kPriceOfFreedom) {
+            return std::nullopt;
+        }
+        return Candidate{*kernel, score, extentOf(*kernel)};
+    }
+
     /// The candidate with the best score. One whose kernel reaches the rim of its square lacks what
     /// lies outside, and is the best only if all do.
     const Candidate& best() const {
@@ -192,7 +212,7 @@ private:
         });
     }
 
-    FoundKernel result(const Candidate& chosen) const {
+    FoundKernel result(const Candidate& chosen, const std::optional<Candidate>& simpler) const {
         double agreement = 0.0;
         for (const Candidate& other : m_candidates) {
             if (&other != &chosen) {
@@ -200,8 +220,9 @@ private:
             }
         }
         const double noise = noiseOf(m_part);
-        const double misfit = chosen.score.residual / (noise * noise);
-        return {cutToContent(chosen.kernel, m_bounds),
+        const Candidate& used = simpler ? *simpler : chosen;
+        const double misfit = used.score.residual / (noise * noise);
+        return {cutToContent(used.kernel, m_bounds),
                 static_cast<float>(confidence(agreement, misfit)), static_cast<float>(agreement),
                 static_cast<float>(misfit)};
     }

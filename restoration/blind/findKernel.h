@@ -19,7 +19,7 @@ struct FoundKernel {
     /// 0..1; below 0.5 where agreement is below 0.85 or misfit above 8. The bounds separate useful
     /// from harmful kernels; the values in between are not probabilities.
     float confidence = 0.0f;
-    /// The likeness of the kernel and the most similar one of the other candidates, 0..1.
+    /// The likeness of the best kernel and the most similar one of the other candidates, 0..1.
     float agreement = 0.0f;
     /// Mean squared residual of a restoration with the kernel, in units of the noise variance.
     float misfit = 0.0f;
@@ -29,10 +29,11 @@ struct FoundKernel {
 ///
 /// Three runs (KernelRun.h) of different strength and size estimate a kernel each; the kernel with
 /// the best score (KernelScore.h) is the result, and its likeness with the others tells how far it
-/// can be trusted. Runs look at the part of the picture with the most edges (edgePart.h), about 500
-/// by 500 pixels. The kernel is centred, has sum 1, no negative weights, and odd sides that are at
-/// most the largest ones; without largest sides it has at most 71 columns and rows, and a fifth of
-/// the picture's shorter side.
+/// can be trusted. A Gaussian, disc or line that resembles the kernel and explains the picture
+/// about as well takes its place. Runs look at the part of the picture with the most edges
+/// (edgePart.h), about 500 by 500 pixels. The kernel is centred, has sum 1, no negative weights,
+/// and odd sides that are at most the largest ones; without largest sides it has at most 71 columns
+/// and rows, and a fifth of the picture's shorter side.
 ///
 /// The runs are pieces of `team`. The result does not depend on the number of threads or on the
 /// processor. Memory: about 30 MB beyond the picture's, whatever its size, unless `partSide` is

@@ -80,6 +80,19 @@ double sumOfProducts(const SquareKernel& first, const SquareKernel& second, int 
     return sum;
 }
 
+double likenessWithin(const SquareKernel& first, const SquareKernel& second, int reach) {
+    const int side = std::max(extentOf(first), extentOf(second));
+    const SquareKernel a = withSide(first, side);
+    const SquareKernel b = withSide(second, side);
+    double best = 0.0;
+    for (int down = -reach; down <= reach; ++down) {
+        for (int right = -reach; right <= reach; ++right) {
+            best = std::max(best, sumOfProducts(a, b, right, down));
+        }
+    }
+    return best / std::sqrt(sumOfProducts(a, a, 0, 0) * sumOfProducts(b, b, 0, 0));
+}
+
 } // namespace
 
 SquareKernel startingKernel(int side) {
@@ -183,18 +196,12 @@ SquareKernel withSide(const SquareKernel& kernel, int side) {
 }
 
 double likeness(const SquareKernel& first, const SquareKernel& second) {
-    const int side = std::max(extentOf(first), extentOf(second));
-    const SquareKernel a = withSide(first, side);
-    const SquareKernel b = withSide(second, side);
     // Both are centred, therefore shifts are small even where one lacks an arm.
-    const int reach = side / 3 + 1;
-    double best = 0.0;
-    for (int down = -reach; down <= reach; ++down) {
-        for (int right = -reach; right <= reach; ++right) {
-            best = std::max(best, sumOfProducts(a, b, right, down));
-        }
-    }
-    return best / std::sqrt(sumOfProducts(a, a, 0, 0) * sumOfProducts(b, b, 0, 0));
+    return likenessWithin(first, second, std::max(extentOf(first), extentOf(second)) / 3 + 1);
+}
+
+double likenessNearby(const SquareKernel& first, const SquareKernel& second) {
+    return likenessWithin(first, second, 1);
 }
 
 } // namespace restoration

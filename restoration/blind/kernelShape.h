@@ -30,4 +30,7 @@ SquareKernel withSide(const SquareKernel& kernel, int side);
 /// shift.
 double likeness(const SquareKernel& first, const SquareKernel& second);
 
+/// The same for shifts by one pixel at most.
+double likenessNearby(const SquareKernel& first, const SquareKernel& second);
+
 } // namespace restoration
