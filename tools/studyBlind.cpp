@@ -77,7 +77,13 @@ std::optional<Trial> runTrial(const Photograph& photograph, const BlurKernel& tr
 /// Counts and means over trials.
 class Summary {
 public:
-    void count(const Trial& trial) {
+    /// @param found empty when the search found no kernel
+    void count(const std::optional<Trial>& found) {
+        if (!found) {
+            ++m_failures;
+            return;
+        }
+        const Trial& trial = *found;
         ++m_trials;
         m_gain += trial.gain();
         m_inPlace += trial.inPlace - trial.blurred;
@@ -90,7 +96,6 @@ public:
         m_worseWarned += trial.isWorse() && trial.isWarned ? 1 : 0;
         m_falselyWarned += !trial.isWorse() && trial.isWarned ? 1 : 0;
     }
-    void countFailure() { ++m_failures; }
 
     static void printHeading() {
         std::cout
@@ -180,15 +185,10 @@ void runHalf(int half, const std::vector<NamedPicture>& pictures, const Study& s
                 photographOf(pictures[p].colours, blur.kernel, noise, kSeed);
             const auto trial = runTrial(photograph, blur.kernel, study);
             printTrial(pictures[p].name, blur.name, noise, trial);
-            for (Summary* summary : {&byFamily.of(family), &byPicture.of(pictures[p].name)}) {
-                if (trial) {
-                    summary->count(*trial);
-                } else {
-                    summary->countFailure();
-                }
-            }
-            if (trial && family != "none") {
-                all.count(*trial);
+            byFamily.of(family).count(trial);
+            if (family != "none") {
+                byPicture.of(pictures[p].name).count(trial);
+                all.count(trial);
             }
         }
     }

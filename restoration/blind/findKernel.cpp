@@ -26,7 +26,7 @@ constexpr int kSmallSide = 31;
 constexpr int kMiddleSide = 47;
 constexpr int kLargeSide = 71;
 /// How much better the score of a free kernel must be than that of an analytic one.
-constexpr double kPriceOfFreedom = 0.04;
+constexpr double kPriceOfFreedom = 0.1;
 constexpr double kLeastAgreement = 0.85;
 constexpr double kLargestMisfit = 8.0;
 
