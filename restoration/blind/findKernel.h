@@ -36,8 +36,8 @@ struct FoundKernel {
 /// and rows, and a fifth of the picture's shorter side.
 ///
 /// The runs are pieces of `team`. The result does not depend on the number of threads or on the
-/// processor. Memory: about 30 MB beyond the picture's, whatever its size, unless `partSide` is
-/// larger than 512.
+/// processor. Memory: about 20 MB beyond the picture's, 30 MB on two threads, whatever the
+/// picture's size, unless `partSide` is larger than 512.
 /// @param luminance 1.0 = white; values that are not finite count as 0
 /// @throws Failure VELORN_STATUS_NO_KERNEL for pictures without edges and pictures with less than
 ///         32 columns or rows; VELORN_STATUS_CANCELLED; std::bad_alloc

@@ -3,6 +3,7 @@
 #include "drawnPictures.h"
 #include "restoration/blind/kernelShape.h"
 #include "restoration/failures/Failure.h"
+#include "tests/support/EachTarget.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
@@ -97,6 +98,17 @@ TEST(FindKernel, IsTheSameForEveryNumberOfThreads) {
         EXPECT_EQ(other.misfit, one.misfit);
         EXPECT_EQ(other.confidence, one.confidence);
     }
+}
+
+TEST(FindKernel, IsTheSameOnEveryProcessorVariant) {
+    const Plane picture = blurredPicture(DrawnScene(200, 160, 21), hook(), 1, 2);
+    const FoundKernel first = found(picture);
+    vel::test::forEachTarget([&] {
+        const FoundKernel other = found(picture);
+        EXPECT_EQ(other.kernel.values, first.kernel.values);
+        EXPECT_EQ(other.agreement, first.agreement);
+        EXPECT_EQ(other.misfit, first.misfit);
+    });
 }
 
 TEST(FindKernel, KernelIsAtMostAsLargeAsAllowed) {
