@@ -20,8 +20,17 @@
 namespace restoration {
 namespace {
 
-/// Share of the progress that the analysis takes.
-constexpr double kAnalysisShare = 0.1;
+/// Pieces of work that half of the analysis is expected to take.
+constexpr std::size_t kAnalysisPieces = 40;
+
+/// The share of a call that the analysis takes: about as long as four megapixels of tiles where it
+/// searches for a strength.
+double analysisShare(bool searchesStrength, std::size_t tiles, int side) noexcept {
+    constexpr double kSearch = 4e6;
+    constexpr double kMeasurements = 2e5;
+    const double analysis = searchesStrength ? kSearch : kMeasurements;
+    return analysis / (analysis + static_cast<double>(tiles) * side * side);
+}
 
 class Stopwatch {
 public:
@@ -106,7 +115,9 @@ VelornRestoreReport restorePicture(const VelornPicture& source, const VelornPict
     const std::vector<PlannedTile> tiles = grid.touching(region);
 
     Team team(settings.threads, {settings.progress, settings.userData});
-    team.progress().beginPhase(kAnalysisShare, 1);
+    const bool searchesStrength = !kernels.empty() && settings.strength < 0.0f;
+    team.progress().beginOpenPhase(analysisShare(searchesStrength, tiles.size(), grid.side()),
+                                   kAnalysisPieces);
     const NoiseLevels noise = pictureNoise(picture, settings, team);
     const PictureModel model(picture, kernels, settings, noise, team);
     const LoadRules rules{layoutFor(picture, kernels.size()), settings.continueFrame != 0,

@@ -18,11 +18,30 @@ public:
         m_until = std::max(until, m_from);
         m_units = units;
         m_doneUnits = 0;
+        m_isOpen = false;
+    }
+
+    /// The same for work of unknown length: its units are the pieces that the team finishes. Half
+    /// of the phase has passed after `expected` (at least 1) pieces, and its end is never reached.
+    void beginOpenPhase(double until, std::size_t expected) {
+        beginPhase(until, expected);
+        const std::lock_guard lock(m_mutex);
+        m_isOpen = true;
+    }
+
+    /// Counts a piece of the team.
+    void countPiece() {
+        const std::lock_guard lock(m_mutex);
+        if (m_isOpen) {
+            ++m_doneUnits;
+        }
     }
 
     void advance(std::size_t units = 1) {
         const std::lock_guard lock(m_mutex);
-        m_doneUnits = std::min(m_doneUnits + units, m_units);
+        if (!m_isOpen) {
+            m_doneUnits = std::min(m_doneUnits + units, m_units);
+        }
     }
 
     /// 0..1; never falls.
@@ -31,7 +50,8 @@ public:
         if (m_units == 0) {
             return m_from;
         }
-        const double share = static_cast<double>(m_doneUnits) / static_cast<double>(m_units);
+        const std::size_t all = m_isOpen ? m_units + m_doneUnits : m_units;
+        const double share = static_cast<double>(m_doneUnits) / static_cast<double>(all);
         return m_from + (m_until - m_from) * share;
     }
 
@@ -41,6 +61,7 @@ private:
     double m_until = 0.0;
     std::size_t m_units = 0;
     std::size_t m_doneUnits = 0;
+    bool m_isOpen = false;
 };
 
 } // namespace restoration

@@ -106,6 +106,7 @@ void Team::runPiece(std::unique_lock<std::mutex>& lock, std::size_t piece, int w
     try {
         m_cancellation.check();
         body(piece, worker);
+        m_progress.countPiece();
     } catch (...) {
         failure = std::current_exception();
     }

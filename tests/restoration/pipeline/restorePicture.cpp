@@ -225,7 +225,7 @@ TEST(RestorePicture, ARegionHasTheBytesOfTheWhole) {
         VelornRestoreSettings settings = settingsFor(picture);
         const PictureBuffer whole(picture);
         restorePicture(picture, whole.picture(), Kernels{&disc()}, settings);
-        for (int i = 0; i < 6; ++i) {
+        for (int i = 0; i < 4; ++i) {
             const auto below = [&](int end) {
                 return std::uniform_int_distribution<int>(0, end - 1)(random);
             };

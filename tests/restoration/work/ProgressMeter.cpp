@@ -24,6 +24,26 @@ TEST(ProgressMeter, APhaseBeginsWhereTheOneBeforeItWouldHaveEnded) {
     EXPECT_EQ(meter.done(), 0.75);
 }
 
+TEST(ProgressMeter, AnOpenPhaseCountsPiecesAndApproachesItsEnd) {
+    ProgressMeter meter;
+    meter.beginOpenPhase(0.5, 10);
+    meter.advance(10);
+    EXPECT_EQ(meter.done(), 0.0);
+    for (int piece = 0; piece < 10; ++piece) {
+        meter.countPiece();
+    }
+    EXPECT_EQ(meter.done(), 0.25);
+    for (int piece = 0; piece < 1000; ++piece) {
+        meter.countPiece();
+    }
+    EXPECT_GT(meter.done(), 0.49);
+    EXPECT_LT(meter.done(), 0.5);
+    meter.beginPhase(1.0, 2);
+    EXPECT_EQ(meter.done(), 0.5);
+    meter.countPiece();
+    EXPECT_EQ(meter.done(), 0.5);
+}
+
 TEST(ProgressMeter, APhaseThatWouldGoBackStays) {
     ProgressMeter meter;
     meter.beginPhase(0.5, 1);

@@ -210,6 +210,13 @@ TEST(Team, ProgressRisesToExactlyOneOnTheCallingThread) {
     EXPECT_EQ(values.back(), 1.0);
 }
 
+TEST(Team, PiecesAreTheUnitsOfOpenPhases) {
+    Team team(2, {});
+    team.progress().beginOpenPhase(1.0, 10);
+    team.forEach(30, [](std::size_t, int) {});
+    EXPECT_EQ(team.progress().done(), 0.75);
+}
+
 TEST(Team, TheLastReportCanStillCancel) {
     Calls calls;
     calls.cancelAt = 2;
