@@ -8,7 +8,7 @@ namespace {
 /// The variance for Stein's estimate. `shown` is the variance that the residual shows.
 double varianceOf(const AssumedNoise& noise, double shown) noexcept {
     constexpr double kMostOfShown = 1.6;
-    constexpr double kCorrelated = 1.4 * 1.4;
+    constexpr double kCorrelated = 1.1 * 1.1;
     const double variance = noise.deviation * noise.deviation;
     return noise.isCorrelated ? kCorrelated * variance : std::min(variance, kMostOfShown * shown);
 }

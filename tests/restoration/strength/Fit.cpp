@@ -21,7 +21,7 @@ TEST(RiskOf, LimitsNoiseThatTheResidualDoesNotShow) {
 }
 
 TEST(RiskOf, TakesMoreThanTheNoiseForCorrelatedErrors) {
-    EXPECT_DOUBLE_EQ(riskOf(kFit, {5.0, true}), 4.0 + 2.0 * 1.96 * 25.0 * 0.1);
+    EXPECT_DOUBLE_EQ(riskOf(kFit, {5.0, true}), 4.0 + 2.0 * 1.21 * 25.0 * 0.1);
 }
 
 TEST(RiskOf, IsFiniteWhenTheRestorationFollowsEverything) {
