@@ -1,13 +1,16 @@
 #include "restoration/deconvolution/estimateUnknown.h"
 
 #include "CircularScene.h"
+#include "restoration/deconvolution/deconvolveQuadratic.h"
 #include "restoration/deconvolution/tileTransforms.h"
 #include "restoration/deconvolution/unknownRows.h"
+#include "restoration/kernels/analyticKernel.h"
 #include "restoration/tiles/joinEdges.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
 #include <limits>
+#include <string>
 
 namespace restoration {
 namespace {
@@ -133,6 +136,49 @@ TEST(EstimateUnknown, CancelledCallFails) {
     EXPECT_THROW(estimateUnknown(y, windowMask(), BlurSpectrum(test::unevenKernel(5, 7), kSide),
                                  scratch, cancellation),
                  Failure);
+}
+
+/// Mean squared error of the known pixels as a restoration of the completed plane explains them.
+double misfit(const Plane& y, const Mask& known, const Kernel& kernel) {
+    TileScratch scratch(kSide);
+    Plane x(kSide, kSide);
+    deconvolveQuadratic(y, BlurSpectrum(kernel, kSide), 5e-4f, nullptr, x, scratch, Cancellation());
+    const Plane again = test::blurred(x, kernel);
+    double sum = 0;
+    for (int row = 0; row < kSide; ++row) {
+        for (int column = 0; column < kSide; ++column) {
+            const auto error = static_cast<double>(again.row(row)[column] - y.row(row)[column]);
+            sum += known.row(row)[column] != 0 ? error * error : 0.0;
+        }
+    }
+    return sum / (kSide * kSide);
+}
+
+TEST(EstimateClipped, ExplainsWhatSurroundsALamp) {
+    const Kernel kernel = analyticKernel(VELORN_BLUR_DISC, 3.0f, 0.0f);
+    const BlurSpectrum blur(kernel, kSide);
+    Plane scene = test::circularScene(kSide);
+    for (float& value : scene.values()) {
+        value *= 0.3f;
+    }
+    std::fill_n(scene.row(60) + 60, 3, 15.0f);
+    const Plane light = test::blurred(scene, kernel);
+    Plane y = test::copyOf(light);
+    Mask known(kSide, kSide);
+    for (int row = 0; row < kSide; ++row) {
+        for (int x = 0; x < kSide; ++x) {
+            const bool isFar = std::hypot(x - 61, row - 60) > 6.0;
+            known.row(row)[x] = isFar ? 1 : 0;
+            y.row(row)[x] = isFar ? y.row(row)[x] : std::min(y.row(row)[x], 1.0f);
+        }
+    }
+    TileScratch scratch(kSide);
+    y = estimated(std::move(y), known, blur);
+    const double before = misfit(y, known, kernel);
+    estimateClipped(y, known, blur, scratch, Cancellation());
+    RecordProperty("ratio", std::to_string(misfit(y, known, kernel) / before));
+    EXPECT_LT(misfit(y, known, kernel), 0.6 * before);
+    EXPECT_EQ(y.row(20)[20], light.row(20)[20]);
 }
 
 } // namespace
