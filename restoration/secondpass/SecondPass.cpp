@@ -2,7 +2,7 @@
 
 #include "restoration/deconvolution/tileTransforms.h"
 #include "restoration/secondpass/approachRows.h"
-#include "restoration/secondpass/dctVariances.h"
+#include "restoration/secondpass/remainingNoise.h"
 
 #include <algorithm>
 #include <array>
@@ -13,7 +13,7 @@ namespace restoration {
 namespace {
 
 // The schedule is measured. Lower weights or thresholds gain less than 0.03 dB when the noise is
-// known, and lose several dB when it is a third higher than measured.
+// known, and lose several dB when it is half as high again as measured.
 constexpr int kQuickSteps = 8;
 constexpr int kFullSteps = 12;
 constexpr double kFirstError = 8.0; ///< of the estimate in the first step, in levels of 255
@@ -45,9 +45,6 @@ BlockLattice latticeOf(SecondPass::Effort effort, int step) {
                                               : kQuickLattices[i % kQuickLattices.size()];
 }
 
-/// Side of the plane on which spectra of noise are sampled.
-constexpr int kNoiseSide = 256;
-
 void approach(const BlurSpectrum& blur, int block, const float* numerator, float weight, float* x) {
     const auto slots = vel::realSlots(blur.fft());
     const float* kernel = blur.spectrum() + blur.offsetOf(block);
@@ -62,32 +59,9 @@ void approach(const BlurSpectrum& blur, int block, const float* numerator, float
     }
 }
 
-/// The variances of white noise of variance 1 after a step.
-DctVariances remainingNoise(const BlurSpectrum& blur, float weight) {
-    const vel::RealFft2D& fft = blur.fft();
-    TileScratch scratch(blur.side());
-    float* power = scratch.spectrum(fft, 0);
-    for (int block = 0; block < fft.blockCount(); ++block) {
-        const std::size_t offset = blur.offsetOf(block);
-        remainingNoiseRows(blur.spectrum() + offset, weight, power + offset,
-                           static_cast<std::size_t>(blur.side()));
-    }
-    for (const std::size_t slot : vel::realSlots(fft)) {
-        const float k = blur.spectrum()[slot];
-        power[slot] = k * k / ((k * k + weight) * (k * k + weight));
-    }
-    for (int block = 0; block < fft.blockCount(); ++block) {
-        fft.inverseColumns(power + blur.offsetOf(block), block);
-    }
-    Plane& autocovariance = scratch.plane(0);
-    inverseRows(fft, power, autocovariance, scratch.rowMemory(fft), Cancellation());
-    return dctVariances(autocovariance);
-}
-
 } // namespace
 
 SecondPass::SecondPass(const Kernel& kernel, const Noise& noise, Effort effort) {
-    const BlurSpectrum blur(kernel, kNoiseSide);
     const double last =
         std::clamp(std::isnan(noise.deviation) ? 0.0 : static_cast<double>(noise.deviation),
                    kLeastNoise, kMostNoise);
@@ -97,7 +71,7 @@ SecondPass::SecondPass(const Kernel& kernel, const Noise& noise, Effort effort) 
         const double error = first * std::pow(last / first, i / (steps - 1.0));
         const double ratio = last / error;
         Step step{static_cast<float>(kWeight * ratio * ratio), {}, {}};
-        step.noise = {remainingNoise(blur, step.weight), noise.base, noise.slope};
+        step.noise = {remainingNoise(kernel, step.weight), noise.base, noise.slope};
         for (float& variance : step.noise.variances) {
             const double remaining = last * last * static_cast<double>(variance);
             variance = static_cast<float>((error * error + remaining) / (255.0 * 255.0));
