@@ -78,6 +78,19 @@ TEST(SecondPass, KeepsFineDetailThatIsAboveTheNoise) {
     EXPECT_LT(distance(x, stripes), 0.25 * distance(seen, stripes));
 }
 
+TEST(SecondPass, NoiseOfAFlatPlaneIsNotAmplified) {
+    Scene scene;
+    Plane flat(128, 128);
+    std::ranges::fill(flat.values(), 0.5f);
+    std::mt19937 random(11);
+    std::normal_distribution<float> error(0.0f, kNoise / 255.0f);
+    for (std::size_t i = 0; i < flat.values().size(); ++i) {
+        scene.seen.values()[i] = 0.5f + error(random);
+    }
+    scene.first = copyOf(flat);
+    EXPECT_LT(distance(scene.improved(), flat), 0.08 * distance(scene.seen, flat));
+}
+
 TEST(SecondPass, MemoryOfEarlierTilesDoesNotMatter) {
     Scene scene;
     const Plane once = scene.improved();
