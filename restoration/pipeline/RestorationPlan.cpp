@@ -1,6 +1,6 @@
 #include "restoration/pipeline/RestorationPlan.h"
 
-#include "restoration/pipeline/measureBehindBlur.h"
+#include "restoration/secondpass/measureBehindBlur.h"
 
 #include <array>
 #include <cmath>

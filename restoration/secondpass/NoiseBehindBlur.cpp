@@ -1,4 +1,4 @@
-#include "restoration/noise/NoiseBehindBlur.h"
+#include "restoration/secondpass/NoiseBehindBlur.h"
 
 #include "restoration/deconvolution/BlurSpectrum.h"
 #include "restoration/deconvolution/tileTransforms.h"

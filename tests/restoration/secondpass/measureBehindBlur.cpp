@@ -1,4 +1,4 @@
-#include "restoration/pipeline/measureBehindBlur.h"
+#include "restoration/secondpass/measureBehindBlur.h"
 
 #include "restoration/kernels/analyticKernel.h"
 #include "tests/restoration/pipeline/testPictures.h"

@@ -1,4 +1,4 @@
-#include "restoration/noise/NoiseBehindBlur.h"
+#include "restoration/secondpass/NoiseBehindBlur.h"
 
 #include "restoration/kernels/analyticKernel.h"
 #include "tests/restoration/deconvolution/CircularScene.h"

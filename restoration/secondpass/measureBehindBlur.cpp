@@ -1,6 +1,6 @@
-#include "restoration/pipeline/measureBehindBlur.h"
+#include "restoration/secondpass/measureBehindBlur.h"
 
-#include "restoration/noise/NoiseBehindBlur.h"
+#include "restoration/secondpass/NoiseBehindBlur.h"
 
 #include <algorithm>
 
