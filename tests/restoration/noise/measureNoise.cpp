@@ -182,8 +182,10 @@ TEST(MeasureNoise, ErrorsOfCompressedBlocksAreMeasuredAtTheirCorners) {
             Samples samples = gradient(400, 400, 1, 0.0, kEightBits);
             compress(samples, left, top, 3.0);
             EXPECT_NEAR(samples.noise().luminance, 3.0, 0.3) << left << " " << top;
+            EXPECT_TRUE(samples.noise().isCompressed);
         }
     }
+    EXPECT_FALSE(gradient(400, 400, 1, 3.0, kEightBits).noise().isCompressed);
 }
 
 } // namespace
