@@ -151,6 +151,10 @@ VELORN_PUBLIC int32_t velornKernelWidth(const VelornKernel* kernel);
 VELORN_PUBLIC int32_t velornKernelHeight(const VelornKernel* kernel);
 VELORN_PUBLIC const float* velornKernelValues(const VelornKernel* kernel);
 
+/* Makes a kernel rotated by 180 degrees. A picture of unknown blur does not always show which of
+ * both orientations an asymmetric blur had. */
+VELORN_PUBLIC VelornStatus velornRotateKernel(const VelornKernel* kernel, VelornKernel** rotated);
+
 /* Frees a kernel; ignores null. */
 VELORN_PUBLIC void velornFreeKernel(VelornKernel* kernel);
 
@@ -282,7 +286,10 @@ typedef struct VelornFindSettings {
     int32_t maxWidth;  /* the kernel has at most these sides, 3..VELORN_LARGEST_KERNEL_SIDE; */
     int32_t maxHeight; /* 0 (default): as large as the picture shows */
     int32_t partSide;  /* look at a square of this side, at least 64; 0 (default): chosen */
-    int32_t threads;   /* as in VelornRestoreSettings */
+    /* Standard deviation in pixels of a Gaussian that smooths the edges which the kernel is fitted
+     * to at last, 0..2, default 0. Higher values give smoother, narrower kernels. */
+    float smoothing;
+    int32_t threads; /* as in VelornRestoreSettings */
     VelornProgress progress;
     void* userData;
 } VelornFindSettings;

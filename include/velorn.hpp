@@ -66,6 +66,12 @@ public:
     /// Owns `kernel`, which is not null.
     explicit Kernel(VelornKernel* kernel) : m_kernel(kernel, &velornFreeKernel) {}
 
+    Kernel rotatedBy180() const {
+        VelornKernel* kernel = nullptr;
+        check(velornRotateKernel(get(), &kernel));
+        return Kernel(kernel);
+    }
+
     const VelornKernel* get() const noexcept { return m_kernel.get(); }
     int width() const noexcept { return velornKernelWidth(get()); }
     int height() const noexcept { return velornKernelHeight(get()); }

@@ -1,13 +1,10 @@
 // Measures the presets of the host on blurs that are known exactly and on one that is known only
 // approximately, and prints the table of docs/presets.md.
 #include "hosts/command/arguments/ArgumentParser.h"
-#include "hosts/command/commands/DeblurOptions.h"
 #include "hosts/command/commands/Presets.h"
-#include "hosts/command/restoration/DefaultStrength.h"
-#include "hosts/command/restoration/FramedRestoration.h"
-#include "hosts/command/restoration/NoiseLevel.h"
 #include "hosts/command/terminal/Failure.h"
 #include "Pictures.h"
+#include "restored.h"
 #include "SamplePictures.h"
 #include "Scene.h"
 
@@ -47,18 +44,17 @@ constexpr std::array<Case, 4> kCases{{
 void printCase(const Case& item, const cv::Mat& colours) {
     const Photograph photograph =
         photographOf(colours, makeKernel(item.blur), item.noise, kNoiseSeed);
-    const BlurKernel assumed = makeKernel(item.assumed);
-    const auto printRestored = [&](RestorationSettings settings) {
-        settings.lambda = defaultStrength(noiseLevel(photograph.taken));
-        const RgbPixels result =
-            restoreInFrame(photograph.taken, assumed, settings, DeblurOptions().framePasses,
-                           [](int, int) { return true; });
-        std::cout << " | " << photograph.decibelsOf(result);
+    const api::Kernel assumed = libraryKernel(makeKernel(item.assumed));
+    const auto printRestored = [&](const VelornRestoreSettings& settings) {
+        std::cout << " | "
+                  << photograph.decibelsOf(restored(photograph.taken, assumed, settings));
     };
     std::cout << "| " << item.name << " | " << photograph.decibels();
-    printRestored({});
+    printRestored(api::restoreSettings());
     for (const Preset& preset : presets()) {
-        printRestored(preset.settings);
+        VelornRestoreSettings settings = api::restoreSettings();
+        preset.applyTo(settings);
+        printRestored(settings);
     }
     std::cout << " |" << std::endl;
 }

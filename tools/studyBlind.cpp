@@ -3,10 +3,8 @@
 // settings are tuned on one, and the other shows what they are worth.
 #include "BlurFamilies.h"
 #include "hosts/command/arguments/ArgumentParser.h"
-#include "hosts/command/terminal/Failure.h"
 #include "KernelLikeness.h"
-#include "KernelSearches.h"
-#include "Restored.h"
+#include "restored.h"
 #include "SamplePictures.h"
 
 #include <algorithm>
@@ -27,7 +25,6 @@ constexpr int kHeight = 500;
 
 /// Settings of the study.
 struct Study {
-    bool isEarlier = false;
     bool isShort = false;
     std::vector<double> noises{0.5, 1.0, 2.0};
 };
@@ -50,27 +47,37 @@ struct Trial {
     bool isWorse() const { return gain() < 0.0; }
 };
 
-std::optional<Trial> runTrial(const Photograph& photograph, const BlurKernel& truth,
-                              const Study& study) {
+/// Empty when the picture has too few edges.
+std::optional<api::FoundKernel> foundIn(const RgbPixels& pixels) {
+    const auto& samples = std::get<std::vector<std::uint8_t>>(pixels.samples);
+    VelornFindSettings settings = api::findSettings();
+    settings.threads = 1;
+    try {
+        return api::findKernel(api::pictureOf(samples.data(), pixels.width, pixels.height, 3),
+                               settings);
+    } catch (const api::Failure&) {
+        return std::nullopt;
+    }
+}
+
+std::optional<Trial> runTrial(const Photograph& photograph, const BlurKernel& truth) {
     const auto start = std::chrono::steady_clock::now();
-    const auto found =
-        study.isEarlier ? earlierSearch(photograph.taken, std::max(truth.width, truth.height) | 1)
-                        : librarySearch(photograph.taken);
+    const auto found = foundIn(photograph.taken);
     const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start;
     if (!found) {
         return std::nullopt;
     }
-    const RgbPixels blind = restoredWith(photograph.taken, found->kernel, true);
+    const RgbPixels blind = restored(photograph.taken, found->kernel);
     Trial trial;
     trial.blurred = photograph.decibels();
     trial.blind = photograph.decibelsWhenMoved(blind);
     trial.inPlace = photograph.decibelsOf(blind);
     trial.known = truth.width == 1
                       ? trial.blurred
-                      : photograph.decibelsWhenMoved(restoredWith(photograph.taken, truth, false));
-    trial.likeness = likeness(found->kernel, truth);
+                      : photograph.decibelsWhenMoved(restored(photograph.taken, libraryKernel(truth)));
+    trial.likeness = likeness(blurKernelOf(found->kernel), truth);
     trial.seconds = time.count();
-    trial.isWarned = !found->isTrusted;
+    trial.isWarned = found->report.confidence < 0.5f;
     return trial;
 }
 

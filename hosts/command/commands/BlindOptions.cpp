@@ -2,6 +2,7 @@
 
 #include "hosts/command/arguments/NumberRange.h"
 #include "hosts/command/arguments/Numbers.h"
+#include "hosts/command/kernels/BlurKernel.h"
 #include "hosts/command/terminal/Failure.h"
 
 #include <algorithm>
@@ -13,17 +14,26 @@ namespace {
 constexpr int kLeastSide = 3;
 constexpr NumberRange kStrength{0.0f, 2.0f};
 
+constexpr const char* kAutomatic = "auto";
+
 std::string sideRange() {
-    return std::to_string(kLeastSide) + ".." + std::to_string(kLargestEstimatedSide);
+    return std::to_string(kLeastSide) + ".." + std::to_string(kLargestKernelSide);
 }
 
-/// Parses N or NxM.
-KernelSize kernelSizeOf(const std::string& text, const std::string& option) {
+std::string sizeRange() {
+    return std::string("odd numbers, ") + sideRange() + ", default: automatic";
+}
+
+/// Parses N or NxM; nothing for the automatic size.
+std::optional<KernelSize> kernelSizeOf(const std::string& text, const std::string& option) {
+    if (text == kAutomatic) {
+        return std::nullopt;
+    }
     const auto sideAt = [&](std::size_t begin, std::size_t end) {
         int side = 0;
         const auto parsed = std::from_chars(text.data() + begin, text.data() + end, side);
         const bool isNumber = parsed.ec == std::errc{} && parsed.ptr == text.data() + end;
-        if (!isNumber || side < kLeastSide || side > kLargestEstimatedSide || side % 2 == 0) {
+        if (!isNumber || side < kLeastSide || side > kLargestKernelSide || side % 2 == 0) {
             throw UsageFailure(option + " must be one or two odd numbers in " + sideRange() +
                                ", such as 15 or 15x9");
         }
@@ -31,7 +41,7 @@ KernelSize kernelSizeOf(const std::string& text, const std::string& option) {
     };
     const std::size_t cross = std::min(text.find('x'), text.size());
     const int width = sideAt(0, cross);
-    return {width, cross == text.size() ? width : sideAt(cross + 1, text.size())};
+    return KernelSize{width, cross == text.size() ? width : sideAt(cross + 1, text.size())};
 }
 
 Turn turnOf(const std::string& text) {
@@ -55,14 +65,6 @@ bool isSizeLike(const std::string& word) {
 
 } // namespace
 
-std::string BlindOptions::defaultSize() {
-    return std::to_string(BlindSettings().size.width);
-}
-
-std::string BlindOptions::sizeRange() {
-    return std::string("odd numbers, ") + sideRange() + ", default: " + defaultSize();
-}
-
 Argument BlindOptions::addSize(ArgumentParser& parser, const std::string& name,
                                const std::string& help) {
     m_sizeName = name;
@@ -72,8 +74,8 @@ Argument BlindOptions::addSize(ArgumentParser& parser, const std::string& name,
 Argument BlindOptions::addStrength(ArgumentParser& parser) {
     return parser
         .add(
-            "--strength", m_settings.strength,
-            kStrength.text() + ", default: " + numberText(m_settings.strength) +
+            "--strength", m_settings.smoothing,
+            kStrength.text() + ", default: " + numberText(m_settings.smoothing) +
                 "\nSmooths edges before the kernel is fitted to them. Higher values give smoother, "
                 "narrower kernels. Below 0.2, edges are not smoothed.")
         .valueName("NUMBER");
@@ -84,16 +86,16 @@ Argument BlindOptions::addTurn(ArgumentParser& parser, const std::string& condit
         .add("--turn", m_turnText,
              "yes, no or auto, default: auto" + condition +
                  "\nWhether to rotate the kernel found by 180 degrees. A picture does not show "
-                 "which of the two orientations an asymmetric blur had. auto restores a part of "
-                 "the picture with both and keeps the better one.")
+                 "which of the two orientations an asymmetric blur had. auto keeps the orientation "
+                 "that explains the edges of the picture.")
         .valueName("WHEN");
 }
 
 BlindSettings BlindOptions::result() const {
     BlindSettings settings = m_settings;
-    settings.size = kernelSizeOf(m_sizeText, m_sizeName);
+    settings.largest = kernelSizeOf(m_sizeText, m_sizeName);
     settings.turn = turnOf(m_turnText);
-    kStrength.check("--strength", settings.strength);
+    kStrength.check("--strength", settings.smoothing);
     return settings;
 }
 
@@ -101,7 +103,7 @@ std::vector<std::string> BlindOptions::completed(std::vector<std::string> words)
     for (std::size_t i = 0; i < words.size() && words[i] != "--"; ++i) {
         const bool isFollowed = i + 1 < words.size() && isSizeLike(words[i + 1]);
         if (words[i] == "--blind" && !isFollowed) {
-            words[i].append("=").append(defaultSize());
+            words[i].append("=").append(kAutomatic);
         }
     }
     return words;

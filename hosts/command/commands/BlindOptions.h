@@ -1,7 +1,7 @@
 #pragma once
 
 #include "hosts/command/arguments/ArgumentParser.h"
-#include "hosts/command/blind/BlindKernel.h"
+#include "hosts/command/commands/BlindSettings.h"
 
 #include <string>
 #include <vector>
@@ -31,12 +31,8 @@ public:
 private:
     BlindSettings m_settings;
     std::string m_sizeName;
-    std::string m_sizeText = defaultSize();
+    std::string m_sizeText = "auto";
     std::string m_turnText = "auto";
-
-    static std::string defaultSize();
-    /// The range and the default of the size, for help texts.
-    static std::string sizeRange();
 };
 
 } // namespace velorn

@@ -2,51 +2,59 @@
 
 #include "hosts/command/commands/KernelSearch.h"
 #include "hosts/command/commands/shownProgress.h"
-#include "hosts/command/files/fileFailures.h"
 #include "hosts/command/files/TemporaryFile.h"
 #include "hosts/command/kernels/KernelFile.h"
 #include "hosts/command/kernels/KernelPicture.h"
-#include "hosts/command/restoration/DefaultStrength.h"
-#include "hosts/command/restoration/FramedRestoration.h"
-#include "hosts/command/restoration/KernelLimit.h"
-#include "hosts/command/restoration/NoiseLevel.h"
+#include "hosts/command/library/callLibrary.h"
+
+#include <vector>
 
 namespace velorn {
 namespace {
 
-/// The kernel for the picture as displayed; that of `--blind` is found later.
-BlurKernel knownKernel(const KernelSource& source) {
+/// The kernel for the picture as displayed; nothing where it is found later or not needed.
+std::optional<BlurKernel> knownKernel(const KernelSource& source) {
     if (const auto* blur = std::get_if<AnalyticBlur>(&source)) {
         return makeKernel(*blur);
     }
     if (const auto* file = std::get_if<KernelPath>(&source)) {
         return KernelFile::read(file->path, file->scale);
     }
-    return pointKernel();
+    return std::nullopt;
 }
 
-float strengthFor(const RgbPixels& pixels, const DeblurOptions& options, std::ostream& terminal) {
-    if (options.lambdaIsGiven || !options.settings.deconvolve) {
-        return options.settings.lambda;
+void printReport(const VelornRestoreReport& report, std::ostream& terminal) {
+    terminal << "velorn: noise " << report.noise << " levels";
+    if (report.strength > 0.0f) {
+        terminal << ", strength " << report.strength << ", alpha " << report.alpha << ", limit "
+                 << report.limit
+                 << (report.light == VELORN_LIGHT_LINEAR ? ", in linear light" : "");
     }
-    const double noise = noiseLevel(pixels);
-    const bool isBlind = std::holds_alternative<BlindSettings>(options.kernel);
-    const float strength = isBlind ? blindStrength(noise) : defaultStrength(noise);
-    if (options.isVerbose) {
-        terminal << "velorn: noise " << noise << " levels, strength " << strength << '\n';
+    if (report.chromaStrength > 0.0f) {
+        terminal << ", strength of chroma " << report.chromaStrength;
     }
-    return strength;
+    if (report.clippedShare > 0.0) {
+        terminal << ", clipped " << 100.0 * report.clippedShare << " %";
+    }
+    terminal << '\n';
 }
 
-RgbPixels restored(const RgbPixels& pixels, const BlurKernel& kernel, const DeblurOptions& options,
-                   const RestorationSettings& settings, const Interrupt& interrupt,
-                   ProgressBar& bar) {
-    RgbPixels result = naming(options.input, [&] {
-        return restoreInFrame(pixels, kernel, settings, options.framePasses,
-                              shownProgress(bar, interrupt));
+/// Restores `picture` in place.
+void restore(ImageFile& picture, const std::vector<api::Kernel>& kernels,
+             const DeblurOptions& options, const Interrupt& interrupt, std::ostream& terminal,
+             bool isTerminal) {
+    const std::vector<unsigned char> profile = picture.profile();
+    VelornRestoreSettings settings = options.settings;
+    settings.profile = profile.empty() ? nullptr : profile.data();
+    settings.profileSize = profile.size();
+    const VelornPicture pixels = picture.view();
+    const VelornRestoreReport report = callLibrary(options.input, interrupt, [&] {
+        ProgressBar bar(terminal, isTerminal);
+        return api::restore(pixels, pixels, kernels, settings, shownProgress(bar, interrupt));
     });
-    interrupt.check();
-    return result;
+    if (options.isVerbose) {
+        printReport(report, terminal);
+    }
 }
 
 } // namespace
@@ -54,29 +62,26 @@ RgbPixels restored(const RgbPixels& pixels, const BlurKernel& kernel, const Debl
 void runDeblur(const DeblurOptions& options, const Interrupt& interrupt, std::ostream& terminal,
                bool isTerminal) {
     ImageFile::checkWritable(options.output);
-    const BlurKernel displayed = knownKernel(options.kernel);
+    const std::optional<BlurKernel> displayed = knownKernel(options.kernel);
     ImageFile picture = ImageFile::read(options.input);
-    // The user describes the picture as it is displayed; its rows may be stored in another
-    // orientation.
-    BlurKernel kernel = asStored(displayed, picture.orientation());
-    naming(options.input, [&] { checkFits(kernel.size(), picture.width(), picture.height()); });
     // Opened before the long work, so that an output that cannot be written fails at once.
     TemporaryFile target(options.output);
     interrupt.check();
 
-    const RgbPixels blurred = picture.rgb();
-    RestorationSettings settings = options.settings;
-    settings.lambda = strengthFor(blurred, options, terminal);
-    if (const auto* blind = std::get_if<BlindSettings>(&options.kernel)) {
-        kernel = searchKernel(picture, options.input, *blind, interrupt, terminal, isTerminal);
+    std::vector<api::Kernel> kernels;
+    if (displayed) {
+        // The user describes the picture as it is displayed; its rows may be stored in another
+        // orientation.
+        kernels.push_back(libraryKernel(asStored(*displayed, picture.orientation())));
+    } else if (const auto* blind = std::get_if<BlindSettings>(&options.kernel)) {
+        kernels.push_back(
+            searchKernel(picture, options.input, *blind, interrupt, terminal, isTerminal));
         if (isTerminal || options.isVerbose) {
-            terminal << kernelPicture(asShown(kernel, picture.orientation()));
+            terminal << kernelPicture(
+                asShown(blurKernelOf(kernels.back()), picture.orientation()));
         }
     }
-    {
-        ProgressBar bar(terminal, isTerminal);
-        picture.setRgb(restored(blurred, kernel, options, settings, interrupt, bar));
-    }
+    restore(picture, kernels, options, interrupt, terminal, isTerminal);
     target.write(picture.encode(options.output));
     interrupt.check();
     target.commit();

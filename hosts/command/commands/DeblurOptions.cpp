@@ -3,6 +3,7 @@
 #include "hosts/command/arguments/NumberRange.h"
 #include "hosts/command/commands/blurOf.h"
 #include "hosts/command/terminal/Failure.h"
+#include "velorn.hpp"
 
 #include <algorithm>
 #include <array>
@@ -14,7 +15,6 @@ using Shape = AnalyticBlur::Shape;
 
 constexpr const char* kBlurGroup = "Blur (exactly one is required)";
 constexpr const char* kKernelGroup = "Options of --kernel and --blind";
-constexpr NumberRange kFramePasses{0.0f, 8.0f};
 constexpr NumberRange kKernelScales{1.0f, static_cast<float>(kLargestKernelSide)};
 
 } // namespace
@@ -30,7 +30,7 @@ DeblurParser::DeblurParser(ArgumentParser& parser)
                               "Do not remove blur; only sharpen edges and enhance detail.")
                          .group(kBlurGroup);
     m_settings.addTo(m_command);
-    addFramePasses();
+    m_modelOptions.addTo(m_command);
     m_command.add(
         "-v,--verbose", m_options.isVerbose,
         "Print the measured noise and the chosen strength; with --blind also the kernel.");
@@ -92,33 +92,20 @@ void DeblurParser::addKernelFile() {
 void DeblurParser::addBlind() {
     m_blind = m_blindOptions
                   .addSize(m_command, "--blind",
-                           "Unknown blur: find the kernel in the picture. N is the side of the "
-                           "kernel, or its width if M gives the height. Choose a size a little "
-                           "larger than the blur; twice the size of the blur gives poor results. "
-                           "A warning is printed if the kernel explains the picture badly. See "
-                           "also 'velorn estimate'.")
+                           "Unknown blur: find the kernel in the picture. N is the largest side of "
+                           "the kernel, or its largest width if M gives the height; without "
+                           "numbers, the picture decides. A warning is printed if the result may "
+                           "be worse than the picture. See also 'velorn estimate'.")
                   .valueName("[N[xM]]")
                   .group(kBlurGroup);
     m_blindOptions.addTurn(m_command, "; only with --blind").group(kKernelGroup).needs(m_blind);
 }
 
-void DeblurParser::addFramePasses() {
-    m_command
-        .add(
-            "--frame-passes", m_options.framePasses,
-            kFramePasses.text() + ", default: " + std::to_string(m_options.framePasses) +
-                "\nPasses that reconstruct the surroundings of the picture, to avoid streaks along "
-                "its borders. 0 turns the reconstruction off.")
-        .valueName("N")
-        .group("Settings");
-}
-
 DeblurOptions DeblurParser::result() {
     m_options.kernel = kernelSource();
-    m_options.settings = m_settings.result();
-    m_options.settings.deconvolve = !m_isSharpenOnly;
-    m_options.lambdaIsGiven = m_settings.lambdaIsGiven();
-    kFramePasses.check("--frame-passes", static_cast<float>(m_options.framePasses));
+    m_options.settings = api::restoreSettings();
+    m_settings.applyTo(m_options.settings);
+    m_modelOptions.applyTo(m_options.settings);
     return m_options;
 }
 

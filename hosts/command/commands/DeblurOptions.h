@@ -1,10 +1,9 @@
 #pragma once
 
-#include "hosts/command/blind/BlindKernel.h"
 #include "hosts/command/commands/BlindOptions.h"
+#include "hosts/command/commands/ModelOptions.h"
 #include "hosts/command/commands/SettingOptions.h"
 #include "hosts/command/kernels/BlurKernel.h"
-#include "hosts/command/restoration/Restoration.h"
 
 #include <filesystem>
 #include <optional>
@@ -26,11 +25,8 @@ struct DeblurOptions {
     std::filesystem::path input;
     std::filesystem::path output;
     KernelSource kernel;
-    /// `settings.lambda` is valid only if `lambdaIsGiven`.
-    RestorationSettings settings;
-    bool lambdaIsGiven = false;
-    /// Passes that continue the picture beyond its frame, see `restoreInFrame`.
-    int framePasses = 2;
+    /// Without progress function and profile.
+    VelornRestoreSettings settings{};
     bool isVerbose = false;
 };
 
@@ -56,13 +52,13 @@ private:
     void addBlurs();
     void addKernelFile();
     void addBlind();
-    void addFramePasses();
     KernelSource kernelSource();
     KernelPath kernelPath();
 
     ArgumentParser& m_command;
     BlindOptions m_blindOptions;
     SettingOptions m_settings;
+    ModelOptions m_modelOptions;
     DeblurOptions m_options;
     float m_extent = 0.0f;
     std::vector<float> m_lengthAndAngle;

@@ -15,8 +15,8 @@ void runEstimate(const EstimateOptions& options, const Interrupt& interrupt, std
     TemporaryFile target(options.output);
     interrupt.check();
 
-    const BlurKernel stored =
-        searchKernel(picture, options.input, options.blind, interrupt, terminal, isTerminal);
+    const BlurKernel stored = blurKernelOf(
+        searchKernel(picture, options.input, options.blind, interrupt, terminal, isTerminal));
     // Kernel files refer to the picture as it is displayed.
     const BlurKernel shown = asShown(stored, picture.orientation());
     target.write(KernelFile::encode(shown, options.output));

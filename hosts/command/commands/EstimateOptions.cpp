@@ -8,9 +8,7 @@ EstimateParser::EstimateParser(ArgumentParser& parser)
         .required();
     m_blindOptions.addSize(
         m_command, "--size",
-        "Side of the kernel to find, or its width if M gives the height. Choose a "
-        "size a little larger than the blur; twice the size of the blur gives poor "
-        "results.");
+        "Largest side of the kernel, or its largest width if M gives the height.");
     m_blindOptions.addStrength(m_command);
     m_blindOptions.addTurn(m_command);
     m_command

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "hosts/command/blind/BlindKernel.h"
+#include "hosts/command/commands/BlindSettings.h"
 #include "hosts/command/commands/BlindOptions.h"
 
 #include <filesystem>

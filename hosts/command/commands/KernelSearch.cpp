@@ -2,34 +2,42 @@
 
 #include "hosts/command/commands/shownProgress.h"
 #include "hosts/command/files/fileFailures.h"
+#include "hosts/command/library/callLibrary.h"
 
 namespace velorn {
 namespace {
 
 constexpr const char* kNotHelpful =
-    "the kernel found explains the picture badly: the result may be worse than the picture; try "
-    "another kernel size";
+    "the kernel found is uncertain: the result may be worse than the picture; try another largest "
+    "size";
+/// Below this confidence a restoration may do harm, see VelornFindReport.
+constexpr float kUncertain = 0.5f;
 
-std::optional<BlindKernel> found(const ImageFile& picture, const BlindSettings& settings,
-                                 const Interrupt& interrupt, std::ostream& terminal,
-                                 bool isTerminal) {
-    ProgressBar bar(terminal, isTerminal);
-    return findKernel(picture.rgb(), settings, shownProgress(bar, interrupt));
+VelornFindSettings findSettings(const BlindSettings& settings, int orientation) {
+    VelornFindSettings find = api::findSettings();
+    if (settings.largest) {
+        const KernelSize stored = asStored(*settings.largest, orientation);
+        find.maxWidth = stored.width;
+        find.maxHeight = stored.height;
+    }
+    find.smoothing = settings.smoothing;
+    return find;
 }
 
 } // namespace
 
-BlurKernel searchKernel(const ImageFile& picture, const std::filesystem::path& path,
-                        BlindSettings settings, const Interrupt& interrupt, std::ostream& terminal,
-                        bool isTerminal) {
-    settings.size = asStored(settings.size, picture.orientation());
-    const auto kernel =
-        naming(path, [&] { return found(picture, settings, interrupt, terminal, isTerminal); });
-    interrupt.check();
-    if (!kernel->isHelpful) {
+api::Kernel searchKernel(const ImageFile& picture, const std::filesystem::path& path,
+                         const BlindSettings& settings, const Interrupt& interrupt,
+                         std::ostream& terminal, bool isTerminal) {
+    const api::FoundKernel found = callLibrary(path, interrupt, [&] {
+        ProgressBar bar(terminal, isTerminal);
+        return api::findKernel(picture.view(), findSettings(settings, picture.orientation()),
+                               shownProgress(bar, interrupt));
+    });
+    if (found.report.confidence < kUncertain) {
         terminal << "velorn: warning: " << quoted(path) << ": " << kNotHelpful << '\n';
     }
-    return kernel->kernel;
+    return settings.turn == Turn::Yes ? found.kernel.rotatedBy180() : found.kernel;
 }
 
 } // namespace velorn

@@ -5,54 +5,35 @@
 namespace velorn {
 namespace {
 
-constexpr RestorationSettings lens() {
-    RestorationSettings settings;
-    settings.detailGain = 0.1f;
-    return settings;
-}
+using Settings = VelornRestoreSettings;
 
-constexpr RestorationSettings motion() {
-    RestorationSettings settings;
-    settings.alpha = 0.3f;
-    settings.limit = 0.8f;
-    return settings;
-}
-
-constexpr RestorationSettings scan() {
-    RestorationSettings settings;
-    settings.alpha = 0.3f;
-    settings.limit = 1.0f;
-    settings.edgeSlope = 0.5f;
-    settings.edgeGain = 1.1f;
-    settings.edgeFloor = 0.02f;
-    return settings;
-}
-
-constexpr RestorationSettings crisp() {
-    RestorationSettings settings;
-    settings.edgeSlope = 0.3f;
-    settings.edgeGain = 1.2f;
-    settings.detailGain = 0.15f;
-    return settings;
-}
+constexpr std::array<SettingValue, 1> kLens{{{&Settings::detailGain, 0.1f}}};
+constexpr std::array<SettingValue, 2> kMotion{{{&Settings::alpha, 0.3f}, {&Settings::limit, 0.8f}}};
+constexpr std::array<SettingValue, 5> kScan{{{&Settings::alpha, 0.3f},
+                                             {&Settings::limit, 1.0f},
+                                             {&Settings::edgeSlope, 0.5f},
+                                             {&Settings::edgeGain, 1.1f},
+                                             {&Settings::edgeFloor, 0.02f}}};
+constexpr std::array<SettingValue, 3> kCrisp{
+    {{&Settings::edgeSlope, 0.3f}, {&Settings::edgeGain, 1.2f}, {&Settings::detailGain, 0.15f}}};
 
 constexpr std::array<Preset, 4> kPresets{{
     {"lens",
      "Pictures out of focus: slightly more contrast in texture, which this blur weakens most. "
      "Edges stay as restored.",
-     lens()},
+     kLens},
     {"motion",
      "Camera shake and moving objects, where the motion is known only roughly: smooth areas "
      "with few edges, fewer double edges and fewer fringes. Faint texture is lost.",
-     motion()},
+     kMotion},
     {"scan",
      "Scanned text and drawings: dark, clean strokes without fringes on a smooth background. "
      "Makes photographs look drawn.",
-     scan()},
+     kScan},
     {"crisp",
      "Pictures for the screen: sharper edges and stronger texture than in the scene. Amplifies "
      "noise; not for pictures that are processed further.",
-     crisp()},
+     kCrisp},
 }};
 
 } // namespace

@@ -1,18 +1,31 @@
 #pragma once
 
-#include "hosts/command/restoration/Restoration.h"
+#include "velorn.h"
 
 #include <span>
 
 namespace velorn {
+
+/// A setting of the library and a value for it.
+struct SettingValue {
+    float VelornRestoreSettings::*setting;
+    float value;
+};
 
 /// Settings for a purpose.
 struct Preset {
     const char* name;
     /// The purpose and the effect on the picture, for --help.
     const char* effect;
-    /// The strength (`lambda`) is not part of a preset: it follows from the noise of the picture.
-    RestorationSettings settings;
+    /// All other settings keep their defaults. The strength is not part of a preset: the library
+    /// chooses it for each picture.
+    std::span<const SettingValue> values;
+
+    void applyTo(VelornRestoreSettings& settings) const {
+        for (const SettingValue& item : values) {
+            settings.*item.setting = item.value;
+        }
+    }
 };
 
 /// All presets. docs/presets.md describes how their values were found.

@@ -4,6 +4,7 @@
 #include "hosts/command/arguments/NumberRange.h"
 #include "hosts/command/arguments/Numbers.h"
 #include "hosts/command/terminal/Failure.h"
+#include "velorn.hpp"
 
 #include <algorithm>
 #include <span>
@@ -11,7 +12,7 @@
 namespace velorn {
 namespace {
 
-using Member = float RestorationSettings::*;
+using Member = float VelornRestoreSettings::*;
 
 /// One setting of the restoration: its option, its range and its effect.
 struct Setting {
@@ -22,55 +23,66 @@ struct Setting {
     const char* effect;
 };
 
-constexpr std::array<Setting, 9> kSettings{{
+constexpr std::array<Setting, 11> kSettings{{
     {"--lambda",
-     &RestorationSettings::lambda,
+     &VelornRestoreSettings::strength,
      "",
      {1.0f, 1e6f},
      "Strength of the deconvolution. Higher values restore more detail and amplify noise: about "
-     "500 suits noisy pictures, 50000 clean ones. By default it follows from the measured noise."},
+     "500 suits noisy pictures, 50000 clean ones. By default it is chosen for the picture."},
+    {"--chroma-lambda",
+     &VelornRestoreSettings::chromaStrength,
+     "",
+     {0.001f, 1e6f},
+     "The same for colour differences. By default it is chosen for the picture."},
     {"--alpha",
-     &RestorationSettings::alpha,
+     &VelornRestoreSettings::alpha,
      "",
      {0.0f, 1.0f},
      "Exponent of the gradient prior. Low values favour few, sharp edges on smooth areas; high "
      "values preserve soft transitions and fine texture."},
     {"--limit",
-     &RestorationSettings::limit,
+     &VelornRestoreSettings::limit,
      "",
      {0.0f, 1.0f},
      "Limits bright and dark fringes along edges: 1 allows no more contrast than the "
      "neighbourhood shows, 0 allows any. Values below 0.1 turn the limiter off."},
+    {"--noise",
+     &VelornRestoreSettings::noise,
+     "levels of 255, ",
+     {0.0f, 100.0f},
+     "Standard deviation of the noise in the brightness, on which the automatic strength rests. By "
+     "default it is measured in the picture."},
     {"--edge-radius",
-     &RestorationSettings::edgeRadius,
+     &VelornRestoreSettings::edgeRadius,
      "pixels, ",
      {0.1f, 10.0f},
      "Size of the details that edge sharpening amplifies. Values below 0.4 turn edge sharpening "
      "off."},
     {"--edge-slope",
-     &RestorationSettings::edgeSlope,
+     &VelornRestoreSettings::edgeSlope,
      "",
      {0.0f, 10.0f},
      "Additional sharpening near edges. Edge sharpening runs if --edge-slope or --edge-gain is "
      "above 1.01."},
     {"--edge-gain",
-     &RestorationSettings::edgeGain,
+     &VelornRestoreSettings::edgeGain,
      "",
      {0.0f, 10.0f},
      "Sharpening of the whole picture: 1 leaves details unchanged, 2 doubles them."},
     {"--edge-floor",
-     &RestorationSettings::edgeFloor,
+     &VelornRestoreSettings::edgeFloor,
      "",
      {0.00001f, 1.0f},
      "Keeps --edge-slope away from smooth areas: higher values spare more of them."},
     {"--detail-gain",
-     &RestorationSettings::detailGain,
+     &VelornRestoreSettings::detailGain,
      "",
      {-1.0f, 3.0f},
      "Contrast of texture; strong edges stay unchanged. 0.1 multiplies texture by 1.3, 1 by 4, "
      "-0.5 by 0.5. Detail enhancement runs only if --detail-gain or --detail-gamma is above 0.01."},
     {"--detail-gamma",
-     &RestorationSettings::detailGamma,
+     &VelornRestoreSettings::detailGamma,
      "",
      {-1.0f, 3.0f},
      "Above 0, amplifies faint texture, noise included, and attenuates strong texture; below 0, "
@@ -102,12 +114,12 @@ struct Combination {
     }
 };
 
-constexpr std::array<Part, 4> kSharpenParts{{{"SLOPE", &RestorationSettings::edgeSlope},
-                                             {"GAIN", &RestorationSettings::edgeGain},
-                                             {"RADIUS", &RestorationSettings::edgeRadius},
-                                             {"FLOOR", &RestorationSettings::edgeFloor}}};
+constexpr std::array<Part, 4> kSharpenParts{{{"SLOPE", &VelornRestoreSettings::edgeSlope},
+                                             {"GAIN", &VelornRestoreSettings::edgeGain},
+                                             {"RADIUS", &VelornRestoreSettings::edgeRadius},
+                                             {"FLOOR", &VelornRestoreSettings::edgeFloor}}};
 constexpr std::array<Part, 2> kDetailParts{
-    {{"GAIN", &RestorationSettings::detailGain}, {"GAMMA", &RestorationSettings::detailGamma}}};
+    {{"GAIN", &VelornRestoreSettings::detailGain}, {"GAMMA", &VelornRestoreSettings::detailGamma}}};
 
 constexpr std::array<Combination, 2> kCombinations{{
     {"--sharpen", "0.3,1.2", kSharpenParts, 2,
@@ -145,15 +157,12 @@ std::string presetNames() {
     return alternatives(names);
 }
 
-/// The options that give `settings`, without those that have their default.
-std::string optionsText(const RestorationSettings& settings) {
+/// The options that equal `preset`.
+std::string optionsText(const Preset& preset) {
     std::string text;
-    for (const Setting& setting : kSettings) {
-        const float value = settings.*setting.member;
-        if (value != RestorationSettings{}.*setting.member) {
-            text.append(text.empty() ? "" : " ").append(setting.option);
-            text.append(" ").append(numberText(value));
-        }
+    for (const SettingValue& item : preset.values) {
+        text.append(text.empty() ? "" : " ").append(kSettings[indexOf(item.setting)].option);
+        text.append(" ").append(numberText(item.value));
     }
     return text;
 }
@@ -164,15 +173,15 @@ std::string presetText() {
         "\nSettings for a purpose. Options for single settings override the preset.\n";
     for (const Preset& preset : presets()) {
         text.append(preset.name).append("\n    ").append(preset.effect);
-        text.append("\n    Equals ").append(optionsText(preset.settings)).append(".\n");
+        text.append("\n    Equals ").append(optionsText(preset)).append(".\n");
     }
     return text;
 }
 
 std::string rangeText(const Setting& setting) {
-    const bool isAutomatic = setting.member == &RestorationSettings::lambda;
+    const float value = api::restoreSettings().*setting.member;
     return std::string(setting.unit) + setting.range.text() + ", default: " +
-           (isAutomatic ? "automatic" : numberText(RestorationSettings{}.*setting.member)) + "\n";
+           (value == VELORN_AUTOMATIC ? "automatic" : numberText(value)) + "\n";
 }
 
 constexpr const char* kGroup = "Settings";
@@ -213,19 +222,19 @@ void SettingOptions::addCombinations(ArgumentParser& parser) {
     }
 }
 
-RestorationSettings SettingOptions::presetSettings() const {
+void SettingOptions::applyPreset(VelornRestoreSettings& settings) const {
     if (!m_presetOption.isGiven()) {
-        return {};
+        return;
     }
     const auto all = presets();
     const auto found = std::ranges::find(all, m_preset, &Preset::name);
     if (found == all.end()) {
         throw UsageFailure("--preset must be " + presetNames());
     }
-    return found->settings;
+    found->applyTo(settings);
 }
 
-void SettingOptions::applyNamed(RestorationSettings& settings) const {
+void SettingOptions::applyNamed(VelornRestoreSettings& settings) const {
     for (std::size_t i = 0; i < kSettings.size(); ++i) {
         if (m_options[i].isGiven()) {
             kSettings[i].range.check(kSettings[i].option, m_values[i]);
@@ -234,7 +243,7 @@ void SettingOptions::applyNamed(RestorationSettings& settings) const {
     }
 }
 
-void SettingOptions::applyCombined(RestorationSettings& settings) const {
+void SettingOptions::applyCombined(VelornRestoreSettings& settings) const {
     for (std::size_t i = 0; i < kCombinations.size(); ++i) {
         if (!m_combinations[i].isGiven()) {
             continue;
@@ -254,16 +263,10 @@ void SettingOptions::applyCombined(RestorationSettings& settings) const {
     }
 }
 
-RestorationSettings SettingOptions::result() const {
-    RestorationSettings settings = presetSettings();
+void SettingOptions::applyTo(VelornRestoreSettings& settings) const {
+    applyPreset(settings);
     applyNamed(settings);
     applyCombined(settings);
-    return settings;
-}
-
-bool SettingOptions::lambdaIsGiven() const {
-    static_assert(kSettings[0].member == &RestorationSettings::lambda);
-    return m_options[0].isGiven();
 }
 
 std::vector<std::string> SettingOptions::completed(std::vector<std::string> words) {

@@ -23,26 +23,23 @@ public:
     /// Adds the options to `parser`, which keeps references to this object.
     void addTo(ArgumentParser& parser);
 
-    /// The settings as the command line gives them.
+    /// Changes `settings` as the command line says.
     /// @throws UsageFailure that names what is out of range or given twice.
-    RestorationSettings result() const;
-
-    /// Whether the strength is given; otherwise it follows from the noise of the picture.
-    bool lambdaIsGiven() const;
+    void applyTo(VelornRestoreSettings& settings) const;
 
     /// `words` with default values after every combined option that no values follow.
     static std::vector<std::string> completed(std::vector<std::string> words);
 
 private:
-    static constexpr std::size_t kSettingCount = 9;
+    static constexpr std::size_t kSettingCount = 11;
     static constexpr std::size_t kCombinationCount = 2;
 
     void addPresets(ArgumentParser& parser);
     void addSettings(ArgumentParser& parser);
     void addCombinations(ArgumentParser& parser);
-    RestorationSettings presetSettings() const;
-    void applyNamed(RestorationSettings& settings) const;
-    void applyCombined(RestorationSettings& settings) const;
+    void applyPreset(VelornRestoreSettings& settings) const;
+    void applyNamed(VelornRestoreSettings& settings) const;
+    void applyCombined(VelornRestoreSettings& settings) const;
 
     Argument m_presetOption;
     std::string m_preset;

@@ -1,16 +1,17 @@
 #pragma once
 
-#include "hosts/command/library/ProgressAccount.h"
 #include "hosts/command/terminal/Interrupt.h"
 #include "hosts/command/terminal/ProgressBar.h"
+#include "velorn.hpp"
 
 namespace velorn {
 
 /// A progress function that draws on `bar` and cancels when a signal has arrived. Both arguments
 /// must outlive it.
-inline ProgressFunction shownProgress(ProgressBar& bar, const Interrupt& interrupt) {
-    return [&](int current, int limit) {
-        bar.show(current, limit);
+inline api::Progress shownProgress(ProgressBar& bar, const Interrupt& interrupt) {
+    return [&](double done) {
+        constexpr int kUnits = 1000;
+        bar.show(static_cast<int>(done * kUnits), kUnits);
         return !interrupt.isRequested();
     };
 }

@@ -1,67 +1,30 @@
 #include "hosts/command/kernels/BlurKernel.h"
 
-#include "hosts/command/library/statusText.h"
 #include "hosts/command/pictures/Orientation.h"
 #include "hosts/command/terminal/Failure.h"
-#include "velorncore10.h"
 
 #include <algorithm>
 #include <cmath>
 #include <numeric>
 
 namespace velorn {
-namespace {
-
-/// The side of the kernel that the library makes, or an upper bound of it: the library writes into
-/// memory of the caller and returns the size afterwards.
-double largestSideOf(const AnalyticBlur& blur) {
-    const double extent = static_cast<double>(blur.extent);
-    switch (blur.shape) {
-    case AnalyticBlur::Shape::Gaussian:
-        return 2.0 * std::trunc(3.0 * extent + 0.5) + 1.0;
-    case AnalyticBlur::Shape::Disc:
-        return 2.0 * std::trunc(extent + 0.5) + 1.0;
-    case AnalyticBlur::Shape::Motion:
-        break;
-    }
-    return 2.0 * std::trunc(std::max(1.0, extent) / 2.0 + 1.0) + 1.0;
-}
-
-} // namespace
 
 BlurKernel makeKernel(const AnalyticBlur& blur) {
-    if (!(blur.extent > 0.0f) || !std::isfinite(blur.angle)) {
-        throw Failure("a blur needs an extent above 0 and a finite angle");
+    try {
+        return blurKernelOf(
+            api::Kernel::of(static_cast<VelornBlur>(blur.shape), blur.extent, blur.angle));
+    } catch (const api::Failure& failure) {
+        throw Failure(std::string("the kernel cannot be made: ") + failure.what());
     }
-    const double side = largestSideOf(blur);
-    if (!(side <= kLargestKernelSide)) {
-        throw Failure("a blur of this extent needs a kernel larger than " +
-                      KernelSize{kLargestKernelSide, kLargestKernelSide}.text());
-    }
-    BlurKernel kernel;
-    kernel.weights.resize(static_cast<std::size_t>(side * side));
-    KernelRecord record{};
-    record.data = kernel.weights.data();
-    const auto status =
-        ornCreateKernel(static_cast<int>(blur.shape), blur.extent, blur.angle, &record);
-    if (status != VELORN_OK) {
-        throw Failure("the kernel cannot be made: " + statusText(status));
-    }
-    kernel.width = record.width;
-    kernel.height = record.height;
-    kernel.weights.resize(static_cast<std::size_t>(record.width) *
-                          static_cast<std::size_t>(record.height));
-    return checkedKernel(std::move(kernel), "this blur");
 }
 
-BlurKernel pointKernel() {
-    return {1, 1, {1.0f}};
+api::Kernel libraryKernel(const BlurKernel& kernel) {
+    return api::Kernel::fromValues(kernel.weights.data(), kernel.width, kernel.height);
 }
 
-BlurKernel rotatedBy180(const BlurKernel& kernel) {
-    BlurKernel rotated = kernel;
-    std::ranges::reverse(rotated.weights);
-    return rotated;
+BlurKernel blurKernelOf(const api::Kernel& kernel) {
+    const std::ptrdiff_t count = std::ptrdiff_t{kernel.width()} * kernel.height();
+    return {kernel.width(), kernel.height(), {kernel.values(), kernel.values() + count}};
 }
 
 BlurKernel asStored(const BlurKernel& kernel, int orientation) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "hosts/command/kernels/KernelSize.h"
+#include "velorn.hpp"
 
 #include <cstddef>
 #include <string>
@@ -24,7 +25,11 @@ struct BlurKernel {
 
 /// A blur that one or two numbers describe.
 struct AnalyticBlur {
-    enum class Shape { Gaussian = 0, Disc = 1, Motion = 2 };
+    enum class Shape {
+        Gaussian = VELORN_BLUR_GAUSSIAN,
+        Disc = VELORN_BLUR_DISC,
+        Motion = VELORN_BLUR_MOTION
+    };
 
     Shape shape = Shape::Gaussian;
     /// Standard deviation, radius or length, in pixels.
@@ -33,19 +38,19 @@ struct AnalyticBlur {
     float angle = 0.0f;
 };
 
-/// The largest kernel side that is made or read at all; pictures set lower limits.
-inline constexpr int kLargestKernelSide = 1023;
+/// The largest kernel side; pictures set lower limits.
+inline constexpr int kLargestKernelSide = VELORN_LARGEST_KERNEL_SIDE;
 
 /// The kernel of `blur`.
 /// @throws Failure when the extent is not positive, the angle is not finite, or the kernel would
 ///         have a side above `kLargestKernelSide`.
 BlurKernel makeKernel(const AnalyticBlur& blur);
 
-/// The kernel of one element: no blur.
-BlurKernel pointKernel();
+/// `kernel`, which `checkedKernel` accepts, for the restoration library.
+api::Kernel libraryKernel(const BlurKernel& kernel);
 
-/// `kernel` rotated by 180 degrees.
-BlurKernel rotatedBy180(const BlurKernel& kernel);
+/// The values of a kernel of the restoration library.
+BlurKernel blurKernelOf(const api::Kernel& kernel);
 
 /// `kernel`, which refers to the picture as displayed, for the rows and columns as a file with the
 /// given EXIF orientation (1..8) stores them.

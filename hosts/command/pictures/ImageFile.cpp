@@ -194,6 +194,29 @@ ImageFile::ImageFile(int width, int height, int channels, int bits)
     }
 }
 
+namespace {
+
+template <class Samples>
+VelornPicture viewOf(Samples& samples, const ImageSpec& spec) {
+    // Files have one or three colours.
+    const bool hasAlpha = spec.nchannels % 2 == 0;
+    return std::visit(
+        [&](auto& values) {
+            return api::pictureOf(values.data(), spec.width, spec.height, spec.nchannels, hasAlpha);
+        },
+        samples);
+}
+
+} // namespace
+
+VelornPicture ImageFile::view() {
+    return viewOf(m_samples, m_spec);
+}
+
+VelornPicture ImageFile::view() const {
+    return viewOf(m_samples, m_spec);
+}
+
 RgbPixels ImageFile::rgb() const {
     RgbPixels pixels{width(), height(), {}};
     std::visit(

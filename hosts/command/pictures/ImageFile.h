@@ -2,6 +2,7 @@
 
 #include "hosts/command/metadata/MetadataBlocks.h"
 #include "hosts/command/pictures/RgbPixels.h"
+#include "velorn.hpp"
 
 #include <filesystem>
 #include <OpenImageIO/imageio.h>
@@ -34,8 +35,13 @@ public:
     Samples& samples() { return m_samples; }
     const Samples& samples() const { return m_samples; }
 
-    /// The picture in the form that the library takes: grey as three equal channels, without alpha,
-    /// 16 bits on the scale 0..32768.
+    /// The pixels in place, as the restoration library takes them.
+    VelornPicture view();
+    /// The same for calls that only read.
+    VelornPicture view() const;
+
+    /// The picture in the form that the display functions take: grey as three equal channels,
+    /// without alpha, 16 bits on the scale 0..32768.
     RgbPixels rgb() const;
 
     /// Replaces the colours and keeps alpha. A grey picture receives the mean of the three

@@ -241,7 +241,7 @@ TEST_F(Velorn, VerbosePrintsNoiseAndStrength) {
     EXPECT_EQ(result.exitStatus, 0);
     EXPECT_TRUE(
         std::regex_match(result.errors, std::regex("velorn: noise [0-9.e-]+ levels, strength "
-                                                   "[0-9.e+]+\n")))
+                                                   "[0-9.e+]+, alpha [0-9.]+, limit [0-9.]+.*\n")))
         << result.errors;
 }
 

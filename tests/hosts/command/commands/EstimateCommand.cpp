@@ -22,7 +22,7 @@ protected:
         m_soft = vel::test::blurred(vel::test::drawnPicture(200, 160), blur);
         m_options.input = m_folder / "in.tif";
         m_options.output = m_folder / "k.txt";
-        m_options.blind.size = {9, 5};
+        m_options.blind.largest = {9, 5};
     }
 
     void writeSoft(int orientation) {
@@ -59,7 +59,7 @@ TEST_F(EstimateCommand, KernelRefersToThePictureAsDisplayed) {
     m_options.blind.turn = velorn::Turn::No;
     const auto stored = run();
     writeSoft(6);
-    m_options.blind.size = {5, 9};
+    m_options.blind.largest = {5, 9};
     const auto shown = run();
     EXPECT_EQ(shown.width, 5);
     EXPECT_EQ(shown.height, 9);

@@ -26,31 +26,30 @@ TEST(EstimateOptions, DefaultsAreThoseOfTheSearch) {
     const EstimateOptions options = estimate({});
     EXPECT_EQ(options.input, "in.png");
     EXPECT_EQ(options.output, "k.png");
-    EXPECT_EQ(options.blind.size.width, 15);
-    EXPECT_EQ(options.blind.size.height, 15);
-    EXPECT_EQ(options.blind.strength, 0.0f);
+    EXPECT_FALSE(options.blind.largest.has_value());
+    EXPECT_EQ(options.blind.smoothing, 0.0f);
     EXPECT_EQ(options.blind.turn, velorn::Turn::Auto);
 }
 
 TEST(EstimateOptions, SizeIsOneSideOrTwo) {
     const EstimateOptions square = estimate({"--size", "17"});
-    EXPECT_EQ(square.blind.size.width, 17);
-    EXPECT_EQ(square.blind.size.height, 17);
+    EXPECT_EQ(square.blind.largest.value().width, 17);
+    EXPECT_EQ(square.blind.largest.value().height, 17);
     const EstimateOptions oblong = estimate({"--size", "21x9"});
-    EXPECT_EQ(oblong.blind.size.width, 21);
-    EXPECT_EQ(oblong.blind.size.height, 9);
+    EXPECT_EQ(oblong.blind.largest.value().width, 21);
+    EXPECT_EQ(oblong.blind.largest.value().height, 9);
 }
 
 TEST(EstimateOptions, StrengthAndTurnAreStored) {
     const EstimateOptions options = estimate({"--strength", "1.5", "--turn", "yes"});
-    EXPECT_EQ(options.blind.strength, 1.5f);
+    EXPECT_EQ(options.blind.smoothing, 1.5f);
     EXPECT_EQ(options.blind.turn, velorn::Turn::Yes);
 }
 
 TEST(EstimateOptions, SizesThatAreNotOddNumbersInTheRangeAreRefused) {
-    for (const char* size : {"", "1", "4", "65", "-3", "9x", "x9", "9x4", "9x9x9", "nine", "9 "}) {
+    for (const char* size : {"", "1", "4", "513", "-3", "9x", "x9", "9x4", "9x9x9", "nine", "9 "}) {
         EXPECT_EQ(estimateFailure({"--size", size}),
-                  "--size must be one or two odd numbers in 3..63, such as 15 or 15x9")
+                  "--size must be one or two odd numbers in 3..511, such as 15 or 15x9")
             << size;
     }
 }

@@ -8,7 +8,6 @@ namespace {
 
 using vel::test::CommandWords;
 using velorn::DeblurOptions;
-using velorn::RestorationSettings;
 
 CommandWords withBlur(const CommandWords& words) {
     CommandWords line{"deblur", "--disc", "2"};
@@ -17,12 +16,8 @@ CommandWords withBlur(const CommandWords& words) {
     return line;
 }
 
-DeblurOptions deblur(const CommandWords& words) {
-    return vel::test::parsedAs<DeblurOptions>(withBlur(words));
-}
-
-RestorationSettings settings(const CommandWords& words) {
-    return deblur(words).settings;
+VelornRestoreSettings settings(const CommandWords& words) {
+    return vel::test::parsedAs<DeblurOptions>(withBlur(words)).settings;
 }
 
 std::string failureOf(const CommandWords& words) {
@@ -30,22 +25,26 @@ std::string failureOf(const CommandWords& words) {
 }
 
 TEST(SettingOptions, DefaultsRestoreWithoutSharpeningAndEnhancement) {
-    const RestorationSettings plain = settings({});
-    EXPECT_EQ(plain.alpha, 0.5f);
-    EXPECT_EQ(plain.limit, 0.5f);
+    const VelornRestoreSettings plain = settings({});
+    EXPECT_EQ(plain.strength, VELORN_AUTOMATIC);
+    EXPECT_EQ(plain.chromaStrength, VELORN_AUTOMATIC);
+    EXPECT_EQ(plain.alpha, VELORN_AUTOMATIC);
+    EXPECT_EQ(plain.limit, VELORN_AUTOMATIC);
+    EXPECT_EQ(plain.noise, VELORN_AUTOMATIC);
     EXPECT_EQ(plain.edgeSlope, 0.0f);
     EXPECT_EQ(plain.edgeGain, 1.0f);
     EXPECT_EQ(plain.detailGain, 0.0f);
     EXPECT_EQ(plain.detailGamma, 0.0f);
-    EXPECT_FALSE(deblur({}).lambdaIsGiven);
 }
 
 TEST(SettingOptions, EachSettingHasItsOption) {
     const auto given =
-        settings({"--lambda", "2000", "--alpha", "0.7", "--limit", "0.3", "--edge-radius", "1.5",
+        settings({"--lambda", "2000", "--chroma-lambda", "50", "--noise", "1.25", "--alpha", "0.7", "--limit", "0.3", "--edge-radius", "1.5",
                   "--edge-slope", "2", "--edge-gain", "3", "--edge-floor", "0.02", "--detail-gain",
                   "-0.5", "--detail-gamma", "0.25"});
-    EXPECT_EQ(given.lambda, 2000.0f);
+    EXPECT_EQ(given.strength, 2000.0f);
+    EXPECT_EQ(given.chromaStrength, 50.0f);
+    EXPECT_EQ(given.noise, 1.25f);
     EXPECT_EQ(given.alpha, 0.7f);
     EXPECT_EQ(given.limit, 0.3f);
     EXPECT_EQ(given.edgeRadius, 1.5f);
@@ -54,14 +53,13 @@ TEST(SettingOptions, EachSettingHasItsOption) {
     EXPECT_EQ(given.edgeFloor, 0.02f);
     EXPECT_EQ(given.detailGain, -0.5f);
     EXPECT_EQ(given.detailGamma, 0.25f);
-    EXPECT_TRUE(deblur({"--lambda", "2000"}).lambdaIsGiven);
 }
 
 TEST(SettingOptions, SharpenAndDetailSetSeveralSettings) {
     const auto two = settings({"--sharpen", "2,1.5", "--detail", "0.4"});
     EXPECT_EQ(two.edgeSlope, 2.0f);
     EXPECT_EQ(two.edgeGain, 1.5f);
-    EXPECT_EQ(two.edgeRadius, RestorationSettings().edgeRadius);
+    EXPECT_EQ(two.edgeRadius, settings({}).edgeRadius);
     EXPECT_EQ(two.detailGain, 0.4f);
     EXPECT_EQ(two.detailGamma, 0.0f);
     const auto all = settings({"--sharpen=2,1.5,1.1,0.01", "--detail", "-0.4,0.3"});
@@ -87,15 +85,18 @@ TEST(SettingOptions, SharpenAndDetailWithoutNumbersUseTheirDefaults) {
 TEST(SettingOptions, OptionsOverrideThePreset) {
     const auto preset = velorn::presets()[3];
     const auto plain = settings({"--preset", preset.name});
-    EXPECT_EQ(plain.edgeSlope, preset.settings.edgeSlope);
-    EXPECT_EQ(plain.detailGain, preset.settings.detailGain);
-    EXPECT_FALSE(deblur({"--preset", preset.name}).lambdaIsGiven);
+    VelornRestoreSettings expected = settings({});
+    preset.applyTo(expected);
+    EXPECT_EQ(plain.edgeSlope, expected.edgeSlope);
+    EXPECT_EQ(plain.detailGain, expected.detailGain);
+    EXPECT_NE(plain.detailGain, settings({}).detailGain);
+    EXPECT_EQ(plain.strength, VELORN_AUTOMATIC);
     const auto named = settings({"--limit", "0.25", "--preset", preset.name});
     EXPECT_EQ(named.limit, 0.25f);
-    EXPECT_EQ(named.detailGain, preset.settings.detailGain);
+    EXPECT_EQ(named.detailGain, expected.detailGain);
     const auto combined = settings({"--detail", "0", "--preset", preset.name});
     EXPECT_EQ(combined.detailGain, 0.0f);
-    EXPECT_EQ(combined.edgeSlope, preset.settings.edgeSlope);
+    EXPECT_EQ(combined.edgeSlope, expected.edgeSlope);
 }
 
 TEST(SettingOptions, SettingGivenTwiceIsRefused) {
@@ -138,8 +139,10 @@ TEST(SettingOptions, WordsAfterTwoDashesAreNotCompleted) {
 TEST(SettingOptions, HelpShowsEverySettingWithRangeAndDefaultAndEveryPreset) {
     const std::string help = vel::test::printedBy({"deblur", "--help"});
     for (const char* text : {"--lambda NUMBER\n        1..1000000, default: automatic",
-                             "--alpha NUMBER\n        0..1, default: 0.5",
-                             "--limit NUMBER\n        0..1, default: 0.5",
+                             "--chroma-lambda NUMBER\n        0.001..1000000, default: automatic",
+                             "--alpha NUMBER\n        0..1, default: automatic",
+                             "--limit NUMBER\n        0..1, default: automatic",
+                             "--noise NUMBER\n        levels of 255, 0..100, default: automatic",
                              "--edge-radius NUMBER\n        pixels, 0.1..10, default: 0.85",
                              "--edge-slope NUMBER\n        0..10, default: 0\n",
                              "--edge-gain NUMBER\n        0..10, default: 1\n",

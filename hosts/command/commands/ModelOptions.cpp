@@ -1,0 +1,93 @@
+#include "hosts/command/commands/ModelOptions.h"
+
+#include "hosts/command/arguments/alternatives.h"
+#include "hosts/command/arguments/NumberRange.h"
+#include "hosts/command/terminal/Failure.h"
+
+#include <algorithm>
+#include <array>
+#include <span>
+
+namespace velorn {
+namespace {
+
+constexpr const char* kGroup = "Settings";
+constexpr NumberRange kFramePasses{0.0f, 8.0f};
+constexpr NumberRange kThreads{0.0f, 256.0f};
+
+/// A value of an option that takes names.
+struct Choice {
+    const char* name;
+    std::int32_t value;
+};
+
+constexpr std::array<Choice, 3> kLights{{{"auto", VELORN_LIGHT_AUTOMATIC},
+                                         {"linear", VELORN_LIGHT_LINEAR},
+                                         {"display", VELORN_LIGHT_DISPLAY}}};
+constexpr std::array<Choice, 2> kQualities{
+    {{"normal", VELORN_QUALITY_NORMAL}, {"best", VELORN_QUALITY_BEST}}};
+
+std::string namesOf(std::span<const Choice> choices) {
+    std::vector<std::string> names;
+    for (const Choice& choice : choices) {
+        names.emplace_back(choice.name);
+    }
+    return alternatives(names);
+}
+
+std::int32_t chosen(std::span<const Choice> choices, const std::string& name,
+                    const std::string& option) {
+    const auto found = std::ranges::find(choices, name, &Choice::name);
+    if (found == choices.end()) {
+        throw UsageFailure(option + " must be " + namesOf(choices));
+    }
+    return found->value;
+}
+
+} // namespace
+
+void ModelOptions::addTo(ArgumentParser& parser) {
+    parser
+        .add("--quality", m_quality,
+             namesOf(kQualities) + ", default: " + m_quality +
+                 "\nbest adds a second pass that removes more noise and keeps more texture. It "
+                 "takes several times as long.")
+        .valueName("NAME")
+        .group(kGroup);
+    parser
+        .add("--light", m_light,
+             namesOf(kLights) + ", default: " + m_light +
+                 "\nWhether the blur is removed from light (linear) or from the stored values "
+                 "(display). auto uses what explains the picture better.")
+        .valueName("NAME")
+        .group(kGroup);
+    parser
+        .add("--keep-clipped", m_keepsClipped,
+             "Trust clipped pixels. By default, what clipped highlights hide is estimated, which "
+             "avoids rings around lamps and reflections.")
+        .group(kGroup);
+    parser
+        .add("--frame-passes", m_framePasses,
+             kFramePasses.text() + ", default: " + std::to_string(m_framePasses) +
+                 "\nAbove 0, the surroundings of the picture are reconstructed, to avoid streaks "
+                 "along its borders. 0 turns the reconstruction off.")
+        .valueName("N")
+        .group(kGroup);
+    parser
+        .add("--threads", m_threads,
+             kThreads.text() + ", default: one for each processor\nLargest number of threads.")
+        .valueName("N")
+        .group(kGroup);
+}
+
+void ModelOptions::applyTo(VelornRestoreSettings& settings) const {
+    kFramePasses.check("--frame-passes", static_cast<float>(m_framePasses));
+    kThreads.check("--threads", static_cast<float>(m_threads));
+    settings.quality = chosen(kQualities, m_quality, "--quality");
+    settings.light = chosen(kLights, m_light, "--light");
+    settings.recoverClipped = m_keepsClipped ? 0 : 1;
+    settings.continueFrame = m_framePasses > 0 ? 1 : 0;
+    settings.threads = m_threads;
+}
+
+} // namespace velorn

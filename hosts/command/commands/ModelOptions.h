@@ -1,0 +1,33 @@
+#pragma once
+
+#include "hosts/command/arguments/ArgumentParser.h"
+#include "velorn.h"
+
+#include <string>
+
+namespace velorn {
+
+/// The options of `velorn deblur` that choose how the library models the picture, and how much time
+/// it takes.
+class ModelOptions {
+public:
+    ModelOptions() = default;
+    ModelOptions(const ModelOptions&) = delete;
+    ModelOptions& operator=(const ModelOptions&) = delete;
+
+    /// Adds the options to `parser`, which keeps references to this object.
+    void addTo(ArgumentParser& parser);
+
+    /// Changes `settings` as the command line says.
+    /// @throws UsageFailure that names what is wrong.
+    void applyTo(VelornRestoreSettings& settings) const;
+
+private:
+    std::string m_light = "auto";
+    std::string m_quality = "normal";
+    int m_framePasses = 2;
+    int m_threads = 0;
+    bool m_keepsClipped = false;
+};
+
+} // namespace velorn
