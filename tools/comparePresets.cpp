@@ -46,8 +46,7 @@ void printCase(const Case& item, const cv::Mat& colours) {
         photographOf(colours, makeKernel(item.blur), item.noise, kNoiseSeed);
     const api::Kernel assumed = libraryKernel(makeKernel(item.assumed));
     const auto printRestored = [&](const VelornRestoreSettings& settings) {
-        std::cout << " | "
-                  << photograph.decibelsOf(restored(photograph.taken, assumed, settings));
+        std::cout << " | " << photograph.decibelsOf(restored(photograph.taken, assumed, settings));
     };
     std::cout << "| " << item.name << " | " << photograph.decibels();
     printRestored(api::restoreSettings());

@@ -72,9 +72,10 @@ std::optional<Trial> runTrial(const Photograph& photograph, const BlurKernel& tr
     trial.blurred = photograph.decibels();
     trial.blind = photograph.decibelsWhenMoved(blind);
     trial.inPlace = photograph.decibelsOf(blind);
-    trial.known = truth.width == 1
-                      ? trial.blurred
-                      : photograph.decibelsWhenMoved(restored(photograph.taken, libraryKernel(truth)));
+    trial.known =
+        truth.width == 1
+            ? trial.blurred
+            : photograph.decibelsWhenMoved(restored(photograph.taken, libraryKernel(truth)));
     trial.likeness = likeness(blurKernelOf(found->kernel), truth);
     trial.seconds = time.count();
     trial.isWarned = found->report.confidence < 0.5f;
@@ -190,7 +191,7 @@ void runHalf(int half, const std::vector<NamedPicture>& pictures, const Study& s
             const double noise = study.noises[(b / 3 + p) % study.noises.size()];
             const Photograph photograph =
                 photographOf(pictures[p].colours, blur.kernel, noise, kSeed);
-            const auto trial = runTrial(photograph, blur.kernel, study);
+            const auto trial = runTrial(photograph, blur.kernel);
             printTrial(pictures[p].name, blur.name, noise, trial);
             byFamily.of(family).count(trial);
             if (family != "none") {
@@ -225,8 +226,6 @@ int main(int argc, char** argv) {
     int half = -1;
     parser.add("PICTURES", files,
                "Further sharp photographs, NAME=FILE; every second one belongs to half 0");
-    parser.add("--earlier", study.isEarlier,
-               "Measure the search through ornBlurEstimate, told the true size");
     parser.add("--short", study.isShort, "A third of the cases");
     parser.add("--half", half, "0 to tune on, 1 to measure on, -1 for both").showDefault();
     parser

@@ -48,9 +48,13 @@ public:
     int radius() const { return m_radius; }
 
     /// One iteration. Lowers `lambda` while too few edges are kept.
+    /// @param smoothing of the edges, see RunSettings
     /// @returns whether there are edges; `kernel` is unchanged without
-    bool improve(float& lambda, double threshold, SquareKernel& kernel) {
+    bool improve(float& lambda, double threshold, double smoothing, SquareKernel& kernel) {
         findEdges(lambda, kernel);
+        if (smoothing > 0.0) {
+            m_gradients.smooth(smoothing, m_cancellation);
+        }
         m_gradients.clearMargin(std::max(m_radius / 2, 1) + 1);
         const KernelSystem system = m_systems.of(m_gradients, m_radius);
         if (!(system.energy() > 0.0)) {
@@ -69,7 +73,7 @@ public:
 
 private:
     RunLevel(const Plane& level, int radius, KernelReach reach, const Cancellation& cancellation)
-        : m_radius(radius), m_reach(reach),
+        : m_cancellation(cancellation), m_radius(radius), m_reach(reach),
           m_transform(transformSide(std::max(level.width(), level.height()), radius), cancellation),
           m_gradients(m_transform, wrappedAround(level, m_transform.side(), cancellation),
                       level.width(), level.height()),
@@ -87,6 +91,7 @@ private:
         }
     }
 
+    const Cancellation& m_cancellation;
     int m_radius;
     KernelReach m_reach;
     SquareTransform m_transform;
@@ -132,7 +137,9 @@ std::optional<SquareKernel> runSearch(const Plane& picture, const KernelBounds& 
         auto lambda = static_cast<float>(
             settings.firstLambda * std::pow(settings.lastLambda / settings.firstLambda, share));
         for (int i = 0; i < settings.iterations; ++i) {
-            hasSeenEdges = level.improve(lambda, settings.threshold, kernel);
+            const bool isLast = l == 0 && i + 1 == settings.iterations;
+            hasSeenEdges = level.improve(lambda, settings.threshold,
+                                         isLast ? settings.smoothing : 0.0, kernel);
             progress.advance(iterationUnits(length, bounds, scaleOf(l)));
         }
     }

@@ -17,11 +17,13 @@ struct RunSettings {
     float lastLambda = 0.0f;  ///< the same at full size; geometric in between
     int iterations = 0;       ///< for each level
     double threshold = 0.0;   ///< weights below this share of the largest one are removed
+    /// Deviation of the Gaussian that smooths the edges of the last iteration; 0: they stay sharp
+    double smoothing = 0.0;
 };
 
-inline constexpr RunSettings kPlainRun{4e-3f, 5e-4f, 5, 0.05};
-inline constexpr RunSettings kStrongRun{1e-2f, 5e-4f, 8, 0.05};
-inline constexpr RunSettings kStrongestRun{2e-2f, 5e-4f, 8, 0.08};
+inline constexpr RunSettings kPlainRun{4e-3f, 5e-4f, 5, 0.05, 0.0};
+inline constexpr RunSettings kStrongRun{1e-2f, 5e-4f, 8, 0.05, 0.0};
+inline constexpr RunSettings kStrongestRun{2e-2f, 5e-4f, 8, 0.08, 0.0};
 
 /// The columns and rows that a kernel may have; odd.
 struct KernelBounds {

@@ -1,5 +1,6 @@
 #include "restoration/blind/LatentGradients.h"
 
+#include "restoration/blind/gaussianBlur.h"
 #include "restoration/blind/gradientRows.h"
 
 #include <algorithm>
@@ -99,6 +100,12 @@ std::size_t LatentGradients::keepGradients(const Plane& x, float threshold) {
         }
     }
     return kept;
+}
+
+void LatentGradients::smooth(double sigma, const Cancellation& cancellation) {
+    const std::vector<float> taps = gaussianTaps(sigma);
+    m_right = blurred(m_right, taps, Reflection::RepeatsLast, cancellation);
+    m_down = blurred(m_down, taps, Reflection::RepeatsLast, cancellation);
 }
 
 void LatentGradients::clearMargin(int margin) {

@@ -3,6 +3,7 @@
 #include "restoration/blind/SquareKernel.h"
 #include "restoration/blind/SquareTransform.h"
 #include "restoration/planes/Plane.h"
+#include "restoration/work/Cancellation.h"
 #include "velimproclib/primitives/base/AlignedFloats.h"
 #include "velimproclib/veldeblurcv/deconvolution/SpectralQuotient.h"
 
@@ -34,6 +35,9 @@ public:
 
     /// Sets the gradients outside of the picture and within `margin` pixels of its rim to 0.
     void clearMargin(int margin);
+
+    /// Smooths the gradients with a Gaussian of `sigma` pixels, above 0.
+    void smooth(double sigma, const Cancellation& cancellation);
 
     const Plane& right() const noexcept { return m_right; }
     const Plane& down() const noexcept { return m_down; }

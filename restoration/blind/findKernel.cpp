@@ -92,7 +92,7 @@ class Search {
 public:
     Search(const Plane& luminance, const FindSettings& settings, Team& team)
         : m_team(team), m_bounds(boundsFor(luminance, settings)),
-          m_isChosen(settings.partSide == 0),
+          m_isChosen(settings.partSide == 0), m_smoothing(settings.smoothing),
           m_part(partOf(luminance, m_isChosen ? kChosenSide : settings.partSide, team)),
           m_scorer(croppedFor(std::min(m_bounds.side(), kLargeSide)),
                    std::min(m_bounds.side(), kLargeSide) / 2, team.cancellation()) {}
@@ -161,8 +161,10 @@ private:
     }
 
     std::optional<Candidate> run(const RunPlan& plan) const {
-        auto kernel = runSearch(croppedFor(plan.side), boundsOf(plan), plan.settings,
-                                m_team.progress(), m_team.cancellation());
+        RunSettings settings = plan.settings;
+        settings.smoothing = m_smoothing;
+        auto kernel = runSearch(croppedFor(plan.side), boundsOf(plan), settings, m_team.progress(),
+                                m_team.cancellation());
         if (!kernel) {
             return std::nullopt;
         }
@@ -265,6 +267,7 @@ private:
     Team& m_team;
     KernelBounds m_bounds;
     bool m_isChosen;
+    double m_smoothing;
     Plane m_part;
     KernelScorer m_scorer;
     std::vector<Candidate> m_candidates;

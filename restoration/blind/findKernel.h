@@ -11,6 +11,9 @@ struct FindSettings {
     int maxWidth = 0;  ///< sides that the kernel may have, 3..511; 0: as the picture allows
     int maxHeight = 0; ///< the same
     int partSide = 0;  ///< the side of the square to look at, at least 64; 0: chosen
+    /// Deviation in pixels of the Gaussian that smooths the edges which a kernel is fitted to at
+    /// last, 0..2
+    double smoothing = 0.0;
 };
 
 /// A kernel found in a picture.

@@ -12,6 +12,7 @@
 #include "restoration/kernels/analyticKernel.h"
 #include "restoration/kernels/checkKernelSides.h"
 #include "restoration/kernels/kernelFromValues.h"
+#include "restoration/kernels/rotatedBy180.h"
 #include "restoration/noise/measureNoise.h"
 #include "restoration/pictures/luminancePlane.h"
 #include "restoration/pipeline/restorePicture.h"
@@ -61,8 +62,10 @@ Kernel kernelOfValues(const float* values, std::int32_t width, std::int32_t heig
 FoundKernel foundKernel(const VelornPicture& picture, const VelornFindSettings& settings) {
     Team team(settings.threads, {settings.progress, settings.userData});
     const Plane luminance = luminancePlane(PictureReader(picture), team);
-    FoundKernel found =
-        findKernel(luminance, {settings.maxWidth, settings.maxHeight, settings.partSide}, team);
+    FoundKernel found = findKernel(luminance,
+                                   {settings.maxWidth, settings.maxHeight, settings.partSide,
+                                    static_cast<double>(settings.smoothing)},
+                                   team);
     team.finish();
     return found;
 }
@@ -92,6 +95,13 @@ VelornStatus velornMakeKernel(int32_t blur, float extent, float angle, VelornKer
 VelornStatus velornKernelFromValues(const float* values, int32_t width, int32_t height,
                                     VelornKernel** kernel) {
     return makeKernel(kernel, [=] { return kernelOfValues(values, width, height); });
+}
+
+VelornStatus velornRotateKernel(const VelornKernel* kernel, VelornKernel** rotated) {
+    return makeKernel(rotated, [=] {
+        requirePointer(kernel, "kernel");
+        return rotatedBy180(kernel->kernel);
+    });
 }
 
 int32_t velornKernelWidth(const VelornKernel* kernel) {

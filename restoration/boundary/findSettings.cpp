@@ -39,6 +39,8 @@ VelornFindSettings checkedSettings(const VelornFindSettings* settings) {
     requireZeroOrRange(checked.maxHeight, kSmallestSide, VELORN_LARGEST_KERNEL_SIDE,
                        "settings->maxHeight");
     requireZeroOrRange(checked.partSide, kSmallestPart, kNoLimit, "settings->partSide");
+    constexpr FloatRange kSmoothing{.most = 2.0f};
+    requireRange(checked.smoothing, kSmoothing, "settings->smoothing");
     requireRange(checked.threads, 0, kNoLimit, "settings->threads");
     return checked;
 }

@@ -77,8 +77,7 @@ void runDeblur(const DeblurOptions& options, const Interrupt& interrupt, std::os
         kernels.push_back(
             searchKernel(picture, options.input, *blind, interrupt, terminal, isTerminal));
         if (isTerminal || options.isVerbose) {
-            terminal << kernelPicture(
-                asShown(blurKernelOf(kernels.back()), picture.orientation()));
+            terminal << kernelPicture(asShown(blurKernelOf(kernels.back()), picture.orientation()));
         }
     }
     restore(picture, kernels, options, interrupt, terminal, isTerminal);

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "hosts/command/commands/BlindSettings.h"
 #include "hosts/command/commands/BlindOptions.h"
+#include "hosts/command/commands/BlindSettings.h"
 
 #include <filesystem>
 

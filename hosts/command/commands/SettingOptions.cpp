@@ -180,8 +180,8 @@ std::string presetText() {
 
 std::string rangeText(const Setting& setting) {
     const float value = api::restoreSettings().*setting.member;
-    return std::string(setting.unit) + setting.range.text() + ", default: " +
-           (value == VELORN_AUTOMATIC ? "automatic" : numberText(value)) + "\n";
+    return std::string(setting.unit) + setting.range.text() +
+           ", default: " + (value == VELORN_AUTOMATIC ? "automatic" : numberText(value)) + "\n";
 }
 
 constexpr const char* kGroup = "Settings";

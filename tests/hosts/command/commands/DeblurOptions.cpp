@@ -108,8 +108,7 @@ TEST(DeblurOptions, BlindWithoutASizeLeavesItToThePicture) {
     };
     EXPECT_FALSE(blindSize({"deblur", "in.png", "2.png", "--blind"}).has_value());
     EXPECT_FALSE(blindSize({"deblur", "in.png", "--blind", "2.png"}).has_value());
-    EXPECT_FALSE(
-        blindSize({"deblur", "--blind", "in.png", "2.png", "--turn", "no"}).has_value());
+    EXPECT_FALSE(blindSize({"deblur", "--blind", "in.png", "2.png", "--turn", "no"}).has_value());
     EXPECT_EQ(blindSize({"deblur", "--blind", "9x7", "in.png", "2.png"}).value().width, 9);
     EXPECT_EQ(blindSize({"deblur", "--blind=9", "in.png", "2.png"}).value().width, 9);
 }
@@ -120,7 +119,8 @@ TEST(DeblurOptions, HelpShowsEveryBlurWithItsRange) {
          {"--gaussian SIGMA\n        pixels, 0.1..500\n",
           "--disc RADIUS\n        pixels, 0.1..500\n",
           "--motion LENGTH,ANGLE\n        pixels, 1..500; degrees, -360..360\n", "--kernel FILE",
-          "--blind [N[xM]]\n        odd numbers, 3..511, default: automatic\n", "--no-deconvolve"}) {
+          "--blind [N[xM]]\n        odd numbers, 3..511, default: automatic\n",
+          "--no-deconvolve"}) {
         EXPECT_NE(help.find(text), std::string::npos) << text << "\n" << help;
     }
 }

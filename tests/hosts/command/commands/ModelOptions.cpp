@@ -50,11 +50,10 @@ TEST(ModelOptions, OtherNamesAndNumbersAreRefused) {
 
 TEST(ModelOptions, HelpShowsEveryOptionWithItsDefault) {
     const std::string help = vel::test::printedBy({"deblur", "--help"});
-    for (const char* text :
-         {"--quality NAME\n        normal or best, default: normal",
-          "--light NAME\n        auto, linear or display, default: auto", "--keep-clipped",
-          "--frame-passes N\n        0..8, default: 2",
-          "--threads N\n        0..256, default: one for each processor"}) {
+    for (const char* text : {"--quality NAME\n        normal or best, default: normal",
+                             "--light NAME\n        auto, linear or display, default: auto",
+                             "--keep-clipped", "--frame-passes N\n        0..8, default: 2",
+                             "--threads N\n        0..256, default: one for each processor"}) {
         EXPECT_NE(help.find(text), std::string::npos) << text << "\n" << help;
     }
 }

@@ -39,9 +39,10 @@ TEST(SettingOptions, DefaultsRestoreWithoutSharpeningAndEnhancement) {
 
 TEST(SettingOptions, EachSettingHasItsOption) {
     const auto given =
-        settings({"--lambda", "2000", "--chroma-lambda", "50", "--noise", "1.25", "--alpha", "0.7", "--limit", "0.3", "--edge-radius", "1.5",
-                  "--edge-slope", "2", "--edge-gain", "3", "--edge-floor", "0.02", "--detail-gain",
-                  "-0.5", "--detail-gamma", "0.25"});
+        settings({"--lambda",      "2000", "--chroma-lambda", "50",  "--noise",       "1.25",
+                  "--alpha",       "0.7",  "--limit",         "0.3", "--edge-radius", "1.5",
+                  "--edge-slope",  "2",    "--edge-gain",     "3",   "--edge-floor",  "0.02",
+                  "--detail-gain", "-0.5", "--detail-gamma",  "0.25"});
     EXPECT_EQ(given.strength, 2000.0f);
     EXPECT_EQ(given.chromaStrength, 50.0f);
     EXPECT_EQ(given.noise, 1.25f);
