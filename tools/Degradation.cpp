@@ -1,5 +1,6 @@
 #include "Degradation.h"
 
+#include <algorithm>
 #include <cmath>
 #include <numbers>
 #include <opencv2/imgproc.hpp>
@@ -29,7 +30,8 @@ private:
 
 cv::Mat blurInside(const cv::Mat& picture, const BlurKernel& kernel) {
     // filter2D correlates: rotated by 180 degrees, the kernel convolves.
-    BlurKernel rotated = rotatedBy180(kernel);
+    BlurKernel rotated = kernel;
+    std::ranges::reverse(rotated.weights);
     const cv::Mat weights(rotated.height, rotated.width, CV_32FC1, rotated.weights.data());
     cv::Mat whole;
     cv::filter2D(picture, whole, CV_32F, weights);

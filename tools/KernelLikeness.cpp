@@ -32,8 +32,4 @@ double likeness(const BlurKernel& first, const BlurKernel& second) {
     return best / std::sqrt(overlap(first, first, 0, 0) * overlap(second, second, 0, 0));
 }
 
-double likenessEitherWay(const BlurKernel& first, const BlurKernel& second) {
-    return std::max(likeness(first, second), likeness(rotatedBy180(first), second));
-}
-
 } // namespace velorn::tools

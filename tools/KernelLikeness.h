@@ -10,8 +10,4 @@ namespace velorn::tools {
 /// difference.
 double likeness(const BlurKernel& first, const BlurKernel& second);
 
-/// The larger of two similarities with `second`: that of `first`, and that of `first` turned by 180
-/// degrees.
-double likenessEitherWay(const BlurKernel& first, const BlurKernel& second);
-
 } // namespace velorn::tools

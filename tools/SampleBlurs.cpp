@@ -14,12 +14,6 @@ constexpr std::array<PathPoint, 6> kArc{{{-4.0, 3.5, 1.0},
                                          {1.5, -3.8, 0.5},
                                          {3.8, -1.5, 0.4},
                                          {3.4, 1.5, 0.3}}};
-constexpr std::array<PathPoint, 4> kHook{
-    {{-3.0, -5.0, 1.0}, {-3.0, 2.0, 0.7}, {-1.0, 4.0, 0.5}, {3.0, 4.0, 0.3}}};
-constexpr std::array<PathPoint, 2> kSlowing{{{-5.0, -2.0, 1.0}, {5.0, 2.0, 0.1}}};
-constexpr std::array<PathPoint, 4> kZigzag{
-    {{-4.0, -3.0, 1.0}, {3.0, -4.0, 0.5}, {-2.0, 3.0, 0.4}, {4.0, 3.5, 0.8}}};
-constexpr std::array<PathPoint, 3> kCorner{{{-4.0, 4.0, 0.6}, {-4.0, -4.0, 0.6}, {4.0, -4.0, 0.6}}};
 
 struct Place {
     double right;
@@ -77,23 +71,6 @@ BlurKernel sharedOut(const std::vector<Place>& places, int side) {
     return checkedKernel(std::move(kernel), "a sample blur");
 }
 
-/// Two soft spots, one twice as bright as the other, as of a camera that rests in two places.
-BlurKernel twoLobes() {
-    constexpr std::array<PathPoint, 2> kSpots{{{-3.0, -1.5, 2.0}, {3.0, 1.5, 1.0}}};
-    constexpr double kSoftness = 0.9;
-    std::vector<Place> places;
-    for (const PathPoint& spot : kSpots) {
-        for (int down = -3; down <= 3; ++down) {
-            for (int right = -3; right <= 3; ++right) {
-                const double squares = right * right + down * down;
-                places.push_back({spot.right + right, spot.down + down,
-                                  spot.stay * std::exp(-0.5 * squares / (kSoftness * kSoftness))});
-            }
-        }
-    }
-    return sharedOut(places, kSide);
-}
-
 } // namespace
 
 BlurKernel pathKernel(std::span<const PathPoint> path, int side) {
@@ -102,20 +79,6 @@ BlurKernel pathKernel(std::span<const PathPoint> path, int side) {
 
 BlurKernel curvedShake() {
     return pathKernel(kArc, kSide);
-}
-
-std::vector<NamedBlur> studiedBlurs() {
-    return {{"straight motion", makeKernel({AnalyticBlur::Shape::Motion, 9.0f, 30.0f})},
-            {"curved shake", curvedShake()},
-            {"disc", makeKernel({AnalyticBlur::Shape::Disc, 4.0f, 0.0f})},
-            {"Gaussian", makeKernel({AnalyticBlur::Shape::Gaussian, 1.5f, 0.0f})},
-            {"two lobes", twoLobes()}};
-}
-
-std::vector<NamedBlur> unevenBlurs() {
-    return {{"curved shake", curvedShake()},        {"two lobes", twoLobes()},
-            {"hook", pathKernel(kHook, kSide)},     {"slowing motion", pathKernel(kSlowing, kSide)},
-            {"zigzag", pathKernel(kZigzag, kSide)}, {"corner", pathKernel(kCorner, kSide)}};
 }
 
 } // namespace velorn::tools

@@ -30,11 +30,4 @@ BlurKernel pathKernel(std::span<const PathPoint> path, int side);
 /// A camera shake along an arc that slows down at one end: 13 by 13, and not symmetric.
 BlurKernel curvedShake();
 
-/// One blur of each kind: straight motion, curved shake, disc, Gaussian, and two uneven lobes. None
-/// is wider than 13 pixels.
-std::vector<NamedBlur> studiedBlurs();
-
-/// Blurs that are not symmetric under a rotation by 180 degrees. None is wider than 13 pixels.
-std::vector<NamedBlur> unevenBlurs();
-
 } // namespace velorn::tools
