@@ -191,7 +191,7 @@ typedef struct VelornRestoreSettings {
     float limit;
 
     /* Edge sharpening; runs if slope or gain exceeds 1.01 or slope is above 0. */
-    float edgeRadius; /* pixels, 0.4..10, default 0.85 */
+    float edgeRadius; /* pixels, 0.1..10, default 0.85; off below 0.4 */
     float edgeSlope;  /* increases the gain near edges, 0..20, default 0 */
     float edgeGain;   /* multiplies all detail, 0..20, default 1 */
     float edgeFloor;  /* keeps the slope away from smooth areas, 0.00001..1, default 0.005 */

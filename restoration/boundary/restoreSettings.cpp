@@ -26,7 +26,7 @@ constexpr FloatSetting kFloatSettings[] = {
     {"chromaStrength", &VelornRestoreSettings::chromaStrength, VELORN_AUTOMATIC, kAboveZero},
     {"alpha", &VelornRestoreSettings::alpha, VELORN_AUTOMATIC, kShare},
     {"limit", &VelornRestoreSettings::limit, VELORN_AUTOMATIC, kShare},
-    {"edgeRadius", &VelornRestoreSettings::edgeRadius, 0.85f, {0.4f, 10.0f}},
+    {"edgeRadius", &VelornRestoreSettings::edgeRadius, 0.85f, {0.1f, 10.0f}},
     {"edgeSlope", &VelornRestoreSettings::edgeSlope, 0.0f, {0.0f, 20.0f}},
     {"edgeGain", &VelornRestoreSettings::edgeGain, 1.0f, {0.0f, 20.0f}},
     {"edgeFloor", &VelornRestoreSettings::edgeFloor, 0.005f, {0.00001f, 1.0f}},

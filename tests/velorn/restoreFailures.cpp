@@ -126,7 +126,7 @@ TEST(RestoreFailures, Settings) {
     expectInvalid([](Call& c) { c.settings.strength = 0.0f; },
                   "settings->strength is 0, but must be above 0, or VELORN_AUTOMATIC");
     expectInvalid([](Call& c) { c.settings.edgeRadius = NAN; },
-                  "settings->edgeRadius is nan, but must be 0.4..10");
+                  "settings->edgeRadius is nan, but must be 0.1..10");
     expectInvalid([](Call& c) { c.settings.quality = 7; },
                   "settings->quality is 7, but must be 0..1");
     expectInvalid([](Call& c) { c.settings.threads = -2; },

@@ -33,7 +33,7 @@ DeblurParser::DeblurParser(ArgumentParser& parser)
     m_modelOptions.addTo(m_command);
     m_command.add(
         "-v,--verbose", m_options.isVerbose,
-        "Print the measured noise and the chosen strength; with --blind also the kernel.");
+        "Print the measured noise and the chosen settings; with --blind also the kernel.");
 }
 
 void DeblurParser::addFiles() {

@@ -63,8 +63,8 @@ constexpr std::array<Setting, 11> kSettings{{
      &VelornRestoreSettings::edgeSlope,
      "",
      {0.0f, 10.0f},
-     "Additional sharpening near edges. Edge sharpening runs if --edge-slope or --edge-gain is "
-     "above 1.01."},
+     "Additional sharpening near edges. Edge sharpening runs if --edge-slope is above 0 or "
+     "--edge-gain above 1.01."},
     {"--edge-gain",
      &VelornRestoreSettings::edgeGain,
      "",
