@@ -50,7 +50,7 @@ constexpr ChoiceSetting kChoiceSettings[] = {
     {"light", &VelornRestoreSettings::light, VELORN_LIGHT_AUTOMATIC, VELORN_LIGHT_AUTOMATIC,
      VELORN_LIGHT_DISPLAY},
     {"quality", &VelornRestoreSettings::quality, VELORN_QUALITY_NORMAL, VELORN_QUALITY_NORMAL,
-     VELORN_QUALITY_BEST},
+     VELORN_QUALITY_FAST},
     {"continueFrame", &VelornRestoreSettings::continueFrame, 1, kAnyLeast, kAnyMost},
     {"recoverClipped", &VelornRestoreSettings::recoverClipped, 1, kAnyLeast, kAnyMost},
     {"threads", &VelornRestoreSettings::threads, 0, 0, kAnyMost},

@@ -1,6 +1,7 @@
 #include "restoration/pipeline/PictureModel.h"
 
 #include "restoration/clipping/clippedValues.h"
+#include "restoration/failures/Failure.h"
 #include "restoration/light/LightEvidence.h"
 #include "restoration/light/noiseInLight.h"
 #include "restoration/light/profileCurves.h"
@@ -18,6 +19,15 @@ ToneCurves curvesOf(const VelornRestoreSettings& settings) {
     return profileCurves({static_cast<const std::byte*>(settings.profile), settings.profileSize});
 }
 
+/// The same; nothing for a profile without usable curves.
+std::optional<ToneCurves> usableCurvesOf(const VelornRestoreSettings& settings) {
+    try {
+        return curvesOf(settings);
+    } catch (const Failure&) {
+        return std::nullopt;
+    }
+}
+
 } // namespace
 
 PictureModel::PictureModel(const PictureReader& picture, std::span<const Kernel* const> kernels,
@@ -27,11 +37,12 @@ PictureModel::PictureModel(const PictureReader& picture, std::span<const Kernel*
     if (kernels.empty()) {
         return;
     }
-    if (settings.light != VELORN_LIGHT_DISPLAY) {
-        ToneCurves curves = curvesOf(settings);
-        if (settings.light == VELORN_LIGHT_LINEAR ||
-            lightEvidence(picture, kernels, curves, stored, team).isForLight()) {
-            m_light.emplace(std::move(curves));
+    if (settings.light == VELORN_LIGHT_LINEAR) {
+        m_light = curvesOf(settings);
+    } else if (settings.light == VELORN_LIGHT_AUTOMATIC) {
+        std::optional<ToneCurves> curves = usableCurvesOf(settings);
+        if (curves && lightEvidence(picture, kernels, *curves, stored, team).isForLight()) {
+            m_light = std::move(curves);
         }
     }
     team.run([&] {

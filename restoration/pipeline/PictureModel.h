@@ -19,8 +19,8 @@ class PictureModel {
 public:
     /// Without kernels nothing is deconvolved: display values, no clipped pixels.
     /// @param stored  the noise of the picture
-    /// @throws Failure VELORN_STATUS_INVALID_ARGUMENT for a profile without usable curves,
-    ///         VELORN_STATUS_CANCELLED; std::bad_alloc
+    /// @throws Failure VELORN_STATUS_INVALID_ARGUMENT for linear light and a profile without usable
+    ///         curves, VELORN_STATUS_CANCELLED; std::bad_alloc
     PictureModel(const PictureReader& picture, std::span<const Kernel* const> kernels,
                  const VelornRestoreSettings& settings, const NoiseLevels& stored, Team& team);
     PictureModel(const PictureModel&) = delete;

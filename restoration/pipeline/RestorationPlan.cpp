@@ -55,11 +55,14 @@ void RestorationPlan::planSecondPasses(std::span<const Kernel* const> kernels) {
     }
     const bool hasChroma = loader.rules().layout == PlaneLayout::LuminanceChroma;
     const std::vector<Patch> patches = noisePatches(loader);
-    for (std::size_t i = 0; i < static_cast<std::size_t>(loader.picture().colours()); ++i) {
+    const bool isBest = settings.quality == VELORN_QUALITY_BEST;
+    const auto colours = static_cast<std::size_t>(loader.picture().colours());
+    const std::size_t planes = hasChroma && !isBest ? 1 : colours;
+    for (std::size_t i = 0; i < planes; ++i) {
         const Kernel& kernel = *kernels[kernels.size() > 1 ? i : 0];
+        const bool isQuick = !isBest || (hasChroma && i > 0);
         secondPasses.emplace_back(kernel, noiseOf(i, patches, kernel),
-                                  hasChroma && i > 0 ? SecondPass::Effort::Quick
-                                                     : SecondPass::Effort::Full);
+                                  isQuick ? SecondPass::Effort::Quick : SecondPass::Effort::Full);
     }
 }
 

@@ -23,14 +23,14 @@ struct RestorationPlan {
             blurs.emplace_back(*kernel, tileLoader.side());
             kernelSide = std::max(kernelSide, kernel->largerSide());
         }
-        if (settings.quality == VELORN_QUALITY_BEST) {
+        if (settings.quality != VELORN_QUALITY_FAST) {
             planSecondPasses(kernels);
         }
     }
 
     TileLoader loader;
     std::vector<BlurSpectrum> blurs;      ///< none, one for all planes, or one for each
-    std::vector<SecondPass> secondPasses; ///< none, or one for each plane
+    std::vector<SecondPass> secondPasses; ///< of the first planes
     int kernelSide = 1;                   ///< the larger side of the largest kernel
     Choices choices;
     VelornRestoreSettings settings;

@@ -93,7 +93,7 @@ void TileRestorer::deconvolvePlane(std::size_t i) {
 
 /// Runs the second pass of plane `i`, if there is one, on its restoration.
 void TileRestorer::improve(std::size_t i, const BlurSpectrum& blur) {
-    if (!m_plan.secondPasses.empty()) {
+    if (i < m_plan.secondPasses.size()) {
         m_plan.secondPasses[i].improve(m_tile.planes[i], blur, m_restored, m_scratch, m_filter,
                                        m_cancellation);
     }

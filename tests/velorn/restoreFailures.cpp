@@ -128,7 +128,7 @@ TEST(RestoreFailures, Settings) {
     expectInvalid([](Call& c) { c.settings.edgeRadius = NAN; },
                   "settings->edgeRadius is nan, but must be 0.1..10");
     expectInvalid([](Call& c) { c.settings.quality = 7; },
-                  "settings->quality is 7, but must be 0..1");
+                  "settings->quality is 7, but must be 0..2");
     expectInvalid([](Call& c) { c.settings.threads = -2; },
                   "settings->threads is -2, but must be at least 0");
     expectInvalid(

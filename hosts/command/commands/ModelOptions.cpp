@@ -3,6 +3,7 @@
 #include "hosts/command/arguments/alternatives.h"
 #include "hosts/command/arguments/NumberRange.h"
 #include "hosts/command/terminal/Failure.h"
+#include "velorn.hpp"
 
 #include <algorithm>
 #include <array>
@@ -24,8 +25,9 @@ struct Choice {
 constexpr std::array<Choice, 3> kLights{{{"auto", VELORN_LIGHT_AUTOMATIC},
                                          {"linear", VELORN_LIGHT_LINEAR},
                                          {"display", VELORN_LIGHT_DISPLAY}}};
-constexpr std::array<Choice, 2> kQualities{
-    {{"normal", VELORN_QUALITY_NORMAL}, {"best", VELORN_QUALITY_BEST}}};
+constexpr std::array<Choice, 3> kQualities{{{"fast", VELORN_QUALITY_FAST},
+                                            {"normal", VELORN_QUALITY_NORMAL},
+                                            {"best", VELORN_QUALITY_BEST}}};
 
 std::string namesOf(std::span<const Choice> choices) {
     std::vector<std::string> names;
@@ -47,13 +49,17 @@ std::int32_t chosen(std::span<const Choice> choices, const std::string& name,
 } // namespace
 
 void ModelOptions::addTo(ArgumentParser& parser) {
-    parser
-        .add("--quality", m_quality,
-             namesOf(kQualities) + ", default: " + m_quality +
-                 "\nbest adds a second pass that removes more noise and keeps more texture. It "
-                 "takes several times as long.")
-        .valueName("NAME")
-        .group(kGroup);
+    m_qualityOption =
+        parser
+            .add(
+                "--quality", m_quality,
+                namesOf(kQualities) +
+                    ", default: normal, or fast with --lambda or --alpha"
+                    "\nnormal removes noise from the brightness after the deconvolution and keeps "
+                    "texture, best does so more thoroughly and for colours. fast leaves the result "
+                    "of the deconvolution, so that --lambda and --alpha have their full effect.")
+            .valueName("NAME")
+            .group(kGroup);
     parser
         .add("--light", m_light,
              namesOf(kLights) + ", default: " + m_light +
@@ -83,7 +89,12 @@ void ModelOptions::addTo(ArgumentParser& parser) {
 void ModelOptions::applyTo(VelornRestoreSettings& settings) const {
     kFramePasses.check("--frame-passes", static_cast<float>(m_framePasses));
     kThreads.check("--threads", static_cast<float>(m_threads));
-    settings.quality = chosen(kQualities, m_quality, "--quality");
+    const VelornRestoreSettings automatic = api::restoreSettings();
+    const bool isManual =
+        settings.strength != automatic.strength || settings.alpha != automatic.alpha;
+    settings.quality = isManual && !m_qualityOption.isGiven()
+                           ? static_cast<std::int32_t>(VELORN_QUALITY_FAST)
+                           : chosen(kQualities, m_quality, "--quality");
     settings.light = chosen(kLights, m_light, "--light");
     settings.recoverClipped = m_keepsClipped ? 0 : 1;
     settings.continueFrame = m_framePasses > 0 ? 1 : 0;

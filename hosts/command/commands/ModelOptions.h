@@ -18,11 +18,12 @@ public:
     /// Adds the options to `parser`, which keeps references to this object.
     void addTo(ArgumentParser& parser);
 
-    /// Changes `settings` as the command line says.
+    /// Changes `settings`, which have the strengths of the command line, as the command line says.
     /// @throws UsageFailure that names what is wrong.
     void applyTo(VelornRestoreSettings& settings) const;
 
 private:
+    Argument m_qualityOption;
     std::string m_light = "auto";
     std::string m_quality = "normal";
     int m_framePasses = 2;

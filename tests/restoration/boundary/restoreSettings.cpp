@@ -94,8 +94,8 @@ TEST(RestoreSettings, ChoicesHaveTheirLimits) {
     EXPECT_EQ(failureWith(&S::light, 2), "");
     EXPECT_EQ(failureWith(&S::light, 3), "settings->light is 3, but must be 0..2");
     EXPECT_EQ(failureWith(&S::light, -1), "settings->light is -1, but must be 0..2");
-    EXPECT_EQ(failureWith(&S::quality, 1), "");
-    EXPECT_EQ(failureWith(&S::quality, 2), "settings->quality is 2, but must be 0..1");
+    EXPECT_EQ(failureWith(&S::quality, 2), "");
+    EXPECT_EQ(failureWith(&S::quality, 3), "settings->quality is 3, but must be 0..2");
     EXPECT_EQ(failureWith(&S::threads, 1000), "");
     EXPECT_EQ(failureWith(&S::threads, -1), "settings->threads is -1, but must be at least 0");
     EXPECT_EQ(failureWith(&S::continueFrame, -7), "");

@@ -33,6 +33,7 @@ TEST(ModelOptions, DefaultsAreThoseOfTheLibrary) {
 
 TEST(ModelOptions, EachSettingHasItsOption) {
     EXPECT_EQ(settings({"--quality", "best"}).quality, VELORN_QUALITY_BEST);
+    EXPECT_EQ(settings({"--quality", "fast"}).quality, VELORN_QUALITY_FAST);
     EXPECT_EQ(settings({"--light", "linear"}).light, VELORN_LIGHT_LINEAR);
     EXPECT_EQ(settings({"--light", "display"}).light, VELORN_LIGHT_DISPLAY);
     EXPECT_EQ(settings({"--keep-clipped"}).recoverClipped, 0);
@@ -41,8 +42,16 @@ TEST(ModelOptions, EachSettingHasItsOption) {
     EXPECT_EQ(settings({"--threads", "3"}).threads, 3);
 }
 
+TEST(ModelOptions, StrengthAndExponentOfTheUserTurnTheSecondPassOff) {
+    EXPECT_EQ(settings({"--lambda", "5000"}).quality, VELORN_QUALITY_FAST);
+    EXPECT_EQ(settings({"--alpha", "0.7"}).quality, VELORN_QUALITY_FAST);
+    EXPECT_EQ(settings({"--preset", "motion"}).quality, VELORN_QUALITY_FAST);
+    EXPECT_EQ(settings({"--preset", "crisp"}).quality, VELORN_QUALITY_NORMAL);
+    EXPECT_EQ(settings({"--lambda", "5000", "--quality", "normal"}).quality, VELORN_QUALITY_NORMAL);
+}
+
 TEST(ModelOptions, OtherNamesAndNumbersAreRefused) {
-    EXPECT_EQ(failureOf({"--quality", "good"}), "--quality must be normal or best");
+    EXPECT_EQ(failureOf({"--quality", "good"}), "--quality must be fast, normal or best");
     EXPECT_EQ(failureOf({"--light", "dark"}), "--light must be auto, linear or display");
     EXPECT_EQ(failureOf({"--frame-passes", "9"}), "--frame-passes must be from 0 to 8");
     EXPECT_EQ(failureOf({"--threads", "-1"}), "--threads must be from 0 to 256");
@@ -50,7 +59,8 @@ TEST(ModelOptions, OtherNamesAndNumbersAreRefused) {
 
 TEST(ModelOptions, HelpShowsEveryOptionWithItsDefault) {
     const std::string help = vel::test::printedBy({"deblur", "--help"});
-    for (const char* text : {"--quality NAME\n        normal or best, default: normal",
+    for (const char* text : {"--quality NAME\n        fast, normal or best, default: normal, or "
+                             "fast with --lambda or --alpha",
                              "--light NAME\n        auto, linear or display, default: auto",
                              "--keep-clipped", "--frame-passes N\n        0..8, default: 2",
                              "--threads N\n        0..256, default: one for each processor"}) {
