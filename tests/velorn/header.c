@@ -62,8 +62,9 @@ AT(NoiseReport, channels, 8);
 AT(FindSettings, maxWidth, 4);
 AT(FindSettings, maxHeight, 8);
 AT(FindSettings, partSide, 12);
-AT(FindSettings, threads, 16);
-HOLDS(FindSettings_progress, offsetof(VelornFindSettings, progress) == (kPointer == 8 ? 24 : 20));
+AT(FindSettings, smoothing, 16);
+AT(FindSettings, threads, 20);
+HOLDS(FindSettings_progress, offsetof(VelornFindSettings, progress) == 24);
 AT(FindSettings, userData, offsetof(VelornFindSettings, progress) + kPointer);
 
 AT(FindReport, confidence, 4);
