@@ -206,8 +206,8 @@ typedef struct VelornRestoreSettings {
     float detailGain;  /* contrast of texture, -1..3, default 0 */
     float detailGamma; /* above 0 raises faint texture, -1..3, default 0 */
 
-    /* Standard deviation of the luminance noise in levels of 255, at least 0, or VELORN_AUTOMATIC
-     * (default): measured. */
+    /* Standard deviation of the luminance noise in levels of 255, at least 0, on which automatic
+     * settings rest, or VELORN_AUTOMATIC (default): measured. */
     float noise;
 
     int32_t light;          /* VelornLight, default automatic */

@@ -28,14 +28,16 @@ using namespace restoration;
 
 namespace {
 
-/// Runs `make` and gives its kernel to the host; null after a failure.
+/// Runs `make` and gives its kernel to the host; null after a failure. `name` is what the host
+/// calls the pointer.
 template <class Make>
-VelornStatus makeKernel(VelornKernel** kernel, const Make& make) noexcept {
+VelornStatus makeKernel(VelornKernel** kernel, const Make& make,
+                        const char* name = "kernel") noexcept {
     if (kernel != nullptr) {
         *kernel = nullptr;
     }
     return guardedCall([&] {
-        requirePointer(kernel, "kernel");
+        requirePointer(kernel, name);
         auto made = std::make_unique<VelornKernel>();
         made->kernel = make();
         *kernel = made.release();
@@ -98,10 +100,11 @@ VelornStatus velornKernelFromValues(const float* values, int32_t width, int32_t 
 }
 
 VelornStatus velornRotateKernel(const VelornKernel* kernel, VelornKernel** rotated) {
-    return makeKernel(rotated, [=] {
+    const auto rotate = [=] {
         requirePointer(kernel, "kernel");
         return rotatedBy180(kernel->kernel);
-    });
+    };
+    return makeKernel(rotated, rotate, "rotated");
 }
 
 int32_t velornKernelWidth(const VelornKernel* kernel) {

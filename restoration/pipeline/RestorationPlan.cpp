@@ -66,17 +66,17 @@ void RestorationPlan::planSecondPasses(std::span<const Kernel* const> kernels) {
     }
 }
 
-/// The noise of plane `i` of the tiles, measured or given by the host.
+/// The noise of plane `i` of the tiles. It is measured even where the host gives the noise: that
+/// guides the automatic settings, and values of a report must give the result of the report.
 SecondPass::Noise RestorationPlan::noiseOf(std::size_t i, const std::vector<Patch>& patches,
                                            const Kernel& kernel) const {
     const bool hasChroma = loader.rules().layout == PlaneLayout::LuminanceChroma;
-    const bool isGiven = settings.noise >= 0.0f && !(hasChroma && i > 0);
     const NoiseLevels& levels = choices.noise;
     const std::array<float, 4> display =
         hasChroma || loader.picture().colours() == 1
             ? std::array{levels.luminance, levels.chromaBlue, levels.chromaRed, 0.0f}
             : levels.channels;
-    SecondPass::Noise noise{isGiven ? settings.noise : display[i]};
+    SecondPass::Noise noise{display[i]};
     if (const ToneCurves* light = loader.rules().light) {
         const LightNoise inLight(light->of(hasChroma ? 1 : i));
         const double mean = inLight.base + inLight.slope * meanOf(patches, hasChroma ? 0 : i);
@@ -86,9 +86,7 @@ SecondPass::Noise RestorationPlan::noiseOf(std::size_t i, const std::vector<Patc
             noise.slope = static_cast<float>((1 - kSpread) * inLight.slope / mean);
         }
     }
-    if (!isGiven) {
-        noise.deviation = measureBehindBlur(patches, i, kernel).value_or(noise.deviation);
-    }
+    noise.deviation = measureBehindBlur(patches, i, kernel).value_or(noise.deviation);
     return noise;
 }
 

@@ -68,6 +68,15 @@ TEST(FindKernel, SidesAreBounded) {
     EXPECT_LE(velornKernelHeight(kernel.get()), 5);
 }
 
+TEST(FindKernel, SmoothingOfTheEdgesNarrowsTheKernel) {
+    const HostKernel disc = madeKernel(VELORN_BLUR_DISC, 3.0f);
+    HostPicture picture = scenePicture(kSmall, disc.get(), 0.5);
+    VelornFindSettings settings = defaultSettings();
+    const double plain = spread(found(picture, settings).get());
+    settings.smoothing = 2.0f;
+    EXPECT_LT(spread(found(picture, settings).get()), 0.9 * plain);
+}
+
 TEST(FindKernel, NullSettingsAreTheDefaults) {
     const HostKernel disc = madeKernel(VELORN_BLUR_DISC, 2.0f);
     HostPicture picture = scenePicture({.width = 140, .height = 120, .channels = 1}, disc.get());

@@ -1,6 +1,7 @@
 #include "tests/velorn/failure.h"
 #include "tests/velorn/HostKernel.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <numeric>
@@ -51,6 +52,27 @@ TEST(MakeKernel, MotionAtPositiveAnglesRisesToTheRight) {
     const auto width = static_cast<std::size_t>(velornKernelWidth(kernel.get()));
     EXPECT_GT(values[2 * width - 2], 0.01f); // right end of the second row
     EXPECT_LT(values[width + 1], 0.01f);     // its left end
+}
+
+TEST(RotateKernel, ReversesTheValues) {
+    const HostKernel motion = madeKernel(VELORN_BLUR_MOTION, 6.3f, 20.0f);
+    std::vector<float> expected = valuesOf(motion.get());
+    std::ranges::reverse(expected);
+    VelornKernel* rotated = nullptr;
+    ASSERT_EQ(velornRotateKernel(motion.get(), &rotated), VELORN_STATUS_OK);
+    EXPECT_EQ(velornKernelWidth(rotated), velornKernelWidth(motion.get()));
+    EXPECT_EQ(valuesOf(rotated), expected);
+    velornFreeKernel(rotated);
+}
+
+TEST(RotateKernel, NullPointersFail) {
+    VelornKernel* rotated = somePointer();
+    EXPECT_VELORN_FAILURE(velornRotateKernel(nullptr, &rotated), VELORN_STATUS_INVALID_ARGUMENT,
+                          "kernel is null");
+    EXPECT_EQ(rotated, nullptr);
+    const HostKernel disc = madeKernel(VELORN_BLUR_DISC, 2.0f);
+    EXPECT_VELORN_FAILURE(velornRotateKernel(disc.get(), nullptr), VELORN_STATUS_INVALID_ARGUMENT,
+                          "rotated is null");
 }
 
 TEST(MakeKernel, UnknownBlursFail) {

@@ -179,6 +179,7 @@ TEST(Restore, ChannelsOfTwoAndFourAreRestoredOneByOne) {
     settings.alpha = 0.8f;
     settings.limit = 0.5f;
     settings.light = VELORN_LIGHT_DISPLAY;
+    settings.quality = VELORN_QUALITY_FAST;
     for (const int channels : {2, 4}) {
         HostPicture all =
             scenePicture({.width = 120, .height = 90, .channels = channels}, kernel.get());

@@ -63,7 +63,7 @@ TEST(RestoreSettings, FloatsHaveTheirLimits) {
         {"chromaStrength", &S::chromaStrength, {1, -1}, {0, -5}, "above 0, or VELORN_AUTOMATIC"},
         {"alpha", &S::alpha, {0, 1, -1}, {1.01f, -.5f}, "0..1, or VELORN_AUTOMATIC"},
         {"limit", &S::limit, {0, 1, -1}, {1.01f, -.5f}, "0..1, or VELORN_AUTOMATIC"},
-        {"edgeRadius", &S::edgeRadius, {.4f, 10}, {.39f, 10.1f, -1}, "0.4..10"},
+        {"edgeRadius", &S::edgeRadius, {.1f, 10}, {.09f, 10.1f, -1}, "0.1..10"},
         {"edgeSlope", &S::edgeSlope, {0, 20}, {-1, 20.1f}, "0..20"},
         {"edgeGain", &S::edgeGain, {0, 20}, {-1, 20.1f}, "0..20"},
         {"edgeFloor", &S::edgeFloor, {1e-5f, 1}, {0, 9e-6f, 1.1f, -1}, "1e-05..1"},

@@ -214,7 +214,7 @@ TEST(RestorePicture, ASmoothPictureShowsNoTiles) {
     settings.noise = 1.0f;
     restorePicture(soft->picture(), target.picture(), Kernels{&disc()}, settings);
     EXPECT_LT(largestDifference(target.picture(), sharp.picture(), {20, 20, 1260, 660}),
-              0.25f / 255.0f);
+              0.4f / 255.0f);
 }
 
 TEST(RestorePicture, ARegionHasTheBytesOfTheWhole) {
@@ -239,21 +239,22 @@ TEST(RestorePicture, ARegionHasTheBytesOfTheWhole) {
     }
 }
 
-TEST(RestorePicture, BestQualityComesCloserToTheSharpPicture) {
+TEST(RestorePicture, EachQualityComesCloserToTheSharpPicture) {
     for (const int channels : {1, 2, 3}) {
         const auto sharp = texturedPicture({420, 280, channels, false, VELORN_SAMPLES_F32}, 0.0);
         const auto soft = blurred(sharp->picture(), disc());
         addNoise(soft->picture(), 2.0f);
         VelornRestoreSettings settings = settingsFor(soft->picture());
-        const PictureBuffer normal(sharp->picture());
-        restorePicture(soft->picture(), normal.picture(), Kernels{&disc()}, settings);
-        settings.quality = VELORN_QUALITY_BEST;
-        const PictureBuffer best(sharp->picture());
-        restorePicture(soft->picture(), best.picture(), Kernels{&disc()}, settings);
-        const VelornRegion inner{20, 20, 380, 240};
-        EXPECT_LT(meanSquare(best.picture(), sharp->picture(), inner),
-                  0.8 * meanSquare(normal.picture(), sharp->picture(), inner))
-            << channels;
+        const auto errorOf = [&](VelornQuality quality) {
+            settings.quality = quality;
+            const PictureBuffer result(sharp->picture());
+            restorePicture(soft->picture(), result.picture(), Kernels{&disc()}, settings);
+            return meanSquare(result.picture(), sharp->picture(), {20, 20, 380, 240});
+        };
+        const double fast = errorOf(VELORN_QUALITY_FAST);
+        const double normal = errorOf(VELORN_QUALITY_NORMAL);
+        EXPECT_LT(normal, 0.85 * fast) << channels;
+        EXPECT_LT(errorOf(VELORN_QUALITY_BEST), 0.95 * normal) << channels;
     }
 }
 
