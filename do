@@ -133,10 +133,10 @@ command_demo() {
 demo_stages() {
     local bin=$1 stage
     local -A options=(
-        [deconvolved]="--limit 0"
-        [limited]=""
-        [sharpened]="--sharpen"
-        [detailed]="--sharpen --detail"
+        [deconvolved]=""
+        [limited]="--limit 0.5"
+        [sharpened]="--limit 0.5 --sharpen"
+        [detailed]="--limit 0.5 --sharpen --detail"
     )
     for stage in "${!options[@]}"; do
         # shellcheck disable=SC2086
