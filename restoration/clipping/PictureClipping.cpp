@@ -6,7 +6,8 @@ namespace restoration {
 
 PictureClipping::PictureClipping(const ClippedValues& values,
                                  std::span<const Kernel* const> kernels, std::size_t channels,
-                                 const NoiseLevels& noise, const ToneCurves* light) {
+                                 const NoiseLevels& noise, const ToneCurves* light)
+    : m_white(values.white) {
     for (std::size_t i = 0; i < channels; ++i) {
         ClipLevel level{values.white, values.least, noise.channels[i] / 255.0f};
         if (light != nullptr) {

@@ -33,7 +33,11 @@ public:
     /// @throws std::bad_alloc
     bool mark(std::span<const Plane> channels, const Rect& part, Mask& known) const;
 
+    /// The stored value of clipped pixels.
+    float white() const noexcept { return m_white; }
+
 private:
+    float m_white;
     std::vector<ClipDetector> m_detectors;
 };
 

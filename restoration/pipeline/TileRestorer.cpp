@@ -1,6 +1,7 @@
 #include "restoration/pipeline/TileRestorer.h"
 
 #include "restoration/chroma/restoreChroma.h"
+#include "restoration/clipping/fillHollows.h"
 #include "restoration/deconvolution/deconvolveHyperLaplacian.h"
 #include "restoration/deconvolution/estimateUnknown.h"
 #include "restoration/deconvolution/taperEdges.h"
@@ -8,8 +9,11 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
+#include <cstdint>
 #include <span>
 #include <utility>
+#include <vector>
 
 namespace restoration {
 namespace {
@@ -41,6 +45,7 @@ FinishedTile TileRestorer::restore(const PlannedTile& planned, const Rect& regio
         m_progress.advance(m_tile.planes.size());
     } else {
         deconvolve();
+        fillLamps();
         toDisplay();
     }
     sharpen();
@@ -96,6 +101,48 @@ void TileRestorer::improve(std::size_t i, const BlurSpectrum& blur) {
     if (i < m_plan.secondPasses.size()) {
         m_plan.secondPasses[i].improve(m_tile.planes[i], blur, m_restored, m_scratch, m_filter,
                                        m_cancellation);
+    }
+}
+
+/// Fills the dark centres of lamps, colour by colour.
+void TileRestorer::fillLamps() {
+    if (!m_tile.hidesLight) {
+        return;
+    }
+    const PictureReader& picture = m_plan.loader.picture();
+    const Rect inside = intersection(m_tile.window, {0, 0, picture.width(), picture.height()});
+    const Rect part{inside.x - m_tile.window.x, inside.y - m_tile.window.y, inside.width,
+                    inside.height};
+    const bool hasChroma = m_plan.loader.rules().layout == PlaneLayout::LuminanceChroma;
+    std::vector<Plane>& planes = m_tile.planes;
+    if (hasChroma) {
+        fromLuminanceChroma(planes[0].values(), planes[1].values(), planes[2].values());
+    }
+    for (std::size_t i = 0; i < planes.size(); ++i) {
+        findBright(static_cast<int>(i), inside);
+        fillHollows(planes[i], m_dark, part, m_restored, m_cancellation);
+    }
+    if (hasChroma) {
+        toLuminanceChroma(planes[0].values(), planes[1].values(), planes[2].values());
+    }
+}
+
+/// Marks all pixels but the unknown ones where a channel is nearly white as dark: small dark
+/// features before a clipped background are unknown, too, and must not be filled.
+void TileRestorer::findBright(int channel, const Rect& inside) {
+    constexpr float kNearlyWhite = 0.95f;
+    const float least = kNearlyWhite * m_plan.loader.rules().clipping->white();
+    m_dark = Mask(m_tile.side, m_tile.side);
+    std::vector<float> stored(static_cast<std::size_t>(inside.width));
+    for (int y = inside.y; y < inside.bottom(); ++y) {
+        m_cancellation.check();
+        m_plan.loader.picture().readChannel(channel, y, inside.x, inside.width, stored.data());
+        const int first = inside.x - m_tile.window.x;
+        const std::uint8_t* known = m_tile.known.row(y - m_tile.window.y) + first;
+        std::uint8_t* dark = m_dark.row(y - m_tile.window.y) + first;
+        for (std::size_t x = 0; x < stored.size(); ++x) {
+            dark[x] = known[x] != 0 || stored[x] < least ? 1 : 0;
+        }
     }
 }
 

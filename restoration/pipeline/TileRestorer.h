@@ -32,6 +32,8 @@ private:
     void deconvolve();
     void deconvolvePlane(std::size_t i);
     void improve(std::size_t i, const BlurSpectrum& blur);
+    void fillLamps();
+    void findBright(int channel, const Rect& inside);
     void toDisplay();
     void sharpen();
     bool isChroma(std::size_t i) const noexcept;
@@ -46,6 +48,7 @@ private:
     DctFilter m_filter;
     Plane m_restored; ///< what a stage makes of a plane
     Plane m_limited;
+    Mask m_dark; ///< 0 at unknown pixels where a channel is nearly white
     OvershootLimiter m_limiter;
     EdgeSharpener m_sharpener;
     DetailEnhancer m_detail;

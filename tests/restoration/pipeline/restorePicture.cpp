@@ -331,6 +331,26 @@ TEST(RestorePicture, ALampLeavesNoRings) {
     EXPECT_LT(meanSquare(result.picture(), night.sharp.picture(), part), 0.05 * ringing);
 }
 
+TEST(RestorePicture, ALampHasNoDarkCentre) {
+    constexpr int kSide = 160;
+    constexpr int kCentre = 70;
+    Plane scene = test::darkScene(kSide);
+    test::addLamp(scene, kCentre, kCentre, 6.0, 20.0f);
+    const Plane image = test::blurred(scene, disc());
+    const PictureBuffer blurred(formatOf({kSide, kSide, 1}));
+    NightPicture::store(image, blurred);
+    const PictureBuffer result(blurred.picture());
+    const VelornRestoreSettings settings = settingsFor(blurred.picture());
+    restorePicture(blurred.picture(), result.picture(), Kernels{&disc()}, settings);
+    std::vector<float> row(kSide);
+    for (int y = kCentre - 3; y <= kCentre + 3; ++y) {
+        PictureReader(result.picture()).readChannel(0, y, 0, kSide, row.data());
+        for (int x = kCentre - 3; x <= kCentre + 3; ++x) {
+            EXPECT_EQ(row[static_cast<std::size_t>(x)], 1.0f) << x << ", " << y;
+        }
+    }
+}
+
 TEST(RestorePicture, TheModelOfTheBlurIsChosenByThePicture) {
     const NightPicture night;
     const VelornPicture& picture = night.blurred.picture();
