@@ -1,1 +1,0 @@
-#include "restoration/planes/Plane.h"
