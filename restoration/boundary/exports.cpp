@@ -22,6 +22,7 @@
 #include <cstddef>
 #include <limits>
 #include <memory>
+#include <utility>
 #include <vector>
 
 using namespace restoration;
@@ -171,10 +172,10 @@ VelornStatus velornFindKernel(const VelornPicture* picture, const VelornFindSett
         checkPicture(picture, "picture");
         const VelornFindSettings checked = checkedSettings(settings);
         requireRecordOrNull(report, "report");
-        const FoundKernel found = foundKernel(*picture, checked);
+        FoundKernel found = foundKernel(*picture, checked);
         if (report != nullptr) {
             writeRecord(reportOf(found), *report);
         }
-        return found.kernel;
+        return std::move(found.kernel); // a copy could fail after the report is written
     });
 }
