@@ -63,7 +63,7 @@ typedef enum VelornStatus {
     /* The kernel is larger than VELORN_LARGEST_KERNEL_SIDE, or the picture is smaller than the
      * kernel. */
     VELORN_STATUS_KERNEL_TOO_LARGE = 3,
-    /* velornFindKernel: the picture has too few edges to find a kernel. */
+    /* velornFindKernel: the picture is too small or has too few edges to find a kernel. */
     VELORN_STATUS_NO_KERNEL = 4,
     VELORN_STATUS_OUT_OF_MEMORY = 5,
     /* A defect of the library. */
@@ -313,9 +313,12 @@ typedef struct VelornFindReport {
 
 /* Finds the kernel of a picture of unknown blur.
  *
- * The kernel is centred: a restoration does not move the picture. Fails with
- * VELORN_STATUS_NO_KERNEL for a picture without edges. `settings` null: the defaults; `report` may
- * be null. */
+ * The kernel is centred: a restoration does not move the picture. It has at most 71 columns and
+ * rows. As found kernels are not exact, automatic strength is lower for them; a kernel made from
+ * their values counts as exact.
+ *
+ * Fails with VELORN_STATUS_NO_KERNEL for a picture without edges or with fewer than 32 columns or
+ * rows. `settings` null: the defaults; `report` may be null. */
 VELORN_PUBLIC VelornStatus velornFindKernel(const VelornPicture* picture,
                                             const VelornFindSettings* settings,
                                             VelornKernel** kernel, VelornFindReport* report);

@@ -35,8 +35,8 @@ struct FoundKernel {
 /// can be trusted. A Gaussian, disc or line that resembles the kernel and explains the picture
 /// about as well takes its place. Runs look at the part of the picture with the most edges
 /// (edgePart.h), about 500 by 500 pixels. The kernel is centred, has sum 1, no negative weights,
-/// and odd sides that are at most the largest ones; without largest sides it has at most 71 columns
-/// and rows, and a fifth of the picture's shorter side.
+/// and odd sides that are at most the largest ones, 71, and a third of the picture's shorter side;
+/// without largest sides at most a fifth of it.
 ///
 /// The runs are pieces of `team`. The result does not depend on the number of threads or on the
 /// processor. Memory: about 20 MB beyond the picture's, 30 MB on two threads, whatever the

@@ -86,8 +86,8 @@ Argument BlindOptions::addTurn(ArgumentParser& parser, const std::string& condit
         .add("--turn", m_turnText,
              "yes, no or auto, default: auto" + condition +
                  "\nWhether to rotate the kernel found by 180 degrees. A picture does not show "
-                 "which of the two orientations an asymmetric blur had. auto keeps the orientation "
-                 "that explains the edges of the picture.")
+                 "which of the two orientations an asymmetric blur had. auto and no keep the "
+                 "orientation that explains the edges of the picture.")
         .valueName("WHEN");
 }
 
