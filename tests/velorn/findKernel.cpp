@@ -138,6 +138,14 @@ TEST(FindKernelFailures, WrongArguments) {
     expectNoKernel(&view, &settings, nullptr, invalid,
                    "settings->maxWidth is 1, but must be 3..511");
     settings = defaultSettings();
+    settings.partSide = 63;
+    expectNoKernel(&view, &settings, nullptr, invalid,
+                   "settings->partSide is 63, but must be at least 64");
+    settings = defaultSettings();
+    settings.smoothing = 2.5f;
+    expectNoKernel(&view, &settings, nullptr, invalid,
+                   "settings->smoothing is 2.5, but must be 0..2");
+    settings = defaultSettings();
     settings.size = 7;
     expectNoKernel(&view, &settings, nullptr, invalid,
                    "settings->size is 7, but must be 40, the size of the record");

@@ -15,6 +15,7 @@ struct Case {
     float detailGain = 0.0f;
     VelornLight light = VELORN_LIGHT_AUTOMATIC;
     VelornQuality quality = VELORN_QUALITY_NORMAL;
+    bool estimatesUnknown = true; ///< beyond the frame and behind clipped pixels
 };
 
 std::ostream& operator<<(std::ostream& stream, const Case& c) {
@@ -38,6 +39,8 @@ protected:
         settings.detailGain = GetParam().detailGain;
         settings.light = GetParam().light;
         settings.quality = GetParam().quality;
+        settings.continueFrame = GetParam().estimatesUnknown ? 1 : 0;
+        settings.recoverClipped = settings.continueFrame;
     }
 
     /// The bytes that `whole` has in `region`.
@@ -147,6 +150,10 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"InLight", layoutOf(3, false, VELORN_SAMPLES_U8), 1, 1.0f, 0.0f, VELORN_LIGHT_LINEAR},
         Case{"InBestQuality", layoutOf(3, false, VELORN_SAMPLES_U8), 1, 1.0f, 0.0f,
              VELORN_LIGHT_DISPLAY, VELORN_QUALITY_BEST},
+        Case{"InLightWithKernelForEachChannel", layoutOf(3, false, VELORN_SAMPLES_F32), 3, 1.0f,
+             0.0f, VELORN_LIGHT_LINEAR, VELORN_QUALITY_BEST},
+        Case{"InFastQualityWithoutEstimates", layoutOf(3, false, VELORN_SAMPLES_U8), 1, 1.0f, 0.0f,
+             VELORN_LIGHT_AUTOMATIC, VELORN_QUALITY_FAST, false},
         Case{"WithoutKernels", layoutOf(3, false, VELORN_SAMPLES_U8), 0, 2.0f, 0.5f}),
     [](const auto& param) { return param.param.name; });
 

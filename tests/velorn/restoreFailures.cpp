@@ -2,7 +2,10 @@
 #include "tests/velorn/Restoration.h"
 #include "tests/velorn/Scene.h"
 
+#include <array>
 #include <functional>
+#include <string>
+#include <utility>
 
 namespace velorntest {
 namespace {
@@ -136,8 +139,31 @@ TEST(RestoreFailures, Settings) {
             c.settings.region = {39, 0, 2, 1};
         },
         "settings->region.width is 2, but must be 1..1");
+    expectInvalid(
+        [](Call& c) {
+            c.settings.region = {0, -1, 1, 1};
+        },
+        "settings->region.y is -1, but must be 0..29");
+    expectInvalid([](Call& c) { c.settings.light = 3; }, "settings->light is 3, but must be 0..2");
     expectInvalid([](Call& c) { c.settings.profileSize = 1; },
                   "settings->profile and settings->profileSize contradict each other");
+}
+
+TEST(RestoreFailures, ProfilesWithoutCurvesFailInLinearLightOnly) {
+    const std::array<char, 200> noProfile{};
+    Call call;
+    call.settings.profile = noProfile.data();
+    call.settings.profileSize = noProfile.size();
+    call.settings.light = VELORN_LIGHT_LINEAR;
+    EXPECT_EQ(call.run(), VELORN_STATUS_INVALID_ARGUMENT);
+    EXPECT_NE(std::string(velornLastMessage()).find("profile"), std::string::npos)
+        << velornLastMessage();
+    EXPECT_TRUE(call.isUntouched());
+    for (const VelornLight light : {VELORN_LIGHT_AUTOMATIC, VELORN_LIGHT_DISPLAY}) {
+        call.settings.light = light;
+        EXPECT_EQ(call.run(), VELORN_STATUS_OK) << velornLastMessage();
+        EXPECT_EQ(call.report.light, VELORN_LIGHT_DISPLAY);
+    }
 }
 
 TEST(RestoreFailures, Reports) {
@@ -162,9 +188,14 @@ struct Canceller {
 TEST(RestoreCancellation, LeavesTheTargetAndTheReportUnchanged) {
     const HostKernel kernel = madeKernel(VELORN_BLUR_DISC, 3.0f);
     HostPicture scene = scenePicture({.width = 300, .height = 200}, kernel.get());
-    for (const double limit : {0.0, 0.05, 0.3, 0.8, 1.0}) {
+    for (const auto& [limit, quality] : {std::pair{0.0, VELORN_QUALITY_NORMAL},
+                                         {0.05, VELORN_QUALITY_NORMAL},
+                                         {0.3, VELORN_QUALITY_FAST},
+                                         {0.8, VELORN_QUALITY_BEST},
+                                         {1.0, VELORN_QUALITY_NORMAL}}) {
         Call call;
         call.source = scene.view();
+        call.settings.quality = quality;
         call.settings.region = {100, 50, 40, 30};
         Canceller canceller{.limit = limit};
         call.settings.progress = &Canceller::report;
