@@ -260,11 +260,10 @@ typedef struct VelornRestoreReport {
  * target       receives the restoration. It has the size of the region (of the source without a
  *              region) and the channels of the source; its sample type may differ. It may overlap
  *              the source in any way.
- * kernels      the blur: one kernel for all colour channels, or one for each
- * kernelCount  0, 1 or the number of colour channels. With 0 nothing is deconvolved; sharpening and
- *              detail run.
- * settings     null: the defaults
- * report       may be null
+ * kernels      the blur: one kernel for all colour channels, or one for each. If all are of a
+ * single pixel, nothing is deconvolved. kernelCount  0, 1 or the number of colour channels. With 0
+ * nothing is deconvolved; sharpening and detail run. settings     null: the defaults report may be
+ * null
  *
  * The target is written after all else has succeeded; cancelled and failed calls leave it
  * unchanged. */
@@ -315,7 +314,8 @@ typedef struct VelornFindReport {
  *
  * The kernel is centred: a restoration does not move the picture. It has at most 71 columns and
  * rows. As found kernels are not exact, automatic strength is lower for them; a kernel made from
- * their values counts as exact.
+ * their values counts as exact. A picture with sharp edges has a kernel of a single pixel, and a
+ * confidence below 0.5.
  *
  * Fails with VELORN_STATUS_NO_KERNEL for a picture without edges or with fewer than 32 columns or
  * rows. `settings` null: the defaults; `report` may be null. */

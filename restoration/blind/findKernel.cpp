@@ -2,6 +2,7 @@
 
 #include "restoration/blind/analyticKernelLike.h"
 #include "restoration/blind/edgePart.h"
+#include "restoration/blind/EdgeSpectrum.h"
 #include "restoration/blind/KernelRun.h"
 #include "restoration/blind/KernelScore.h"
 #include "restoration/blind/kernelShape.h"
@@ -29,6 +30,13 @@ constexpr int kLargeSide = 71;
 constexpr double kPriceOfFreedom = 0.1;
 constexpr double kLeastAgreement = 0.85;
 constexpr double kLargestMisfit = 8.0;
+/// Edges with less blur than the first are sharp; with less than the second they may be.
+constexpr double kSharpVariance = 0.47;
+constexpr double kDoubtfulVariance = 0.6;
+/// Kernels that only sharp pictures and small blurs have. Larger ones may keep high frequencies.
+constexpr int kSmallExtent = 13;
+constexpr float kDoubtfulConfidence = 0.45f;
+constexpr float kSharpConfidence = 0.2f;
 
 int odd(int side) {
     return side | 1;
@@ -107,7 +115,9 @@ public:
                           "the picture has too few edges to find a kernel");
         }
         runAll(std::array{thirdPlan()}, 0.97);
-        return result(best(), simplerThan(best()));
+        FoundKernel found = result(best(), simplerThan(best()));
+        judgeSharpness(best().extent, found);
+        return found;
     }
 
 private:
@@ -227,6 +237,26 @@ private:
         return {cutToContent(used.kernel, m_bounds),
                 static_cast<float>(confidence(agreement, misfit)), static_cast<float>(agreement),
                 static_cast<float>(misfit)};
+    }
+
+    /// Searches find a small kernel, or kernels that disagree, in a picture that is not blurred.
+    /// There, takes the kernel of a point if the edges are sharp, and doubts the kernel if they may
+    /// be.
+    void judgeSharpness(int extent, FoundKernel& found) const {
+        if (extent > kSmallExtent && static_cast<double>(found.agreement) >= kLeastAgreement) {
+            return;
+        }
+        EdgeSpectrum edges;
+        m_team.run(
+            [&] { edges = edgeSpectrum(centralPart(m_part, kChosenSide), m_team.cancellation()); });
+        if (!edges.showsEdges || edges.blurVariance >= kDoubtfulVariance) {
+            return;
+        }
+        found.confidence = std::min(found.confidence, kDoubtfulConfidence);
+        if (edges.blurVariance < kSharpVariance) {
+            found.confidence = std::min(found.confidence, kSharpConfidence);
+            found.kernel = {1, 1, {1.0f}, true};
+        }
     }
 
     static double confidence(double agreement, double misfit) {

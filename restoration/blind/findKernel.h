@@ -19,8 +19,9 @@ struct FindSettings {
 /// A kernel found in a picture.
 struct FoundKernel {
     Kernel kernel;
-    /// 0..1; below 0.5 where agreement is below 0.85 or misfit above 8. The bounds separate useful
-    /// from harmful kernels; the values in between are not probabilities.
+    /// 0..1; below 0.5 where agreement is below 0.85, misfit above 8, or the picture seems sharp.
+    /// The bounds separate useful from harmful kernels; the values in between are not
+    /// probabilities.
     float confidence = 0.0f;
     /// The likeness of the best kernel and the most similar one of the other candidates, 0..1.
     float agreement = 0.0f;
@@ -37,6 +38,9 @@ struct FoundKernel {
 /// (edgePart.h), about 500 by 500 pixels. The kernel is centred, has sum 1, no negative weights,
 /// and odd sides that are at most the largest ones, 71, and a third of the picture's shorter side;
 /// without largest sides at most a fifth of it.
+///
+/// Edges that are as steep as those of sharp pictures (EdgeSpectrum.h) contradict a small kernel,
+/// and kernels that disagree: the result is then the kernel of a single pixel.
 ///
 /// The runs are pieces of `team`. The result does not depend on the number of threads or on the
 /// processor. Memory: about 20 MB beyond the picture's, 30 MB on two threads, whatever the

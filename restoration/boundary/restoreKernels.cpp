@@ -5,6 +5,7 @@
 #include "restoration/failures/Failure.h"
 #include "restoration/pictures/PictureFormat.h"
 
+#include <algorithm>
 #include <string>
 
 namespace restoration {
@@ -35,7 +36,9 @@ std::vector<const Kernel*> checkedKernels(const VelornKernel* const* kernels, st
         checked.push_back(&kernels[i]->kernel);
         requireFit(*checked.back(), source);
     }
-    return checked;
+    const bool blursNothing = std::ranges::all_of(
+        checked, [](const Kernel* kernel) { return kernel->largerSide() == 1; });
+    return blursNothing ? std::vector<const Kernel*>() : checked;
 }
 
 } // namespace restoration

@@ -10,6 +10,7 @@ namespace {
 constexpr const char* kNotHelpful =
     "the kernel found is uncertain: the result may be worse than the picture; try another largest "
     "size";
+constexpr const char* kNotBlurred = "the picture does not look blurred and is not restored";
 /// Below this confidence a restoration may do harm, see VelornFindReport.
 constexpr float kUncertain = 0.5f;
 
@@ -34,7 +35,9 @@ api::Kernel searchKernel(const ImageFile& picture, const std::filesystem::path& 
         return api::findKernel(picture.view(), findSettings(settings, picture.orientation()),
                                shownProgress(bar, interrupt));
     });
-    if (found.report.confidence < kUncertain) {
+    if (found.kernel.width() == 1 && found.kernel.height() == 1) {
+        terminal << "velorn: warning: " << quoted(path) << ": " << kNotBlurred << '\n';
+    } else if (found.report.confidence < kUncertain) {
         terminal << "velorn: warning: " << quoted(path) << ": " << kNotHelpful << '\n';
     }
     return settings.turn == Turn::Yes ? found.kernel.rotatedBy180() : found.kernel;

@@ -9,6 +9,8 @@
 #include <gtest/gtest.h>
 #include <limits>
 #include <numeric>
+#include <utility>
+#include <vector>
 
 namespace restoration {
 namespace {
@@ -39,6 +41,12 @@ Plane pictureWith(const WholeKernel& blur, std::uint32_t seed) {
     return blurredPicture(DrawnScene(320, 280, seed), blur, 1, seed + 1);
 }
 
+WholeKernel smallKernel(int side, std::vector<std::int64_t> weights) {
+    WholeKernel kernel(side);
+    kernel.weights = std::move(weights);
+    return kernel;
+}
+
 VelornStatus statusFor(const Plane& picture) {
     try {
         found(picture);
@@ -64,6 +72,27 @@ TEST(FindKernel, FindsAHookInItsOrientation) {
     const SquareKernel kernel = squareOf(found(pictureWith(hook(), 13)).kernel);
     EXPECT_GT(likeness(kernel, hook().scaled()), 0.9);
     EXPECT_LT(likeness(turned(kernel), hook().scaled()), 0.8);
+}
+
+TEST(FindKernel, FindsAPointInASharpPicture) {
+    for (const std::uint32_t seed : {41u, 42u, 43u}) {
+        const FoundKernel result = found(pictureWith(smallKernel(1, {1}), seed));
+        EXPECT_EQ(result.kernel.width, 1);
+        EXPECT_EQ(result.kernel.height, 1);
+        EXPECT_EQ(result.kernel.values, std::vector<float>{1.0f});
+        EXPECT_LT(result.confidence, 0.5f);
+    }
+}
+
+TEST(FindKernel, FindsSmallBlurs) {
+    const WholeKernel square = smallKernel(3, {1, 1, 1, 1, 1, 1, 1, 1, 1});
+    const WholeKernel level =
+        smallKernel(5, {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 1, 1, 1, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0});
+    for (const WholeKernel& blur : {square, level}) {
+        const FoundKernel result = found(pictureWith(blur, 44));
+        EXPECT_GT(likeness(squareOf(result.kernel), blur.scaled()), 0.9);
+        EXPECT_GT(result.confidence, 0.45f);
+    }
 }
 
 TEST(FindKernel, KernelIsCentredHasUnitSumAndNoNegativeWeights) {
