@@ -117,11 +117,14 @@ TEST(FindKernel, KernelIsCentredHasUnitSumAndNoNegativeWeights) {
     EXPECT_NEAR(down, 0.0, 0.6);
 }
 
+/// Searches for small kernels in a small picture take little time.
+constexpr FindSettings kSmallSearch{11, 11, 0};
+
 TEST(FindKernel, IsTheSameForEveryNumberOfThreads) {
-    const Plane picture = pictureWith(line11(), 15);
-    const FoundKernel one = found(picture, {}, 1);
+    const Plane picture = blurredPicture(DrawnScene(200, 160, 15), line11(), 1, 16);
+    const FoundKernel one = found(picture, kSmallSearch, 1);
     for (const int threads : {2, 3}) {
-        const FoundKernel other = found(picture, {}, threads);
+        const FoundKernel other = found(picture, kSmallSearch, threads);
         EXPECT_EQ(other.kernel.values, one.kernel.values);
         EXPECT_EQ(other.agreement, one.agreement);
         EXPECT_EQ(other.misfit, one.misfit);
@@ -131,9 +134,9 @@ TEST(FindKernel, IsTheSameForEveryNumberOfThreads) {
 
 TEST(FindKernel, IsTheSameOnEveryProcessorVariant) {
     const Plane picture = blurredPicture(DrawnScene(200, 160, 21), hook(), 1, 2);
-    const FoundKernel first = found(picture);
+    const FoundKernel first = found(picture, kSmallSearch);
     vel::test::forEachTarget([&] {
-        const FoundKernel other = found(picture);
+        const FoundKernel other = found(picture, kSmallSearch);
         EXPECT_EQ(other.kernel.values, first.kernel.values);
         EXPECT_EQ(other.agreement, first.agreement);
         EXPECT_EQ(other.misfit, first.misfit);
