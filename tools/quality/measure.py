@@ -64,6 +64,7 @@ def case(bench, picture, kernel_name, noise):
            "velorn": photo.decibels(restored), "seconds": seconds}
     if noise in PEER_NOISES:
         row["peer"] = bench.peer(f"{picture}|{kernel_name}|{noise}", photo, kernel)
+        row["peer seconds"] = row["peer"].restored(photo, kernel)[1]
     return row
 
 
@@ -82,7 +83,7 @@ def text_of(row):
     text = (f"{row['picture']:16} {row['kernel']:13} {row['noise']:>3}  "
             f"blurred {row['blurred']:.2f}  velorn {row['velorn']:.2f}")
     if "peer" in row:
-        text += f"  peer {row['peer'].decibels:.2f} ({row['peer'].filter})"
+        text += f"  peer {row['peer'].decibels:.2f} ({row['peer'].text()})"
     return text
 
 
@@ -106,7 +107,9 @@ def table(rows):
              "|---|---|---|---|---|---|---|---|---|"]
     for row in rows:
         peer = row.get("peer")
-        against = f"{peer.decibels:.2f} | {peer.filter} | {peer.seconds:.2f}" if peer else "| | "
+        against = "| | "
+        if peer:
+            against = f"{peer.decibels:.2f} | {peer.text()} | {row['peer seconds']:.2f}"
         lines.append(f"| {row['picture']} | {row['kernel']} | {row['noise']} | {row['blurred']:.2f} | "
                      f"{row['velorn']:.2f} | {row['seconds']:.2f} | {against} |")
     return lines
@@ -126,7 +129,7 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument("velorn")
     parser.add_argument("make_scene")
-    parser.add_argument("cache", help="file that keeps the results of the peers")
+    parser.add_argument("cache", help="file that keeps the best parameters of the peers")
     parser.add_argument("--update", metavar="DOCUMENT")
     parser.add_argument("--only", default="", help="cases whose name contains this text")
     parser.add_argument("--options", default="", help="further options of velorn deblur")

@@ -14,8 +14,27 @@ MOST_ITERATIONS = 100
 @dataclass
 class Peer:
     decibels: float
-    filter: str      # name and parameter
-    seconds: float   # one run with this parameter
+    name: str
+    parameter: float
+    border: int  # mirrored pixels around the picture
+
+    def text(self):
+        number = f"{self.parameter} iterations" if self.name == "Richardson-Lucy" else (
+            f"balance {self.parameter}")
+        return f"{self.name}, {number}" + (", mirrored border" if self.border else "")
+
+    def restored(self, photo, kernel):
+        """The restoration, 0..255, and its seconds."""
+        padded = _padded(photo, self.border)
+        start = perf_counter()
+        planes = numpy.stack([self._plane(padded[..., c], kernel) for c in range(3)], axis=-1)
+        seconds = perf_counter() - start
+        return 255 * _without(planes, self.border), seconds
+
+    def _plane(self, plane, kernel):
+        if self.name == "Wiener":
+            return restoration.wiener(plane, kernel, self.parameter, clip=False)
+        return restoration.richardson_lucy(plane, kernel, self.parameter, clip=False)
 
 
 def best_peer(photo, kernel):
@@ -23,25 +42,17 @@ def best_peer(photo, kernel):
     the picture itself and on the picture continued by mirroring."""
     candidates = []
     for border in (0, max(kernel.shape)):
-        padded = numpy.pad(photo.taken / 255, ((border, border), (border, border), (0, 0)),
-                           mode="symmetric")
-        iterations = _best_iterations(photo, padded, border, kernel)
-        candidates.append(_measured(f"Richardson-Lucy, {iterations} iterations", photo, padded,
-                                    border, lambda plane: restoration.richardson_lucy(
-                                        plane, kernel, iterations, clip=False)))
-        for balance in BALANCES:
-            candidates.append(_measured(f"Wiener, balance {balance}", photo, padded, border,
-                                        lambda plane: restoration.wiener(
-                                            plane, kernel, balance, clip=False)))
+        iterations = _best_iterations(photo, _padded(photo, border), border, kernel)
+        candidates.append(Peer(0, "Richardson-Lucy", iterations, border))
+        candidates += [Peer(0, "Wiener", balance, border) for balance in BALANCES]
+    for peer in candidates:
+        peer.decibels = photo.decibels(peer.restored(photo, kernel)[0])
     return max(candidates, key=lambda peer: peer.decibels)
 
 
-def _measured(name, photo, padded, border, restore):
-    start = perf_counter()
-    planes = numpy.stack([restore(padded[..., c]) for c in range(3)], axis=-1)
-    seconds = perf_counter() - start
-    name += ", mirrored border" if border else ""
-    return Peer(photo.decibels(255 * _without(planes, border)), name, seconds)
+def _padded(photo, border):
+    return numpy.pad(photo.taken / 255, ((border, border), (border, border), (0, 0)),
+                     mode="symmetric")
 
 
 def _without(planes, border):
