@@ -173,7 +173,7 @@ typedef enum VelornLight {
 typedef enum VelornQuality {
     /* Deconvolution, then a quick second pass on luminance that removes noise and keeps texture. */
     VELORN_QUALITY_NORMAL = 0,
-    /* A longer second pass, on chroma too: about half a decibel better, two to three times as slow
+    /* A longer second pass, on chroma too: up to half a decibel better, two to three times as slow
      * as normal. */
     VELORN_QUALITY_BEST = 1,
     /* Deconvolution alone. Strength and alpha have their full effect: a second pass removes noise

@@ -21,8 +21,11 @@ constexpr double kWeight = 0.2;     ///< at equal error and noise
 constexpr float kThreshold = 2.4f;
 
 /// The share of the first restoration in the result. It bounds the loss on pictures that the
-/// filter suits less than the prior of the first restoration.
-constexpr float kFirstShare = 0.2f;
+/// filter suits less than the prior of the first restoration, and with kernels that are not exact.
+/// At shares of 0.2 and 0.5 the quick pass gains 1.24 and 0.94 dB on the mean with exact kernels;
+/// with kernels wrong by a few percent 0.32 and 0.35 dB, at worst -0.88 and -0.48.
+constexpr float kQuickFirstShare = 0.35f;
+constexpr float kFullFirstShare = 0.2f;
 
 constexpr double kLeastNoise = 0.1; ///< with none at all, nothing would bound the division
 constexpr double kMostNoise = 255.0;
@@ -61,7 +64,8 @@ void approach(const BlurSpectrum& blur, int block, const float* numerator, float
 
 } // namespace
 
-SecondPass::SecondPass(const Kernel& kernel, const Noise& noise, Effort effort) {
+SecondPass::SecondPass(const Kernel& kernel, const Noise& noise, Effort effort)
+    : m_firstShare(effort == Effort::Full ? kFullFirstShare : kQuickFirstShare) {
     const double last =
         std::clamp(std::isnan(noise.deviation) ? 0.0 : static_cast<double>(noise.deviation),
                    kLeastNoise, kMostNoise);
@@ -107,7 +111,7 @@ void SecondPass::improve(const Plane& y, const BlurSpectrum& blur, Plane& x, Til
     }
     const std::span<float> values = x.values();
     for (std::size_t i = 0; i < values.size(); ++i) {
-        values[i] += kFirstShare * (first.values()[i] - values[i]);
+        values[i] += m_firstShare * (first.values()[i] - values[i]);
     }
 }
 

@@ -59,6 +59,7 @@ private:
     };
 
     std::vector<Step> m_steps;
+    float m_firstShare; ///< of the restoration that enters, in the result
 };
 
 } // namespace restoration
