@@ -8,9 +8,9 @@ namespace restoration::test {
 
 inline void addNoise(Plane& plane, double deviation, unsigned seed = 5) {
     std::mt19937 random(seed);
-    std::normal_distribution<double> noise(0.0, deviation);
+    std::normal_distribution<double> noise(0.0, 1.0);
     for (float& value : plane.values()) {
-        value += static_cast<float>(noise(random));
+        value += static_cast<float>(deviation * noise(random));
     }
 }
 

@@ -163,10 +163,10 @@ TEST(MeasureNoise, LargePicturesAreMeasuredInAllTheirParts) {
 /// at (x, y).
 void compress(Samples& samples, int left, int top, double sigma) {
     std::mt19937 random(11);
-    std::normal_distribution<double> error(0.0, sigma / 255.0);
+    std::normal_distribution<double> error(0.0, 1.0);
     for (int y = top - 8; y < samples.height; y += 8) {
         for (int x = left - 8; x < samples.width; x += 8) {
-            const auto value = static_cast<float>(0.5 + error(random));
+            const auto value = static_cast<float>(0.5 + (sigma / 255.0) * error(random));
             for (int i = std::max(y, 0); i < std::min(y + 8, samples.height); ++i) {
                 for (int k = std::max(x, 0); k < std::min(x + 8, samples.width); ++k) {
                     samples.at(k, i, 0) = rounded(double{value}, kEightBits);

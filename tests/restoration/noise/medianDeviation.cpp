@@ -11,10 +11,10 @@ namespace {
 /// Counts of the absolute values of normal numbers with the deviation `sigma`.
 std::vector<std::uint32_t> normalBins(double sigma, int numbers) {
     std::mt19937 random(3);
-    std::normal_distribution<double> normal(0.0, sigma);
+    std::normal_distribution<double> normal(0.0, 1.0);
     std::vector<std::uint32_t> bins(100);
     for (int i = 0; i < numbers; ++i) {
-        ++bins[static_cast<std::size_t>(std::min(std::abs(normal(random)) + 0.5, 99.0))];
+        ++bins[static_cast<std::size_t>(std::min(std::abs(sigma * normal(random)) + 0.5, 99.0))];
     }
     return bins;
 }

@@ -98,13 +98,13 @@ std::unique_ptr<PictureBuffer> blurred(const VelornPicture& picture, const Kerne
 /// Adds normal noise of `noise` levels of 255.
 void addNoise(const VelornPicture& picture, float noise) {
     std::mt19937 random(23);
-    std::normal_distribution<float> error(0.0f, noise / 255.0f);
+    std::normal_distribution<float> error(0.0f, 1.0f);
     std::vector<float> row(static_cast<std::size_t>(picture.width));
     for (int y = 0; y < picture.height; ++y) {
         for (int c = 0; c < picture.channels; ++c) {
             PictureReader(picture).readChannel(c, y, 0, picture.width, row.data());
             for (float& value : row) {
-                value += error(random);
+                value += (noise / 255.0f) * error(random);
             }
             PictureWriter(picture).writeChannel(c, y, 0, picture.width, row.data());
         }

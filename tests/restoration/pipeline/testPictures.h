@@ -32,7 +32,7 @@ inline std::unique_ptr<PictureBuffer> texturedPicture(const PictureShape& shape,
                                                       double noise = 1.0) {
     auto buffer = std::make_unique<PictureBuffer>(formatOf(shape));
     std::mt19937 random(17);
-    std::normal_distribution<double> error(0.0, noise / 255.0);
+    std::normal_distribution<double> error(0.0, 1.0);
     std::vector<float> row(static_cast<std::size_t>(shape.width));
     for (int y = 0; y < shape.height; ++y) {
         for (int c = 0; c < shape.channels; ++c) {
@@ -40,8 +40,8 @@ inline std::unique_ptr<PictureBuffer> texturedPicture(const PictureShape& shape,
                 const double wave = 0.15 * std::sin(0.11 * x + 0.03 * y + c) +
                                     0.1 * std::sin(0.02 * x - 0.23 * y) +
                                     (x / 37 + y / 29) % 2 * 0.2;
-                row[static_cast<std::size_t>(x)] =
-                    static_cast<float>(0.4 + wave + (noise > 0.0 ? error(random) : 0.0));
+                row[static_cast<std::size_t>(x)] = static_cast<float>(
+                    0.4 + wave + (noise > 0.0 ? (noise / 255.0) * error(random) : 0.0));
             }
             PictureWriter(buffer->picture()).writeChannel(c, y, 0, shape.width, row.data());
         }

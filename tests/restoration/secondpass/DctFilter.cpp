@@ -25,10 +25,10 @@ constexpr std::array<BlockLattice, 6> kLattices{
 
 Plane noisePlane(int side, float deviation, unsigned seed) {
     std::mt19937 random(seed);
-    std::normal_distribution<float> values(0.0f, deviation);
+    std::normal_distribution<float> values(0.0f, 1.0f);
     Plane plane(side, side);
     for (float& value : plane.values()) {
-        value = values(random);
+        value = deviation * values(random);
     }
     return plane;
 }

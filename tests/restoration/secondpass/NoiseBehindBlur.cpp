@@ -41,9 +41,9 @@ const Plane& sharpTexture() {
 
 void addWhiteNoise(Plane& plane, float deviation) {
     std::mt19937 random(8);
-    std::normal_distribution<float> error(0.0f, deviation);
+    std::normal_distribution<float> error(0.0f, 1.0f);
     for (float& value : plane.values()) {
-        value += error(random);
+        value += deviation * error(random);
     }
 }
 

@@ -21,11 +21,11 @@ std::optional<float> measured(const VelornPicture& picture, PlaneLayout layout) 
 std::unique_ptr<PictureBuffer> noisyGrey(const PictureShape& shape, float noise) {
     auto buffer = std::make_unique<PictureBuffer>(formatOf(shape));
     std::mt19937 random(4);
-    std::normal_distribution<float> error(0.0f, noise / 255.0f);
+    std::normal_distribution<float> error(0.0f, 1.0f);
     std::vector<float> row(static_cast<std::size_t>(shape.width));
     for (int y = 0; y < shape.height; ++y) {
         for (int c = 0; c < shape.channels; ++c) {
-            std::ranges::generate(row, [&] { return 0.5f + error(random); });
+            std::ranges::generate(row, [&] { return 0.5f + (noise / 255.0f) * error(random); });
             PictureWriter(buffer->picture()).writeChannel(c, y, 0, shape.width, row.data());
         }
     }
