@@ -3,6 +3,7 @@
 #include "restoration/chroma/ChromaRisk.h"
 #include "restoration/deconvolution/estimateUnknown.h"
 #include "restoration/deconvolution/TileScratch.h"
+#include "restoration/strength/boundedStrength.h"
 
 #include <algorithm>
 #include <array>
@@ -82,7 +83,7 @@ Variances varianceOf(const NoiseLevels& noise) noexcept {
 
 /// Strengths outside the bounds would make floats overflow.
 double weightOf(float strength) noexcept {
-    return 1 / static_cast<double>(std::clamp(strength, 1e-3f, 1e9f));
+    return 1 / static_cast<double>(boundedStrength(strength));
 }
 
 /// 2^-14 to 1.5 * 2^9, two to an octave.

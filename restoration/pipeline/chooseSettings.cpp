@@ -3,6 +3,7 @@
 #include "restoration/chroma/chooseChroma.h"
 #include "restoration/pipeline/planGrid.h"
 #include "restoration/strength/automaticStrength.h"
+#include "restoration/strength/boundedStrength.h"
 
 #include <algorithm>
 #include <optional>
@@ -13,12 +14,6 @@ namespace {
 
 float givenOr(float given, float automatic) noexcept {
     return given >= 0.0f ? given : automatic;
-}
-
-/// Strengths outside make floats overflow and mean the same as the bounds: nothing of the picture
-/// is followed, or all of it.
-float boundedStrength(float strength) noexcept {
-    return std::clamp(strength, 1e-3f, 1e9f);
 }
 
 /// The choice for the chroma planes, from patches of the picture.

@@ -1,5 +1,6 @@
 #include "restoration/pipeline/restorePicture.h"
 
+#include "restoration/kernels/largestSide.h"
 #include "restoration/pictures/PictureBuffer.h"
 #include "restoration/pipeline/chooseSettings.h"
 #include "restoration/pipeline/PictureModel.h"
@@ -42,14 +43,6 @@ public:
 private:
     std::chrono::steady_clock::time_point m_start = std::chrono::steady_clock::now();
 };
-
-int largestSide(std::span<const Kernel* const> kernels) noexcept {
-    int side = 1;
-    for (const Kernel* kernel : kernels) {
-        side = std::max(side, kernel->largerSide());
-    }
-    return side;
-}
 
 /// Luminance and chroma need one kernel for all colours.
 PlaneLayout layoutFor(const PictureReader& picture, std::size_t kernels) noexcept {

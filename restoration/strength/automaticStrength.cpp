@@ -1,5 +1,6 @@
 #include "restoration/strength/automaticStrength.h"
 
+#include "restoration/kernels/largestSide.h"
 #include "restoration/strength/chooseStrength.h"
 #include "restoration/strength/strengthForNoise.h"
 #include "restoration/strength/strengthPatches.h"
@@ -10,14 +11,6 @@
 
 namespace restoration {
 namespace {
-
-int largestSide(std::span<const Kernel* const> kernels) noexcept {
-    int side = 1;
-    for (const Kernel* kernel : kernels) {
-        side = std::max(side, kernel->largerSide());
-    }
-    return side;
-}
 
 /// The planes to restore with the strength, and their noise.
 std::vector<StrengthPlane> planesOf(const PictureReader& picture, PlaneLayout layout,
