@@ -7,8 +7,17 @@ namespace {
 
 constexpr NumberRange kAngles{-360.0f, 360.0f};
 
+/// The extents whose kernels have no side above `kLargestKernelSide`.
 NumberRange extents(AnalyticBlur::Shape shape) {
-    return {shape == AnalyticBlur::Shape::Motion ? 1.0f : 0.1f, 500.0f};
+    switch (shape) {
+    case AnalyticBlur::Shape::Gaussian:
+        return {0.1f, 85.0f};
+    case AnalyticBlur::Shape::Disc:
+        return {0.1f, 255.0f};
+    case AnalyticBlur::Shape::Motion:
+        break;
+    }
+    return {1.0f, 510.0f};
 }
 
 } // namespace

@@ -80,9 +80,9 @@ TEST(DeblurOptions, NoneAndMoreThanOneBlurAreRefused) {
 TEST(DeblurOptions, NumbersOutOfRangeAreRefusedWithTheRange) {
     EXPECT_EQ(deblurFailure({"--kernel", "k.png", "--kernel-scale", "0"}),
               "--kernel-scale must be from 1 to 511");
-    EXPECT_EQ(deblurFailure({"--disc", "0"}), "--disc must be from 0.1 to 500 pixels");
-    EXPECT_EQ(deblurFailure({"--gaussian", "-1"}), "--gaussian must be from 0.1 to 500 pixels");
-    EXPECT_EQ(deblurFailure({"--motion", "0.5,0"}), "--motion must be from 1 to 500 pixels");
+    EXPECT_EQ(deblurFailure({"--disc", "0"}), "--disc must be from 0.1 to 255 pixels");
+    EXPECT_EQ(deblurFailure({"--gaussian", "-1"}), "--gaussian must be from 0.1 to 85 pixels");
+    EXPECT_EQ(deblurFailure({"--motion", "0.5,0"}), "--motion must be from 1 to 510 pixels");
     EXPECT_EQ(deblurFailure({"--motion", "5,nan"}),
               "--motion: the angle must be from -360 to 360 degrees");
 }
@@ -116,9 +116,9 @@ TEST(DeblurOptions, BlindWithoutASizeLeavesItToThePicture) {
 TEST(DeblurOptions, HelpShowsEveryBlurWithItsRange) {
     const std::string help = printedBy({"deblur", "--help"});
     for (const char* text :
-         {"--gaussian SIGMA\n        pixels, 0.1..500\n",
-          "--disc RADIUS\n        pixels, 0.1..500\n",
-          "--motion LENGTH,ANGLE\n        pixels, 1..500; degrees, -360..360\n", "--kernel FILE",
+         {"--gaussian SIGMA\n        pixels, 0.1..85\n",
+          "--disc RADIUS\n        pixels, 0.1..255\n",
+          "--motion LENGTH,ANGLE\n        pixels, 1..510; degrees, -360..360\n", "--kernel FILE",
           "--blind [N[xM]]\n        odd numbers, 3..511, default: automatic\n",
           "--no-deconvolve"}) {
         EXPECT_NE(help.find(text), std::string::npos) << text << "\n" << help;

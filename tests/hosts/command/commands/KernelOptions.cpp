@@ -27,9 +27,18 @@ TEST(KernelOptions, EachShapeTakesItsNumbersAndAnOutput) {
 
 TEST(KernelOptions, NumbersOutOfRangeAreRefusedWithTheRange) {
     EXPECT_EQ(usageFailureOf({"kernel", "disc", "501", "-o", "k.png"}),
-              "disc must be from 0.1 to 500 pixels");
+              "disc must be from 0.1 to 255 pixels");
     EXPECT_EQ(usageFailureOf({"kernel", "motion", "5", "361", "-o", "k.png"}),
               "motion: the angle must be from -360 to 360 degrees");
+}
+
+TEST(KernelOptions, LargestExtentsHaveKernels) {
+    using velorn::AnalyticBlur;
+    for (const AnalyticBlur& blur : {AnalyticBlur{AnalyticBlur::Shape::Gaussian, 85.0f, 0.0f},
+                                     AnalyticBlur{AnalyticBlur::Shape::Disc, 255.0f, 0.0f},
+                                     AnalyticBlur{AnalyticBlur::Shape::Motion, 510.0f, 0.0f}}) {
+        EXPECT_GT(velorn::makeKernel(blur).largerSide(), 508);
+    }
 }
 
 } // namespace
