@@ -9,6 +9,7 @@
 #include <functional>
 #include <numbers>
 #include <numeric>
+#include <utility>
 #include <vector>
 
 namespace restoration {
@@ -166,7 +167,8 @@ private:
         }
         m_order.resize(m_spectra.size());
         std::iota(m_order.begin(), m_order.end(), std::size_t{0});
-        std::ranges::stable_sort(m_order, {}, [&](std::size_t square) { return powers[square]; });
+        std::ranges::sort(m_order, {},
+                          [&](std::size_t square) { return std::pair(powers[square], square); });
     }
 
     Spectrum mean(std::size_t first) const {

@@ -435,11 +435,12 @@ TEST(RestorePicture, WithoutMemoryTheTargetStaysAsItIs) {
     const auto source = texturedPicture({40, 30});
     const VelornPicture& picture = source->picture();
     const std::vector<unsigned char> before = bytesOf(picture);
+    const Kernels kernels{&disc()}; // made while there is memory
     // The first allocations one by one, later ones in growing steps.
     for (int succeeding = 0;; succeeding += 1 + succeeding / 16) {
         const FailingNew memory(succeeding);
         try {
-            restorePicture(picture, picture, Kernels{&disc()}, settingsFor(picture));
+            restorePicture(picture, picture, kernels, settingsFor(picture));
         } catch (const std::bad_alloc&) {
             ASSERT_EQ(bytesOf(picture), before) << succeeding;
             continue;
