@@ -152,7 +152,7 @@ VELORN_PUBLIC int32_t velornKernelHeight(const VelornKernel* kernel);
 VELORN_PUBLIC const float* velornKernelValues(const VelornKernel* kernel);
 
 /* Makes a kernel rotated by 180 degrees. A picture of unknown blur does not always show which of
- * both orientations an asymmetric blur had. */
+ * the two orientations an asymmetric blur had. */
 VELORN_PUBLIC VelornStatus velornRotateKernel(const VelornKernel* kernel, VelornKernel** rotated);
 
 /* Frees a kernel; ignores null. */
@@ -196,7 +196,7 @@ typedef struct VelornRestoreSettings {
      * neighbourhood before and after the deconvolution. Below 0.1 the limiter is off. */
     float limit;
 
-    /* Edge sharpening; runs if slope or gain exceeds 1.01 or slope is above 0. */
+    /* Edge sharpening; runs if the slope is above 0 or the gain above 1.01. */
     float edgeRadius; /* pixels, 0.1..10, default 0.85; off below 0.4 */
     float edgeSlope;  /* increases the gain near edges, 0..20, default 0 */
     float edgeGain;   /* multiplies all detail, 0..20, default 1 */
@@ -260,10 +260,12 @@ typedef struct VelornRestoreReport {
  * target       receives the restoration. It has the size of the region (of the source without a
  *              region) and the channels of the source; its sample type may differ. It may overlap
  *              the source in any way.
- * kernels      the blur: one kernel for all colour channels, or one for each. If all are of a
- * single pixel, nothing is deconvolved. kernelCount  0, 1 or the number of colour channels. With 0
- * nothing is deconvolved; sharpening and detail run. settings     null: the defaults report may be
- * null
+ * kernels      the blur: one kernel for all colour channels, or one for each. If all of them are
+ *              of a single pixel, nothing is deconvolved.
+ * kernelCount  0, 1 or the number of colour channels. With 0 nothing is deconvolved; sharpening and
+ *              detail run.
+ * settings     null: the defaults
+ * report       may be null
  *
  * The target is written after all else has succeeded; cancelled and failed calls leave it
  * unchanged. */

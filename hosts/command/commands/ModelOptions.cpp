@@ -57,7 +57,8 @@ void ModelOptions::addTo(ArgumentParser& parser) {
                     ", default: normal, or fast with --lambda or --alpha"
                     "\nnormal removes noise from the brightness after the deconvolution and keeps "
                     "texture, best does so more thoroughly and for colours. fast leaves the result "
-                    "of the deconvolution, so that --lambda and --alpha have their full effect.")
+                    "of the deconvolution, so that --lambda and --alpha have their full effect; "
+                    "presets that set --alpha use it, too.")
             .valueName("NAME")
             .group(kGroup);
     parser
