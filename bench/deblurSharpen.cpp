@@ -11,6 +11,7 @@
 //
 //   bench_deblurSharpen --benchmark_min_time=0.1
 #include "bench/alternate.h"
+#include "bench/texturedPixels.h"
 #include "velorncore10.h"
 
 #include <array>
@@ -19,30 +20,18 @@
 #include <cstddef>
 #include <omp.h>
 #include <opencv2/core.hpp>
-#include <random>
 #include <vector>
 
 namespace {
 
 constexpr float kDiscRadius = 5.0f;
 
-std::vector<unsigned char> texturedPicture(int width, int height) {
-    std::vector<unsigned char> pixels(static_cast<std::size_t>(width) *
-                                      static_cast<std::size_t>(height) * 3);
-    std::mt19937 random(1);
-    for (std::size_t i = 0; i < pixels.size(); ++i) {
-        const std::size_t block = (i / 3 / 16 + i / (static_cast<std::size_t>(width) * 48)) % 7;
-        pixels[i] = static_cast<unsigned char>(block * 30 + random() % 16);
-    }
-    return pixels;
-}
-
 /// The last stage that runs; all earlier stages run too.
 enum Stages { kTiles, kDeconvolution, kLimiter, kEdges, kDetail, kStagesCount };
 
 struct Call {
     Call(int width, int height)
-        : source(texturedPicture(width, height)), target(source.size()),
+        : source(texturedPixels(width, height)), target(source.size()),
           kernelValues(121), kernel{0, 0, 0, 0, kernelValues.data()},
           image{psC3U8, source.data(), 3 * width, target.data(), 3 * width, width, height} {
         ornCreateKernel(1, kDiscRadius, 0.0f, &kernel);

@@ -12,8 +12,8 @@
 #include "restoration/finishing/DetailEnhancer.h"
 #include "restoration/finishing/EdgeSharpener.h"
 #include "restoration/finishing/OvershootLimiter.h"
+#include "restoration/threads/SerialOpenMp.h"
 #include "restoration/tiles/joinEdges.h"
-#include "restoration/work/SerialOpenMp.h"
 #include "velimproclib/veldeblurcv/deconvolution/DeconvHL.h"
 
 #include <algorithm>

@@ -8,6 +8,7 @@
 //
 //   bench_restore --benchmark_filter=restore/24
 #include "bench/alternate.h"
+#include "bench/texturedPixels.h"
 #include "restoration/failures/Failure.h"
 #include "restoration/kernels/analyticKernel.h"
 #include "restoration/pipeline/restorePicture.h"
@@ -21,7 +22,6 @@
 #include <memory>
 #include <omp.h>
 #include <opencv2/core.hpp>
-#include <random>
 #include <stdexcept>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -58,17 +58,6 @@ public:
 private:
     pid_t m_process;
 };
-
-std::vector<unsigned char> texturedPixels(int width, int height) {
-    std::vector<unsigned char> pixels(static_cast<std::size_t>(width) *
-                                      static_cast<std::size_t>(height) * 3);
-    std::mt19937 random(1);
-    for (std::size_t i = 0; i < pixels.size(); ++i) {
-        const std::size_t block = (i / 3 / 16 + i / (static_cast<std::size_t>(width) * 48)) % 7;
-        pixels[i] = static_cast<unsigned char>(block * 30 + random() % 16);
-    }
-    return pixels;
-}
 
 struct Call {
     Call(int width, int height)

@@ -3,8 +3,8 @@
 #include "restoration/blind/KernelSolver.h"
 #include "restoration/blind/SquareKernel.h"
 #include "restoration/planes/Plane.h"
-#include "restoration/work/Cancellation.h"
-#include "restoration/work/ProgressMeter.h"
+#include "restoration/threads/Cancellation.h"
+#include "restoration/threads/ProgressMeter.h"
 
 #include <cstddef>
 #include <optional>

@@ -4,10 +4,10 @@
 #include "restoration/blind/LatentGradients.h"
 #include "restoration/blind/pyramid.h"
 #include "restoration/blind/SquareTransform.h"
+#include "restoration/deconvolution/blurPlane.h"
 #include "restoration/deconvolution/BlurSpectrum.h"
 #include "restoration/deconvolution/deconvolveHyperLaplacian.h"
 #include "restoration/deconvolution/TileScratch.h"
-#include "restoration/deconvolution/tileTransforms.h"
 
 #include <algorithm>
 #include <cmath>
@@ -60,20 +60,6 @@ Kernel singlePrecision(const SquareKernel& kernel) {
     return {kernel.side, kernel.side, {kernel.values.begin(), kernel.values.end()}, true};
 }
 
-/// The cyclic convolution of `plane` with the kernel of `blur`.
-void blurAgain(const BlurSpectrum& blur, const Plane& plane, Plane& result, TileScratch& scratch,
-               const Cancellation& cancellation) {
-    const vel::RealFft2D& fft = blur.fft();
-    float* spectrum = scratch.spectrum(fft, 0);
-    forwardRows(fft, plane, spectrum, scratch.rowMemory(fft), cancellation);
-    forEachBlock(fft, cancellation, [&](int block, std::size_t offset) {
-        fft.forwardColumns(spectrum + offset, block);
-        blur.blur(block, spectrum + offset, spectrum + offset);
-        fft.inverseColumns(spectrum + offset, block);
-    });
-    inverseRows(fft, spectrum, result, scratch.rowMemory(fft), cancellation);
-}
-
 } // namespace
 
 KernelScorer::KernelScorer(const Plane& picture, int largestRadius,
@@ -90,7 +76,7 @@ KernelScore KernelScorer::of(const SquareKernel& kernel, const Cancellation& can
     Plane restored(side(), side());
     deconvolveHyperLaplacian(picture, nullptr, blur, kPrior, restored, scratch, cancellation);
     Plane again(side(), side());
-    blurAgain(blur, restored, again, scratch, cancellation);
+    blurPlane(restored, blur, again, scratch, cancellation);
     KernelScore score;
     score.residual = meanInside(m_width, m_height, kernel.radius() + 4, [&](int x, int y) {
         const double difference =

@@ -2,7 +2,7 @@
 
 #include "restoration/blind/SquareKernel.h"
 #include "restoration/planes/Plane.h"
-#include "restoration/work/Cancellation.h"
+#include "restoration/threads/Cancellation.h"
 
 namespace restoration {
 

@@ -3,7 +3,7 @@
 #include "restoration/blind/SquareKernel.h"
 #include "restoration/blind/SquareTransform.h"
 #include "restoration/planes/Plane.h"
-#include "restoration/work/Cancellation.h"
+#include "restoration/threads/Cancellation.h"
 #include "velimproclib/primitives/base/AlignedFloats.h"
 #include "velimproclib/veldeblurcv/deconvolution/SpectralQuotient.h"
 

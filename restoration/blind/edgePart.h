@@ -2,7 +2,7 @@
 
 #include "restoration/planes/Plane.h"
 #include "restoration/planes/Rect.h"
-#include "restoration/work/Team.h"
+#include "restoration/threads/Team.h"
 
 namespace restoration {
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "restoration/planes/Plane.h"
-#include "restoration/work/Cancellation.h"
+#include "restoration/threads/Cancellation.h"
 
 namespace restoration {
 

@@ -16,7 +16,7 @@
 #include "restoration/noise/measureNoise.h"
 #include "restoration/pictures/luminancePlane.h"
 #include "restoration/pipeline/restorePicture.h"
-#include "restoration/work/Team.h"
+#include "restoration/threads/Team.h"
 
 #include <algorithm>
 #include <cstddef>

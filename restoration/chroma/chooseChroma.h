@@ -3,8 +3,8 @@
 #include "restoration/chroma/ChromaPrior.h"
 #include "restoration/deconvolution/BlurSpectrum.h"
 #include "restoration/noise/NoiseLevels.h"
+#include "restoration/threads/Team.h"
 #include "restoration/tiles/samplePatches.h"
-#include "restoration/work/Team.h"
 
 #include <span>
 

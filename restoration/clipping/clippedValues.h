@@ -1,7 +1,7 @@
 #pragma once
 
 #include "restoration/pictures/PictureReader.h"
-#include "restoration/work/Cancellation.h"
+#include "restoration/threads/Cancellation.h"
 
 #include <optional>
 

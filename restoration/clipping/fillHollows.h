@@ -2,8 +2,8 @@
 
 #include "restoration/planes/Plane.h"
 #include "restoration/planes/Rect.h"
+#include "restoration/threads/Cancellation.h"
 #include "restoration/tiles/Mask.h"
-#include "restoration/work/Cancellation.h"
 
 namespace restoration {
 

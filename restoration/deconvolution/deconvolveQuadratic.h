@@ -3,7 +3,7 @@
 #include "restoration/deconvolution/BlurSpectrum.h"
 #include "restoration/deconvolution/TileScratch.h"
 #include "restoration/planes/Plane.h"
-#include "restoration/work/Cancellation.h"
+#include "restoration/threads/Cancellation.h"
 
 namespace restoration {
 

@@ -3,8 +3,8 @@
 #include "restoration/deconvolution/BlurSpectrum.h"
 #include "restoration/deconvolution/TileScratch.h"
 #include "restoration/planes/Plane.h"
+#include "restoration/threads/Cancellation.h"
 #include "restoration/tiles/Mask.h"
-#include "restoration/work/Cancellation.h"
 
 namespace restoration {
 

@@ -1,6 +1,6 @@
 #include "restoration/deconvolution/taperEdges.h"
 
-#include "restoration/deconvolution/tileTransforms.h"
+#include "restoration/deconvolution/blurPlane.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -16,26 +16,12 @@ float shareOfPlane(int position, int length, int reach) {
     return t * t * (3.0f - 2.0f * t);
 }
 
-void blurInto(Plane& blurred, const Plane& y, const BlurSpectrum& blur, TileScratch& scratch,
-              const Cancellation& cancellation) {
-    const vel::RealFft2D& fft = blur.fft();
-    float* rowMemory = scratch.rowMemory(fft);
-    float* spectrum = scratch.spectrum(fft, 0);
-    forwardRows(fft, y, spectrum, rowMemory, cancellation);
-    forEachBlock(fft, cancellation, [&](int block, std::size_t offset) {
-        fft.forwardColumns(spectrum + offset, block);
-        blur.blur(block, spectrum + offset, spectrum + offset);
-        fft.inverseColumns(spectrum + offset, block);
-    });
-    inverseRows(fft, spectrum, blurred, rowMemory, cancellation);
-}
-
 } // namespace
 
 void taperEdges(Plane& y, int width, int height, const BlurSpectrum& blur, TileScratch& scratch,
                 const Cancellation& cancellation) {
     Plane& blurred = scratch.plane(0);
-    blurInto(blurred, y, blur, scratch, cancellation);
+    blurPlane(y, blur, blurred, scratch, cancellation);
     const int reach = blur.kernelSide() / 2 + 2;
     float* columnShares = scratch.rows(1);
     for (int x = 0; x < blur.side(); ++x) {

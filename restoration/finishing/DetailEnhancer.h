@@ -2,7 +2,7 @@
 
 #include "restoration/finishing/EdgeAwareSmoother.h"
 #include "restoration/planes/Plane.h"
-#include "restoration/work/Cancellation.h"
+#include "restoration/threads/Cancellation.h"
 #include "velimproclib/veldeblurcv/detail/DetailCurve.h"
 
 namespace restoration {

@@ -2,7 +2,7 @@
 
 #include "restoration/finishing/smootherRows.h"
 #include "restoration/planes/Plane.h"
-#include "restoration/work/Cancellation.h"
+#include "restoration/threads/Cancellation.h"
 
 #include <vector>
 

@@ -1,7 +1,7 @@
 #include "restoration/finishing/EdgeSharpener.h"
 
 #include "restoration/finishing/matOf.h"
-#include "restoration/work/SerialOpenMp.h"
+#include "restoration/threads/SerialOpenMp.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 #include "restoration/finishing/OvershootLimiter.h"
 
 #include "restoration/finishing/matOf.h"
-#include "restoration/work/SerialOpenMp.h"
+#include "restoration/threads/SerialOpenMp.h"
 #include "velimproclib/primitives/base/toFloat.h"
 #include "velimproclib/primitives/base/truncate.h"
 

@@ -4,7 +4,7 @@
 #include "restoration/light/ToneCurves.h"
 #include "restoration/noise/NoiseLevels.h"
 #include "restoration/pictures/PictureReader.h"
-#include "restoration/work/Team.h"
+#include "restoration/threads/Team.h"
 
 #include <span>
 
@@ -15,7 +15,7 @@ struct LightEvidence {
     /// Where the picture lies between what the models predict: 0 as if light was blurred, 1 as if
     /// display values were.
     float position = 1.0f;
-    /// How far the predictions of the models lie apart.
+    /// The distance between the predictions of the two models.
     float contrast = 0.0f;
     /// How much more detail than it predicts itself the model of display values needs.
     float excess = 0.0f;

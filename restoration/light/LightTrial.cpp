@@ -1,9 +1,9 @@
 #include "restoration/light/LightTrial.h"
 
+#include "restoration/deconvolution/blurPlane.h"
 #include "restoration/deconvolution/deconvolveHyperLaplacian.h"
 #include "restoration/deconvolution/estimateUnknown.h"
 #include "restoration/deconvolution/taperEdges.h"
-#include "restoration/deconvolution/tileTransforms.h"
 
 #include <algorithm>
 #include <cmath>
@@ -15,20 +15,6 @@ constexpr float kExponent = 0.5f;
 
 void copy(const Plane& from, Plane& to) {
     std::ranges::copy(from.values(), to.values().begin());
-}
-
-void blurAgain(const Plane& x, const BlurSpectrum& blur, Plane& blurred, TileScratch& scratch,
-               const Cancellation& cancellation) {
-    const vel::RealFft2D& fft = blur.fft();
-    float* rowMemory = scratch.rowMemory(fft);
-    float* spectrum = scratch.spectrum(fft, 0);
-    forwardRows(fft, x, spectrum, rowMemory, cancellation);
-    forEachBlock(fft, cancellation, [&](int block, std::size_t offset) {
-        fft.forwardColumns(spectrum + offset, block);
-        blur.blur(block, spectrum + offset, spectrum + offset);
-        fft.inverseColumns(spectrum + offset, block);
-    });
-    inverseRows(fft, spectrum, blurred, rowMemory, cancellation);
 }
 
 /// The root of an absolute difference of stored values.
@@ -61,7 +47,7 @@ Explanation LightTrial::explain(const Plane& display, float strength, TrialScrat
     deconvolveHyperLaplacian(scratch.blurred, m_patch.isIncomplete ? &m_patch.known : nullptr,
                              m_blur, {strength, kExponent}, scratch.restored, scratch.tile,
                              cancellation);
-    blurAgain(scratch.restored, m_blur, scratch.again, scratch.tile, cancellation);
+    blurPlane(scratch.restored, m_blur, scratch.again, scratch.tile, cancellation);
     if (m_curve != nullptr) {
         m_curve->toDisplay(scratch.restored.values());
         m_curve->toDisplay(scratch.again.values());

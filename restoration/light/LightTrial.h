@@ -5,7 +5,7 @@
 #include "restoration/light/LightPatch.h"
 #include "restoration/light/ToneCurve.h"
 #include "restoration/planes/Plane.h"
-#include "restoration/work/Cancellation.h"
+#include "restoration/threads/Cancellation.h"
 
 namespace restoration {
 

@@ -2,7 +2,7 @@
 
 #include "restoration/pictures/PictureReader.h"
 #include "restoration/planes/Plane.h"
-#include "restoration/work/Team.h"
+#include "restoration/threads/Team.h"
 
 namespace restoration {
 

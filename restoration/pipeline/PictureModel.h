@@ -5,7 +5,7 @@
 #include "restoration/light/ToneCurves.h"
 #include "restoration/noise/NoiseLevels.h"
 #include "restoration/pictures/PictureReader.h"
-#include "restoration/work/Team.h"
+#include "restoration/threads/Team.h"
 #include "velorn.h"
 
 #include <optional>

@@ -119,7 +119,7 @@ void TileRestorer::fillLamps() {
         fromLuminanceChroma(planes[0].values(), planes[1].values(), planes[2].values());
     }
     for (std::size_t i = 0; i < planes.size(); ++i) {
-        findBright(static_cast<int>(i), inside);
+        markDark(static_cast<int>(i), inside);
         fillHollows(planes[i], m_dark, part, m_restored, m_cancellation);
     }
     if (hasChroma) {
@@ -129,7 +129,7 @@ void TileRestorer::fillLamps() {
 
 /// Marks all pixels but the unknown ones where a channel is nearly white as dark: small dark
 /// features before a clipped background are unknown, too, and must not be filled.
-void TileRestorer::findBright(int channel, const Rect& inside) {
+void TileRestorer::markDark(int channel, const Rect& inside) {
     constexpr float kNearlyWhite = 0.95f;
     const float least = kNearlyWhite * m_plan.loader.rules().clipping->white();
     m_dark = Mask(m_tile.side, m_tile.side);

@@ -6,9 +6,9 @@
 #include "restoration/finishing/OvershootLimiter.h"
 #include "restoration/pipeline/RestorationPlan.h"
 #include "restoration/secondpass/DctFilter.h"
+#include "restoration/threads/Cancellation.h"
+#include "restoration/threads/ProgressMeter.h"
 #include "restoration/tiles/TileMerger.h"
-#include "restoration/work/Cancellation.h"
-#include "restoration/work/ProgressMeter.h"
 
 namespace restoration {
 
@@ -33,7 +33,7 @@ private:
     void deconvolvePlane(std::size_t i);
     void improve(std::size_t i, const BlurSpectrum& blur);
     void fillLamps();
-    void findBright(int channel, const Rect& inside);
+    void markDark(int channel, const Rect& inside);
     void toDisplay();
     void sharpen();
     bool isChroma(std::size_t i) const noexcept;

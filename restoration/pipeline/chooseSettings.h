@@ -3,8 +3,8 @@
 #include "restoration/kernels/Kernel.h"
 #include "restoration/pictures/PictureReader.h"
 #include "restoration/pipeline/Choices.h"
+#include "restoration/threads/Team.h"
 #include "restoration/tiles/TileLoader.h"
-#include "restoration/work/Team.h"
 #include "velorn.h"
 
 #include <span>

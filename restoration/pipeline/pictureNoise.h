@@ -2,7 +2,7 @@
 
 #include "restoration/noise/NoiseLevels.h"
 #include "restoration/pictures/PictureReader.h"
-#include "restoration/work/Team.h"
+#include "restoration/threads/Team.h"
 #include "velorn.h"
 
 namespace restoration {

@@ -7,9 +7,9 @@
 #include "restoration/pipeline/pictureNoise.h"
 #include "restoration/pipeline/planGrid.h"
 #include "restoration/pipeline/TileRestorer.h"
+#include "restoration/threads/InOrder.h"
+#include "restoration/threads/Team.h"
 #include "restoration/tiles/TileMerger.h"
-#include "restoration/work/InOrder.h"
-#include "restoration/work/Team.h"
 
 #include <algorithm>
 #include <chrono>

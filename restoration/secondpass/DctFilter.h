@@ -2,7 +2,7 @@
 
 #include "restoration/planes/Plane.h"
 #include "restoration/secondpass/DctVariances.h"
-#include "restoration/work/Cancellation.h"
+#include "restoration/threads/Cancellation.h"
 #include "velimproclib/primitives/base/AlignedFloats.h"
 
 #include <cstddef>

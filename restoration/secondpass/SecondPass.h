@@ -5,7 +5,7 @@
 #include "restoration/kernels/Kernel.h"
 #include "restoration/planes/Plane.h"
 #include "restoration/secondpass/DctFilter.h"
-#include "restoration/work/Cancellation.h"
+#include "restoration/threads/Cancellation.h"
 
 #include <vector>
 

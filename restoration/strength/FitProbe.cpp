@@ -1,7 +1,7 @@
 #include "restoration/strength/FitProbe.h"
 
+#include "restoration/deconvolution/blurPlane.h"
 #include "restoration/deconvolution/estimateUnknown.h"
-#include "restoration/deconvolution/tileTransforms.h"
 #include "restoration/strength/fitRows.h"
 #include "restoration/strength/RandomSigns.h"
 
@@ -17,16 +17,7 @@ constexpr float kDisturbance = 0.5f * kLevel;
 void restoreAndBlur(Plane& y, const BlurSpectrum& blur, const HyperLaplacian& prior,
                     ProbeScratch& scratch, Plane& blurred, const Cancellation& cancellation) {
     deconvolveHyperLaplacian(y, nullptr, blur, prior, scratch.restored, scratch.tile, cancellation);
-    const vel::RealFft2D& fft = blur.fft();
-    float* rowMemory = scratch.tile.rowMemory(fft);
-    float* spectrum = scratch.tile.spectrum(fft, 0);
-    forwardRows(fft, scratch.restored, spectrum, rowMemory, cancellation);
-    forEachBlock(fft, cancellation, [&](int block, std::size_t offset) {
-        fft.forwardColumns(spectrum + offset, block);
-        blur.blur(block, spectrum + offset, spectrum + offset);
-        fft.inverseColumns(spectrum + offset, block);
-    });
-    inverseRows(fft, spectrum, blurred, rowMemory, cancellation);
+    blurPlane(scratch.restored, blur, blurred, scratch.tile, cancellation);
 }
 
 double dotPlanes(const Plane& a, const Plane& b) {

@@ -5,8 +5,8 @@
 #include "restoration/strength/ErrorWeights.h"
 #include "restoration/strength/Fit.h"
 #include "restoration/strength/ProbeScratch.h"
+#include "restoration/threads/Cancellation.h"
 #include "restoration/tiles/samplePatches.h"
-#include "restoration/work/Cancellation.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -2,8 +2,8 @@
 
 #include "restoration/deconvolution/BlurSpectrum.h"
 #include "restoration/strength/Fit.h"
+#include "restoration/threads/Team.h"
 #include "restoration/tiles/samplePatches.h"
-#include "restoration/work/Team.h"
 
 #include <cstddef>
 #include <span>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "restoration/work/Cancellation.h"
-#include "restoration/work/HostProgress.h"
-#include "restoration/work/ProgressMeter.h"
+#include "restoration/threads/Cancellation.h"
+#include "restoration/threads/HostProgress.h"
+#include "restoration/threads/ProgressMeter.h"
 #include "velimproclib/primitives/base/ControlWord.h"
 
 #include <chrono>

@@ -1,8 +1,8 @@
-#include "restoration/work/Team.h"
+#include "restoration/threads/Team.h"
 
-#include "restoration/work/availableProcessors.h"
-#include "restoration/work/BlockedSignals.h"
-#include "restoration/work/FlushedDenormals.h"
+#include "restoration/threads/availableProcessors.h"
+#include "restoration/threads/BlockedSignals.h"
+#include "restoration/threads/FlushedDenormals.h"
 
 #include <algorithm>
 #include <chrono>

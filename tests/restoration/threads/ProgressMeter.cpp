@@ -1,4 +1,4 @@
-#include "restoration/work/ProgressMeter.h"
+#include "restoration/threads/ProgressMeter.h"
 
 #include <gtest/gtest.h>
 

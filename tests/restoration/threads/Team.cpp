@@ -1,6 +1,6 @@
-#include "restoration/work/Team.h"
+#include "restoration/threads/Team.h"
 
-#include "tests/restoration/work/RefusedThreads.h"
+#include "tests/restoration/threads/RefusedThreads.h"
 
 #include <algorithm>
 #include <atomic>

@@ -1,4 +1,4 @@
-#include "tests/restoration/work/RefusedThreads.h"
+#include "tests/restoration/threads/RefusedThreads.h"
 
 #include <atomic>
 #include <cerrno>

@@ -1,6 +1,6 @@
-#include "restoration/work/InOrder.h"
+#include "restoration/threads/InOrder.h"
 
-#include "restoration/work/Team.h"
+#include "restoration/threads/Team.h"
 
 #include <gtest/gtest.h>
 #include <latch>

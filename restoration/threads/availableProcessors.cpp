@@ -1,4 +1,4 @@
-#include "restoration/work/availableProcessors.h"
+#include "restoration/threads/availableProcessors.h"
 
 #include <algorithm>
 #include <thread>

@@ -1,4 +1,4 @@
-#include "restoration/work/SerialOpenMp.h"
+#include "restoration/threads/SerialOpenMp.h"
 
 #include "velimproclib/primitives/base/Team.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "restoration/work/Cancellation.h"
+#include "restoration/threads/Cancellation.h"
 
 #include <chrono>
 #include <condition_variable>
