@@ -1,11 +1,11 @@
 #include "restoration/blind/findKernel.h"
 
-#include "restoration/blind/analyticKernelLike.h"
-#include "restoration/blind/edgePart.h"
-#include "restoration/blind/EdgeSpectrum.h"
-#include "restoration/blind/KernelRun.h"
-#include "restoration/blind/KernelScore.h"
-#include "restoration/blind/kernelShape.h"
+#include "restoration/blind/candidates/analyticKernelLike.h"
+#include "restoration/blind/candidates/KernelScore.h"
+#include "restoration/blind/parts/edgePart.h"
+#include "restoration/blind/parts/EdgeSpectrum.h"
+#include "restoration/blind/runs/KernelRun.h"
+#include "restoration/blind/squares/kernelShape.h"
 #include "restoration/failures/Failure.h"
 
 #include <algorithm>

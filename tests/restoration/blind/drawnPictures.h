@@ -1,6 +1,6 @@
 #pragma once
 
-#include "restoration/blind/SquareKernel.h"
+#include "restoration/blind/squares/SquareKernel.h"
 #include "restoration/planes/Plane.h"
 
 #include <cstdint>

@@ -1,7 +1,7 @@
 #include "restoration/blind/findKernel.h"
 
 #include "drawnPictures.h"
-#include "restoration/blind/kernelShape.h"
+#include "restoration/blind/squares/kernelShape.h"
 #include "restoration/failures/Failure.h"
 #include "tests/support/EachTarget.h"
 

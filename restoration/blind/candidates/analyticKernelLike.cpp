@@ -1,0 +1,109 @@
+#include "restoration/blind/candidates/analyticKernelLike.h"
+
+#include "restoration/blind/squares/kernelShape.h"
+#include "restoration/kernels/analyticKernel.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
+namespace restoration {
+namespace {
+
+constexpr double kLeastLikeness = 0.85;
+constexpr float kShortest = 0.3f;
+
+/// The second moments of a kernel about its centre of mass.
+struct Spread {
+    double columns = 0.0;
+    double rows = 0.0;
+    double mixed = 0.0;
+
+    explicit Spread(const SquareKernel& kernel) {
+        double right = 0.0;
+        double down = 0.0;
+        for (int y = 0; y < kernel.side; ++y) {
+            for (int x = 0; x < kernel.side; ++x) {
+                right += x * kernel.at(y, x);
+                down += y * kernel.at(y, x);
+            }
+        }
+        for (int y = 0; y < kernel.side; ++y) {
+            for (int x = 0; x < kernel.side; ++x) {
+                columns += (x - right) * (x - right) * kernel.at(y, x);
+                rows += (y - down) * (y - down) * kernel.at(y, x);
+                mixed += (x - right) * (y - down) * kernel.at(y, x);
+            }
+        }
+    }
+
+    double mean() const { return (columns + rows) / 2.0; }
+    /// Along the direction of the largest spread.
+    double largest() const { return mean() + std::hypot((columns - rows) / 2.0, mixed); }
+    /// This direction, in degrees counter-clockwise from the horizontal; rows count downwards.
+    double degrees() const {
+        return -0.5 * std::atan2(2.0 * mixed, columns - rows) * 180.0 / std::numbers::pi;
+    }
+};
+
+SquareKernel squareOf(const Kernel& kernel) {
+    SquareKernel square(kernel.largerSide());
+    const int down = (square.side - kernel.height) / 2;
+    const int right = (square.side - kernel.width) / 2;
+    for (int y = 0; y < kernel.height; ++y) {
+        for (int x = 0; x < kernel.width; ++x) {
+            square.at(y + down, x + right) = static_cast<double>(kernel.at(y, x));
+        }
+    }
+    return withSide(square, square.side);
+}
+
+/// An analytic blur and its likeness with the kernel found.
+struct Fit {
+    VelornBlur blur = VELORN_BLUR_GAUSSIAN;
+    float extent = kShortest;
+    float angle = 0.0f;
+    double likeness = 0.0;
+
+    SquareKernel kernel() const { return squareOf(analyticKernel(blur, extent, angle)); }
+};
+
+/// The most similar kernel among extents of 0.6 to 1.25 times that of `start`, and angles nearby.
+Fit refined(const Fit& start, const SquareKernel& found) {
+    Fit best;
+    const std::vector<float> turns = start.blur == VELORN_BLUR_MOTION
+                                         ? std::vector{-6.0f, -3.0f, 0.0f, 3.0f, 6.0f}
+                                         : std::vector{0.0f};
+    for (const float turn : turns) {
+        for (float factor = 0.6f; factor < 1.26f; factor += 0.05f) {
+            Fit fit = start;
+            fit.extent = std::max(start.extent * factor, kShortest);
+            fit.angle += turn;
+            fit.likeness = likenessNearby(found, fit.kernel());
+            if (fit.likeness > best.likeness) {
+                best = fit;
+            }
+        }
+    }
+    return best;
+}
+
+} // namespace
+
+std::optional<SquareKernel> analyticKernelLike(const SquareKernel& found) {
+    const Spread spread(found);
+    const auto radius = static_cast<float>(std::sqrt(spread.mean()));
+    const auto length = static_cast<float>(std::sqrt(12.0 * spread.largest()));
+    Fit best;
+    for (const Fit& start :
+         {Fit{VELORN_BLUR_GAUSSIAN, radius}, Fit{VELORN_BLUR_DISC, 2.0f * radius},
+          Fit{VELORN_BLUR_MOTION, length, static_cast<float>(spread.degrees())}}) {
+        const Fit fit = refined(start, found);
+        if (fit.likeness > best.likeness) {
+            best = fit;
+        }
+    }
+    return best.likeness < kLeastLikeness ? std::nullopt : std::optional(best.kernel());
+}
+
+} // namespace restoration

@@ -1,0 +1,14 @@
+#pragma once
+
+#include "restoration/blind/squares/SquareKernel.h"
+
+#include <optional>
+
+namespace restoration {
+
+/// The Gaussian, disc or line that is most similar to a kernel found in a picture; nothing when its
+/// likeness is below 0.85. The size of a kernel found is about that of the blur, but its outline is
+/// softer and its weights are uneven.
+std::optional<SquareKernel> analyticKernelLike(const SquareKernel& found);
+
+} // namespace restoration

@@ -1,0 +1,246 @@
+#include "restoration/blind/parts/EdgeSpectrum.h"
+
+#include "restoration/blind/runs/SquareTransform.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstddef>
+#include <functional>
+#include <numbers>
+#include <numeric>
+#include <utility>
+#include <vector>
+
+namespace restoration {
+namespace {
+
+constexpr int kSquare = 32;
+constexpr int kStep = kSquare / 2;
+constexpr int kLeastSide = 64;
+constexpr std::size_t kDirections = 8;
+constexpr std::size_t kColumns = kSquare / 2; // of half a spectrum, without the middle frequency
+
+/// Bands in cycles per pixel: the one that others are compared with, then the others.
+struct Band {
+    double from;
+    double to;
+};
+constexpr std::array<Band, 6> kBands{
+    {{0.09375, 0.15625}, {0.2, 0.25}, {0.25, 0.3}, {0.3, 0.35}, {0.35, 0.4}, {0.4, 0.45}}};
+constexpr Band kMiddle{0.1, 0.25};
+constexpr double kFallOfEdges = 3.0;
+/// Less above the noise, as a share of it, is not told from it.
+constexpr double kLeastVisible = 0.2;
+constexpr double kLeastShare = 0.3;
+/// The least fall from the second band to the last one, in powers of e: 3 dB.
+constexpr double kLeastFall = 0.69;
+
+using Spectrum = std::array<double, kSquare * kColumns>;
+
+/// A frequency of half a spectrum without its first column.
+template <class Visit>
+void forEachFrequency(const Visit& visit) {
+    for (int v = 0; v < kSquare; ++v) {
+        const int row = v < kSquare / 2 ? v : v - kSquare;
+        for (int u = 1; u < static_cast<int>(kColumns); ++u) {
+            visit(static_cast<std::size_t>(v) * kColumns + static_cast<std::size_t>(u),
+                  std::hypot(row, u) / kSquare,
+                  std::atan2(static_cast<double>(row), static_cast<double>(u)));
+        }
+    }
+}
+
+bool isIn(const Band& band, double frequency) {
+    return frequency >= band.from && frequency < band.to;
+}
+
+/// The frequencies of one band and direction.
+struct Cell {
+    std::vector<std::size_t> slots;
+    double frequency = 0.0; ///< the mean
+
+    double meanOf(const Spectrum& spectrum) const {
+        double sum = 0.0;
+        for (const std::size_t slot : slots) {
+            sum += spectrum[slot];
+        }
+        return sum / static_cast<double>(slots.size());
+    }
+};
+using Cells = std::array<Cell, kBands.size()>;
+
+std::array<Cells, kDirections> cellsOfDirections() {
+    std::array<Cells, kDirections> cells;
+    forEachFrequency([&](std::size_t slot, double frequency, double angle) {
+        const double turn = angle / std::numbers::pi * static_cast<double>(kDirections);
+        const auto direction =
+            static_cast<std::size_t>(std::lround(turn) + static_cast<long>(kDirections)) %
+            kDirections;
+        for (std::size_t band = 0; band < kBands.size(); ++band) {
+            if (isIn(kBands[band], frequency)) {
+                Cell& cell = cells[direction][band];
+                cell.slots.push_back(slot);
+                cell.frequency += frequency;
+            }
+        }
+    });
+    for (Cells& direction : cells) {
+        for (Cell& cell : direction) {
+            cell.frequency /= static_cast<double>(cell.slots.size());
+        }
+    }
+    return cells;
+}
+
+/// The periodograms of overlapping squares.
+class SquareSpectra {
+public:
+    SquareSpectra(const Plane& picture, const Cancellation& cancellation)
+        : m_transform(kSquare, cancellation), m_square(kSquare, kSquare) {
+        m_memory.resize(m_transform.fft().spectrumFloats());
+        for (int i = 0; i < kSquare; ++i) {
+            const double turn = 2.0 * std::numbers::pi * (i + 1) / (kSquare + 1);
+            m_window[static_cast<std::size_t>(i)] = static_cast<float>(0.5 - 0.5 * std::cos(turn));
+        }
+        for (int y = 0; y + kSquare <= picture.height(); y += kStep) {
+            for (int x = 0; x + kSquare <= picture.width(); x += kStep) {
+                add(picture, x, y);
+            }
+        }
+        sortByMiddle();
+    }
+
+    /// The mean of the quarter with the most power at middle frequencies, or the least.
+    Spectrum most() const { return mean(m_order.size() - quarter()); }
+    Spectrum least() const { return mean(0); }
+
+private:
+    std::size_t quarter() const { return m_order.size() / 4; }
+
+    void add(const Plane& picture, int left, int top) {
+        double sum = 0.0;
+        for (int y = 0; y < kSquare; ++y) {
+            const float* row = picture.row(top + y) + left;
+            for (int x = 0; x < kSquare; ++x) {
+                sum += static_cast<double>(row[x]);
+            }
+        }
+        const auto average = static_cast<float>(sum / (kSquare * kSquare));
+        for (int y = 0; y < kSquare; ++y) {
+            const float* row = picture.row(top + y) + left;
+            for (int x = 0; x < kSquare; ++x) {
+                m_square.row(y)[x] = (row[x] - average) * m_window[static_cast<std::size_t>(y)] *
+                                     m_window[static_cast<std::size_t>(x)];
+            }
+        }
+        m_transform.forward(m_square, m_memory.data());
+        const vel::RealFft2D& fft = m_transform.fft();
+        Spectrum& powers = m_spectra.emplace_back();
+        forEachFrequency([&](std::size_t slot, double, double) {
+            constexpr std::size_t lanes = vel::RealFft2D::kLanes;
+            const std::size_t column = slot % kColumns;
+            const float* value =
+                m_memory.data() + column / lanes * fft.blockFloats() +
+                fft.rowOf(static_cast<int>(slot / kColumns)) * vel::RealFft2D::kRowFloats +
+                column % lanes;
+            const auto re = static_cast<double>(value[0]);
+            const auto im = static_cast<double>(value[lanes]);
+            powers[slot] = re * re + im * im;
+        });
+    }
+
+    void sortByMiddle() {
+        std::vector<std::size_t> slots;
+        forEachFrequency([&](std::size_t slot, double frequency, double) {
+            if (isIn(kMiddle, frequency)) {
+                slots.push_back(slot);
+            }
+        });
+        std::vector<double> powers;
+        for (const Spectrum& spectrum : m_spectra) {
+            double sum = 0.0;
+            for (const std::size_t slot : slots) {
+                sum += spectrum[slot];
+            }
+            powers.push_back(sum);
+        }
+        m_order.resize(m_spectra.size());
+        std::iota(m_order.begin(), m_order.end(), std::size_t{0});
+        std::ranges::sort(m_order, {},
+                          [&](std::size_t square) { return std::pair(powers[square], square); });
+    }
+
+    Spectrum mean(std::size_t first) const {
+        Spectrum sum{};
+        for (std::size_t i = first; i < first + quarter(); ++i) {
+            const Spectrum& spectrum = m_spectra[m_order[i]];
+            std::transform(sum.begin(), sum.end(), spectrum.begin(), sum.begin(), std::plus<>());
+        }
+        return sum;
+    }
+
+    SquareTransform m_transform;
+    Plane m_square;
+    vel::AlignedFloats m_memory;
+    std::array<float, kSquare> m_window{};
+    std::vector<Spectrum> m_spectra;
+    std::vector<std::size_t> m_order;
+};
+
+/// The edges in one direction.
+struct DirectionFit {
+    double blurVariance = 0.0;
+    double leastShare = 0.0; ///< of edges over noise, in the middle bands
+    double fall = 0.0;       ///< from the second band to the last one, in powers of e
+};
+
+DirectionFit fitOf(const Cells& cells, const Spectrum& most, const Spectrum& least) {
+    std::array<double, kBands.size()> shares{};
+    std::array<double, kBands.size()> edges{};
+    for (std::size_t band = 0; band < kBands.size(); ++band) {
+        // Rounded pictures are never quite free of noise.
+        const double noise = cells[band].meanOf(least) + 1e-12;
+        const double above = cells[band].meanOf(most) - noise;
+        shares[band] = above / noise;
+        edges[band] = std::max(above, kLeastVisible * noise);
+    }
+    double product = 0.0;
+    double square = 0.0;
+    const double first = cells[0].frequency;
+    for (std::size_t band = 1; band < kBands.size(); ++band) {
+        // A Gaussian of variance s leaves exp(-4 pi^2 s f^2) of the power.
+        const double frequency = cells[band].frequency;
+        const double lost =
+            -std::log(edges[band] / edges[0]) - kFallOfEdges * std::log(frequency / first);
+        const double lostPerVariance =
+            4.0 * std::numbers::pi * std::numbers::pi * (frequency * frequency - first * first);
+        product += lost * lostPerVariance;
+        square += lostPerVariance * lostPerVariance;
+    }
+    return {product / square, std::min({shares[1], shares[2], shares[3]}),
+            std::log(edges[1] / edges.back())};
+}
+
+} // namespace
+
+EdgeSpectrum edgeSpectrum(const Plane& luminance, const Cancellation& cancellation) {
+    if (std::min(luminance.width(), luminance.height()) < kLeastSide) {
+        return {};
+    }
+    const SquareSpectra spectra(luminance, cancellation);
+    const Spectrum most = spectra.most();
+    const Spectrum least = spectra.least();
+    EdgeSpectrum result{-1e9, true};
+    double fall = 0.0;
+    for (const Cells& cells : cellsOfDirections()) {
+        const DirectionFit fit = fitOf(cells, most, least);
+        result.blurVariance = std::max(result.blurVariance, fit.blurVariance);
+        result.showsEdges = result.showsEdges && fit.leastShare > kLeastShare;
+        fall += fit.fall;
+    }
+    result.showsEdges = result.showsEdges && fall > kLeastFall * static_cast<double>(kDirections);
+    return result;
+}
+
+} // namespace restoration

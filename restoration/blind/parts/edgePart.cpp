@@ -1,0 +1,126 @@
+#include "restoration/blind/parts/edgePart.h"
+
+#include "restoration/blind/runs/KernelRun.h"
+#include "restoration/blind/runs/LatentGradients.h"
+#include "restoration/blind/runs/pyramid.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+namespace restoration {
+namespace {
+
+/// The longer side of the reduced copy, at most.
+constexpr int kReducedSide = 480;
+constexpr float kLambda = 4e-3f;
+
+float usable(float value) {
+    return std::isfinite(value) ? std::clamp(value, 0.0f, 1.0f) : 0.0f;
+}
+
+/// Means of squares of `factor` by `factor` pixels.
+Plane meansOfSquares(const Plane& plane, int factor, Team& team) {
+    Plane means(plane.width() / factor, plane.height() / factor);
+    team.forEach(static_cast<std::size_t>(means.height()), [&](std::size_t piece, int) {
+        team.cancellation().check();
+        const int row = static_cast<int>(piece);
+        float* target = means.row(row);
+        std::fill_n(target, means.width(), 0.0f);
+        for (int y = row * factor; y < (row + 1) * factor; ++y) {
+            const float* source = plane.row(y);
+            for (int x = 0; x < means.width(); ++x) {
+                for (int k = 0; k < factor; ++k) {
+                    target[x] += usable(*source++);
+                }
+            }
+        }
+        const float area = static_cast<float>(factor) * static_cast<float>(factor);
+        for (int x = 0; x < means.width(); ++x) {
+            target[x] /= area;
+        }
+    });
+    return means;
+}
+
+/// How many pixels of a picture lie on an edge, for any rectangle.
+class EdgeCounts {
+public:
+    EdgeCounts(Plane picture, const Cancellation& cancellation)
+        : m_width(picture.width()), m_height(picture.height()),
+          m_sums(static_cast<std::size_t>(m_width + 1) * static_cast<std::size_t>(m_height + 1)) {
+        SquareTransform transform(transformSide(std::max(m_width, m_height), 1), cancellation);
+        LatentGradients gradients(transform, wrappedAround(picture, transform.side(), cancellation),
+                                  m_width, m_height);
+        SquareKernel identity(1);
+        identity.at(0, 0) = 1.0;
+        gradients.find(identity, kLambda);
+        for (int y = 0; y < m_height; ++y) {
+            std::uint32_t inRow = 0;
+            for (int x = 0; x < m_width; ++x) {
+                inRow += gradients.right().row(y)[x] != 0.0f || gradients.down().row(y)[x] != 0.0f
+                             ? 1U
+                             : 0U;
+                m_sums[index(x + 1, y + 1)] = m_sums[index(x + 1, y)] + inRow;
+            }
+        }
+    }
+
+    std::uint32_t in(const Rect& rect) const {
+        return m_sums[index(rect.right(), rect.bottom())] - m_sums[index(rect.x, rect.bottom())] -
+               m_sums[index(rect.right(), rect.y)] + m_sums[index(rect.x, rect.y)];
+    }
+
+    int width() const { return m_width; }
+    int height() const { return m_height; }
+
+private:
+    std::size_t index(int x, int y) const {
+        return static_cast<std::size_t>(y) * static_cast<std::size_t>(m_width + 1) +
+               static_cast<std::size_t>(x);
+    }
+
+    int m_width;
+    int m_height;
+    std::vector<std::uint32_t> m_sums;
+};
+
+/// The top left corner of the window with the most edges.
+std::pair<int, int> bestCorner(const EdgeCounts& counts, int width, int height) {
+    std::pair<int, int> best{0, 0};
+    std::uint32_t most = 0;
+    for (int y = 0; y + height <= counts.height(); ++y) {
+        for (int x = 0; x + width <= counts.width(); ++x) {
+            const std::uint32_t edges = counts.in({x, y, width, height});
+            if (edges > most) {
+                most = edges;
+                best = {x, y};
+            }
+        }
+    }
+    return best;
+}
+
+} // namespace
+
+Rect edgePart(const Plane& luminance, int width, int height, Team& team) {
+    const int longer = std::max(luminance.width(), luminance.height());
+    const int factor = (longer + kReducedSide - 1) / kReducedSide;
+    if (width == luminance.width() && height == luminance.height()) {
+        return {0, 0, width, height};
+    }
+    Plane means = meansOfSquares(luminance, factor, team);
+    std::pair<int, int> corner;
+    team.run([&] {
+        const EdgeCounts counts(std::move(means), team.cancellation());
+        corner = bestCorner(counts, std::clamp(width / factor, 1, counts.width()),
+                            std::clamp(height / factor, 1, counts.height()));
+    });
+    return {std::min(corner.first * factor, luminance.width() - width),
+            std::min(corner.second * factor, luminance.height() - height), width, height};
+}
+
+} // namespace restoration

@@ -1,0 +1,149 @@
+#include "restoration/blind/runs/KernelRun.h"
+
+#include "restoration/blind/runs/KernelSystem.h"
+#include "restoration/blind/runs/LatentGradients.h"
+#include "restoration/blind/runs/pyramid.h"
+#include "restoration/blind/squares/kernelShape.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+#include <utility>
+
+namespace restoration {
+namespace {
+
+constexpr double kRatio = std::numbers::sqrt2 / 2.0;
+/// The coarsest level shows the kernel at about this side.
+constexpr double kCoarsestSide = 5.0;
+/// Edges for each column of the kernel and each row of the picture.
+constexpr double kEnoughEdges = 0.5;
+constexpr int kMostHalvings = 12;
+/// Keeps gradients of 0.03 levels of 255: weaker ones are rounding errors of the transforms.
+constexpr float kLeastLambda = 1e-7f;
+
+int levelCount(int side) {
+    const double levels = std::log(kCoarsestSide / side) / std::log(kRatio);
+    return std::max(1, static_cast<int>(std::ceil(levels)));
+}
+
+double scaleOf(int level) {
+    return std::pow(kRatio, level);
+}
+
+/// Half the side of a kernel of `side`, reduced to `scale`.
+int reducedRadius(int side, double scale) {
+    return std::max(1, static_cast<int>(std::floor(side * scale + 0.5)) / 2);
+}
+
+/// What a run does at one size of the picture.
+class RunLevel {
+public:
+    RunLevel(const Plane& picture, double scale, const KernelBounds& bounds,
+             const Cancellation& cancellation)
+        : RunLevel(reduced(picture, scale, cancellation), reducedRadius(bounds.side(), scale),
+                   {reducedRadius(bounds.width, scale), reducedRadius(bounds.height, scale)},
+                   cancellation) {}
+
+    int radius() const { return m_radius; }
+
+    /// One iteration. Lowers `lambda` while too few edges are kept.
+    /// @param smoothing of the edges, see RunSettings
+    /// @returns whether there are edges; `kernel` is unchanged without
+    bool improve(float& lambda, double threshold, double smoothing, SquareKernel& kernel) {
+        findEdges(lambda, kernel);
+        if (smoothing > 0.0) {
+            m_gradients.smooth(smoothing, m_cancellation);
+        }
+        m_gradients.clearMargin(std::max(m_radius / 2, 1) + 1);
+        const KernelSystem system = m_systems.of(m_gradients, m_radius);
+        if (!(system.energy() > 0.0)) {
+            return false;
+        }
+        SquareKernel next = kernel;
+        m_solver.improve(system, m_reach, next);
+        if (!(next.largest() > 0.0)) {
+            return false;
+        }
+        removeSpecks(threshold, next);
+        recentre(next);
+        kernel = std::move(next);
+        return true;
+    }
+
+private:
+    RunLevel(const Plane& level, int radius, KernelReach reach, const Cancellation& cancellation)
+        : m_cancellation(cancellation), m_radius(radius), m_reach(reach),
+          m_transform(transformSide(std::max(level.width(), level.height()), radius), cancellation),
+          m_gradients(m_transform, wrappedAround(level, m_transform.side(), cancellation),
+                      level.width(), level.height()),
+          m_systems(m_transform), m_solver(radius, cancellation) {}
+
+    void findEdges(float& lambda, const SquareKernel& kernel) {
+        const double area = static_cast<double>(m_gradients.width()) * m_gradients.height();
+        const double enough = kEnoughEdges * kernel.side * std::sqrt(area);
+        for (int i = 0; i < kMostHalvings; ++i) {
+            const auto kept = static_cast<double>(m_gradients.find(kernel, lambda));
+            if (kept >= enough || lambda <= kLeastLambda) {
+                return;
+            }
+            lambda *= 0.5f;
+        }
+    }
+
+    const Cancellation& m_cancellation;
+    int m_radius;
+    KernelReach m_reach;
+    SquareTransform m_transform;
+    LatentGradients m_gradients;
+    KernelSystems m_systems;
+    KernelSolver m_solver;
+};
+
+/// The work of one iteration of a level, in units of progress: its pixels, padding included.
+std::size_t iterationUnits(int length, const KernelBounds& bounds, double scale) {
+    const auto side = static_cast<std::size_t>(
+        transformSide(static_cast<int>(length * scale), reducedRadius(bounds.side(), scale)));
+    return side * side;
+}
+
+} // namespace
+
+int transformSide(int length, int radius) noexcept {
+    return std::max(powerOfTwoFrom(length + 2 * radius + 2), 32);
+}
+
+std::size_t runUnits(int width, int height, const KernelBounds& bounds,
+                     const RunSettings& settings) {
+    std::size_t units = 0;
+    for (int l = levelCount(bounds.side()); l >= 0; --l) {
+        units += iterationUnits(std::max(width, height), bounds, scaleOf(l));
+    }
+    return units * static_cast<std::size_t>(settings.iterations);
+}
+
+std::optional<SquareKernel> runSearch(const Plane& picture, const KernelBounds& bounds,
+                                      const RunSettings& settings, ProgressMeter& progress,
+                                      const Cancellation& cancellation) {
+    const int levels = levelCount(bounds.side());
+    const int length = std::max(picture.width(), picture.height());
+    SquareKernel kernel;
+    bool hasSeenEdges = false;
+    for (int l = levels; l >= 0; --l) {
+        RunLevel level(picture, scaleOf(l), bounds, cancellation);
+        const int side = 2 * level.radius() + 1;
+        kernel = l == levels ? startingKernel(side) : resampled(kernel, side, kRatio);
+        const double share = static_cast<double>(levels - l) / levels;
+        auto lambda = static_cast<float>(
+            settings.firstLambda * std::pow(settings.lastLambda / settings.firstLambda, share));
+        for (int i = 0; i < settings.iterations; ++i) {
+            const bool isLast = l == 0 && i + 1 == settings.iterations;
+            hasSeenEdges = level.improve(lambda, settings.threshold,
+                                         isLast ? settings.smoothing : 0.0, kernel);
+            progress.advance(iterationUnits(length, bounds, scaleOf(l)));
+        }
+    }
+    return hasSeenEdges ? std::optional(kernel) : std::nullopt;
+}
+
+} // namespace restoration

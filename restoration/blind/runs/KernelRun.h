@@ -1,0 +1,56 @@
+#pragma once
+
+#include "restoration/blind/runs/KernelSolver.h"
+#include "restoration/blind/squares/SquareKernel.h"
+#include "restoration/planes/Plane.h"
+#include "restoration/threads/Cancellation.h"
+#include "restoration/threads/ProgressMeter.h"
+
+#include <cstddef>
+#include <optional>
+
+namespace restoration {
+
+/// How a run weighs edges.
+struct RunSettings {
+    float firstLambda = 0.0f; ///< weight of the kept gradients at the coarsest level
+    float lastLambda = 0.0f;  ///< the same at full size; geometric in between
+    int iterations = 0;       ///< for each level
+    double threshold = 0.0;   ///< weights below this share of the largest one are removed
+    /// Deviation of the Gaussian that smooths the edges of the last iteration; 0: they stay sharp
+    double smoothing = 0.0;
+};
+
+inline constexpr RunSettings kPlainRun{4e-3f, 5e-4f, 5, 0.05, 0.0};
+inline constexpr RunSettings kStrongRun{1e-2f, 5e-4f, 8, 0.05, 0.0};
+inline constexpr RunSettings kStrongestRun{2e-2f, 5e-4f, 8, 0.08, 0.0};
+
+/// The columns and rows that a kernel may have; odd.
+struct KernelBounds {
+    int width = 0;
+    int height = 0;
+
+    int side() const noexcept { return width > height ? width : height; }
+    int smallerSide() const noexcept { return width < height ? width : height; }
+};
+
+/// The work of a run, in units of progress.
+std::size_t runUnits(int width, int height, const KernelBounds& bounds,
+                     const RunSettings& settings);
+
+/// One run of the search on the calling thread: estimates the kernel of `picture` from coarse to
+/// fine on a pyramid of ratio sqrt(1/2). Each iteration finds the edges of the sharp picture
+/// (LatentGradients), then the kernel that explains the blurred gradients by them (KernelSolver).
+///
+/// @param picture  luminance, finite, about 0..1; wider and higher than the bounds
+/// @param progress advances by `runUnits`
+/// @returns a centred kernel of sum 1 and side bounds.side(); nothing when the picture has no edges
+/// @throws Failure VELORN_STATUS_CANCELLED; std::bad_alloc
+std::optional<SquareKernel> runSearch(const Plane& picture, const KernelBounds& bounds,
+                                      const RunSettings& settings, ProgressMeter& progress,
+                                      const Cancellation& cancellation);
+
+/// The side of the transform for a picture whose larger side is `length`, with kernels of `radius`.
+int transformSide(int length, int radius) noexcept;
+
+} // namespace restoration

@@ -1,0 +1,52 @@
+#include "restoration/blind/candidates/analyticKernelLike.h"
+
+#include "restoration/blind/squares/kernelShape.h"
+#include "tests/restoration/blind/drawnPictures.h"
+
+#include <cmath>
+#include <gtest/gtest.h>
+
+namespace restoration {
+namespace {
+
+TEST(AnalyticKernelLike, ADiscWithUnevenWeightsBecomesADisc) {
+    SquareKernel uneven = withSide(discOfRadius3().scaled(), 15);
+    for (std::size_t i = 0; i < uneven.values.size(); ++i) {
+        uneven.values[i] *= i % 3 == 0 ? 0.6 : 1.2;
+    }
+    const auto kernel = analyticKernelLike(withSide(uneven, 15));
+    ASSERT_TRUE(kernel);
+    EXPECT_GT(likeness(*kernel, discOfRadius3().scaled()), 0.99);
+}
+
+TEST(AnalyticKernelLike, ALineKeepsItsDirection) {
+    const auto kernel = analyticKernelLike(line11().scaled());
+    ASSERT_TRUE(kernel);
+    EXPECT_GT(likeness(*kernel, line11().scaled()), 0.95);
+    SquareKernel mirrored = line11().scaled();
+    for (int row = 0; row < mirrored.side; ++row) {
+        for (int column = 0; column < mirrored.side / 2; ++column) {
+            std::swap(mirrored.at(row, column), mirrored.at(row, mirrored.side - 1 - column));
+        }
+    }
+    EXPECT_LT(likeness(*kernel, mirrored), 0.8);
+}
+
+TEST(AnalyticKernelLike, AGaussianStaysOne) {
+    SquareKernel gaussian(15);
+    for (int y = -7; y <= 7; ++y) {
+        for (int x = -7; x <= 7; ++x) {
+            gaussian.at(y + 7, x + 7) = std::exp(-(x * x + y * y) / (2.0 * 1.7 * 1.7));
+        }
+    }
+    const auto kernel = analyticKernelLike(withSide(gaussian, 15));
+    ASSERT_TRUE(kernel);
+    EXPECT_GT(likeness(*kernel, gaussian), 0.995);
+}
+
+TEST(AnalyticKernelLike, AHookResemblesNone) {
+    EXPECT_FALSE(analyticKernelLike(hook().scaled()));
+}
+
+} // namespace
+} // namespace restoration
