@@ -119,15 +119,43 @@ BlurKernel randomShake(int extent, std::uint32_t seed) {
 
 std::vector<FamilyBlur> blurFamilies(int half) {
     if (half == 0) {
-        return {line(5, 20),   line(11, 75), line(17, 0),  line(25, 130),     line(41, 50),
-                disc(2),       disc(4),      disc(7),      gaussian(1),       gaussian(2),
-                gaussian(3.5), shake(11, 1), shake(15, 2), shake(21, 3),      shake(27, 4),
-                shake(35, 5),  hook(9, 0),   hook(17, 2),  lobes(3, 1.5, 15), none()};
+        return {line(5, 20),
+                line(9, 90),
+                line(11, 75),
+                line(17, 0),
+                line(25, 130),
+                line(41, 50),
+                line(57, 105),
+                disc(2),
+                disc(4),
+                disc(7),
+                disc(12),
+                gaussian(1),
+                gaussian(2),
+                gaussian(3.5),
+                shake(11, 1),
+                shake(15, 2),
+                shake(21, 3),
+                shake(27, 4),
+                shake(35, 5),
+                shake(13, 11),
+                shake(17, 12),
+                shake(23, 13),
+                shake(31, 14),
+                shake(45, 15),
+                hook(9, 0),
+                hook(17, 2),
+                hook(29, 1),
+                lobes(3, 1.5, 15),
+                lobes(10, 4.5, 29),
+                none()};
     }
-    return {line(7, 110), line(13, 45), line(19, 90),     line(31, 160), line(51, 25),
-            disc(3),      disc(5.5),    disc(9),          gaussian(1.5), gaussian(2.5),
-            shake(9, 6),  shake(13, 7), shake(19, 8),     shake(25, 9),  shake(33, 10),
-            hook(13, 1),  hook(23, 3),  lobes(6, -2, 21), none()};
+    return {line(7, 110),  line(15, 0),   line(13, 45),     line(19, 90),    line(31, 160),
+            line(51, 25),  line(61, 70),  disc(3),          disc(5.5),       disc(9),
+            disc(14),      gaussian(1.5), gaussian(2.5),    gaussian(4),     shake(9, 6),
+            shake(13, 7),  shake(19, 8),  shake(25, 9),     shake(33, 10),   shake(11, 16),
+            shake(15, 17), shake(21, 18), shake(29, 19),    shake(39, 20),   hook(13, 1),
+            hook(23, 3),   hook(35, 0),   lobes(6, -2, 21), lobes(8, 7, 27), none()};
 }
 
 } // namespace velorn::tools

@@ -3,6 +3,7 @@
 // settings are tuned on one, and the other shows what they are worth.
 #include "BlurFamilies.h"
 #include "hosts/command/arguments/ArgumentParser.h"
+#include "hosts/command/terminal/Failure.h"
 #include "KernelLikeness.h"
 #include "restored.h"
 #include "SamplePictures.h"
@@ -25,8 +26,8 @@ constexpr int kHeight = 500;
 
 /// Settings of the study.
 struct Study {
-    bool isShort = false;
-    std::vector<double> noises{0.5, 1.0, 2.0};
+    int every = 1; ///< one of so many cases is measured
+    std::vector<double> noises{0.5, 1.0, 2.0, 3.0};
 };
 
 /// The results for one blurred picture, in decibels; those of restorations after the best shift by
@@ -184,7 +185,7 @@ void runHalf(int half, const std::vector<NamedPicture>& pictures, const Study& s
     const std::vector<FamilyBlur> blurs = blurFamilies(half);
     for (std::size_t p = static_cast<std::size_t>(half); p < pictures.size(); p += 2) {
         for (std::size_t b = 0; b < blurs.size(); ++b) {
-            if (study.isShort && (b + p / 2) % 3 != 0) {
+            if ((b + p / 2) % static_cast<std::size_t>(study.every) != 0) {
                 continue;
             }
             const auto& [family, blur] = blurs[b];
@@ -226,7 +227,8 @@ int main(int argc, char** argv) {
     int half = -1;
     parser.add("PICTURES", files,
                "Further sharp photographs, NAME=FILE; every second one belongs to half 0");
-    parser.add("--short", study.isShort, "A third of the cases");
+    parser.add("--every", study.every, "One of so many cases is measured, at least 1")
+        .showDefault();
     parser.add("--half", half, "0 to tune on, 1 to measure on, -1 for both").showDefault();
     parser
         .add("--noise", study.noises, "Standard deviations of the noise, in levels of 255, in turn")
@@ -234,6 +236,9 @@ int main(int argc, char** argv) {
     try {
         if (!parser.parse({argv + 1, argv + argc}, std::cout)) {
             return 0;
+        }
+        if (study.every < 1) {
+            throw UsageFailure("--every must be at least 1");
         }
         std::vector<NamedPicture> pictures = drawnViews(kWidth, kHeight);
         std::ranges::transform(picturesFrom(files), std::back_inserter(pictures), cropped);
