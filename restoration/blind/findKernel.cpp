@@ -306,7 +306,12 @@ private:
 } // namespace
 
 FoundKernel findKernel(const Plane& luminance, const FindSettings& settings, Team& team) {
-    return Search(luminance, settings, team).find();
+    if (settings.region.isEmpty()) {
+        return Search(luminance, settings, team).find();
+    }
+    const Rect whole{0, 0, luminance.width(), luminance.height()};
+    return Search(usablePart(luminance, intersection(settings.region, whole)), settings, team)
+        .find();
 }
 
 } // namespace restoration

@@ -2,6 +2,7 @@
 
 #include "restoration/kernels/Kernel.h"
 #include "restoration/planes/Plane.h"
+#include "restoration/planes/Rect.h"
 #include "restoration/threads/Team.h"
 
 namespace restoration {
@@ -14,6 +15,9 @@ struct FindSettings {
     /// Deviation in pixels of the Gaussian that smooths the edges which a kernel is fitted to at
     /// last, 0..2
     double smoothing = 0.0;
+    /// The rectangle of the picture to look at; empty: all of it. What lies outside of the picture
+    /// is ignored.
+    Rect region{};
 };
 
 /// A kernel found in a picture.
@@ -37,17 +41,17 @@ struct FoundKernel {
 /// about as well takes its place. Runs look at the part of the picture with the most edges
 /// (edgePart.h), about 500 by 500 pixels. The kernel is centred, has sum 1, no negative weights,
 /// and odd sides that are at most the largest ones, 71, and a third of the picture's shorter side;
-/// without largest sides at most a fifth of it.
+/// without largest sides at most a fifth of it. A region to look at counts as the picture.
 ///
 /// Edges that are as steep as those of sharp pictures (EdgeSpectrum.h) contradict a small kernel,
 /// and kernels that disagree: the result is then the kernel of a single pixel.
 ///
 /// The runs are pieces of `team`. The result does not depend on the number of threads or on the
 /// processor. Memory: about 20 MB beyond the picture's, 30 MB on two threads, whatever the
-/// picture's size, unless `partSide` is larger than 512.
+/// picture's size, unless `partSide` is larger than 512; a copy of the region.
 /// @param luminance 1.0 = white; values that are not finite count as 0
-/// @throws Failure VELORN_STATUS_NO_KERNEL for pictures without edges and pictures with less than
-///         32 columns or rows; VELORN_STATUS_CANCELLED; std::bad_alloc
+/// @throws Failure VELORN_STATUS_NO_KERNEL for pictures without edges, pictures and regions with
+///         less than 32 columns or rows; VELORN_STATUS_CANCELLED; std::bad_alloc
 FoundKernel findKernel(const Plane& luminance, const FindSettings& settings, Team& team);
 
 } // namespace restoration

@@ -162,6 +162,34 @@ TEST(FindKernel, LooksAtThePartWithEdges) {
     EXPECT_GT(likeness(squareOf(kernel), discOfRadius3().scaled()), 0.9);
 }
 
+TEST(FindKernel, LooksAtTheRegion) {
+    Plane picture = pictureWith(line11(), 22);
+    const Plane part = blurredPicture(DrawnScene(200, 180, 23), hook(), 1, 24);
+    constexpr int kLeft = 110;
+    constexpr int kTop = 70;
+    for (int y = 0; y < part.height(); ++y) {
+        std::copy_n(part.row(y), part.width(), picture.row(y + kTop) + kLeft);
+    }
+    FindSettings settings;
+    settings.region = {kLeft, kTop, part.width(), part.height()};
+    const FoundKernel inRegion = found(picture, settings);
+    const FoundKernel inPart = found(part);
+    EXPECT_EQ(inRegion.kernel.values, inPart.kernel.values);
+    EXPECT_EQ(inRegion.confidence, inPart.confidence);
+}
+
+TEST(FindKernel, RegionsEndAtTheRimOfThePicture) {
+    const Plane picture = blurredPicture(DrawnScene(200, 160, 25), line11(), 1, 26);
+    FindSettings larger = {11, 11, 0};
+    larger.region = {-5, -7, 5000, 5000};
+    EXPECT_EQ(found(picture, larger).kernel.values, found(picture, {11, 11, 0}).kernel.values);
+    for (const Rect& region : {Rect{0, 0, 200, 31}, Rect{180, 0, 200, 100}, Rect{500, 0, 90, 90}}) {
+        FindSettings settings;
+        settings.region = region;
+        EXPECT_THROW(found(picture, settings), Failure);
+    }
+}
+
 TEST(FindKernel, RefusesPicturesWithoutEdges) {
     Plane grey(300, 200);
     std::ranges::fill(grey.values(), 0.3f);
