@@ -309,9 +309,12 @@ FoundKernel findKernel(const Plane& luminance, const FindSettings& settings, Tea
     if (settings.region.isEmpty()) {
         return Search(luminance, settings, team).find();
     }
-    const Rect whole{0, 0, luminance.width(), luminance.height()};
-    return Search(usablePart(luminance, intersection(settings.region, whole)), settings, team)
-        .find();
+    const Rect region =
+        intersection(settings.region, {0, 0, luminance.width(), luminance.height()});
+    if (region.isEmpty()) {
+        throw Failure(VELORN_STATUS_NO_KERNEL, "the region to look at is outside of the picture");
+    }
+    return Search(usablePart(luminance, region), settings, team).find();
 }
 
 } // namespace restoration
