@@ -1,6 +1,6 @@
 #include "restoration/blind/findKernel.h"
 
-#include "restoration/blind/candidates/analyticKernelLike.h"
+#include "restoration/blind/analytic/analyticKernelLike.h"
 #include "restoration/blind/candidates/KernelScore.h"
 #include "restoration/blind/parts/edgePart.h"
 #include "restoration/blind/parts/EdgeSpectrum.h"
@@ -115,7 +115,9 @@ public:
                           "the picture has too few edges to find a kernel");
         }
         runAll(std::array{thirdPlan()}, 0.97);
-        FoundKernel found = result(best(), simplerThan(best()));
+        const std::optional<AnalyticKernel> analytic = analyticKernelLike(best().kernel);
+        FoundKernel found = result(best(), simplerThan(best(), analytic));
+        found.kind = analytic ? analytic->kind : KernelKind();
         judgeSharpness(best().extent, found);
         return found;
     }
@@ -199,21 +201,21 @@ private:
         return {std::min(fitting, side), kStrongestRun};
     }
 
-    /// The analytic blur that explains the picture about as well as the candidate, if any: errors
-    /// of a free kernel make artefacts that a clean one does not make.
-    std::optional<Candidate> simplerThan(const Candidate& free) {
-        const std::optional<SquareKernel> kernel = analyticKernelLike(free.kernel);
+    /// The analytic kernel if it explains the picture about as well as the candidate: errors of a
+    /// free kernel make artefacts that a clean one does not make.
+    std::optional<Candidate> simplerThan(const Candidate& free,
+                                         const std::optional<AnalyticKernel>& analytic) {
         m_team.progress().beginPhase(1.0, 1);
-        if (!kernel || extentOf(*kernel) > m_bounds.smallerSide()) {
+        if (!analytic || extentOf(analytic->kernel) > m_bounds.smallerSide()) {
             return std::nullopt;
         }
         KernelScore score;
-        m_team.run([&] { score = m_scorer.of(*kernel, m_team.cancellation()); });
+        m_team.run([&] { score = m_scorer.of(analytic->kernel, m_team.cancellation()); });
         m_team.progress().advance();
         if (score.value > free.score.value + kPriceOfFreedom) {
             return std::nullopt;
         }
-        return Candidate{*kernel, score, extentOf(*kernel)};
+        return Candidate{analytic->kernel, score, extentOf(analytic->kernel)};
     }
 
     /// The candidate with the best score. One whose kernel reaches the rim of its square lacks what
@@ -235,8 +237,10 @@ private:
         const Candidate& used = simpler ? *simpler : chosen;
         const double misfit = used.score.residual / (noise * noise);
         return {cutToContent(used.kernel, m_bounds),
-                static_cast<float>(confidence(agreement, misfit)), static_cast<float>(agreement),
-                static_cast<float>(misfit)};
+                static_cast<float>(confidence(agreement, misfit)),
+                static_cast<float>(agreement),
+                static_cast<float>(misfit),
+                {}};
     }
 
     /// Searches find a small kernel, or kernels that disagree, in a picture that is not blurred.
@@ -256,6 +260,7 @@ private:
         if (edges.blurVariance < kSharpVariance) {
             found.confidence = std::min(found.confidence, kSharpConfidence);
             found.kernel = {1, 1, {1.0f}, true};
+            found.kind = {KernelKind::Shape::None};
         }
     }
 

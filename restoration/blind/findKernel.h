@@ -1,5 +1,6 @@
 #pragma once
 
+#include "restoration/blind/analytic/KernelKind.h"
 #include "restoration/kernels/Kernel.h"
 #include "restoration/planes/Plane.h"
 #include "restoration/planes/Rect.h"
@@ -31,6 +32,8 @@ struct FoundKernel {
     float agreement = 0.0f;
     /// Mean squared residual of a restoration with the kernel, in units of the noise variance.
     float misfit = 0.0f;
+    /// The blur that the kernel is, or one that it resembles.
+    KernelKind kind;
 };
 
 /// Finds the blur kernel of a picture.

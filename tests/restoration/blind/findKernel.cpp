@@ -60,16 +60,23 @@ TEST(FindKernel, FindsADisc) {
     const FoundKernel result = found(pictureWith(discOfRadius3(), 11));
     EXPECT_GT(likeness(squareOf(result.kernel), discOfRadius3().scaled()), 0.95);
     EXPECT_GE(result.confidence, 0.5f);
+    EXPECT_EQ(result.kind.shape, KernelKind::Shape::Disc);
+    EXPECT_NEAR(result.kind.extent, 3.0f, 0.3f);
 }
 
 TEST(FindKernel, FindsALine) {
     const FoundKernel result = found(pictureWith(line11(), 12));
     EXPECT_GT(likeness(squareOf(result.kernel), line11().scaled()), 0.9);
     EXPECT_GE(result.confidence, 0.5f);
+    EXPECT_EQ(result.kind.shape, KernelKind::Shape::Motion);
+    EXPECT_NEAR(result.kind.extent, 11.0f, 1.0f);
+    EXPECT_NEAR(result.kind.angle, 22.0f, 3.0f);
 }
 
 TEST(FindKernel, FindsAHookInItsOrientation) {
-    const SquareKernel kernel = squareOf(found(pictureWith(hook(), 13)).kernel);
+    const FoundKernel result = found(pictureWith(hook(), 13));
+    EXPECT_EQ(result.kind.shape, KernelKind::Shape::Free);
+    const SquareKernel kernel = squareOf(result.kernel);
     EXPECT_GT(likeness(kernel, hook().scaled()), 0.9);
     EXPECT_LT(likeness(turned(kernel), hook().scaled()), 0.8);
 }
@@ -78,6 +85,7 @@ TEST(FindKernel, FindsAPointInASharpPicture) {
     for (const std::uint32_t seed : {41u, 42u, 43u}) {
         const FoundKernel result = found(pictureWith(smallKernel(1, {1}), seed));
         EXPECT_EQ(result.kernel.width, 1);
+        EXPECT_EQ(result.kind.shape, KernelKind::Shape::None);
         EXPECT_EQ(result.kernel.height, 1);
         EXPECT_EQ(result.kernel.values, std::vector<float>{1.0f});
         EXPECT_LT(result.confidence, 0.5f);

@@ -1,4 +1,4 @@
-#include "restoration/blind/candidates/analyticKernelLike.h"
+#include "restoration/blind/analytic/analyticKernelLike.h"
 
 #include "restoration/blind/squares/kernelShape.h"
 #include "restoration/kernels/analyticKernel.h"
@@ -66,6 +66,18 @@ struct Fit {
     double likeness = 0.0;
 
     SquareKernel kernel() const { return squareOf(analyticKernel(blur, extent, angle)); }
+
+    KernelKind kind() const {
+        switch (blur) {
+        case VELORN_BLUR_GAUSSIAN:
+            return {KernelKind::Shape::Gaussian, extent, 0.0f};
+        case VELORN_BLUR_DISC:
+            return {KernelKind::Shape::Disc, extent, 0.0f};
+        case VELORN_BLUR_MOTION:
+            break;
+        }
+        return {KernelKind::Shape::Motion, extent, undirectedAngle(angle)};
+    }
 };
 
 /// The most similar kernel among extents of 0.6 to 1.25 times that of `start`, and angles nearby.
@@ -90,7 +102,7 @@ Fit refined(const Fit& start, const SquareKernel& found) {
 
 } // namespace
 
-std::optional<SquareKernel> analyticKernelLike(const SquareKernel& found) {
+std::optional<AnalyticKernel> analyticKernelLike(const SquareKernel& found) {
     const Spread spread(found);
     const auto radius = static_cast<float>(std::sqrt(spread.mean()));
     const auto length = static_cast<float>(std::sqrt(12.0 * spread.largest()));
@@ -103,7 +115,10 @@ std::optional<SquareKernel> analyticKernelLike(const SquareKernel& found) {
             best = fit;
         }
     }
-    return best.likeness < kLeastLikeness ? std::nullopt : std::optional(best.kernel());
+    if (best.likeness < kLeastLikeness) {
+        return std::nullopt;
+    }
+    return AnalyticKernel{best.kind(), best.kernel()};
 }
 
 } // namespace restoration

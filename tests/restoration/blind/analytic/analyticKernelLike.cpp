@@ -1,4 +1,4 @@
-#include "restoration/blind/candidates/analyticKernelLike.h"
+#include "restoration/blind/analytic/analyticKernelLike.h"
 
 #include "restoration/blind/squares/kernelShape.h"
 #include "tests/restoration/blind/drawnPictures.h"
@@ -16,20 +16,25 @@ TEST(AnalyticKernelLike, ADiscWithUnevenWeightsBecomesADisc) {
     }
     const auto kernel = analyticKernelLike(withSide(uneven, 15));
     ASSERT_TRUE(kernel);
-    EXPECT_GT(likeness(*kernel, discOfRadius3().scaled()), 0.99);
+    EXPECT_GT(likeness(kernel->kernel, discOfRadius3().scaled()), 0.99);
+    EXPECT_EQ(kernel->kind.shape, KernelKind::Shape::Disc);
+    EXPECT_NEAR(kernel->kind.extent, 3.0f, 0.3f);
 }
 
 TEST(AnalyticKernelLike, ALineKeepsItsDirection) {
     const auto kernel = analyticKernelLike(line11().scaled());
     ASSERT_TRUE(kernel);
-    EXPECT_GT(likeness(*kernel, line11().scaled()), 0.95);
+    EXPECT_GT(likeness(kernel->kernel, line11().scaled()), 0.95);
+    EXPECT_EQ(kernel->kind.shape, KernelKind::Shape::Motion);
+    EXPECT_NEAR(kernel->kind.extent, 11.0f, 1.0f);
+    EXPECT_NEAR(kernel->kind.angle, 22.0f, 3.0f);
     SquareKernel mirrored = line11().scaled();
     for (int row = 0; row < mirrored.side; ++row) {
         for (int column = 0; column < mirrored.side / 2; ++column) {
             std::swap(mirrored.at(row, column), mirrored.at(row, mirrored.side - 1 - column));
         }
     }
-    EXPECT_LT(likeness(*kernel, mirrored), 0.8);
+    EXPECT_LT(likeness(kernel->kernel, mirrored), 0.8);
 }
 
 TEST(AnalyticKernelLike, AGaussianStaysOne) {
@@ -41,7 +46,9 @@ TEST(AnalyticKernelLike, AGaussianStaysOne) {
     }
     const auto kernel = analyticKernelLike(withSide(gaussian, 15));
     ASSERT_TRUE(kernel);
-    EXPECT_GT(likeness(*kernel, gaussian), 0.995);
+    EXPECT_GT(likeness(kernel->kernel, gaussian), 0.995);
+    EXPECT_EQ(kernel->kind.shape, KernelKind::Shape::Gaussian);
+    EXPECT_NEAR(kernel->kind.extent, 1.7f, 0.1f);
 }
 
 TEST(AnalyticKernelLike, AHookResemblesNone) {
