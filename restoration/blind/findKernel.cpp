@@ -82,13 +82,22 @@ double noiseOf(const Plane& plane) {
     return std::max(255.0 * static_cast<double>(*middle) / kMedianOfNormal, kLeast);
 }
 
-/// A kernel that a run has found.
+/// A kernel that a run has found, or the analytic one like it.
 struct Candidate {
     SquareKernel kernel;
     KernelScore score;
+    KernelKind kind;
+    bool isAnalytic = false;
     int extent = 0;
+    /// Reaches the rim of the square of its run, and may lack what lies outside.
+    bool reachesRim = false;
+    /// The likeness with the most similar kernel of another run.
+    double agreement = 0.0;
 
-    bool reachesRim() const { return extent >= kernel.side; }
+    /// Smaller is better: errors of a free kernel make artefacts that a clean one does not make.
+    std::pair<bool, double> rank() const {
+        return {reachesRim, score.value - (isAnalytic ? kPriceOfFreedom : 0.0)};
+    }
 };
 
 struct RunPlan {
@@ -105,7 +114,7 @@ public:
           m_scorer(croppedFor(std::min(m_bounds.side(), kLargeSide)),
                    std::min(m_bounds.side(), kLargeSide) / 2, team.cancellation()) {}
 
-    FoundKernel find() {
+    std::vector<FoundKernel> find() {
         const int side = m_bounds.side();
         const std::array<RunPlan, 2> plans{
             {{std::min(kSmallSide, side), kPlainRun}, {std::min(kMiddleSide, side), kStrongRun}}};
@@ -115,10 +124,15 @@ public:
                           "the picture has too few edges to find a kernel");
         }
         runAll(std::array{thirdPlan()}, 0.97);
-        const std::optional<AnalyticKernel> analytic = analyticKernelLike(best().kernel);
-        FoundKernel found = result(best(), simplerThan(best(), analytic));
-        found.kind = analytic ? analytic->kind : KernelKind();
-        judgeSharpness(best().extent, found);
+        compareRuns();
+        addAnalytic();
+        std::ranges::stable_sort(m_candidates, {}, &Candidate::rank);
+        std::vector<FoundKernel> found;
+        const double noise = noiseOf(m_part);
+        for (const Candidate& candidate : m_candidates) {
+            found.push_back(result(candidate, noise));
+        }
+        judgeSharpness(found);
         return found;
     }
 
@@ -182,7 +196,10 @@ private:
         }
         const KernelScore score = m_scorer.of(*kernel, m_team.cancellation());
         m_team.progress().advance(scoreUnits());
-        return Candidate{*kernel, score, extentOf(*kernel)};
+        const auto like = analyticKernelLike(*kernel);
+        const int extent = extentOf(*kernel);
+        return Candidate{*kernel, score,  like ? like->kind : KernelKind(),
+                         false,   extent, extent >= kernel->side};
     }
 
     std::size_t scoreUnits() const {
@@ -201,53 +218,54 @@ private:
         return {std::min(fitting, side), kStrongestRun};
     }
 
-    /// The analytic kernel if it explains the picture about as well as the candidate: errors of a
-    /// free kernel make artefacts that a clean one does not make.
-    std::optional<Candidate> simplerThan(const Candidate& free,
-                                         const std::optional<AnalyticKernel>& analytic) {
+    /// Adds the analytic kernel that resembles the best candidate, if any.
+    void addAnalytic() {
+        const Candidate& free = best();
+        const std::optional<AnalyticKernel> analytic = analyticKernelLike(free.kernel);
         m_team.progress().beginPhase(1.0, 1);
         if (!analytic || extentOf(analytic->kernel) > m_bounds.smallerSide()) {
-            return std::nullopt;
+            return;
         }
         KernelScore score;
         m_team.run([&] { score = m_scorer.of(analytic->kernel, m_team.cancellation()); });
         m_team.progress().advance();
-        if (score.value > free.score.value + kPriceOfFreedom) {
-            return std::nullopt;
-        }
-        return Candidate{analytic->kernel, score, extentOf(analytic->kernel)};
+        m_candidates.push_back({analytic->kernel, score, analytic->kind, true,
+                                extentOf(analytic->kernel), free.reachesRim, free.agreement});
     }
 
-    /// The candidate with the best score. One whose kernel reaches the rim of its square lacks what
-    /// lies outside, and is the best only if all do.
+    /// The candidate with the best score. One whose kernel reaches the rim of its square is the
+    /// best only if all do.
     const Candidate& best() const {
-        return *std::ranges::min_element(m_candidates, {}, [](const Candidate& candidate) {
-            return std::pair(candidate.reachesRim(), candidate.score.value);
-        });
+        return *std::ranges::min_element(m_candidates, {}, &Candidate::rank);
     }
 
-    FoundKernel result(const Candidate& chosen, const std::optional<Candidate>& simpler) const {
-        double agreement = 0.0;
-        for (const Candidate& other : m_candidates) {
-            if (&other != &chosen) {
-                agreement = std::max(agreement, likeness(chosen.kernel, other.kernel));
+    void compareRuns() {
+        for (Candidate& candidate : m_candidates) {
+            for (const Candidate& other : m_candidates) {
+                if (&other != &candidate) {
+                    candidate.agreement =
+                        std::max(candidate.agreement, likeness(candidate.kernel, other.kernel));
+                }
             }
         }
-        const double noise = noiseOf(m_part);
-        const Candidate& used = simpler ? *simpler : chosen;
-        const double misfit = used.score.residual / (noise * noise);
-        return {cutToContent(used.kernel, m_bounds),
-                static_cast<float>(confidence(agreement, misfit)),
-                static_cast<float>(agreement),
+    }
+
+    FoundKernel result(const Candidate& candidate, double noise) const {
+        const double misfit = candidate.score.residual / (noise * noise);
+        return {cutToContent(candidate.kernel, m_bounds),
+                static_cast<float>(confidence(candidate.agreement, misfit)),
+                static_cast<float>(candidate.agreement),
                 static_cast<float>(misfit),
-                {}};
+                candidate.kind,
+                candidate.score.value};
     }
 
     /// Searches find a small kernel, or kernels that disagree, in a picture that is not blurred.
-    /// There, takes the kernel of a point if the edges are sharp, and doubts the kernel if they may
-    /// be.
-    void judgeSharpness(int extent, FoundKernel& found) const {
-        if (extent > kSmallExtent && static_cast<double>(found.agreement) >= kLeastAgreement) {
+    /// There, puts the kernel of a point first if the edges are sharp, and doubts the kernels if
+    /// they may be.
+    void judgeSharpness(std::vector<FoundKernel>& found) const {
+        const Candidate& first = m_candidates.front();
+        if (first.extent > kSmallExtent && first.agreement >= kLeastAgreement) {
             return;
         }
         EdgeSpectrum edges;
@@ -256,11 +274,16 @@ private:
         if (!edges.showsEdges || edges.blurVariance >= kDoubtfulVariance) {
             return;
         }
-        found.confidence = std::min(found.confidence, kDoubtfulConfidence);
-        if (edges.blurVariance < kSharpVariance) {
-            found.confidence = std::min(found.confidence, kSharpConfidence);
-            found.kernel = {1, 1, {1.0f}, true};
-            found.kind = {KernelKind::Shape::None};
+        const bool isSharp = edges.blurVariance < kSharpVariance;
+        for (FoundKernel& kernel : found) {
+            kernel.confidence =
+                std::min(kernel.confidence, isSharp ? kSharpConfidence : kDoubtfulConfidence);
+        }
+        if (isSharp) {
+            FoundKernel point = found.front();
+            point.kernel = {1, 1, {1.0f}, true};
+            point.kind = {KernelKind::Shape::None};
+            found.insert(found.begin(), std::move(point));
         }
     }
 
@@ -311,6 +334,11 @@ private:
 } // namespace
 
 FoundKernel findKernel(const Plane& luminance, const FindSettings& settings, Team& team) {
+    return std::move(findCandidates(luminance, settings, team).front());
+}
+
+std::vector<FoundKernel> findCandidates(const Plane& luminance, const FindSettings& settings,
+                                        Team& team) {
     if (settings.region.isEmpty()) {
         return Search(luminance, settings, team).find();
     }

@@ -6,6 +6,8 @@
 #include "restoration/planes/Rect.h"
 #include "restoration/threads/Team.h"
 
+#include <vector>
+
 namespace restoration {
 
 /// What a search may look for and where.
@@ -28,12 +30,15 @@ struct FoundKernel {
     /// The bounds separate useful from harmful kernels; the values in between are not
     /// probabilities.
     float confidence = 0.0f;
-    /// The likeness of the best kernel and the most similar one of the other candidates, 0..1.
+    /// The likeness of the kernel and the most similar one that another run has found, 0..1.
     float agreement = 0.0f;
     /// Mean squared residual of a restoration with the kernel, in units of the noise variance.
     float misfit = 0.0f;
     /// The blur that the kernel is, or one that it resembles.
     KernelKind kind;
+    /// How well the kernel explains the picture, compared with others for the same picture (see
+    /// KernelScore.h); smaller is better. A single pixel has the score of the best other kernel.
+    double score = 0.0;
 };
 
 /// Finds the blur kernel of a picture.
@@ -56,5 +61,11 @@ struct FoundKernel {
 /// @throws Failure VELORN_STATUS_NO_KERNEL for pictures without edges, pictures and regions with
 ///         less than 32 columns or rows; VELORN_STATUS_CANCELLED; std::bad_alloc
 FoundKernel findKernel(const Plane& luminance, const FindSettings& settings, Team& team);
+
+/// All kernels that the search considers at last, best first: the first one is that of
+/// `findKernel`, the others are worth a look where it fails. At least one; otherwise as
+/// `findKernel`.
+std::vector<FoundKernel> findCandidates(const Plane& luminance, const FindSettings& settings,
+                                        Team& team);
 
 } // namespace restoration

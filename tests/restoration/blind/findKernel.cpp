@@ -92,6 +92,29 @@ TEST(FindKernel, FindsAPointInASharpPicture) {
     }
 }
 
+TEST(FindCandidates, BestComesFirstAndIsTheKernelFound) {
+    const Plane picture = pictureWith(discOfRadius3(), 45);
+    Team team(2, {});
+    const std::vector<FoundKernel> candidates = findCandidates(picture, {}, team);
+    const FoundKernel result = found(picture);
+    ASSERT_GE(candidates.size(), 4u); // three runs and a disc
+    EXPECT_EQ(candidates.front().kernel.values, result.kernel.values);
+    EXPECT_EQ(candidates.front().confidence, result.confidence);
+    EXPECT_EQ(candidates.front().score, result.score);
+    for (std::size_t i = 2; i < candidates.size(); ++i) {
+        EXPECT_GE(candidates[i].score, candidates[i - 1].score);
+    }
+}
+
+TEST(FindCandidates, KernelsOfASharpPictureComeAfterThePoint) {
+    Team team(2, {});
+    const auto candidates = findCandidates(pictureWith(smallKernel(1, {1}), 41), {}, team);
+    ASSERT_GE(candidates.size(), 4u);
+    EXPECT_EQ(candidates.front().kind.shape, KernelKind::Shape::None);
+    EXPECT_GT(candidates[1].kernel.largerSide(), 1);
+    EXPECT_LT(candidates[1].confidence, 0.5f);
+}
+
 TEST(FindKernel, FindsSmallBlurs) {
     const WholeKernel square = smallKernel(3, {1, 1, 1, 1, 1, 1, 1, 1, 1});
     const WholeKernel level =
