@@ -114,6 +114,17 @@ command_quality() {
         --update docs/quality.md "$@"
 }
 
+# Blurs photographs of Debian's packages and drawn scenes, restores them blindly, and rewrites the
+# tables of docs/blind-restoration.md.
+command_blind() {
+    build release studyBlind
+    install_packages python3-skimage python3-scipy dpkg-dev
+    local photographs=build/release/blind
+    /usr/bin/python3 tools/blind/photographs.py "$photographs"
+    /usr/bin/python3 tools/blind/measure.py build/release/bin/studyBlind "$photographs" \
+        --update docs/blind-restoration.md "$@"
+}
+
 # Blurs a drawn scene, restores it with velorn, and shows the three side by side.
 command_demo() {
     build release velorn makeScene comparePictures compareKernels
@@ -125,8 +136,10 @@ command_demo() {
         --labels sharp,blurred,restored --sheet demo/side-by-side.png --inset 740,465,140,140
     demo_stages "$bin"
     demo_blind "$bin" focus --disc 4
+    demo_blind "$bin" motion --motion 19,25
     demo_blind "$bin" shake --shake
-    say "See demo/side-by-side.png, demo/stages.png and, for unknown blurs, demo/{focus,shake}*.png"
+    say "See demo/side-by-side.png, demo/stages.png and, for unknown blurs," \
+        "demo/{focus,motion,shake}*.png"
 }
 
 # The same photograph several times, each time with one more stage.
@@ -176,6 +189,8 @@ command_help() {
 ./do mutate     break the library on purpose, line by line, and list the breaks that no test notices
 ./do bench      build and run the benchmarks; each prints its ratio to a reference of the same run
 ./do quality    compare velorn with the filters of scikit-image and rewrite docs/quality.md
+./do blind      restore blurred photographs blindly and rewrite the tables of
+                docs/blind-restoration.md
 ./do demo       restore blurred sample scenes, with known and with unknown blur: pictures in demo/,
                 PSNR before and after
 

@@ -1,7 +1,8 @@
 // Draws the sample scene of the demonstration, and a photograph of it by a camera that is out of
-// focus or shaken.
+// focus, moved or shaken.
 #include "Degradation.h"
 #include "hosts/command/arguments/ArgumentParser.h"
+#include "hosts/command/commands/blurOf.h"
 #include "hosts/command/files/TemporaryFile.h"
 #include "hosts/command/kernels/KernelFile.h"
 #include "hosts/command/terminal/Failure.h"
@@ -19,6 +20,13 @@ void writeKernel(const std::filesystem::path& path, const velorn::BlurKernel& ke
     file.commit();
 }
 
+using Shape = velorn::AnalyticBlur::Shape;
+
+velorn::BlurKernel motionKernel(const std::vector<float>& lengthAndAngle) {
+    return velorn::makeKernel(
+        velorn::blurOf(Shape::Motion, lengthAndAngle[0], lengthAndAngle[1], "--motion"));
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -31,6 +39,7 @@ int main(int argc, char** argv) {
     std::string blurred;
     std::string kernelPath;
     bool isShaken = false;
+    std::vector<float> motion;
     int width = 1024;
     int height = 768;
     float radius = 4.0f;
@@ -42,6 +51,11 @@ int main(int argc, char** argv) {
     parser.add("--height", height, "Height in pixels").showDefault().within(64, 8192);
     parser.add("--disc", radius, "Radius of the blur in pixels").showDefault().within(0.5, 50.0);
     parser.add("--shake", isShaken, "Blur by a curved camera shake instead of a disc");
+    parser
+        .add("--motion", motion,
+             "Blur by a straight motion of this length and angle instead of a disc")
+        .commaSeparated(2)
+        .valueName("LENGTH,ANGLE");
     parser.add("--kernel", kernelPath, "File for the kernel of the blur");
     parser.add("--noise", noise, "Standard deviation of the noise in levels of 255").showDefault();
     parser.add("--seed", seed, "Seed of the random numbers").showDefault();
@@ -49,8 +63,9 @@ int main(int argc, char** argv) {
         if (!parser.parse({argv + 1, argv + argc}, std::cout)) {
             return 0;
         }
-        const BlurKernel kernel =
-            isShaken ? curvedShake() : makeKernel({AnalyticBlur::Shape::Disc, radius, 0.0f});
+        const BlurKernel kernel = isShaken         ? curvedShake()
+                                  : motion.empty() ? makeKernel({Shape::Disc, radius, 0.0f})
+                                                   : motionKernel(motion);
         const int margin = kernel.width / 2;
         const cv::Mat scene = drawScene(width, height, margin, seed);
         writeColours(sharp, scene(cv::Rect(margin, margin, width, height)));

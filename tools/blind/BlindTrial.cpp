@@ -3,8 +3,8 @@
 #include "KernelLikeness.h"
 #include "restored.h"
 
-#include <chrono>
 #include <cmath>
+#include <ctime>
 
 namespace velorn::tools {
 namespace {
@@ -29,9 +29,9 @@ double BlindTrial::errorRatio() const {
 }
 
 std::optional<BlindTrial> blindTrial(const Photograph& photograph, const BlurKernel& truth) {
-    const auto start = std::chrono::steady_clock::now();
+    const std::clock_t start = std::clock();
     const auto found = foundIn(photograph.taken);
-    const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start;
+    const std::clock_t end = std::clock();
     if (!found) {
         return std::nullopt;
     }
@@ -45,7 +45,7 @@ std::optional<BlindTrial> blindTrial(const Photograph& photograph, const BlurKer
             ? trial.blurred
             : photograph.decibelsWhenMoved(restored(photograph.taken, libraryKernel(truth)));
     trial.likeness = likeness(blurKernelOf(found->kernel), truth);
-    trial.seconds = time.count();
+    trial.seconds = static_cast<double>(end - start) / CLOCKS_PER_SEC;
     trial.confidence = found->report.confidence;
     return trial;
 }

@@ -14,7 +14,7 @@ struct BlindTrial {
     double inPlace = 0.0;
     double known = 0.0;
     double likeness = 0.0;
-    double seconds = 0.0; ///< of the search, on one thread
+    double seconds = 0.0; ///< processor time of the search
     float confidence = 0.0f;
 
     double gain() const { return blind - blurred; }
