@@ -13,6 +13,7 @@
 #include <cmath>
 #include <cstddef>
 #include <optional>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -82,6 +83,20 @@ double noiseOf(const Plane& plane) {
     return std::max(255.0 * static_cast<double>(*middle) / kMedianOfNormal, kLeast);
 }
 
+/// `kernel` amid zeros. Both its sides are at most `side`, which is odd.
+SquareKernel squareAround(const Kernel& kernel, int side) {
+    SquareKernel square(side);
+    const int down = (side - kernel.height) / 2;
+    const int right = (side - kernel.width) / 2;
+    for (int y = 0; y < kernel.height; ++y) {
+        for (int x = 0; x < kernel.width; ++x) {
+            // The search knows no negative weights.
+            square.at(y + down, x + right) = std::max(static_cast<double>(kernel.at(y, x)), 0.0);
+        }
+    }
+    return withSide(square, side);
+}
+
 /// A kernel that a run has found, or the analytic one like it.
 struct Candidate {
     SquareKernel kernel;
@@ -110,20 +125,17 @@ public:
     Search(const Plane& luminance, const FindSettings& settings, Team& team)
         : m_team(team), m_bounds(boundsFor(luminance, settings)),
           m_isChosen(settings.partSide == 0), m_smoothing(settings.smoothing),
+          m_start(settings.start),
           m_part(partOf(luminance, m_isChosen ? kChosenSide : settings.partSide, team)),
           m_scorer(croppedFor(std::min(m_bounds.side(), kLargeSide)),
                    std::min(m_bounds.side(), kLargeSide) / 2, team.cancellation()) {}
 
     std::vector<FoundKernel> find() {
-        const int side = m_bounds.side();
-        const std::array<RunPlan, 2> plans{
-            {{std::min(kSmallSide, side), kPlainRun}, {std::min(kMiddleSide, side), kStrongRun}}};
-        runAll(plans, 0.65);
-        if (m_candidates.empty()) {
-            throw Failure(VELORN_STATUS_NO_KERNEL,
-                          "the picture has too few edges to find a kernel");
+        if (m_start != nullptr) {
+            refine();
+        } else {
+            search();
         }
-        runAll(std::array{thirdPlan()}, 0.97);
         compareRuns();
         addAnalytic();
         std::ranges::stable_sort(m_candidates, {}, &Candidate::rank);
@@ -142,12 +154,33 @@ private:
         if (shorter < kLeastPictureSide) {
             throw Failure(VELORN_STATUS_NO_KERNEL, "the picture is too small to find a kernel");
         }
+        if (settings.start != nullptr) {
+            return boundsAround(*settings.start, odd(shorter / 3));
+        }
         const auto bound = [&](int wanted) {
             const int possible = odd(shorter / 5);
             return wanted == 0 ? possible
                                : std::min(odd(std::max(wanted - 1, 3)), odd(shorter / 3));
         };
         return {bound(settings.maxWidth), bound(settings.maxHeight)};
+    }
+
+    /// Room for a kernel to refine, to move and to grow.
+    static KernelBounds boundsAround(const Kernel& start, int possible) {
+        const int most = std::min(possible, kLargeSide);
+        if (start.largerSide() > most) {
+            throw Failure(VELORN_STATUS_KERNEL_TOO_LARGE,
+                          "the kernel to refine is " + std::to_string(start.width) + " by " +
+                              std::to_string(start.height) + ", but may only be " +
+                              std::to_string(most) + " by " + std::to_string(most));
+        }
+        return {std::min(fittingSide(start.width), most),
+                std::min(fittingSide(start.height), most)};
+    }
+
+    /// The side of a run for a kernel that is about `extent` wide.
+    static int fittingSide(int extent) {
+        return std::max(odd(static_cast<int>(1.4 * extent + 3.0)), 7);
     }
 
     static Plane partOf(const Plane& luminance, int side, Team& team) {
@@ -165,6 +198,43 @@ private:
 
     KernelBounds boundsOf(const RunPlan& plan) const {
         return {std::min(plan.side, m_bounds.width), std::min(plan.side, m_bounds.height)};
+    }
+
+    void search() {
+        const int side = m_bounds.side();
+        const std::array<RunPlan, 2> plans{
+            {{std::min(kSmallSide, side), kPlainRun}, {std::min(kMiddleSide, side), kStrongRun}}};
+        runAll(plans, 0.65);
+        requireEdges();
+        runAll(std::array{thirdPlan()}, 0.97);
+    }
+
+    /// Adds the refined start and the start.
+    void refine() {
+        const SquareKernel start = squareAround(*m_start, m_bounds.side());
+        const Plane picture = croppedFor(m_bounds.side());
+        RunSettings settings = kRefiningRun;
+        settings.smoothing = m_smoothing;
+        m_team.progress().beginPhase(
+            0.97, refinementUnits(picture.width(), picture.height(), m_bounds, settings) +
+                      2 * scoreUnits());
+        m_team.run([&] {
+            const auto refined = refineKernel(picture, start, m_bounds, settings, m_team.progress(),
+                                              m_team.cancellation());
+            if (refined) {
+                m_candidates.push_back(scored(*refined));
+                m_candidates.push_back(scored(start));
+                m_candidates.back().reachesRim = false; // nothing lies outside of the start
+            }
+        });
+        requireEdges();
+    }
+
+    void requireEdges() const {
+        if (m_candidates.empty()) {
+            throw Failure(VELORN_STATUS_NO_KERNEL,
+                          "the picture has too few edges to find a kernel");
+        }
     }
 
     /// Runs the plans side by side and keeps the kernels found. The call has come to `until` then.
@@ -191,15 +261,16 @@ private:
         settings.smoothing = m_smoothing;
         auto kernel = runSearch(croppedFor(plan.side), boundsOf(plan), settings, m_team.progress(),
                                 m_team.cancellation());
-        if (!kernel) {
-            return std::nullopt;
-        }
-        const KernelScore score = m_scorer.of(*kernel, m_team.cancellation());
+        return kernel ? std::optional(scored(*kernel)) : std::nullopt;
+    }
+
+    Candidate scored(const SquareKernel& kernel) const {
+        const KernelScore score = m_scorer.of(kernel, m_team.cancellation());
         m_team.progress().advance(scoreUnits());
-        const auto like = analyticKernelLike(*kernel);
-        const int extent = extentOf(*kernel);
-        return Candidate{*kernel, score,  like ? like->kind : KernelKind(),
-                         false,   extent, extent >= kernel->side};
+        const auto like = analyticKernelLike(kernel);
+        const int extent = extentOf(kernel);
+        return {kernel, score,  like ? like->kind : KernelKind(),
+                false,  extent, extent >= kernel.side};
     }
 
     std::size_t scoreUnits() const {
@@ -214,8 +285,7 @@ private:
         if (extent > 0.75 * std::min(kMiddleSide, side) && side > kMiddleSide) {
             return {std::min(kLargeSide, side), kPlainRun};
         }
-        const int fitting = std::max(odd(static_cast<int>(1.4 * extent + 3.0)), 7);
-        return {std::min(fitting, side), kStrongestRun};
+        return {std::min(fittingSide(extent), side), kStrongestRun};
     }
 
     /// Adds the analytic kernel that resembles the best candidate, if any.
@@ -279,7 +349,7 @@ private:
             kernel.confidence =
                 std::min(kernel.confidence, isSharp ? kSharpConfidence : kDoubtfulConfidence);
         }
-        if (isSharp) {
+        if (isSharp && m_start == nullptr) {
             FoundKernel point = found.front();
             point.kernel = {1, 1, {1.0f}, true};
             point.kind = {KernelKind::Shape::None};
@@ -326,6 +396,7 @@ private:
     KernelBounds m_bounds;
     bool m_isChosen;
     double m_smoothing;
+    const Kernel* m_start;
     Plane m_part;
     KernelScorer m_scorer;
     std::vector<Candidate> m_candidates;

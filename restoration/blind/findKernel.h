@@ -21,6 +21,9 @@ struct FindSettings {
     /// The rectangle of the picture to look at; empty: all of it. What lies outside of the picture
     /// is ignored.
     Rect region{};
+    /// A kernel to refine; null: none. Its sides are at most 71 and a third of the shorter side of
+    /// the picture; those above count for nothing then.
+    const Kernel* start = nullptr;
 };
 
 /// A kernel found in a picture.
@@ -54,12 +57,16 @@ struct FoundKernel {
 /// Edges that are as steep as those of sharp pictures (EdgeSpectrum.h) contradict a small kernel,
 /// and kernels that disagree: the result is then the kernel of a single pixel.
 ///
+/// A kernel to refine replaces the search: the two finest levels of a run begin with it. Candidates
+/// are the refined kernel, the kernel itself, and the analytic one like the better of the two.
+///
 /// The runs are pieces of `team`. The result does not depend on the number of threads or on the
 /// processor. Memory: about 20 MB beyond the picture's, 30 MB on two threads, whatever the
 /// picture's size, unless `partSide` is larger than 512; a copy of the region.
 /// @param luminance 1.0 = white; values that are not finite count as 0
 /// @throws Failure VELORN_STATUS_NO_KERNEL for pictures without edges, pictures and regions with
-///         less than 32 columns or rows; VELORN_STATUS_CANCELLED; std::bad_alloc
+///         less than 32 columns or rows; VELORN_STATUS_KERNEL_TOO_LARGE for a kernel to refine;
+///         VELORN_STATUS_CANCELLED; std::bad_alloc
 FoundKernel findKernel(const Plane& luminance, const FindSettings& settings, Team& team);
 
 /// All kernels that the search considers at last, best first: the first one is that of

@@ -19,6 +19,8 @@ constexpr double kCoarsestSide = 5.0;
 /// Edges for each column of the kernel and each row of the picture.
 constexpr double kEnoughEdges = 0.5;
 constexpr int kMostHalvings = 12;
+/// The level at which a refinement begins.
+constexpr int kRefinedLevel = 1;
 /// Keeps gradients of 0.03 levels of 255: weaker ones are rounding errors of the transforms.
 constexpr float kLeastLambda = 1e-7f;
 
@@ -44,8 +46,6 @@ public:
         : RunLevel(reduced(picture, scale, cancellation), reducedRadius(bounds.side(), scale),
                    {reducedRadius(bounds.width, scale), reducedRadius(bounds.height, scale)},
                    cancellation) {}
-
-    int radius() const { return m_radius; }
 
     /// One iteration. Lowers `lambda` while too few edges are kept.
     /// @param smoothing of the edges, see RunSettings
@@ -107,35 +107,41 @@ std::size_t iterationUnits(int length, const KernelBounds& bounds, double scale)
     return side * side;
 }
 
-} // namespace
-
-int transformSide(int length, int radius) noexcept {
-    return std::max(powerOfTwoFrom(length + 2 * radius + 2), 32);
-}
-
-std::size_t runUnits(int width, int height, const KernelBounds& bounds,
-                     const RunSettings& settings) {
+/// The work of the levels from `coarsest` to full size.
+std::size_t levelUnits(int length, const KernelBounds& bounds, const RunSettings& settings,
+                       int coarsest) {
     std::size_t units = 0;
-    for (int l = levelCount(bounds.side()); l >= 0; --l) {
-        units += iterationUnits(std::max(width, height), bounds, scaleOf(l));
+    for (int l = coarsest; l >= 0; --l) {
+        units += iterationUnits(length, bounds, scaleOf(l));
     }
     return units * static_cast<std::size_t>(settings.iterations);
 }
 
-std::optional<SquareKernel> runSearch(const Plane& picture, const KernelBounds& bounds,
-                                      const RunSettings& settings, ProgressMeter& progress,
+/// The weight of the kept gradients at `level`.
+float lambdaAt(int level, int coarsest, const RunSettings& settings) {
+    const double share = static_cast<double>(coarsest - level) / coarsest;
+    return static_cast<float>(settings.firstLambda *
+                              std::pow(settings.lastLambda / settings.firstLambda, share));
+}
+
+int sideAt(int level, const KernelBounds& bounds) {
+    return 2 * reducedRadius(bounds.side(), scaleOf(level)) + 1;
+}
+
+/// Runs the levels from `coarsest` (at least 1) to full size, beginning with `kernel`, which has
+/// the side of the coarsest one.
+std::optional<SquareKernel> runLevels(const Plane& picture, SquareKernel kernel,
+                                      const KernelBounds& bounds, const RunSettings& settings,
+                                      int coarsest, ProgressMeter& progress,
                                       const Cancellation& cancellation) {
-    const int levels = levelCount(bounds.side());
     const int length = std::max(picture.width(), picture.height());
-    SquareKernel kernel;
     bool hasSeenEdges = false;
-    for (int l = levels; l >= 0; --l) {
+    for (int l = coarsest; l >= 0; --l) {
         RunLevel level(picture, scaleOf(l), bounds, cancellation);
-        const int side = 2 * level.radius() + 1;
-        kernel = l == levels ? startingKernel(side) : resampled(kernel, side, kRatio);
-        const double share = static_cast<double>(levels - l) / levels;
-        auto lambda = static_cast<float>(
-            settings.firstLambda * std::pow(settings.lastLambda / settings.firstLambda, share));
+        if (l < coarsest) {
+            kernel = resampled(kernel, sideAt(l, bounds), kRatio);
+        }
+        float lambda = lambdaAt(l, coarsest, settings);
         for (int i = 0; i < settings.iterations; ++i) {
             const bool isLast = l == 0 && i + 1 == settings.iterations;
             hasSeenEdges = level.improve(lambda, settings.threshold,
@@ -144,6 +150,39 @@ std::optional<SquareKernel> runSearch(const Plane& picture, const KernelBounds& 
         }
     }
     return hasSeenEdges ? std::optional(kernel) : std::nullopt;
+}
+
+} // namespace
+
+int transformSide(int length, int radius) noexcept {
+    return std::max(powerOfTwoFrom(length + 2 * radius + 2), 32);
+}
+
+std::size_t runUnits(int width, int height, const KernelBounds& bounds,
+                     const RunSettings& settings) {
+    return levelUnits(std::max(width, height), bounds, settings, levelCount(bounds.side()));
+}
+
+std::optional<SquareKernel> runSearch(const Plane& picture, const KernelBounds& bounds,
+                                      const RunSettings& settings, ProgressMeter& progress,
+                                      const Cancellation& cancellation) {
+    const int coarsest = levelCount(bounds.side());
+    return runLevels(picture, startingKernel(sideAt(coarsest, bounds)), bounds, settings, coarsest,
+                     progress, cancellation);
+}
+
+std::size_t refinementUnits(int width, int height, const KernelBounds& bounds,
+                            const RunSettings& settings) {
+    return levelUnits(std::max(width, height), bounds, settings, kRefinedLevel);
+}
+
+std::optional<SquareKernel> refineKernel(const Plane& picture, const SquareKernel& start,
+                                         const KernelBounds& bounds, const RunSettings& settings,
+                                         ProgressMeter& progress,
+                                         const Cancellation& cancellation) {
+    const double pitch = 1.0 / scaleOf(kRefinedLevel);
+    return runLevels(picture, resampled(start, sideAt(kRefinedLevel, bounds), pitch), bounds,
+                     settings, kRefinedLevel, progress, cancellation);
 }
 
 } // namespace restoration

@@ -24,6 +24,8 @@ struct RunSettings {
 inline constexpr RunSettings kPlainRun{4e-3f, 5e-4f, 5, 0.05, 0.0};
 inline constexpr RunSettings kStrongRun{1e-2f, 5e-4f, 8, 0.05, 0.0};
 inline constexpr RunSettings kStrongestRun{2e-2f, 5e-4f, 8, 0.08, 0.0};
+/// Of refinements.
+inline constexpr RunSettings kRefiningRun{7e-4f, 5e-4f, 5, 0.05, 0.0};
 
 /// The columns and rows that a kernel may have; odd.
 struct KernelBounds {
@@ -49,6 +51,15 @@ std::size_t runUnits(int width, int height, const KernelBounds& bounds,
 std::optional<SquareKernel> runSearch(const Plane& picture, const KernelBounds& bounds,
                                       const RunSettings& settings, ProgressMeter& progress,
                                       const Cancellation& cancellation);
+
+/// The two finest levels of such a run, begun at `start`, a kernel of any side, instead of a search
+/// from coarse to fine. `progress` advances by `refinementUnits`.
+std::optional<SquareKernel> refineKernel(const Plane& picture, const SquareKernel& start,
+                                         const KernelBounds& bounds, const RunSettings& settings,
+                                         ProgressMeter& progress, const Cancellation& cancellation);
+
+std::size_t refinementUnits(int width, int height, const KernelBounds& bounds,
+                            const RunSettings& settings);
 
 /// The side of the transform for a picture whose larger side is `length`, with kernels of `radius`.
 int transformSide(int length, int radius) noexcept;
