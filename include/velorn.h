@@ -6,6 +6,7 @@
  *   velornMakeKernel,
  *   velornKernelFromValues              make a blur kernel
  *   velornFindKernel                    finds the blur kernel in the picture
+ *   velornFindCandidates                finds it and the kernels that came close
  *   velornNoise                         measures the noise of a picture
  *
  * A host that knows the blur needs two calls:
@@ -75,7 +76,7 @@ typedef enum VelornStatus {
  * thread. */
 VELORN_PUBLIC const char* velornLastMessage(void);
 
-/* The version of the library, for example "1.0.0". */
+/* The version of the library, for example "1.1.0". */
 VELORN_PUBLIC const char* velornVersion(void);
 
 /* ---- Pictures -------------------------------------------------------------------------------- */
@@ -300,16 +301,48 @@ typedef struct VelornFindSettings {
     int32_t threads; /* as in VelornRestoreSettings */
     VelornProgress progress;
     void* userData;
+
+    /* Look at this part of the picture only. A width of 0 (default) means all of it. */
+    VelornRegion region;
+    /* A kernel to refine, or null (default). The search then starts from this kernel and finds its
+     * details; candidates are the refined kernel and the kernel itself. The kernel must stay valid
+     * until the call returns. Its sides are at most 71 and a third of the shorter side of the
+     * picture, or of the region; `maxWidth` and `maxHeight` have no effect. */
+    const VelornKernel* start;
 } VelornFindSettings;
 
 /* Writes the defaults. `settings->size` must be set. */
 VELORN_PUBLIC VelornStatus velornFindDefaults(VelornFindSettings* settings);
 
+/* The blur that a kernel is, or resembles. */
+typedef enum VelornKernelKind {
+    VELORN_KIND_NONE = 0,     /* the kernel of a single pixel: the picture is not blurred */
+    VELORN_KIND_GAUSSIAN = 1, /* as VELORN_BLUR_GAUSSIAN */
+    VELORN_KIND_DISC = 2,     /* as VELORN_BLUR_DISC */
+    VELORN_KIND_MOTION = 3,   /* as VELORN_BLUR_MOTION */
+    VELORN_KIND_FREE = 4 /* anything else: camera shake, curved motion, several blurs at once */
+} VelornKernelKind;
+
 typedef struct VelornFindReport {
-    uint32_t size;    /* sizeof(VelornFindReport), set by the host */
-    float confidence; /* 0..1; below 0.5 a restoration with the kernel may do harm */
-    float agreement;  /* likeness of the kernel and those of the other candidates, 0..1 */
-    float misfit;     /* mean squared residual of the restoration, in units of the noise variance */
+    uint32_t size; /* sizeof(VelornFindReport), set by the host */
+    /* The probability that a restoration with the kernel is better than the picture, 0..1. */
+    float confidence;
+    float agreement; /* likeness of the kernel and those of the other candidates, 0..1 */
+    float misfit;    /* mean squared residual of the restoration, in units of the noise variance */
+
+    int32_t kind; /* VelornKernelKind */
+    /* Pixels: the extent as for velornMakeKernel; of VELORN_KIND_FREE the longer side of the
+     * weights above 0; of VELORN_KIND_NONE 0. */
+    float extent;
+    float angle; /* of VELORN_KIND_MOTION: degrees as for velornMakeKernel, above -90, at most 90 */
+    /* How well the kernel explains the picture, compared with the other candidates; smaller is
+     * better. Scores of different pictures or settings cannot be compared. */
+    float score;
+    int32_t parts; /* parts of the picture that were looked at */
+    /* Likeness of the kernels of these parts, 0..1; 1 for one part. A low value says that the blur
+     * differs across the picture. */
+    float partAgreement;
+    int32_t candidates; /* kernels that the call has found, at most VELORN_MOST_CANDIDATES */
 } VelornFindReport;
 
 /* Finds the kernel of a picture of unknown blur.
@@ -319,11 +352,34 @@ typedef struct VelornFindReport {
  * their values counts as exact. A picture with sharp edges has a kernel of a single pixel, and a
  * confidence below 0.5.
  *
- * Fails with VELORN_STATUS_NO_KERNEL for a picture without edges or with fewer than 32 columns or
- * rows. `settings` null: the defaults; `report` may be null. */
+ * Fails with VELORN_STATUS_NO_KERNEL for a picture (or a region) without edges or with fewer than
+ * 32 columns or rows, and with VELORN_STATUS_KERNEL_TOO_LARGE for a start that is too large.
+ * `settings` null: the defaults; `report` may be null. */
 VELORN_PUBLIC VelornStatus velornFindKernel(const VelornPicture* picture,
                                             const VelornFindSettings* settings,
                                             VelornKernel** kernel, VelornFindReport* report);
+
+/* Calls of velornFindCandidates find at most this many kernels. */
+enum { VELORN_MOST_CANDIDATES = 32 };
+
+/* Finds the kernels that a picture of unknown blur may have, so that a person can choose.
+ *
+ * picture    as for velornFindKernel
+ * settings   as for velornFindKernel
+ * kernels    receives the best kernels, best first, in its first elements, and null in the others.
+ *            The first one is that of velornFindKernel. The host frees each with velornFreeKernel.
+ *            All are null after a failure.
+ * reports    receives a report for each kernel; null, or `capacity` records of the same size.
+ *            Records without a kernel stay unchanged, all do after a failure.
+ * capacity   elements of `kernels`, at least 1
+ * count      receives the number of kernels, at most `capacity`; 0 after a failure. The reports say
+ *            how many the call has found.
+ *
+ * Takes as long as velornFindKernel and fails as it does. */
+VELORN_PUBLIC VelornStatus velornFindCandidates(const VelornPicture* picture,
+                                                const VelornFindSettings* settings,
+                                                VelornKernel** kernels, VelornFindReport* reports,
+                                                int32_t capacity, int32_t* count);
 
 #ifdef __cplusplus
 }

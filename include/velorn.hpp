@@ -201,6 +201,35 @@ inline FoundKernel findKernel(const VelornPicture& picture,
     return {Kernel(kernel), report};
 }
 
+/// See velornFindCandidates: best first, at least one. `progress`, if there is one, replaces that
+/// of the settings.
+inline std::vector<FoundKernel> findCandidates(const VelornPicture& picture,
+                                               VelornFindSettings settings = findSettings(),
+                                               const Progress& progress = {}) {
+    struct Free {
+        void operator()(VelornKernel* kernel) const { velornFreeKernel(kernel); }
+    };
+    constexpr std::size_t kMost = VELORN_MOST_CANDIDATES;
+    std::vector<VelornKernel*> kernels(kMost);
+    std::vector<std::unique_ptr<VelornKernel, Free>> owned(kMost);
+    std::vector<VelornFindReport> reports(kMost);
+    for (VelornFindReport& report : reports) {
+        report.size = sizeof report;
+    }
+    std::int32_t count = 0;
+    detail::ProgressCall call(progress, settings);
+    call.finish(velornFindCandidates(&picture, &settings, kernels.data(), reports.data(),
+                                     VELORN_MOST_CANDIDATES, &count));
+    for (std::size_t i = 0; i < kMost; ++i) {
+        owned[i].reset(kernels[i]);
+    }
+    std::vector<FoundKernel> found;
+    for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i) {
+        found.push_back({Kernel(owned[i].release()), reports[i]});
+    }
+    return found;
+}
+
 } // namespace velorn::api
 
 #endif

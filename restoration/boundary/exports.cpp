@@ -1,7 +1,9 @@
 // The functions of velorn.h: they check their arguments and call the library.
 #include "restoration/blind/findKernel.h"
 #include "restoration/boundary/argumentChecks.h"
+#include "restoration/boundary/CandidateTarget.h"
 #include "restoration/boundary/checkPicture.h"
+#include "restoration/boundary/findReport.h"
 #include "restoration/boundary/findSettings.h"
 #include "restoration/boundary/guardedCall.h"
 #include "restoration/boundary/lastMessage.h"
@@ -62,23 +64,15 @@ Kernel kernelOfValues(const float* values, std::int32_t width, std::int32_t heig
     return kernelFromValues({values, values + std::ptrdiff_t{width} * height}, width, height);
 }
 
-FoundKernel foundKernel(const VelornPicture& picture, const VelornFindSettings& settings) {
+/// Best first, at least one.
+std::vector<FoundKernel> foundKernels(const VelornPicture& picture,
+                                      const VelornFindSettings& settings) {
     Team team(settings.threads, {settings.progress, settings.userData});
     const Plane luminance = luminancePlane(PictureReader(picture), team);
-    FoundKernel found = findKernel(luminance,
-                                   {settings.maxWidth, settings.maxHeight, settings.partSide,
-                                    static_cast<double>(settings.smoothing)},
-                                   team);
+    std::vector<FoundKernel> found = findCandidates(luminance, searchOf(settings), team);
     team.finish();
+    found.resize(std::min(found.size(), std::size_t{VELORN_MOST_CANDIDATES}));
     return found;
-}
-
-VelornFindReport reportOf(const FoundKernel& found) {
-    VelornFindReport report{};
-    report.confidence = found.confidence;
-    report.agreement = found.agreement;
-    report.misfit = found.misfit;
-    return report;
 }
 
 } // namespace
@@ -170,12 +164,30 @@ VelornStatus velornFindKernel(const VelornPicture* picture, const VelornFindSett
                               VelornKernel** kernel, VelornFindReport* report) {
     return makeKernel(kernel, [=] {
         checkPicture(picture, "picture");
-        const VelornFindSettings checked = checkedSettings(settings);
+        const VelornFindSettings checked = checkedSettings(settings, *picture);
         requireRecordOrNull(report, "report");
-        FoundKernel found = foundKernel(*picture, checked);
+        std::vector<FoundKernel> found = foundKernels(*picture, checked);
         if (report != nullptr) {
-            writeRecord(reportOf(found), *report);
+            writeRecord(findReport(found.front(), found.size()), *report);
         }
-        return std::move(found.kernel); // a copy could fail after the report is written
+        return std::move(found.front().kernel); // a copy could fail after the report is written
+    });
+}
+
+VelornStatus velornFindCandidates(const VelornPicture* picture, const VelornFindSettings* settings,
+                                  VelornKernel** kernels, VelornFindReport* reports,
+                                  int32_t capacity, int32_t* count) {
+    if (kernels != nullptr) {
+        std::fill_n(kernels, capacity, nullptr);
+    }
+    if (count != nullptr) {
+        *count = 0;
+    }
+    return guardedCall([=] {
+        checkPicture(picture, "picture");
+        const VelornFindSettings checked = checkedSettings(settings, *picture);
+        const CandidateTarget target(kernels, reports, capacity);
+        requirePointer(count, "count");
+        *count = target.write(foundKernels(*picture, checked));
     });
 }

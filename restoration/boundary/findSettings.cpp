@@ -1,7 +1,9 @@
 #include "restoration/boundary/findSettings.h"
 
 #include "restoration/boundary/argumentChecks.h"
+#include "restoration/boundary/checkedRegion.h"
 #include "restoration/boundary/records.h"
+#include "restoration/boundary/VelornKernel.h"
 
 #include <limits>
 
@@ -26,12 +28,13 @@ VelornFindSettings findDefaults() noexcept {
     return settings;
 }
 
-VelornFindSettings checkedSettings(const VelornFindSettings* settings) {
-    if (settings == nullptr) {
-        return findDefaults();
+VelornFindSettings checkedSettings(const VelornFindSettings* settings,
+                                   const VelornPicture& picture) {
+    VelornFindSettings checked = findDefaults();
+    if (settings != nullptr) {
+        requireRecord(settings, "settings");
+        checked = readRecord(*settings, checked);
     }
-    requireRecord(settings, "settings");
-    const VelornFindSettings checked = readRecord(*settings, findDefaults());
     constexpr int kSmallestSide = 3;
     constexpr int kSmallestPart = 64;
     requireZeroOrRange(checked.maxWidth, kSmallestSide, VELORN_LARGEST_KERNEL_SIDE,
@@ -42,7 +45,19 @@ VelornFindSettings checkedSettings(const VelornFindSettings* settings) {
     constexpr FloatRange kSmoothing{.most = 2.0f};
     requireRange(checked.smoothing, kSmoothing, "settings->smoothing");
     requireRange(checked.threads, 0, kNoLimit, "settings->threads");
+    if (checked.region.width != 0) {
+        checkedRegion(checked.region, picture);
+    }
     return checked;
+}
+
+FindSettings searchOf(const VelornFindSettings& settings) noexcept {
+    const VelornRegion& region = settings.region;
+    FindSettings search{settings.maxWidth, settings.maxHeight, settings.partSide,
+                        static_cast<double>(settings.smoothing),
+                        Rect{region.x, region.y, region.width, region.height}};
+    search.start = settings.start != nullptr ? &settings.start->kernel : nullptr;
+    return search;
 }
 
 } // namespace restoration

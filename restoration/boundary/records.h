@@ -1,8 +1,10 @@
 #pragma once
 
 #include "restoration/boundary/argumentChecks.h"
+#include "velorn.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <string>
@@ -10,9 +12,17 @@
 /// Records that later versions extend: they begin with `size`, the size that the host knows.
 namespace restoration {
 
-/// The sizes of a record in all versions so far, in ascending order. Version 1.0 has one.
+/// The sizes of a record in all versions so far, in ascending order. Most records have one.
 template <class Record>
 inline constexpr std::uint32_t kKnownSizes[] = {sizeof(Record)};
+
+/// Version 1.0 ended before the fields named here.
+template <>
+inline constexpr std::uint32_t kKnownSizes<VelornFindSettings>[] = {
+    offsetof(VelornFindSettings, region), sizeof(VelornFindSettings)};
+template <>
+inline constexpr std::uint32_t kKnownSizes<VelornFindReport>[] = {offsetof(VelornFindReport, kind),
+                                                                  sizeof(VelornFindReport)};
 
 /// @throws Failure VELORN_STATUS_INVALID_ARGUMENT for null and sizes that no version had
 template <class Record>

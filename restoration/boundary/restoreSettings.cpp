@@ -1,6 +1,7 @@
 #include "restoration/boundary/restoreSettings.h"
 
 #include "restoration/boundary/argumentChecks.h"
+#include "restoration/boundary/checkedRegion.h"
 #include "restoration/boundary/records.h"
 
 #include <limits>
@@ -58,21 +59,6 @@ constexpr ChoiceSetting kChoiceSettings[] = {
 
 std::string settingName(const char* name) {
     return std::string("settings->") + name;
-}
-
-void checkSpan(std::int32_t start, std::int32_t length, std::int32_t whole, const char* startName,
-               const char* lengthName) {
-    requireRange(start, 0, std::int64_t{whole} - 1, settingName(startName));
-    requireRange(length, 1, std::int64_t{whole} - start, settingName(lengthName));
-}
-
-VelornRegion checkedRegion(const VelornRegion& region, const VelornPicture& source) {
-    if (region.width == 0) {
-        return {0, 0, source.width, source.height};
-    }
-    checkSpan(region.x, region.width, source.width, "region.x", "region.width");
-    checkSpan(region.y, region.height, source.height, "region.y", "region.height");
-    return region;
 }
 
 } // namespace

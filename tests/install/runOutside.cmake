@@ -38,6 +38,6 @@ endforeach()
 # The library's file has its version, and hosts refer to it by the SONAME.
 file(GLOB versions RELATIVE ${folder} ${folder}/libvelorn.so*)
 list(SORT versions)
-if(NOT versions STREQUAL "libvelorn.so;libvelorn.so.1;libvelorn.so.1.0.0")
+if(NOT versions STREQUAL "libvelorn.so;libvelorn.so.1;libvelorn.so.1.1.0")
     message(FATAL_ERROR "unexpected files of libvelorn: ${versions}")
 endif()

@@ -93,6 +93,22 @@ TEST(ExhaustedMemoryDeathTest, SearchGivesNoKernel) {
     });
 }
 
+TEST(ExhaustedMemoryDeathTest, SearchGivesNoCandidates) {
+    inAFreshProcess([] {
+        HostPicture picture = scenePicture({.width = 300, .height = 300}, nullptr);
+        const VelornPicture view = picture.view();
+        VelornKernel* kernels[3] = {};
+        std::int32_t count = 3;
+        {
+            const AddressSpaceLimit limit(kRoom);
+            EXPECT_EQ(velornFindCandidates(&view, nullptr, kernels, nullptr, 3, &count),
+                      VELORN_STATUS_OUT_OF_MEMORY);
+        }
+        EXPECT_EQ(kernels[0], nullptr);
+        EXPECT_EQ(count, 0);
+    });
+}
+
 TEST(ExhaustedMemoryDeathTest, LargeKernelsAreNotMade) {
     inAFreshProcess([] {
         const std::vector<float> values(401 * 401, 1.0f);

@@ -2,6 +2,9 @@
 #include "tests/velorn/Scene.h"
 
 #include <cmath>
+#include <cstddef>
+#include <cstring>
+#include <random>
 #include <thread>
 
 namespace velorntest {
@@ -54,6 +57,106 @@ TEST(FindKernel, FindsADisc) {
     EXPECT_LE(report.confidence, 1.0f);
     EXPECT_GT(report.agreement, 0.0f);
     EXPECT_GT(report.misfit, 0.0f);
+    EXPECT_EQ(report.kind, VELORN_KIND_DISC);
+    EXPECT_NEAR(report.extent, 3.0f, 1.0f);
+    EXPECT_EQ(report.parts, 1);
+    EXPECT_EQ(report.partAgreement, 1.0f);
+    EXPECT_GE(report.candidates, 3);
+}
+
+TEST(FindKernel, SharpPicturesHaveNoKind) {
+    HostPicture picture = scenePicture(kSmall, nullptr, 0.5);
+    VelornFindReport report{};
+    report.size = sizeof report;
+    const HostKernel kernel = found(picture, defaultSettings(), &report);
+    EXPECT_EQ(velornKernelWidth(kernel.get()), 1);
+    EXPECT_EQ(report.kind, VELORN_KIND_NONE);
+    EXPECT_EQ(report.extent, 0.0f);
+    EXPECT_LT(report.confidence, 0.5f);
+}
+
+TEST(FindKernel, RecordsOfTheFirstVersionAreServed) {
+    const HostKernel disc = madeKernel(VELORN_BLUR_DISC, 2.0f);
+    HostPicture picture = scenePicture({.width = 140, .height = 120, .channels = 1}, disc.get());
+    VelornFindSettings settings;
+    VelornFindReport report;
+    std::memset(&settings, 0x5A, sizeof settings);
+    std::memset(&report, 0x5A, sizeof report);
+    settings.size = offsetof(VelornFindSettings, region);
+    report.size = offsetof(VelornFindReport, kind);
+    ASSERT_EQ(velornFindDefaults(&settings), VELORN_STATUS_OK);
+    const HostKernel kernel = found(picture, settings, &report);
+    EXPECT_EQ(valuesOf(kernel.get()), valuesOf(found(picture, defaultSettings()).get()));
+    EXPECT_GE(report.confidence, 0.0f);
+    EXPECT_LE(report.confidence, 1.0f);
+    EXPECT_EQ(report.kind, 0x5A5A5A5A);
+}
+
+TEST(FindKernel, LooksAtTheRegionOnly) {
+    const HostKernel disc = madeKernel(VELORN_BLUR_DISC, 3.0f);
+    HostPicture picture = scenePicture(kSmall, disc.get(), 0.5);
+    HostPicture part = scenePicture({.width = 160, .height = 130}, disc.get(), 0.5);
+    // The region holds `part`, everything else is noise.
+    std::mt19937 random(3);
+    for (int y = 0; y < kSmall.height; ++y) {
+        for (int x = 0; x < kSmall.width; ++x) {
+            const bool isInside = x >= 50 && x < 210 && y >= 30 && y < 160;
+            for (int c = 0; c < 3; ++c) {
+                picture.set(x, y, c,
+                            isInside ? part.get(x - 50, y - 30, c)
+                                     : static_cast<double>(random() % 256) / 255.0);
+            }
+        }
+    }
+    VelornFindSettings settings = defaultSettings();
+    settings.region = {50, 30, 160, 130};
+    EXPECT_EQ(valuesOf(found(picture, settings).get()),
+              valuesOf(found(part, defaultSettings()).get()));
+}
+
+/// The correlation of two kernels with one centre.
+double likeness(const VelornKernel* first, const VelornKernel* second) {
+    double product = 0.0;
+    double squares[2] = {0.0, 0.0};
+    for (int y = -40; y <= 40; ++y) {
+        for (int x = -40; x <= 40; ++x) {
+            const auto at = [&](const VelornKernel* kernel) {
+                const int column = x + velornKernelWidth(kernel) / 2;
+                const int row = y + velornKernelHeight(kernel) / 2;
+                const bool isInside = column >= 0 && column < velornKernelWidth(kernel) &&
+                                      row >= 0 && row < velornKernelHeight(kernel);
+                return isInside ? double{velornKernelValues(
+                                      kernel)[row * velornKernelWidth(kernel) + column]}
+                                : 0.0;
+            };
+            product += at(first) * at(second);
+            squares[0] += at(first) * at(first);
+            squares[1] += at(second) * at(second);
+        }
+    }
+    return product / std::sqrt(squares[0] * squares[1]);
+}
+
+TEST(FindKernel, RefinesAKernel) {
+    const HostKernel line = madeKernel(VELORN_BLUR_MOTION, 11.0f, 20.0f);
+    const HostKernel guess = madeKernel(VELORN_BLUR_MOTION, 7.0f, 35.0f);
+    HostPicture picture = scenePicture(kSmall, line.get(), 0.5);
+    VelornFindSettings settings = defaultSettings();
+    settings.start = guess.get();
+    VelornFindReport report{};
+    report.size = sizeof report;
+    const HostKernel refined = found(picture, settings, &report);
+    EXPECT_GT(likeness(refined.get(), line.get()), 0.9);
+    EXPECT_LT(likeness(guess.get(), line.get()), 0.8);
+    EXPECT_GE(report.candidates, 2);
+}
+
+TEST(FindKernel, KeepsAStartThatCannotBeImproved) {
+    const HostKernel disc = madeKernel(VELORN_BLUR_DISC, 3.0f);
+    HostPicture picture = scenePicture(kSmall, disc.get(), 0.5);
+    VelornFindSettings settings = defaultSettings();
+    settings.start = disc.get();
+    EXPECT_GT(likeness(found(picture, settings).get(), disc.get()), 0.97);
 }
 
 TEST(FindKernel, SidesAreBounded) {
@@ -146,12 +249,16 @@ TEST(FindKernelFailures, WrongArguments) {
     expectNoKernel(&view, &settings, nullptr, invalid,
                    "settings->smoothing is 2.5, but must be 0..2");
     settings = defaultSettings();
+    settings.region = {0, 100, 40, 81};
+    expectNoKernel(&view, &settings, nullptr, invalid,
+                   "settings->region.height is 81, but must be 1..80");
+    settings = defaultSettings();
     settings.size = 7;
     expectNoKernel(&view, &settings, nullptr, invalid,
-                   "settings->size is 7, but must be 40, the size of the record");
+                   "settings->size is 7, but must be 64, the size of the record");
     VelornFindReport report{};
     expectNoKernel(&view, nullptr, &report, invalid,
-                   "report->size is 0, but must be 16, the size of the record");
+                   "report->size is 0, but must be 44, the size of the record");
     EXPECT_VELORN_INVALID(velornFindKernel(&view, nullptr, nullptr, nullptr), "kernel is null");
 }
 
@@ -164,6 +271,25 @@ TEST(FindKernelFailures, PicturesWithoutEdges) {
     expectNoKernel(&view, nullptr, &report, VELORN_STATUS_NO_KERNEL,
                    "the picture has too few edges to find a kernel");
     EXPECT_EQ(report.confidence, -5.0f);
+}
+
+TEST(FindKernelFailures, StartsThatAreTooLarge) {
+    HostPicture picture(kSmall);
+    const VelornPicture view = picture.view();
+    const HostKernel large = madeKernel(VELORN_BLUR_DISC, 31.0f);
+    VelornFindSettings settings = defaultSettings();
+    settings.start = large.get();
+    expectNoKernel(&view, &settings, nullptr, VELORN_STATUS_KERNEL_TOO_LARGE,
+                   "the kernel to refine is 63 by 63, but may only be 61 by 61");
+}
+
+TEST(FindKernelFailures, TinyRegions) {
+    HostPicture picture(kSmall);
+    const VelornPicture view = picture.view();
+    VelornFindSettings settings = defaultSettings();
+    settings.region = {10, 10, 100, 31};
+    expectNoKernel(&view, &settings, nullptr, VELORN_STATUS_NO_KERNEL,
+                   "the picture is too small to find a kernel");
 }
 
 TEST(FindKernelFailures, TinyPictures) {

@@ -67,9 +67,19 @@ AT(FindSettings, threads, 20);
 HOLDS(FindSettings_progress, offsetof(VelornFindSettings, progress) == 24);
 AT(FindSettings, userData, offsetof(VelornFindSettings, progress) + kPointer);
 
+AT(FindSettings, region, offsetof(VelornFindSettings, progress) + 2 * kPointer);
+AT(FindSettings, start, offsetof(VelornFindSettings, region) + 16);
+
 AT(FindReport, confidence, 4);
 AT(FindReport, agreement, 8);
 AT(FindReport, misfit, 12);
+AT(FindReport, kind, 16);
+AT(FindReport, extent, 20);
+AT(FindReport, angle, 24);
+AT(FindReport, score, 28);
+AT(FindReport, parts, 32);
+AT(FindReport, partAgreement, 36);
+AT(FindReport, candidates, 40);
 
 /* A host without a C++ compiler. */
 int makeKernelInC(void) {

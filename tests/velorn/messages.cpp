@@ -12,7 +12,7 @@ void failHere() {
 }
 
 TEST(Version, HasThreeNumbers) {
-    EXPECT_STREQ(velornVersion(), "1.0.0");
+    EXPECT_STREQ(velornVersion(), "1.1.0");
 }
 
 TEST(LastMessage, IsEmptyOnANewThread) {

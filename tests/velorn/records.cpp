@@ -49,6 +49,18 @@ TEST(FindDefaults, AreTheDocumentedValues) {
     EXPECT_EQ(settings.threads, 0);
     EXPECT_EQ(settings.progress, nullptr);
     EXPECT_EQ(settings.userData, nullptr);
+    EXPECT_EQ(settings.region.width, 0);
+    EXPECT_EQ(settings.start, nullptr);
+}
+
+TEST(FindDefaults, OfTheFirstVersionEndBeforeTheRegion) {
+    VelornFindSettings settings;
+    std::memset(&settings, 0x5A, sizeof settings);
+    settings.size = offsetof(VelornFindSettings, region);
+    ASSERT_EQ(velornFindDefaults(&settings), VELORN_STATUS_OK);
+    EXPECT_EQ(settings.size, offsetof(VelornFindSettings, region));
+    EXPECT_EQ(settings.userData, nullptr);
+    EXPECT_EQ(settings.region.x, 0x5A5A5A5A);
 }
 
 TEST(Defaults, NullRecordsFail) {

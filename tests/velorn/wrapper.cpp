@@ -142,5 +142,21 @@ TEST(Wrapper, KernelsAreFound) {
               VELORN_STATUS_NO_KERNEL);
 }
 
+TEST(Wrapper, CandidatesAreFound) {
+    const std::vector<std::uint8_t> picture = pattern(96);
+    const VelornPicture view = api::pictureOf(picture.data(), 96, 96, 1);
+    const std::vector<api::FoundKernel> found = api::findCandidates(view);
+    ASSERT_FALSE(found.empty());
+    EXPECT_EQ(found.front().report.candidates, static_cast<int>(found.size()));
+    const api::FoundKernel first = api::findKernel(view);
+    EXPECT_EQ(first.kernel.width(), found.front().kernel.width());
+    EXPECT_EQ(first.report.confidence, found.front().report.confidence);
+    EXPECT_EQ(
+        statusOf(
+            [&] { api::findCandidates(view, api::findSettings(), [](double) { return false; }); },
+            "cancelled"),
+        VELORN_STATUS_CANCELLED);
+}
+
 } // namespace
 } // namespace velorntest

@@ -52,5 +52,14 @@ TEST(Records, OtherSizesFail) {
     }
 }
 
+TEST(Records, OfTheFirstVersionPass) {
+    VelornFindSettings settings{};
+    settings.size = offsetof(VelornFindSettings, userData) + sizeof(void*);
+    EXPECT_EQ(failureOf([&] { requireRecord(&settings, "settings"); }), "");
+    VelornFindReport report{};
+    report.size = 16;
+    EXPECT_EQ(failureOf([&] { requireRecord(&report, "report"); }), "");
+}
+
 } // namespace
 } // namespace restoration
