@@ -38,12 +38,12 @@ constexpr double kLeastFall = 0.69;
 
 using Spectrum = std::array<double, kSquare * kColumns>;
 
-/// A frequency of half a spectrum without its first column.
+/// The frequencies of half a spectrum: one of each pair of conjugate ones.
 template <class Visit>
 void forEachFrequency(const Visit& visit) {
     for (int v = 0; v < kSquare; ++v) {
         const int row = v < kSquare / 2 ? v : v - kSquare;
-        for (int u = 1; u < static_cast<int>(kColumns); ++u) {
+        for (int u = row > 0 ? 0 : 1; u < static_cast<int>(kColumns); ++u) {
             visit(static_cast<std::size_t>(v) * kColumns + static_cast<std::size_t>(u),
                   std::hypot(row, u) / kSquare,
                   std::atan2(static_cast<double>(row), static_cast<double>(u)));

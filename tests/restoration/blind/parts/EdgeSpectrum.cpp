@@ -64,6 +64,17 @@ TEST(EdgeSpectrum, FindsBlurInOneDirection) {
     EXPECT_GT(spectrumAfter(levelLine()).blurVariance, 0.6);
 }
 
+TEST(EdgeSpectrum, LevelAndUprightBlursAreAlike) {
+    const Plane level = blurredPicture(DrawnScene(320, 280, 31), levelLine(), 1, 32);
+    Plane upright(level.height(), level.width());
+    for (int y = 0; y < level.height(); ++y) {
+        for (int x = 0; x < level.width(); ++x) {
+            upright.row(x)[y] = level.row(y)[x];
+        }
+    }
+    EXPECT_NEAR(edgeSpectrum(upright, {}).blurVariance, edgeSpectrum(level, {}).blurVariance, 1e-3);
+}
+
 TEST(EdgeSpectrum, LargeBlursAreNotTakenForSharpness) {
     for (const WholeKernel& blur : {discOfRadius3(), line11(), hook()}) {
         const EdgeSpectrum edges = spectrumAfter(blur);
