@@ -1,6 +1,8 @@
 #include "restoration/blind/findKernel.h"
 
 #include "restoration/blind/analytic/analyticKernelLike.h"
+#include "restoration/blind/analytic/kernelOfKind.h"
+#include "restoration/blind/analytic/spectralBlur.h"
 #include "restoration/blind/candidates/KernelScore.h"
 #include "restoration/blind/parts/edgePart.h"
 #include "restoration/blind/parts/EdgeSpectrum.h"
@@ -14,6 +16,7 @@
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -103,6 +106,8 @@ struct Candidate {
     KernelScore score;
     KernelKind kind;
     bool isAnalytic = false;
+    /// Its zeros are seen in the power spectrum of the picture.
+    bool isCertain = false;
     int extent = 0;
     /// Reaches the rim of the square of its run, and may lack what lies outside.
     bool reachesRim = false;
@@ -110,8 +115,8 @@ struct Candidate {
     double agreement = 0.0;
 
     /// Smaller is better: errors of a free kernel make artefacts that a clean one does not make.
-    std::pair<bool, double> rank() const {
-        return {reachesRim, score.value - (isAnalytic ? kPriceOfFreedom : 0.0)};
+    std::tuple<bool, bool, double> rank() const {
+        return {!isCertain, reachesRim, score.value - (isAnalytic ? kPriceOfFreedom : 0.0)};
     }
 };
 
@@ -269,8 +274,13 @@ private:
         m_team.progress().advance(scoreUnits());
         const auto like = analyticKernelLike(kernel);
         const int extent = extentOf(kernel);
-        return {kernel, score,  like ? like->kind : KernelKind(),
-                false,  extent, extent >= kernel.side};
+        return {kernel,
+                score,
+                like ? like->kind : KernelKind(),
+                false,
+                false,
+                extent,
+                extent >= kernel.side};
     }
 
     std::size_t scoreUnits() const {
@@ -288,19 +298,29 @@ private:
         return {std::min(fittingSide(extent), side), kStrongestRun};
     }
 
-    /// Adds the analytic kernel that resembles the best candidate, if any.
+    /// Adds the blur that the picture's spectrum shows, else the analytic kernel that resembles the
+    /// best candidate, if any.
     void addAnalytic() {
-        const Candidate& free = best();
-        const std::optional<AnalyticKernel> analytic = analyticKernelLike(free.kernel);
-        m_team.progress().beginPhase(1.0, 1);
-        if (!analytic || extentOf(analytic->kernel) > m_bounds.smallerSide()) {
-            return;
-        }
-        KernelScore score;
-        m_team.run([&] { score = m_scorer.of(analytic->kernel, m_team.cancellation()); });
-        m_team.progress().advance();
-        m_candidates.push_back({analytic->kernel, score, analytic->kind, true,
-                                extentOf(analytic->kernel), free.reachesRim, free.agreement});
+        m_team.progress().beginPhase(1.0, 2);
+        m_team.run([&] {
+            const auto shown = m_start == nullptr ? shownBySpectrum() : std::nullopt;
+            m_team.progress().advance();
+            const Candidate& free = best();
+            const auto analytic = shown ? shown : analyticKernelLike(free.kernel);
+            if (analytic && extentOf(analytic->kernel) <= m_bounds.smallerSide()) {
+                const KernelScore score = m_scorer.of(analytic->kernel, m_team.cancellation());
+                m_candidates.push_back({analytic->kernel, score, analytic->kind, true,
+                                        shown.has_value(), extentOf(analytic->kernel),
+                                        !shown && free.reachesRim, shown ? 1.0 : free.agreement});
+            }
+            m_team.progress().advance();
+        });
+    }
+
+    std::optional<AnalyticKernel> shownBySpectrum() const {
+        const double largest = std::min(m_bounds.smallerSide(), kLargeSide);
+        const auto kind = spectralBlur(m_part, largest, m_team.cancellation());
+        return kind ? std::optional(AnalyticKernel{*kind, kernelOfKind(*kind)}) : std::nullopt;
     }
 
     /// The candidate with the best score. One whose kernel reaches the rim of its square is the
@@ -335,7 +355,8 @@ private:
     /// they may be.
     void judgeSharpness(std::vector<FoundKernel>& found) const {
         const Candidate& first = m_candidates.front();
-        if (first.extent > kSmallExtent && first.agreement >= kLeastAgreement) {
+        if (first.isCertain ||
+            (first.extent > kSmallExtent && first.agreement >= kLeastAgreement)) {
             return;
         }
         EdgeSpectrum edges;

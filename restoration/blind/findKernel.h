@@ -33,7 +33,8 @@ struct FoundKernel {
     /// The bounds separate useful from harmful kernels; the values in between are not
     /// probabilities.
     float confidence = 0.0f;
-    /// The likeness of the kernel and the most similar one that another run has found, 0..1.
+    /// The likeness of the kernel and the most similar one that another run has found, 0..1; 1 for
+    /// blurs that the power spectrum shows.
     float agreement = 0.0f;
     /// Mean squared residual of a restoration with the kernel, in units of the noise variance.
     float misfit = 0.0f;
@@ -48,11 +49,13 @@ struct FoundKernel {
 ///
 /// Three runs (KernelRun.h) of different strength and size estimate a kernel each; the kernel with
 /// the best score (KernelScore.h) is the result, and its likeness with the others tells how far it
-/// can be trusted. A Gaussian, disc or line that resembles the kernel and explains the picture
-/// about as well takes its place. Runs look at the part of the picture with the most edges
-/// (edgePart.h), about 500 by 500 pixels. The kernel is centred, has sum 1, no negative weights,
-/// and odd sides that are at most the largest ones, 71, and a third of the picture's shorter side;
-/// without largest sides at most a fifth of it. A region to look at counts as the picture.
+/// can be trusted. A disc or straight motion whose zeros the power spectrum shows (spectralBlur.h)
+/// is taken for certain and wins. Otherwise a Gaussian, disc or line that resembles the best kernel
+/// and explains the picture about as well takes its place. Runs look at the part of the picture
+/// with the most edges (edgePart.h), about 500 by 500 pixels. The kernel is centred, has sum 1, no
+/// negative weights, and odd sides that are at most the largest ones, 71, and a third of the
+/// picture's shorter side; without largest sides at most a fifth of it. A region to look at counts
+/// as the picture.
 ///
 /// Edges that are as steep as those of sharp pictures (EdgeSpectrum.h) contradict a small kernel,
 /// and kernels that disagree: the result is then the kernel of a single pixel.
