@@ -303,7 +303,8 @@ private:
     void addAnalytic() {
         m_team.progress().beginPhase(1.0, 2);
         m_team.run([&] {
-            const auto shown = m_start == nullptr ? shownBySpectrum() : std::nullopt;
+            const bool mayReplace = m_start == nullptr && m_smoothing <= 0.0;
+            const auto shown = mayReplace ? shownBySpectrum() : std::nullopt;
             m_team.progress().advance();
             const Candidate& free = best();
             const auto analytic = shown ? shown : analyticKernelLike(free.kernel);
