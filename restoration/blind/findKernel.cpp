@@ -3,7 +3,7 @@
 #include "restoration/blind/analytic/analyticKernelLike.h"
 #include "restoration/blind/analytic/kernelOfKind.h"
 #include "restoration/blind/analytic/spectralBlur.h"
-#include "restoration/blind/candidates/KernelScore.h"
+#include "restoration/blind/candidates/KernelScorer.h"
 #include "restoration/blind/parts/edgePart.h"
 #include "restoration/blind/parts/EdgeSpectrum.h"
 #include "restoration/blind/runs/KernelRun.h"
@@ -16,7 +16,6 @@
 #include <cstddef>
 #include <optional>
 #include <string>
-#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -30,8 +29,6 @@ constexpr int kChosenSide = 512;
 constexpr int kSmallSide = 31;
 constexpr int kMiddleSide = 47;
 constexpr int kLargeSide = 71;
-/// How much better the score of a free kernel must be than that of an analytic one.
-constexpr double kPriceOfFreedom = 0.1;
 constexpr double kLeastAgreement = 0.85;
 constexpr double kLargestMisfit = 8.0;
 /// Edges with less blur than the first are sharp; with less than the second they may be.
@@ -103,21 +100,12 @@ SquareKernel squareAround(const Kernel& kernel, int side) {
 /// A kernel that a run has found, or the analytic one like it.
 struct Candidate {
     SquareKernel kernel;
-    KernelScore score;
+    Evidence evidence;
     KernelKind kind;
-    bool isAnalytic = false;
-    /// Its zeros are seen in the power spectrum of the picture.
-    bool isCertain = false;
     int extent = 0;
-    /// Reaches the rim of the square of its run, and may lack what lies outside.
-    bool reachesRim = false;
-    /// The likeness with the most similar kernel of another run.
-    double agreement = 0.0;
 
-    /// Smaller is better: errors of a free kernel make artefacts that a clean one does not make.
-    std::tuple<bool, bool, double> rank() const {
-        return {!isCertain, reachesRim, score.value - (isAnalytic ? kPriceOfFreedom : 0.0)};
-    }
+    /// Blurs whose zeros are seen in the power spectrum of the picture come first.
+    std::pair<bool, double> rank() const { return {evidence.showsZeros == 0.0, scoreOf(evidence)}; }
 };
 
 struct RunPlan {
@@ -132,8 +120,9 @@ public:
           m_isChosen(settings.partSide == 0), m_smoothing(settings.smoothing),
           m_start(settings.start),
           m_part(partOf(luminance, m_isChosen ? kChosenSide : settings.partSide, team)),
+          m_noise(noiseOf(m_part)),
           m_scorer(croppedFor(std::min(m_bounds.side(), kLargeSide)),
-                   std::min(m_bounds.side(), kLargeSide) / 2, team.cancellation()) {}
+                   std::min(m_bounds.side(), kLargeSide) / 2, m_noise, team.cancellation()) {}
 
     std::vector<FoundKernel> find() {
         if (m_start != nullptr) {
@@ -145,9 +134,8 @@ public:
         addAnalytic();
         std::ranges::stable_sort(m_candidates, {}, &Candidate::rank);
         std::vector<FoundKernel> found;
-        const double noise = noiseOf(m_part);
         for (const Candidate& candidate : m_candidates) {
-            found.push_back(result(candidate, noise));
+            found.push_back(result(candidate));
         }
         judgeSharpness(found);
         return found;
@@ -229,7 +217,7 @@ private:
             if (refined) {
                 m_candidates.push_back(scored(*refined));
                 m_candidates.push_back(scored(start));
-                m_candidates.back().reachesRim = false; // nothing lies outside of the start
+                m_candidates.back().evidence.reachesRim = 0.0; // nothing lies outside of the start
             }
         });
         requireEdges();
@@ -270,17 +258,12 @@ private:
     }
 
     Candidate scored(const SquareKernel& kernel) const {
-        const KernelScore score = m_scorer.of(kernel, m_team.cancellation());
+        Evidence evidence = m_scorer.of(kernel, m_team.cancellation());
         m_team.progress().advance(scoreUnits());
         const auto like = analyticKernelLike(kernel);
         const int extent = extentOf(kernel);
-        return {kernel,
-                score,
-                like ? like->kind : KernelKind(),
-                false,
-                false,
-                extent,
-                extent >= kernel.side};
+        evidence.reachesRim = extent >= kernel.side ? 1.0 : 0.0;
+        return {kernel, evidence, like ? like->kind : KernelKind(), extent};
     }
 
     std::size_t scoreUnits() const {
@@ -309,10 +292,13 @@ private:
             const Candidate& free = best();
             const auto analytic = shown ? shown : analyticKernelLike(free.kernel);
             if (analytic && extentOf(analytic->kernel) <= m_bounds.smallerSide()) {
-                const KernelScore score = m_scorer.of(analytic->kernel, m_team.cancellation());
-                m_candidates.push_back({analytic->kernel, score, analytic->kind, true,
-                                        shown.has_value(), extentOf(analytic->kernel),
-                                        !shown && free.reachesRim, shown ? 1.0 : free.agreement});
+                Evidence evidence = m_scorer.of(analytic->kernel, m_team.cancellation());
+                evidence.isAnalytic = 1.0;
+                evidence.showsZeros = shown ? 1.0 : 0.0;
+                evidence.reachesRim = shown ? 0.0 : free.evidence.reachesRim;
+                evidence.agreement = shown ? 1.0 : free.evidence.agreement;
+                m_candidates.push_back(
+                    {analytic->kernel, evidence, analytic->kind, extentOf(analytic->kernel)});
             }
             m_team.progress().advance();
         });
@@ -324,8 +310,6 @@ private:
         return kind ? std::optional(AnalyticKernel{*kind, kernelOfKind(*kind)}) : std::nullopt;
     }
 
-    /// The candidate with the best score. One whose kernel reaches the rim of its square is the
-    /// best only if all do.
     const Candidate& best() const {
         return *std::ranges::min_element(m_candidates, {}, &Candidate::rank);
     }
@@ -334,21 +318,23 @@ private:
         for (Candidate& candidate : m_candidates) {
             for (const Candidate& other : m_candidates) {
                 if (&other != &candidate) {
-                    candidate.agreement =
-                        std::max(candidate.agreement, likeness(candidate.kernel, other.kernel));
+                    candidate.evidence.agreement = std::max(
+                        candidate.evidence.agreement, likeness(candidate.kernel, other.kernel));
                 }
             }
         }
     }
 
-    FoundKernel result(const Candidate& candidate, double noise) const {
-        const double misfit = candidate.score.residual / (noise * noise);
+    FoundKernel result(const Candidate& candidate) const {
+        const Evidence& evidence = candidate.evidence;
+        const double misfit = std::exp(evidence.misfit);
         return {cutToContent(candidate.kernel, m_bounds),
-                static_cast<float>(confidence(candidate.agreement, misfit)),
-                static_cast<float>(candidate.agreement),
+                static_cast<float>(confidence(evidence.agreement, misfit)),
+                static_cast<float>(evidence.agreement),
                 static_cast<float>(misfit),
                 candidate.kind,
-                candidate.score.value};
+                scoreOf(evidence),
+                evidence};
     }
 
     /// Searches find a small kernel, or kernels that disagree, in a picture that is not blurred.
@@ -356,8 +342,8 @@ private:
     /// they may be.
     void judgeSharpness(std::vector<FoundKernel>& found) const {
         const Candidate& first = m_candidates.front();
-        if (first.isCertain ||
-            (first.extent > kSmallExtent && first.agreement >= kLeastAgreement)) {
+        if (first.evidence.showsZeros > 0.0 ||
+            (first.extent > kSmallExtent && first.evidence.agreement >= kLeastAgreement)) {
             return;
         }
         EdgeSpectrum edges;
@@ -420,6 +406,7 @@ private:
     double m_smoothing;
     const Kernel* m_start;
     Plane m_part;
+    double m_noise;
     KernelScorer m_scorer;
     std::vector<Candidate> m_candidates;
 };

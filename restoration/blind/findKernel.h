@@ -1,6 +1,7 @@
 #pragma once
 
 #include "restoration/blind/analytic/KernelKind.h"
+#include "restoration/blind/candidates/Evidence.h"
 #include "restoration/kernels/Kernel.h"
 #include "restoration/planes/Plane.h"
 #include "restoration/planes/Rect.h"
@@ -41,14 +42,16 @@ struct FoundKernel {
     /// The blur that the kernel is, or one that it resembles.
     KernelKind kind;
     /// How well the kernel explains the picture, compared with others for the same picture (see
-    /// KernelScore.h); smaller is better. A single pixel has the score of the best other kernel.
+    /// Evidence.h); smaller is better.
     double score = 0.0;
+    /// What the score comes from. A single pixel has both from the best other kernel.
+    Evidence evidence;
 };
 
 /// Finds the blur kernel of a picture.
 ///
 /// Three runs (KernelRun.h) of different strength and size estimate a kernel each; the kernel with
-/// the best score (KernelScore.h) is the result, and its likeness with the others tells how far it
+/// the best score (Evidence.h) is the result, and its likeness with the others tells how far it
 /// can be trusted. A disc or straight motion whose zeros the power spectrum shows (spectralBlur.h)
 /// is taken for certain and wins, unless edges are smoothed or a kernel is refined. Otherwise a
 /// Gaussian, disc or line that resembles the best kernel and explains the picture about as well

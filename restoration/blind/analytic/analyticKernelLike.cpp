@@ -1,50 +1,17 @@
 #include "restoration/blind/analytic/analyticKernelLike.h"
 
 #include "restoration/blind/squares/kernelShape.h"
+#include "restoration/blind/squares/Spread.h"
 #include "restoration/kernels/analyticKernel.h"
 
 #include <algorithm>
 #include <cmath>
-#include <numbers>
 
 namespace restoration {
 namespace {
 
 constexpr double kLeastLikeness = 0.85;
 constexpr float kShortest = 0.3f;
-
-/// The second moments of a kernel about its centre of mass.
-struct Spread {
-    double columns = 0.0;
-    double rows = 0.0;
-    double mixed = 0.0;
-
-    explicit Spread(const SquareKernel& kernel) {
-        double right = 0.0;
-        double down = 0.0;
-        for (int y = 0; y < kernel.side; ++y) {
-            for (int x = 0; x < kernel.side; ++x) {
-                right += x * kernel.at(y, x);
-                down += y * kernel.at(y, x);
-            }
-        }
-        for (int y = 0; y < kernel.side; ++y) {
-            for (int x = 0; x < kernel.side; ++x) {
-                columns += (x - right) * (x - right) * kernel.at(y, x);
-                rows += (y - down) * (y - down) * kernel.at(y, x);
-                mixed += (x - right) * (y - down) * kernel.at(y, x);
-            }
-        }
-    }
-
-    double mean() const { return (columns + rows) / 2.0; }
-    /// Along the direction of the largest spread.
-    double largest() const { return mean() + std::hypot((columns - rows) / 2.0, mixed); }
-    /// This direction, in degrees counter-clockwise from the horizontal; rows count downwards.
-    double degrees() const {
-        return -0.5 * std::atan2(2.0 * mixed, columns - rows) * 180.0 / std::numbers::pi;
-    }
-};
 
 SquareKernel squareOf(const Kernel& kernel) {
     SquareKernel square(kernel.largerSide());

@@ -1,5 +1,7 @@
 #include "restoration/blind/squares/kernelShape.h"
 
+#include "restoration/blind/squares/Spread.h"
+
 #include <cmath>
 #include <cstddef>
 #include <utility>
@@ -193,6 +195,29 @@ SquareKernel withSide(const SquareKernel& kernel, int side) {
     }
     scaleToUnitSum(result);
     return result;
+}
+
+double rimWeightOf(const SquareKernel& kernel) {
+    const int last = kernel.side - 1;
+    double sum = 0.0;
+    for (int y = 0; y < kernel.side; ++y) {
+        for (int x = 0; x < kernel.side; ++x) {
+            const bool isAtRim = y == 0 || x == 0 || y == last || x == last;
+            sum += isAtRim ? kernel.at(y, x) : 0.0;
+        }
+    }
+    return sum;
+}
+
+double raggednessOf(const SquareKernel& kernel) {
+    const Spread spread(kernel);
+    double entropy = 0.0;
+    for (const double weight : kernel.values) {
+        entropy -= weight > 0.0 ? weight * std::log(weight) : 0.0;
+    }
+    constexpr double kLeast = 0.05;
+    return entropy - 0.5 * (std::log(spread.largest() + kLeast) +
+                            std::log(std::max(spread.smallest(), 0.0) + kLeast));
 }
 
 double likeness(const SquareKernel& first, const SquareKernel& second) {

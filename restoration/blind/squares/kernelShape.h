@@ -25,6 +25,13 @@ int extentOf(const SquareKernel& kernel);
 /// scaled to 1.
 SquareKernel withSide(const SquareKernel& kernel, int side);
 
+/// The sum of the weights at the rim of the square.
+double rimWeightOf(const SquareKernel& kernel);
+
+/// The entropy of the weights less the logarithm of the standard deviations along both axes of the
+/// kernel: small for scattered weights and for kernels with a dark middle.
+double raggednessOf(const SquareKernel& kernel);
+
 /// The correlation of two kernels after the best shift by whole pixels: the largest sum of products
 /// over the root of the product of their summed squares. 0..1; 1 for kernels that differ by a
 /// shift.

@@ -1,9 +1,10 @@
-#include "restoration/blind/candidates/KernelScore.h"
+#include "restoration/blind/candidates/KernelScorer.h"
 
 #include "restoration/blind/runs/KernelRun.h"
 #include "restoration/blind/runs/LatentGradients.h"
 #include "restoration/blind/runs/pyramid.h"
 #include "restoration/blind/runs/SquareTransform.h"
+#include "restoration/blind/squares/kernelShape.h"
 #include "restoration/deconvolution/blurPlane.h"
 #include "restoration/deconvolution/BlurSpectrum.h"
 #include "restoration/deconvolution/deconvolveHyperLaplacian.h"
@@ -50,6 +51,25 @@ double meanRootOfSteps(const Plane& plane, int width, int height) {
     });
 }
 
+/// The mean of what the values lie below black or above white, in levels.
+double meanExcess(const Plane& plane, int width, int height) {
+    return meanInside(width - 1, height - 1, kRim, [&](int x, int y) {
+        const auto value = static_cast<double>(plane.row(y)[x]);
+        return kLevels * (std::max(value - 1.0, 0.0) + std::max(-value, 0.0));
+    });
+}
+
+/// The standard deviation of the values, in levels.
+double contrastOf(const Plane& plane, int width, int height) {
+    const double mean = meanInside(
+        width, height, 0, [&](int x, int y) { return static_cast<double>(plane.row(y)[x]); });
+    const double variance = meanInside(width, height, 0, [&](int x, int y) {
+        const double difference = static_cast<double>(plane.row(y)[x]) - mean;
+        return difference * difference;
+    });
+    return kLevels * std::sqrt(variance);
+}
+
 Plane copyOf(const Plane& plane) {
     Plane copy(plane.width(), plane.height());
     std::ranges::copy(plane.values(), copy.values().begin());
@@ -62,14 +82,16 @@ Kernel singlePrecision(const SquareKernel& kernel) {
 
 } // namespace
 
-KernelScorer::KernelScorer(const Plane& picture, int largestRadius,
+KernelScorer::KernelScorer(const Plane& picture, int largestRadius, double noise,
                            const Cancellation& cancellation)
-    : m_width(picture.width()), m_height(picture.height()),
+    : m_width(picture.width()), m_height(picture.height()), m_noise(noise),
       m_wrapped(wrappedAround(
           picture, transformSide(std::max(picture.width(), picture.height()), largestRadius),
-          cancellation)) {}
+          cancellation)),
+      m_spectrum(picture, m_wrapped.height(), noise, cancellation),
+      m_contrast(contrastOf(picture, m_width, m_height)) {}
 
-KernelScore KernelScorer::of(const SquareKernel& kernel, const Cancellation& cancellation) const {
+Evidence KernelScorer::of(const SquareKernel& kernel, const Cancellation& cancellation) const {
     const BlurSpectrum blur(singlePrecision(kernel), side());
     TileScratch scratch(side());
     Plane picture = copyOf(m_wrapped);
@@ -77,8 +99,7 @@ KernelScore KernelScorer::of(const SquareKernel& kernel, const Cancellation& can
     deconvolveHyperLaplacian(picture, nullptr, blur, kPrior, restored, scratch, cancellation);
     Plane again(side(), side());
     blurPlane(restored, blur, again, scratch, cancellation);
-    KernelScore score;
-    score.residual = meanInside(m_width, m_height, kernel.radius() + 4, [&](int x, int y) {
+    const double residual = meanInside(m_width, m_height, kernel.radius() + 4, [&](int x, int y) {
         const double difference =
             kLevels * static_cast<double>(again.row(y)[x] - m_wrapped.row(y)[x]);
         return difference * difference;
@@ -91,9 +112,19 @@ KernelScore KernelScorer::of(const SquareKernel& kernel, const Cancellation& can
     LatentGradients gradients(transform, copyOf(m_wrapped), m_width, m_height);
     const double edges = static_cast<double>(gradients.find(kernel, kEdgeLambda)) /
                          (static_cast<double>(m_width) * m_height);
-    score.value =
-        std::log(sparsity) + 0.1 * std::log(edges + 1e-4) + 0.05 * std::log(score.residual + 0.05);
-    return score;
+    const SpectrumFit fit = m_spectrum.fitOf(blur, cancellation);
+    Evidence evidence;
+    evidence.sparsity = std::log(sparsity);
+    evidence.edges = std::log(edges + 1e-4);
+    evidence.residual = std::log(residual + 0.05);
+    evidence.misfit = std::log(residual / (m_noise * m_noise) + 1e-6);
+    evidence.unlikelihood = fit.unlikelihood;
+    evidence.unevenness = fit.unevenness;
+    evidence.excess = std::log(meanExcess(restored, m_width, m_height) + 0.01);
+    evidence.contrast = std::log(m_contrast + 0.1);
+    evidence.raggedness = raggednessOf(kernel);
+    evidence.rimWeight = rimWeightOf(kernel);
+    return evidence;
 }
 
 } // namespace restoration

@@ -1,0 +1,13 @@
+#include "restoration/blind/candidates/Evidence.h"
+
+namespace restoration {
+
+double scoreOf(const Evidence& evidence) {
+    double sum = 0.0;
+    for (const EvidenceWeight& part : kEvidenceWeights) {
+        sum += part.score * evidence.*part.value;
+    }
+    return sum;
+}
+
+} // namespace restoration
