@@ -328,7 +328,9 @@ private:
     FoundKernel result(const Candidate& candidate) const {
         const Evidence& evidence = candidate.evidence;
         const double misfit = std::exp(evidence.misfit);
-        return {cutToContent(candidate.kernel, m_bounds),
+        Kernel kernel = cutToContent(candidate.kernel, m_bounds);
+        kernel.trust = trustIn(evidence);
+        return {std::move(kernel),
                 static_cast<float>(confidence(evidence.agreement, misfit)),
                 static_cast<float>(evidence.agreement),
                 static_cast<float>(misfit),
@@ -359,7 +361,7 @@ private:
         }
         if (isSharp && m_start == nullptr) {
             FoundKernel point = found.front();
-            point.kernel = {1, 1, {1.0f}, true};
+            point.kernel = {1, 1, {1.0f}};
             point.kind = {KernelKind::Shape::None};
             found.insert(found.begin(), std::move(point));
         }
@@ -391,7 +393,7 @@ private:
         }
         columns = std::min({columns + 1, bounds.width / 2, radius});
         rows = std::min({rows + 1, bounds.height / 2, radius});
-        Kernel kernel{2 * columns + 1, 2 * rows + 1, {}, true};
+        Kernel kernel{2 * columns + 1, 2 * rows + 1, {}};
         for (int y = -rows; y <= rows; ++y) {
             for (int x = -columns; x <= columns; ++x) {
                 kernel.values.push_back(static_cast<float>(square.at(y + radius, x + radius)));

@@ -2,9 +2,19 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <limits>
 #include <vector>
 
 namespace restoration {
+
+/// How far a restoration with automatic settings may rely on a kernel. The default is for exact
+/// kernels.
+struct Trust {
+    /// The highest strength: errors of the kernel make artefacts that grow with the strength.
+    float strongest = std::numeric_limits<float>::infinity();
+    /// The share of the restoration in the result, 0..1; the rest is the picture itself.
+    float share = 1.0f;
+};
 
 /// A blur kernel: odd sides, values row by row, sum 1, centre in the middle. A blurred plane is the
 /// convolution of the sharp plane with the kernel.
@@ -12,8 +22,7 @@ struct Kernel {
     int width = 0;
     int height = 0;
     std::vector<float> values;
-    /// Found in a picture, therefore not exact.
-    bool isFound = false;
+    Trust trust{};
 
     int largerSide() const noexcept { return std::max(width, height); }
     float* row(int y) noexcept { return values.data() + offset(y); }

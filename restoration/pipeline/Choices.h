@@ -13,6 +13,8 @@ struct Choices {
     ChromaPriors chroma;
     float alpha = 0.0f;
     float limit = 0.0f;
+    /// The share of the restoration in the result; the rest is the picture itself.
+    float share = 1.0f;
 };
 
 } // namespace restoration

@@ -195,6 +195,25 @@ bool TileRestorer::isChroma(std::size_t i) const noexcept {
     return i > 0 && m_plan.loader.rules().layout == PlaneLayout::LuminanceChroma;
 }
 
+/// Draws the colours of `part` towards the picture where the kernel deserves little trust.
+void TileRestorer::mixWithPicture(std::vector<Plane>& colours, const Rect& part) const {
+    const float share = m_plan.choices.share;
+    if (share >= 1.0f) {
+        return;
+    }
+    std::vector<float> stored(static_cast<std::size_t>(part.width));
+    for (std::size_t i = 0; i < colours.size(); ++i) {
+        for (int y = 0; y < part.height; ++y) {
+            m_plan.loader.picture().readChannel(static_cast<int>(i), part.y + y, part.x, part.width,
+                                                stored.data());
+            float* row = colours[i].row(y);
+            for (std::size_t x = 0; x < stored.size(); ++x) {
+                row[x] = share * row[x] + (1.0f - share) * stored[x];
+            }
+        }
+    }
+}
+
 /// The colours of `part`, from the planes of the tile.
 FinishedTile TileRestorer::cut(const PlannedTile& planned, const Rect& part) const {
     FinishedTile finished{planned, part, {}};
@@ -209,6 +228,7 @@ FinishedTile TileRestorer::cut(const PlannedTile& planned, const Rect& part) con
         fromLuminanceChroma(finished.colours[0].values(), finished.colours[1].values(),
                             finished.colours[2].values());
     }
+    mixWithPicture(finished.colours, part);
     finished.clippedPixels = clippedPixels(planned, part);
     return finished;
 }

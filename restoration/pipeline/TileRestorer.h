@@ -37,6 +37,7 @@ private:
     void toDisplay();
     void sharpen();
     bool isChroma(std::size_t i) const noexcept;
+    void mixWithPicture(std::vector<Plane>& colours, const Rect& part) const;
     FinishedTile cut(const PlannedTile& planned, const Rect& part) const;
     double clippedPixels(const PlannedTile& planned, const Rect& part) const;
 

@@ -47,6 +47,9 @@ Choices chooseSettings(const PictureReader& picture, const LoadRules& rules,
     choices.strength = boundedStrength(settings.strength);
     if (settings.strength < 0.0f && !kernels.empty()) {
         choices.strength = automaticStrength(picture, rules, kernels, noise, choices.alpha, team);
+        for (const Kernel* kernel : kernels) {
+            choices.share = std::min(choices.share, kernel->trust.share);
+        }
     }
     if (rules.layout == PlaneLayout::LuminanceChroma && !kernels.empty()) {
         choices.chroma =

@@ -29,17 +29,18 @@ std::vector<StrengthPlane> planesOf(const PictureReader& picture, PlaneLayout la
     return planes;
 }
 
-/// The strongest strength that suits any of the planes. Kernels that were found in the picture are
-/// not exact enough for high strengths.
+/// The strongest strength that suits any of the planes and all kernels.
 float strongestFor(std::span<const StrengthPlane> planes, float alpha,
-                   bool isKernelFound) noexcept {
-    constexpr float kMostForFound = 3000.0f;
+                   std::span<const Kernel* const> kernels) noexcept {
     float strongest = 0.0f;
     for (const StrengthPlane& plane : planes) {
         strongest =
             std::max(strongest, strengthForNoise(static_cast<float>(plane.noise.deviation), alpha));
     }
-    return isKernelFound ? std::min(strongest, kMostForFound) : strongest;
+    for (const Kernel* kernel : kernels) {
+        strongest = std::min(strongest, kernel->trust.strongest);
+    }
+    return strongest;
 }
 
 } // namespace
@@ -58,9 +59,7 @@ float automaticStrength(const PictureReader& picture, const LoadRules& rules,
         }
     });
     const std::vector<StrengthPlane> planes = planesOf(picture, rules.layout, blurs, noise);
-    const bool isKernelFound =
-        std::ranges::any_of(kernels, [](const Kernel* kernel) { return kernel->isFound; });
-    const float strongest = strongestFor(planes, alpha, isKernelFound);
+    const float strongest = strongestFor(planes, alpha, kernels);
     return chooseStrength(patches, planes, {strongest, alpha}, team);
 }
 

@@ -12,7 +12,7 @@ namespace restoration {
 
 /// Chooses the strength of the deconvolution from a sample of the picture: for the luminance, or
 /// one strength for all channels of a picture without chroma. The strength that suits the noise
-/// (`strengthForNoise`) is the highest one considered.
+/// (`strengthForNoise`) is the highest one considered, unless the kernels deserve less trust.
 /// @param kernels  one for all planes, or one for each channel
 /// @param noise    of the planes as the loader gives them
 /// @param alpha    exponent of the gradient prior

@@ -10,4 +10,8 @@ double scoreOf(const Evidence& evidence) {
     return sum;
 }
 
+Trust trustIn(const Evidence&) {
+    return {3000.0f, 1.0f};
+}
+
 } // namespace restoration

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "restoration/kernels/Kernel.h"
+
 #include <array>
 
 namespace restoration {
@@ -68,5 +70,8 @@ inline constexpr std::array kEvidenceWeights{
 /// How well a kernel explains the picture, compared with others for the same picture; smaller is
 /// better.
 double scoreOf(const Evidence& evidence);
+
+/// How far a restoration may rely on a kernel that was found.
+Trust trustIn(const Evidence& evidence);
 
 } // namespace restoration

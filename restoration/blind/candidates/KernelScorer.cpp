@@ -77,7 +77,7 @@ Plane copyOf(const Plane& plane) {
 }
 
 Kernel singlePrecision(const SquareKernel& kernel) {
-    return {kernel.side, kernel.side, {kernel.values.begin(), kernel.values.end()}, true};
+    return {kernel.side, kernel.side, {kernel.values.begin(), kernel.values.end()}};
 }
 
 } // namespace

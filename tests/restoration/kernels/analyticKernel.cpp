@@ -29,7 +29,8 @@ TEST_P(AnalyticKernel, HasTheValuesOfTheCore) {
     EXPECT_EQ(kernel.width, record.width);
     EXPECT_EQ(kernel.height, record.height);
     EXPECT_EQ(kernel.values, values);
-    EXPECT_FALSE(kernel.isFound);
+    EXPECT_EQ(kernel.trust.strongest, Trust().strongest);
+    EXPECT_EQ(kernel.trust.share, 1.0f);
 }
 
 TEST_P(AnalyticKernel, HasOddSidesAndSumOne) {

@@ -125,6 +125,32 @@ TEST(RestorePicture, RestoresABlurredPicture) {
     }
 }
 
+TEST(RestorePicture, AKernelOfLittleTrustIsMixedWithThePicture) {
+    const auto sharp = texturedPicture({420, 280, 3, false, VELORN_SAMPLES_F32}, 0.0);
+    const auto soft = blurred(sharp->picture(), disc());
+    const VelornPicture& picture = soft->picture();
+    const auto restoredWith = [&](float share, const VelornRestoreSettings& settings) {
+        Kernel kernel = disc();
+        kernel.trust.share = share;
+        auto target = std::make_unique<PictureBuffer>(picture);
+        restorePicture(picture, target->picture(), Kernels{&kernel}, settings);
+        return target;
+    };
+    VelornRestoreSettings settings = settingsFor(picture);
+    const auto all = restoredWith(1.0f, settings);
+    const auto part = restoredWith(0.25f, settings);
+    const VelornRegion whole = wholeOf(picture);
+    const float moved = largestDifference(all->picture(), picture, whole);
+    EXPECT_GT(moved, 0.05f);
+    EXPECT_NEAR(largestDifference(part->picture(), picture, whole), 0.25f * moved, 1e-5f);
+    EXPECT_LT(largestDifference(restoredWith(0.0f, settings)->picture(), picture, whole), 1e-6f);
+    // A given strength is a host's own choice.
+    settings.strength = 500.0f;
+    EXPECT_EQ(largestDifference(restoredWith(0.25f, settings)->picture(),
+                                restoredWith(1.0f, settings)->picture(), whole),
+              0.0f);
+}
+
 TEST(RestorePicture, AReportedChromaStrengthGivesTheSameBytes) {
     const auto source = texturedPicture({500, 320, 3});
     const VelornPicture& picture = source->picture();

@@ -99,10 +99,10 @@ TEST(AutomaticStrength, OfACompressedPictureIsLower) {
     EXPECT_LT(strengthOf(picture, noise), independent);
 }
 
-TEST(AutomaticStrength, OfFoundKernelsIsLimited) {
+TEST(AutomaticStrength, IsAtMostTheOneThatTheKernelIsTrustedWith) {
     const BlurredPicture picture(test::leavesScene(kSide), disc(), {0.5});
     Kernel found = disc();
-    found.isFound = true;
+    found.trust.strongest = 3000.0f;
     EXPECT_GT(strengthOf(picture, noiseLevels(0.5f)), 3000.0f);
     EXPECT_LE(strengthOf(picture, noiseLevels(0.5f), found), 3000.0f);
 }
