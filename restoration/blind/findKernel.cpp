@@ -6,8 +6,11 @@
 #include "restoration/blind/candidates/KernelScorer.h"
 #include "restoration/blind/parts/edgePart.h"
 #include "restoration/blind/parts/EdgeSpectrum.h"
+#include "restoration/blind/parts/excessBlur.h"
+#include "restoration/blind/parts/kernelOfEdges.h"
 #include "restoration/blind/runs/KernelRun.h"
 #include "restoration/blind/squares/kernelShape.h"
+#include "restoration/blind/squares/largestVariance.h"
 #include "restoration/failures/Failure.h"
 
 #include <algorithm>
@@ -34,8 +37,13 @@ constexpr double kLargestMisfit = 8.0;
 /// Edges with less blur than the first are sharp; with less than the second they may be.
 constexpr double kSharpVariance = 0.47;
 constexpr double kDoubtfulVariance = 0.6;
-/// Kernels that only sharp pictures and small blurs have. Larger ones may keep high frequencies.
+/// A kernel that takes more power from edges than this, beyond what they have lost, is too wide.
+constexpr double kLargestExcess = 1.2;
+/// The largest kernel of a small blur.
 constexpr int kSmallExtent = 13;
+/// Kernels that are found in sharp pictures have less variance. Wider ones may keep high
+/// frequencies.
+constexpr double kLargestVarianceOfSharp = 2.5;
 constexpr float kDoubtfulConfidence = 0.45f;
 constexpr float kSharpConfidence = 0.2f;
 
@@ -137,7 +145,7 @@ public:
         for (const Candidate& candidate : m_candidates) {
             found.push_back(result(candidate));
         }
-        judgeSharpness(found);
+        judgeByEdges(found);
         return found;
     }
 
@@ -339,19 +347,28 @@ private:
                 evidence};
     }
 
-    /// Searches find a small kernel, or kernels that disagree, in a picture that is not blurred.
-    /// There, puts the kernel of a point first if the edges are sharp, and doubts the kernels if
-    /// they may be.
-    void judgeSharpness(std::vector<FoundKernel>& found) const {
+    /// Searches find a small kernel, or kernels that disagree, in a picture that is not blurred,
+    /// and too wide kernels where blurs are small or no edge was sharp. There, puts the kernel of a
+    /// point first if the edges are sharp, or the kernel that the edges themselves show if the
+    /// first one is wider. Doubts the kernels if the edges may be sharp.
+    void judgeByEdges(std::vector<FoundKernel>& found) const {
         const Candidate& first = m_candidates.front();
-        if (first.evidence.showsZeros > 0.0 ||
-            (first.extent > kSmallExtent && first.evidence.agreement >= kLeastAgreement)) {
+        const bool isDoubtful = first.evidence.agreement < kLeastAgreement;
+        if (first.evidence.showsZeros > 0.0 || (first.extent > kSmallExtent && !isDoubtful)) {
             return;
         }
         EdgeSpectrum edges;
-        m_team.run(
-            [&] { edges = edgeSpectrum(centralPart(m_part, kChosenSide), m_team.cancellation()); });
-        if (!edges.showsEdges || edges.blurVariance >= kDoubtfulVariance) {
+        std::optional<Candidate> narrower;
+        m_team.run([&] {
+            edges = edgeSpectrum(centralPart(m_part, kChosenSide), m_team.cancellation());
+            narrower = narrowerThan(first, edges);
+        });
+        if (narrower && m_start == nullptr && m_smoothing <= 0.0) {
+            found.insert(found.begin(), result(*narrower));
+        }
+        const bool maybeSharp =
+            isDoubtful || largestVariance(first.kernel) < kLargestVarianceOfSharp;
+        if (!maybeSharp || !edges.showsEdges || edges.blurVariance >= kDoubtfulVariance) {
             return;
         }
         const bool isSharp = edges.blurVariance < kSharpVariance;
@@ -365,6 +382,24 @@ private:
             point.kind = {KernelKind::Shape::None};
             found.insert(found.begin(), std::move(point));
         }
+    }
+
+    /// The kernel of the edges if `candidate` is wider than they allow.
+    std::optional<Candidate> narrowerThan(const Candidate& candidate,
+                                          const EdgeSpectrum& edges) const {
+        if (excessBlur(edges, withSide(candidate.kernel, candidate.extent)) <= kLargestExcess) {
+            return std::nullopt;
+        }
+        const SquareKernel kernel = kernelOfEdges(edges);
+        const int extent = extentOf(kernel);
+        if (extent > m_bounds.smallerSide()) {
+            return std::nullopt;
+        }
+        Evidence evidence = m_scorer.of(kernel, m_team.cancellation());
+        evidence.isAnalytic = 1.0;
+        evidence.agreement = candidate.evidence.agreement;
+        const auto like = analyticKernelLike(kernel);
+        return Candidate{kernel, evidence, like ? like->kind : KernelKind(), extent};
     }
 
     static double confidence(double agreement, double misfit) {

@@ -1,5 +1,6 @@
 #include "restoration/blind/parts/EdgeSpectrum.h"
 
+#include "restoration/blind/parts/FrequencyCells.h"
 #include "restoration/blind/runs/SquareTransform.h"
 
 #include <algorithm>
@@ -15,83 +16,23 @@
 namespace restoration {
 namespace {
 
-constexpr int kSquare = 32;
+using frequencies::Cells;
+using frequencies::forEachFrequency;
+using frequencies::kBands;
+using frequencies::kColumns;
+using frequencies::kDirections;
+using frequencies::kSquare;
+using frequencies::Spectrum;
+
 constexpr int kStep = kSquare / 2;
 constexpr int kLeastSide = 64;
-constexpr std::size_t kDirections = 8;
-constexpr std::size_t kColumns = kSquare / 2; // of half a spectrum, without the middle frequency
-
-/// Bands in cycles per pixel: the one that others are compared with, then the others.
-struct Band {
-    double from;
-    double to;
-};
-constexpr std::array<Band, 6> kBands{
-    {{0.09375, 0.15625}, {0.2, 0.25}, {0.25, 0.3}, {0.3, 0.35}, {0.35, 0.4}, {0.4, 0.45}}};
-constexpr Band kMiddle{0.1, 0.25};
+constexpr frequencies::Band kMiddle{0.1, 0.25};
 constexpr double kFallOfEdges = 3.0;
 /// Less above the noise, as a share of it, is not told from it.
 constexpr double kLeastVisible = 0.2;
 constexpr double kLeastShare = 0.3;
 /// The least fall from the second band to the last one, in powers of e: 3 dB.
 constexpr double kLeastFall = 0.69;
-
-using Spectrum = std::array<double, kSquare * kColumns>;
-
-/// The frequencies of half a spectrum: one of each pair of conjugate ones.
-template <class Visit>
-void forEachFrequency(const Visit& visit) {
-    for (int v = 0; v < kSquare; ++v) {
-        const int row = v < kSquare / 2 ? v : v - kSquare;
-        for (int u = row > 0 ? 0 : 1; u < static_cast<int>(kColumns); ++u) {
-            visit(static_cast<std::size_t>(v) * kColumns + static_cast<std::size_t>(u),
-                  std::hypot(row, u) / kSquare,
-                  std::atan2(static_cast<double>(row), static_cast<double>(u)));
-        }
-    }
-}
-
-bool isIn(const Band& band, double frequency) {
-    return frequency >= band.from && frequency < band.to;
-}
-
-/// The frequencies of one band and direction.
-struct Cell {
-    std::vector<std::size_t> slots;
-    double frequency = 0.0; ///< the mean
-
-    double meanOf(const Spectrum& spectrum) const {
-        double sum = 0.0;
-        for (const std::size_t slot : slots) {
-            sum += spectrum[slot];
-        }
-        return sum / static_cast<double>(slots.size());
-    }
-};
-using Cells = std::array<Cell, kBands.size()>;
-
-std::array<Cells, kDirections> cellsOfDirections() {
-    std::array<Cells, kDirections> cells;
-    forEachFrequency([&](std::size_t slot, double frequency, double angle) {
-        const double turn = angle / std::numbers::pi * static_cast<double>(kDirections);
-        const auto direction =
-            static_cast<std::size_t>(std::lround(turn) + static_cast<long>(kDirections)) %
-            kDirections;
-        for (std::size_t band = 0; band < kBands.size(); ++band) {
-            if (isIn(kBands[band], frequency)) {
-                Cell& cell = cells[direction][band];
-                cell.slots.push_back(slot);
-                cell.frequency += frequency;
-            }
-        }
-    });
-    for (Cells& direction : cells) {
-        for (Cell& cell : direction) {
-            cell.frequency /= static_cast<double>(cell.slots.size());
-        }
-    }
-    return cells;
-}
 
 /// The periodograms of overlapping squares.
 class SquareSpectra {
@@ -153,7 +94,7 @@ private:
     void sortByMiddle() {
         std::vector<std::size_t> slots;
         forEachFrequency([&](std::size_t slot, double frequency, double) {
-            if (isIn(kMiddle, frequency)) {
+            if (kMiddle.holds(frequency)) {
                 slots.push_back(slot);
             }
         });
@@ -190,7 +131,7 @@ private:
 
 /// The edges in one direction.
 struct DirectionFit {
-    double blurVariance = 0.0;
+    EdgeDirection edges;
     double leastShare = 0.0; ///< of edges over noise, in the middle bands
     double fall = 0.0;       ///< from the second band to the last one, in powers of e
 };
@@ -205,6 +146,7 @@ DirectionFit fitOf(const Cells& cells, const Spectrum& most, const Spectrum& lea
         shares[band] = above / noise;
         edges[band] = std::max(above, kLeastVisible * noise);
     }
+    DirectionFit fit;
     double product = 0.0;
     double square = 0.0;
     const double first = cells[0].frequency;
@@ -217,9 +159,13 @@ DirectionFit fitOf(const Cells& cells, const Spectrum& most, const Spectrum& lea
             4.0 * std::numbers::pi * std::numbers::pi * (frequency * frequency - first * first);
         product += lost * lostPerVariance;
         square += lostPerVariance * lostPerVariance;
+        fit.edges.lost[band - 1] = lost;
+        fit.edges.isVisible[band - 1] = shares[band] > kLeastVisible;
     }
-    return {product / square, std::min({shares[1], shares[2], shares[3]}),
-            std::log(edges[1] / edges.back())};
+    fit.edges.variance = product / square;
+    fit.leastShare = std::min({shares[1], shares[2], shares[3]});
+    fit.fall = std::log(edges[1] / edges.back());
+    return fit;
 }
 
 } // namespace
@@ -231,11 +177,13 @@ EdgeSpectrum edgeSpectrum(const Plane& luminance, const Cancellation& cancellati
     const SquareSpectra spectra(luminance, cancellation);
     const Spectrum most = spectra.most();
     const Spectrum least = spectra.least();
-    EdgeSpectrum result{-1e9, true};
+    EdgeSpectrum result{-1e9, true, {}};
     double fall = 0.0;
-    for (const Cells& cells : cellsOfDirections()) {
-        const DirectionFit fit = fitOf(cells, most, least);
-        result.blurVariance = std::max(result.blurVariance, fit.blurVariance);
+    const auto cells = frequencies::cellsOfDirections();
+    for (std::size_t direction = 0; direction < kDirections; ++direction) {
+        const DirectionFit fit = fitOf(cells[direction], most, least);
+        result.directions[direction] = fit.edges;
+        result.blurVariance = std::max(result.blurVariance, fit.edges.variance);
         result.showsEdges = result.showsEdges && fit.leastShare > kLeastShare;
         fall += fit.fall;
     }

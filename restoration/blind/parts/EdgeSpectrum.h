@@ -1,9 +1,21 @@
 #pragma once
 
+#include "restoration/blind/parts/FrequencyCells.h"
 #include "restoration/planes/Plane.h"
 #include "restoration/threads/Cancellation.h"
 
 namespace restoration {
+
+/// The edges across which the brightness changes in one direction.
+struct EdgeDirection {
+    static constexpr std::size_t kBands = frequencies::kBands.size() - 1;
+
+    /// The power lost between the first band and each other, beyond the fall of ideal edges, in
+    /// powers of e. Where edges do not stand out from the noise, it is at least this.
+    std::array<double, kBands> lost{};
+    std::array<bool, kBands> isVisible{}; ///< whether edges stand out from the noise
+    double variance = 0.0;                ///< of the Gaussian that loses as much, in square pixels
+};
 
 /// How the power of a picture's edges falls with the frequency.
 ///
@@ -19,6 +31,8 @@ struct EdgeSpectrum {
     /// Whether edges stand out from the noise at high frequencies in all directions, and fall with
     /// the frequency as noise would not. Without it a low `blurVariance` means nothing.
     bool showsEdges = false;
+    /// Direction i is at the angle i pi/8, from left to right towards downwards.
+    std::array<EdgeDirection, frequencies::kDirections> directions{};
 };
 
 /// Looks at all of `luminance`, white = 1. Pictures with less than 64 columns or rows show no
