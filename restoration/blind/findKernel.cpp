@@ -39,11 +39,10 @@ constexpr double kSharpVariance = 0.47;
 constexpr double kDoubtfulVariance = 0.6;
 /// A kernel that takes more power from edges than this, beyond what they have lost, is too wide.
 constexpr double kLargestExcess = 1.2;
-/// The largest kernel of a small blur.
 constexpr int kSmallExtent = 13;
-/// Kernels that are found in sharp pictures have less variance. Wider ones may keep high
-/// frequencies.
-constexpr double kLargestVarianceOfSharp = 2.5;
+/// Kernels of small blurs, and those that are found in sharp pictures, have less variance. Wider
+/// ones may keep high frequencies.
+constexpr double kNarrowVariance = 2.5;
 constexpr float kDoubtfulConfidence = 0.45f;
 constexpr float kSharpConfidence = 0.2f;
 
@@ -357,18 +356,20 @@ private:
         if (first.evidence.showsZeros > 0.0 || (first.extent > kSmallExtent && !isDoubtful)) {
             return;
         }
+        const bool isNarrow = largestVariance(first.kernel) < kNarrowVariance;
         EdgeSpectrum edges;
         std::optional<Candidate> narrower;
         m_team.run([&] {
             edges = edgeSpectrum(centralPart(m_part, kChosenSide), m_team.cancellation());
-            narrower = narrowerThan(first, edges);
+            if (isNarrow && m_start == nullptr && m_smoothing <= 0.0) {
+                narrower = narrowerThan(first, edges);
+            }
         });
-        if (narrower && m_start == nullptr && m_smoothing <= 0.0) {
+        if (narrower) {
             found.insert(found.begin(), result(*narrower));
         }
-        const bool maybeSharp =
-            isDoubtful || largestVariance(first.kernel) < kLargestVarianceOfSharp;
-        if (!maybeSharp || !edges.showsEdges || edges.blurVariance >= kDoubtfulVariance) {
+        if (!(isNarrow || isDoubtful) || !edges.showsEdges ||
+            edges.blurVariance >= kDoubtfulVariance) {
             return;
         }
         const bool isSharp = edges.blurVariance < kSharpVariance;

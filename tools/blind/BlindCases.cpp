@@ -64,8 +64,8 @@ void forEachCase(const CaseRules& rules, const std::function<void(const BlindCas
                 continue;
             }
             blindCase.noise = rules.noises[(b / 3 + p) % rules.noises.size()];
-            blindCase.photograph = photographOf(pictures[p].colours, blurs[b].blur.kernel,
-                                                blindCase.noise, kSeed);
+            blindCase.photograph =
+                photographOf(pictures[p].colours, blurs[b].blur.kernel, blindCase.noise, kSeed);
             work(blindCase);
         }
     }

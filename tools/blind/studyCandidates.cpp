@@ -43,8 +43,7 @@ std::vector<FoundKernel> candidatesIn(const RgbPixels& pixels) {
 
 RgbPixels restoredBy(RgbPixels pixels, restoration::Kernel kernel, const Trust& trust) {
     auto& samples = std::get<std::vector<std::uint8_t>>(pixels.samples);
-    const VelornPicture view =
-        api::pictureOf(samples.data(), pixels.width, pixels.height, 3);
+    const VelornPicture view = api::pictureOf(samples.data(), pixels.width, pixels.height, 3);
     VelornRestoreSettings settings = api::restoreSettings();
     settings.threads = 1;
     settings.region = {0, 0, pixels.width, pixels.height};
@@ -85,8 +84,8 @@ void printCandidate(const BlindCase& each, double known, int candidate, const Fo
     const RgbPixels restored = restoredBy(photograph.taken, found.kernel, kMediumTrust);
     std::cout << each.picture << '\t' << each.blur.family << '\t' << each.blur.blur.name << '\t'
               << each.noise << '\t' << known << '\t' << candidate << '\t' << gainOf(restored)
-              << '\t' << gainOf(meanOf(restored, photograph.taken)) << '\t'
-              << gainWith(kFullTrust) << '\t' << gainWith(kLittleTrust);
+              << '\t' << gainOf(meanOf(restored, photograph.taken)) << '\t' << gainWith(kFullTrust)
+              << '\t' << gainWith(kLittleTrust);
     for (const auto& part : restoration::kEvidenceWeights) {
         std::cout << '\t' << found.evidence.*part.value;
     }
@@ -98,8 +97,8 @@ void studyCase(const BlindCase& each) {
         return;
     }
     const Photograph& photograph = each.photograph;
-    const double known = photograph.decibelsWhenMoved(restored(
-                             photograph.taken, libraryKernel(each.blur.blur.kernel))) -
+    const double known = photograph.decibelsWhenMoved(
+                             restored(photograph.taken, libraryKernel(each.blur.blur.kernel))) -
                          photograph.decibels();
     int candidate = 0;
     for (const FoundKernel& found : candidatesIn(photograph.taken)) {

@@ -137,11 +137,17 @@ struct DirectionFit {
 };
 
 DirectionFit fitOf(const Cells& cells, const Spectrum& most, const Spectrum& least) {
+    // Noise is as strong in all bands; the content of busy pictures, which have no square without
+    // edges, is weakest in the last ones.
+    double noise = cells[0].meanOf(least);
+    for (const frequencies::Cell& cell : cells) {
+        noise = std::min(noise, cell.meanOf(least));
+    }
+    // Rounded pictures are never quite free of noise.
+    noise += 1e-12;
     std::array<double, kBands.size()> shares{};
     std::array<double, kBands.size()> edges{};
     for (std::size_t band = 0; band < kBands.size(); ++band) {
-        // Rounded pictures are never quite free of noise.
-        const double noise = cells[band].meanOf(least) + 1e-12;
         const double above = cells[band].meanOf(most) - noise;
         shares[band] = above / noise;
         edges[band] = std::max(above, kLeastVisible * noise);

@@ -20,13 +20,15 @@ struct EdgeDirection {
 /// How the power of a picture's edges falls with the frequency.
 ///
 /// Squares of 32 by 32 pixels are sorted by their power at middle frequencies. The mean spectrum of
-/// the quarter with the least is noise; what the quarter with the most has above it comes from
-/// edges. The power spectrum of ideal edges falls as 1/f^3. What is lost beyond that between 0.2
-/// and 0.45 cycles per pixel, relative to the power near 0.125, is measured as the variance of a
-/// Gaussian blur, in eight directions.
+/// the quarter with the least is noise, as strong at all frequencies of a direction as where it is
+/// weakest; what the quarter with the most has above it comes from edges. The power spectrum of
+/// ideal edges falls as 1/f^3. What is lost beyond that between 0.2 and 0.45 cycles per pixel,
+/// relative to the power near 0.125, is measured as the variance of a Gaussian blur, in eight
+/// directions.
 struct EdgeSpectrum {
     /// The variance in the direction of the strongest blur, in square pixels. Near 0 for sharp
-    /// pictures, 0.6 and above for blurred ones; negative for sharpened ones.
+    /// pictures, 0.6 and above for blurred ones; negative for sharpened ones. The wide kernels of
+    /// shaken cameras leave accidental power at high frequencies, down to a variance of 0.2.
     double blurVariance = 0.0;
     /// Whether edges stand out from the noise at high frequencies in all directions, and fall with
     /// the frequency as noise would not. Without it a low `blurVariance` means nothing.
