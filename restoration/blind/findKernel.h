@@ -52,13 +52,13 @@ struct FoundKernel {
 ///
 /// Three runs (KernelRun.h) of different strength and size estimate a kernel each; the kernel with
 /// the best score (Evidence.h) is the result, and its likeness with the others tells how far it
-/// can be trusted. A disc or straight motion whose zeros the power spectrum shows (spectralBlur.h)
-/// is taken for certain and wins, unless edges are smoothed or a kernel is refined. Otherwise a
-/// Gaussian, disc or line that resembles the best kernel and explains the picture about as well
-/// takes its place. Runs look at the part of the picture with the most edges (edgePart.h), about
-/// 500 by 500 pixels. The kernel is centred, has sum 1, no negative weights, and odd sides that are
-/// at most the largest ones, 71, and a third of the picture's shorter side; without largest sides
-/// at most a fifth of it. A region to look at counts as the picture.
+/// can be trusted. A Gaussian, disc or straight motion that the power spectrum shows
+/// (spectralBlur.h) is taken for certain and wins, unless edges are smoothed or a kernel is
+/// refined. Otherwise a Gaussian, disc or line that resembles the best kernel and explains the
+/// picture about as well takes its place. Runs look at the part of the picture with the most edges
+/// (edgePart.h), about 500 by 500 pixels. The kernel is centred, has sum 1, no negative weights,
+/// and odd sides that are at most the largest ones, 71, and a third of the picture's shorter side;
+/// without largest sides at most a fifth of it. A region to look at counts as the picture.
 ///
 /// Edges that are as steep as those of sharp pictures (EdgeSpectrum.h) contradict a small kernel,
 /// and kernels that disagree: the result is then the kernel of a single pixel.

@@ -73,6 +73,10 @@ int PowerSpectrum::ringOf(int v, int u) noexcept {
     return static_cast<int>(std::sqrt(static_cast<double>(u * u + v * v)) + 0.5);
 }
 
+int PowerSpectrum::largestReach() const noexcept {
+    return static_cast<int>(kLargestFrequency * m_side);
+}
+
 void PowerSpectrum::transform(const Plane& picture, const Cancellation& cancellation) {
     SquareTransform transform(m_side, cancellation);
     const vel::RealFft2D& fft = transform.fft();
@@ -113,11 +117,10 @@ void PowerSpectrum::measureNoise() {
 }
 
 void PowerSpectrum::findReach() {
-    const int most = static_cast<int>(kLargestFrequency * m_side);
+    const int most = largestReach();
     std::vector<double> sums(static_cast<std::size_t>(most) + 2);
     std::vector<double> counts(sums.size());
-    m_reach = most + 1;
-    forEach([&](int v, int u) {
+    forEach(most + 1, [&](int v, int u) {
         const auto ring = static_cast<std::size_t>(ringOf(v, u));
         sums[ring] += power(v, u);
         counts[ring] += 1.0;

@@ -30,14 +30,17 @@ public:
     /// The number of the ring of frequencies.
     static int ringOf(int v, int u) noexcept;
 
-    /// Calls visit(v, u) for all frequencies up to `reach`.
+    /// The largest `reach` that any picture has.
+    int largestReach() const noexcept;
+
+    /// Calls visit(v, u) for all frequencies below `reach`.
     template <class Visit>
-    void forEach(const Visit& visit) const {
-        for (int v = -m_reach; v <= m_reach; ++v) {
+    void forEach(int reach, const Visit& visit) const {
+        for (int v = -reach; v <= reach; ++v) {
             if (v > -kFirst && v < kFirst) {
                 continue;
             }
-            for (int u = kFirst; u * u + v * v < m_reach * m_reach; ++u) {
+            for (int u = kFirst; u * u + v * v < reach * reach; ++u) {
                 visit(v, u);
             }
         }

@@ -3,6 +3,7 @@
 #include "restoration/blind/analytic/blurPatterns.h"
 #include "restoration/blind/analytic/PowerSpectrum.h"
 #include "restoration/blind/analytic/Ripple.h"
+#include "restoration/blind/analytic/spectralFall.h"
 
 #include <algorithm>
 #include <cmath>
@@ -32,12 +33,26 @@ constexpr std::size_t kRefined = 3;
 /// Blurs differ when their radii or lengths do by this factor, or their ends by so many pixels.
 constexpr double kDifferentExtent = 1.16;
 constexpr double kDifferentEnds = 3.0;
-/// What the ripples of free kernels do not reach together: on half of the pictures of the study,
-/// straight motions and discs have heights of 0.54 and more, and the evidence of the best other
-/// blur is at most 0.62 of theirs.
-constexpr double kLeastEvidence = 1200.0;
+/// What the ripples of other blurs and of periodic scenes do not reach together: on half of the
+/// pictures of the study, straight motions and discs have heights of 0.54 and more, an evidence of
+/// 1845 and more, and the evidence of the best other blur is at most 0.62 of theirs.
+constexpr double kLeastEvidence = 1400.0;
+/// Of strokes shorter than this; walls of bricks look like them.
+constexpr double kShort = 5.0;
+constexpr double kLeastEvidenceOfShort = 4000.0;
 constexpr double kLeastHeight = 0.5;
 constexpr double kLeastAdvantage = 1.5;
+constexpr double kLeastRadius = 1.6;
+constexpr double kLeastStroke = 3.5;
+/// Bounds of falls: sharp pictures have a sigma of 0.55 at most, shakes and motions a larger spread
+/// or error. Discs of about 2 pixels under noise are told from Gaussians by their error.
+constexpr int kLeastSide = 128;
+constexpr double kLeastSigma = 0.75;
+constexpr double kMostSpread = 0.12;
+constexpr double kMostSpreadOfDisc = 0.06;
+constexpr double kMostError = 9.0;
+constexpr double kMostErrorOfDisc = 22.0;
+constexpr double kErrorOfDisc = 0.95;
 
 struct Match {
     double extent = 0.0; ///< radius, or the length of the stroke
@@ -69,8 +84,9 @@ std::vector<Match> bestOf(std::vector<Match> matches, std::size_t count) {
 }
 
 /// The first of two matches, if its ripples are those of a blur.
-std::optional<Match> clearOne(const std::vector<Match>& matches) {
-    if (matches.empty() || matches.front().evidence() < kLeastEvidence ||
+std::optional<Match> clearOne(const std::vector<Match>& matches, double leastExtent) {
+    if (matches.empty() || matches.front().extent < leastExtent ||
+        matches.front().evidence() < kLeastEvidence ||
         matches.front().ripple.height < kLeastHeight) {
         return std::nullopt;
     }
@@ -82,7 +98,7 @@ std::optional<Match> clearOne(const std::vector<Match>& matches) {
 /// The mean over all directions.
 SpectralProfile ringProfile(const PowerSpectrum& spectrum) {
     SpectralProfile profile(static_cast<std::size_t>(spectrum.reach()) + 1);
-    spectrum.forEach([&](int v, int u) {
+    spectrum.forEach(spectrum.reach(), [&](int v, int u) {
         profile.add(static_cast<std::size_t>(PowerSpectrum::ringOf(v, u)), spectrum.level(v, u),
                     spectrum.power(v, u));
     });
@@ -219,21 +235,38 @@ private:
     std::vector<double> m_rings;
 };
 
+std::optional<KernelKind> clearFall(const SpectralFall& fall) {
+    if (fall.sigma < kLeastSigma || fall.spread > kMostSpread) {
+        return std::nullopt;
+    }
+    if (fall.gaussian.error <= kMostError) {
+        return KernelKind{KernelKind::Shape::Gaussian, static_cast<float>(fall.sigma), 0.0f};
+    }
+    if (fall.spread <= kMostSpreadOfDisc && fall.disc.error <= kMostErrorOfDisc &&
+        fall.disc.error < kErrorOfDisc * fall.gaussian.error) {
+        return KernelKind{KernelKind::Shape::Disc, static_cast<float>(fall.radius), 0.0f};
+    }
+    return std::nullopt;
+}
+
 } // namespace
 
 std::optional<KernelKind> spectralBlur(const Plane& picture, double largestExtent,
                                        const Cancellation& cancellation) {
     const PowerSpectrum spectrum(picture, cancellation);
-    const auto disc = clearOne(DiscSearch(spectrum).best(largestExtent / 2.0));
-    const auto stroke = clearOne(StrokeSearch(spectrum).best(largestExtent, cancellation));
+    const auto disc = clearOne(DiscSearch(spectrum).best(largestExtent / 2.0), kLeastRadius);
+    const auto stroke =
+        clearOne(StrokeSearch(spectrum).best(largestExtent, cancellation), kLeastStroke);
+    const bool isDoubtful =
+        stroke && stroke->extent < kShort && stroke->evidence() < kLeastEvidenceOfShort;
     if (disc && (!stroke || disc->evidence() > stroke->evidence())) {
         return KernelKind{KernelKind::Shape::Disc, static_cast<float>(disc->extent), 0.0f};
     }
-    if (stroke) {
+    if (stroke && !isDoubtful) {
         return KernelKind{KernelKind::Shape::Motion, static_cast<float>(stroke->extent + 1.0),
                           undirectedAngle(static_cast<float>(stroke->degrees))};
     }
-    return std::nullopt;
+    return spectrum.side() < kLeastSide ? std::nullopt : clearFall(spectralFall(spectrum));
 }
 
 } // namespace restoration

