@@ -174,8 +174,8 @@ private:
                               std::to_string(start.height) + ", but may only be " +
                               std::to_string(most) + " by " + std::to_string(most));
         }
-        return {std::min(fittingSide(start.width), most),
-                std::min(fittingSide(start.height), most)};
+        const auto room = [most](int side) { return std::min(odd(2 * side + 3), most); };
+        return {room(start.width), room(start.height)};
     }
 
     /// The side of a run for a kernel that is about `extent` wide.
