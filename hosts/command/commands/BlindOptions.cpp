@@ -4,6 +4,7 @@
 #include "hosts/command/arguments/Numbers.h"
 #include "hosts/command/kernels/BlurKernel.h"
 #include "hosts/command/terminal/Failure.h"
+#include "velorn.h"
 
 #include <algorithm>
 #include <charconv>
@@ -15,6 +16,22 @@ constexpr int kLeastSide = 3;
 constexpr NumberRange kStrength{0.0f, 2.0f};
 
 constexpr const char* kAutomatic = "auto";
+
+/// The search needs as many columns and rows.
+constexpr int kLeastLook = 32;
+constexpr NumberRange kCandidates{1.0f, static_cast<float>(VELORN_MOST_CANDIDATES)};
+
+PictureArea areaOf(const std::vector<int>& numbers) {
+    const PictureArea area{numbers[0], numbers[1], numbers[2], numbers[3]};
+    if (area.x < 0 || area.y < 0) {
+        throw UsageFailure("--look: X and Y must be at least 0");
+    }
+    if (area.width < kLeastLook || area.height < kLeastLook) {
+        throw UsageFailure("--look: W and H must be at least " + std::to_string(kLeastLook) +
+                           " pixels");
+    }
+    return area;
+}
 
 std::string sideRange() {
     return std::to_string(kLeastSide) + ".." + std::to_string(kLargestKernelSide);
@@ -91,11 +108,52 @@ Argument BlindOptions::addTurn(ArgumentParser& parser, const std::string& condit
         .valueName("WHEN");
 }
 
+std::array<Argument, 4> BlindOptions::addChoices(ArgumentParser& parser,
+                                                 const std::string& condition) {
+    m_startOption =
+        parser
+            .add("--start", m_start,
+                 "default: none" + condition +
+                     "\nKernel from a file to refine, instead of a search from nothing.")
+            .valueName("FILE");
+    return {
+        parser
+            .add("--look", m_look,
+                 "pixels, default: all of the picture" + condition +
+                     "\nThe part of the picture to find the kernel in: left edge, top edge, "
+                     "width and height, in the picture as displayed. Use it where other parts "
+                     "are blurred in another way.")
+            .valueName("X,Y,W,H")
+            .commaSeparated(4),
+        m_startOption,
+        parser
+            .add("--candidate", m_settings.candidate,
+                 kCandidates.text() + ", default: " + numberText(1.0f) + condition +
+                     "\nThe kernel to use: 1 is the best one, 2 the next. 'velorn estimate "
+                     "--sheet' shows all.")
+            .valueName("N"),
+        parser.add("--strict", m_settings.isStrict,
+                   (condition.empty() ? condition : condition.substr(2) + "\n") +
+                       "Fail and write nothing if the confidence in the kernel is below 50 %, or "
+                       "the picture does not look blurred. By default, a warning is printed.")};
+}
+
 BlindSettings BlindOptions::result() const {
     BlindSettings settings = m_settings;
     settings.largest = kernelSizeOf(m_sizeText, m_sizeName);
     settings.turn = turnOf(m_turnText);
     kStrength.check("--strength", settings.smoothing);
+    kCandidates.check("--candidate", static_cast<float>(settings.candidate));
+    if (!m_look.empty()) {
+        settings.look = areaOf(m_look);
+    }
+    if (m_startOption.isGiven()) {
+        settings.start = m_start;
+        if (settings.largest) {
+            throw UsageFailure("--start and a size exclude each other: the kernel in the file "
+                               "decides");
+        }
+    }
     return settings;
 }
 

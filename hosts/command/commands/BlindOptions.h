@@ -3,6 +3,8 @@
 #include "hosts/command/arguments/ArgumentParser.h"
 #include "hosts/command/commands/BlindSettings.h"
 
+#include <array>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -21,6 +23,9 @@ public:
     Argument addStrength(ArgumentParser& parser);
     Argument addTurn(ArgumentParser& parser, const std::string& condition = {});
 
+    /// Adds --look, --start, --candidate and --strict.
+    std::array<Argument, 4> addChoices(ArgumentParser& parser, const std::string& condition = {});
+
     /// The settings as the command line gives them.
     /// @throws UsageFailure that names the option whose value is out of range.
     BlindSettings result() const;
@@ -33,6 +38,9 @@ private:
     std::string m_sizeName;
     std::string m_sizeText = "auto";
     std::string m_turnText = "auto";
+    std::vector<int> m_look;
+    std::filesystem::path m_start;
+    Argument m_startOption;
 };
 
 } // namespace velorn

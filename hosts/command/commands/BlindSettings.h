@@ -1,7 +1,9 @@
 #pragma once
 
 #include "hosts/command/kernels/KernelSize.h"
+#include "hosts/command/pictures/PictureArea.h"
 
+#include <filesystem>
 #include <optional>
 
 namespace velorn {
@@ -17,6 +19,14 @@ struct BlindSettings {
     /// How much edges are smoothed before the kernel is fitted to them, in pixels.
     float smoothing = 0.0f;
     Turn turn = Turn::Auto;
+    /// The part of the picture, as displayed, to look at; without it, all of the picture.
+    std::optional<PictureArea> look;
+    /// The file of a kernel to refine, if any. It refers to the picture as displayed.
+    std::optional<std::filesystem::path> start;
+    /// The kernel to use; 1 is the best one.
+    int candidate = 1;
+    /// Whether an uncertain kernel is a failure.
+    bool isStrict = false;
 };
 
 } // namespace velorn

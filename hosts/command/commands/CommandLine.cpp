@@ -11,7 +11,7 @@ constexpr const char* kExamples = "Examples:\n"
                                   "  velorn deblur blurred.jpg restored.png --disc 4\n"
                                   "  velorn deblur shaken.tif restored.tif --motion 12,30\n"
                                   "  velorn deblur unknown.jpg restored.png --blind\n"
-                                  "  velorn estimate unknown.jpg -o kernel.png\n\n"
+                                  "  velorn estimate unknown.jpg --sheet candidates.png\n\n"
                                   "Run 'velorn COMMAND --help' for the options of a command.\n";
 
 } // namespace

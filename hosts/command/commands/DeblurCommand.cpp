@@ -5,6 +5,7 @@
 #include "hosts/command/files/TemporaryFile.h"
 #include "hosts/command/kernels/KernelFile.h"
 #include "hosts/command/kernels/KernelPicture.h"
+#include "hosts/command/kernels/kernelText.h"
 #include "hosts/command/library/callLibrary.h"
 
 #include <vector>
@@ -37,6 +38,24 @@ void printReport(const VelornRestoreReport& report, std::ostream& terminal) {
         terminal << ", clipped " << 100.0 * report.clippedShare << " %";
     }
     terminal << '\n';
+}
+
+api::FoundKernel searchKernel(const ImageFile& picture, const std::filesystem::path& path,
+                              const BlindSettings& settings, const Interrupt& interrupt,
+                              std::ostream& terminal, bool isTerminal) {
+    std::vector<api::FoundKernel> found;
+    {
+        ProgressBar bar(terminal, isTerminal);
+        found = findKernels(picture, path, settings, interrupt, shownProgress(bar, interrupt));
+    }
+    return chosenKernel(found, path, settings, terminal);
+}
+
+void printKernel(const api::FoundKernel& found, int orientation, std::ostream& terminal) {
+    const BlurKernel shown = asShown(blurKernelOf(found.kernel), orientation);
+    terminal << "velorn: blur: " << blurText(found.report, shown, orientation) << ", confidence "
+             << percentText(found.report.confidence) << '\n'
+             << kernelPicture(shown);
 }
 
 /// Restores `picture` in place.
@@ -74,10 +93,11 @@ void runDeblur(const DeblurOptions& options, const Interrupt& interrupt, std::os
         // orientation.
         kernels.push_back(libraryKernel(asStored(*displayed, picture.orientation())));
     } else if (const auto* blind = std::get_if<BlindSettings>(&options.kernel)) {
-        kernels.push_back(
-            searchKernel(picture, options.input, *blind, interrupt, terminal, isTerminal));
+        const api::FoundKernel found =
+            searchKernel(picture, options.input, *blind, interrupt, terminal, isTerminal);
+        kernels.push_back(found.kernel);
         if (isTerminal || options.isVerbose) {
-            terminal << kernelPicture(asShown(blurKernelOf(kernels.back()), picture.orientation()));
+            printKernel(found, picture.orientation(), terminal);
         }
     }
     restore(picture, kernels, options, interrupt, terminal, isTerminal);

@@ -98,7 +98,11 @@ void DeblurParser::addBlind() {
                            "be worse than the picture. See also 'velorn estimate'.")
                   .valueName("[N[xM]]")
                   .group(kBlurGroup);
-    m_blindOptions.addTurn(m_command, "; only with --blind").group(kKernelGroup).needs(m_blind);
+    constexpr const char* kCondition = "; only with --blind";
+    m_blindOptions.addTurn(m_command, kCondition).group(kKernelGroup).needs(m_blind);
+    for (Argument& argument : m_blindOptions.addChoices(m_command, kCondition)) {
+        argument.group(kKernelGroup).needs(m_blind);
+    }
 }
 
 DeblurOptions DeblurParser::result() {

@@ -1,9 +1,11 @@
 #include "hosts/command/commands/EstimateOptions.h"
 
+#include "hosts/command/terminal/Failure.h"
+
 namespace velorn {
 
 EstimateParser::EstimateParser(ArgumentParser& parser)
-    : m_command(parser.addCommand("estimate", "Find the blur kernel of a picture.")) {
+    : m_command(parser.addCommand("estimate", "Find and print the blur kernel of a picture.")) {
     m_command.add("IN", m_options.input, "Blurred picture: 8 or 16 bits per channel, grey or RGB.")
         .required();
     m_blindOptions.addSize(
@@ -11,17 +13,25 @@ EstimateParser::EstimateParser(ArgumentParser& parser)
         "Largest side of the kernel, or its largest width if M gives the height.");
     m_blindOptions.addStrength(m_command);
     m_blindOptions.addTurn(m_command);
+    m_blindOptions.addChoices(m_command);
     m_command
         .add("-o,--output", m_options.output,
              "File to write the kernel to, for 'velorn deblur --kernel': a matrix of numbers "
-             "(.txt, .csv) or a picture. The kernel is also printed.")
-        .required()
+             "(.txt, .csv) or a picture. Without it, the kernel is only printed.")
+        .valueName("FILE");
+    m_command
+        .add("--sheet", m_options.sheet,
+             "Picture to write that shows all candidates: each kernel with its confidence, and the "
+             "same detail of the picture restored with it.")
         .valueName("FILE");
 }
 
 EstimateOptions EstimateParser::result() const {
     EstimateOptions options = m_options;
     options.blind = m_blindOptions.result();
+    if (!options.sheet.empty() && options.sheet == options.output) {
+        throw UsageFailure("--output and --sheet name the same file");
+    }
     return options;
 }
 

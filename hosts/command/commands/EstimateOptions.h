@@ -10,7 +10,10 @@ namespace velorn {
 /// `velorn estimate`
 struct EstimateOptions {
     std::filesystem::path input;
+    /// The file of the kernel; empty: it is only printed.
     std::filesystem::path output;
+    /// The file of the picture that shows all candidates; empty: none.
+    std::filesystem::path sheet;
     BlindSettings blind;
 };
 

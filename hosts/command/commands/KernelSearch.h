@@ -7,16 +7,25 @@
 
 #include <filesystem>
 #include <ostream>
+#include <vector>
 
 namespace velorn {
 
-/// Finds the kernel of a picture, with a progress bar on `terminal` if `isTerminal`. Warns on
-/// `terminal` when a restoration with the kernel may be worse than the picture. `settings.largest`
-/// refers to the picture as displayed, the kernel to its rows and columns as stored. `path` is the
+/// Finds the kernels that a picture may have, best first, turned as the settings say. The settings
+/// refer to the picture as displayed, the kernels to its rows and columns as stored. `path` is the
 /// name of the picture in messages.
-/// @throws Failure that names `path`, Interrupted.
-api::Kernel searchKernel(const ImageFile& picture, const std::filesystem::path& path,
-                         const BlindSettings& settings, const Interrupt& interrupt,
-                         std::ostream& terminal, bool isTerminal);
+/// @throws Failure that names `path`, or the file of the kernel to refine; Interrupted.
+std::vector<api::FoundKernel> findKernels(const ImageFile& picture,
+                                          const std::filesystem::path& path,
+                                          const BlindSettings& settings, const Interrupt& interrupt,
+                                          const api::Progress& progress);
+
+/// The one of `found` that the settings choose. Warns on `terminal` when a
+/// restoration with it may be worse than the picture, and when no kernel fits all of the picture.
+/// @throws Failure that names `path` when there is no such candidate, or when the settings are
+///         strict and the kernel is uncertain
+api::FoundKernel chosenKernel(const std::vector<api::FoundKernel>& found,
+                              const std::filesystem::path& path, const BlindSettings& settings,
+                              std::ostream& terminal);
 
 } // namespace velorn

@@ -42,10 +42,7 @@ BlurKernel asStored(const BlurKernel& kernel, int orientation) {
 }
 
 BlurKernel asShown(const BlurKernel& kernel, int orientation) {
-    // Orientations 6 and 8 are quarter turns and inverse to each other; all others are inverse to
-    // themselves.
-    const int inverse = orientation == 6 ? 8 : orientation == 8 ? 6 : orientation;
-    return asStored(kernel, inverse);
+    return asStored(kernel, Orientation::inverse(orientation));
 }
 
 BlurKernel checkedKernel(BlurKernel kernel, const std::string& origin) {

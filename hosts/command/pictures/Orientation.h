@@ -25,6 +25,10 @@ public:
         return {m_fromBottom ? height - 1 - row : row, m_fromRight ? width - 1 - column : column};
     }
 
+    /// The code of the orientation that undoes `code`. Quarter turns (6 and 8) are inverse to each
+    /// other; all others are inverse to themselves.
+    static int inverse(int code) { return code == 6 ? 8 : code == 8 ? 6 : code; }
+
 private:
     bool m_swapsSides;
     bool m_fromBottom;

@@ -110,9 +110,75 @@ TEST_F(Velorn, EstimateWritesAKernelAndPrintsIt) {
     writeBlurred("in.png", 320, 240);
     const ProgramResult result = run({"estimate", at("in.png"), "--size", "9", "-o", at("k.png")});
     EXPECT_EQ(result.exitStatus, 0) << result.errors;
-    EXPECT_EQ(std::ranges::count(result.output, '\n'), 7);
+    EXPECT_TRUE(std::regex_search(
+        result.output, std::regex("^blur:        out of focus, radius about [23]\\.[0-9] pixels\n"
+                                  "kernel:      [79] by [79], candidate 1 of [0-9]+\n"
+                                  "confidence:  [0-9]+ %\n")))
+        << result.output;
     EXPECT_NE(result.output.find("██"), std::string::npos);
     EXPECT_EQ(run({"deblur", at("in.png"), at("out.png"), "--kernel", at("k.png")}).exitStatus, 0);
+}
+
+TEST_F(Velorn, EstimateOnlyPrintsWithoutAnOutput) {
+    writeBlurred("in.png", 320, 240);
+    const ProgramResult result = run({"estimate", at("in.png")});
+    EXPECT_EQ(result.exitStatus, 0) << result.errors;
+    EXPECT_NE(result.output.find("██"), std::string::npos);
+    EXPECT_EQ(m_folder.fileCount(), 1u);
+}
+
+TEST_F(Velorn, SheetShowsTheCandidates) {
+    writeBlurred("in.png", 320, 240);
+    const ProgramResult result = run({"estimate", at("in.png"), "--sheet", at("sheet.jpg")});
+    EXPECT_EQ(result.exitStatus, 0) << result.errors;
+    ImageSpec spec;
+    readPicture<std::uint8_t>(at("sheet.jpg"), spec);
+    EXPECT_GT(spec.width, 1000);
+    EXPECT_GT(spec.height, 500);
+    EXPECT_EQ(m_folder.fileCount(), 2u);
+}
+
+TEST_F(Velorn, CandidateIsTheKernelThatEstimateWrites) {
+    writeBlurred("in.png", 320, 240);
+    const auto restored = [&](const std::string& number, const std::string& name) {
+        EXPECT_EQ(
+            run({"deblur", at("in.png"), at(name), "--blind", "--candidate", number}).exitStatus,
+            0);
+        ImageSpec spec;
+        return readPicture<std::uint8_t>(at(name), spec);
+    };
+    const auto first = restored("1", "1.png");
+    EXPECT_NE(first, restored("2", "2.png"));
+    ASSERT_EQ(run({"deblur", at("in.png"), at("b.png"), "--blind"}).exitStatus, 0);
+    ImageSpec spec;
+    EXPECT_EQ(first, readPicture<std::uint8_t>(at("b.png"), spec));
+}
+
+TEST_F(Velorn, ChoicesThatThePictureDoesNotAllowAreFailures) {
+    writeBlurred("in.png", 200, 160);
+    writeText(at("large.txt"), "1 1\n");
+    expectFailure({"estimate", at("in.png"), "--candidate", "32"},
+                  "there is no candidate 32: the search has found ");
+    expectFailure({"deblur", at("in.png"), at("out.png"), "--blind", "--candidate", "31"},
+                  "there is no candidate 31: the search has found ");
+    expectFailure({"estimate", at("in.png"), "--look", "100,100,101,50"}, "200 by 160");
+    expectFailure({"estimate", at("in.png"), "--start", at("none.txt")}, at("none.txt"));
+    expectFailure({"estimate", at("in.png"), "--start", at("large.txt")}, at("large.txt"));
+    ASSERT_EQ(run({"kernel", "disc", "30", "-o", at("disc.txt")}).exitStatus, 0);
+    expectFailure({"deblur", at("in.png"), at("out.png"), "--blind", "--start", at("disc.txt")},
+                  "the kernel to refine is 61 by 61, but may only be 53 by 53");
+    expectFailure({"estimate", at("in.png"), "--sheet", at("sheet.xyz")}, at("sheet.xyz"));
+    expectFailure({"estimate", at("in.png"), "--sheet", at("none/sheet.png")},
+                  at("none/sheet.png"));
+}
+
+TEST_F(Velorn, StartIsRefined) {
+    writeBlurred("in.png", 320, 240);
+    ASSERT_EQ(run({"kernel", "disc", "2", "-o", at("guess.png")}).exitStatus, 0);
+    const ProgramResult result =
+        run({"deblur", at("in.png"), at("out.png"), "--blind", "--start", at("guess.png")});
+    EXPECT_EQ(result.exitStatus, 0) << result.errors;
+    EXPECT_GT(gainOf("out.png"), 1.0);
 }
 
 TEST_F(Velorn, KernelThatExplainsThePictureBadlyIsAWarning) {
@@ -131,6 +197,10 @@ TEST_F(Velorn, KernelThatExplainsThePictureBadlyIsAWarning) {
         EXPECT_NE(result.errors.find("may be worse than the picture"), std::string::npos);
     }
     EXPECT_EQ(m_folder.fileCount(), 3u);
+    std::filesystem::remove(at("out.png"));
+    expectFailure({"deblur", at("in.png"), at("out.png"), "--blind", "--strict"}, "--strict");
+    expectFailure({"estimate", at("in.png"), "-o", at("j.txt"), "--sheet", at("s.png"), "--strict"},
+                  "uncertain (confidence ");
 }
 
 TEST_F(Velorn, PictureWithoutEdgesIsAFailureOfTheSearch) {
@@ -144,6 +214,14 @@ TEST_F(Velorn, InterruptDuringAnEstimateWritesNothingAndExitsWith130) {
     writeBlurred("in.png", 640, 480);
     const ProgramResult result =
         runOnTerminal({kProgram, "deblur", at("in.png"), at("out.png"), "--blind", "25"}, SIGINT);
+    EXPECT_EQ(result.exitStatus, 130);
+    EXPECT_EQ(m_folder.fileCount(), 1u);
+}
+
+TEST_F(Velorn, InterruptDuringASheetWritesNothingAndExitsWith130) {
+    writeBlurred("in.png", 640, 480);
+    const ProgramResult result = runOnTerminal(
+        {kProgram, "estimate", at("in.png"), "-o", at("k.txt"), "--sheet", at("s.png")}, SIGINT);
     EXPECT_EQ(result.exitStatus, 130);
     EXPECT_EQ(m_folder.fileCount(), 1u);
 }
@@ -304,7 +382,9 @@ TEST_F(Velorn, WrongCommandLinesExitWithTwo) {
              {"deblur", "a.png", "b.png", "--disc", "2", "--detail", "--detail-gain", "0.3"},
              {"preview", "a.png"},
              {"preview", "a.png", "b.png", "--scale", "0"},
-             {"estimate", "a.png"},
+             {"estimate"},
+             {"estimate", "a.png", "--look", "1,2,3"},
+             {"estimate", "a.png", "--candidate", "0"},
              {"deblur", "a.png", "b.png", "--blind", "6"},
              {"kernel", "disc", "2"}}) {
         const ProgramResult result = run(words);

@@ -113,6 +113,21 @@ TEST(DeblurOptions, BlindWithoutASizeLeavesItToThePicture) {
     EXPECT_EQ(blindSize({"deblur", "--blind=9", "in.png", "2.png"}).value().width, 9);
 }
 
+TEST(DeblurOptions, ChoicesAmongKernelsNeedBlind) {
+    const auto blind = std::get<BlindSettings>(
+        deblur({"--blind", "--look", "1,2,40,50", "--candidate", "2", "--strict", "--start", "g"})
+            .kernel);
+    EXPECT_EQ(blind.look.value(), (velorn::PictureArea{1, 2, 40, 50}));
+    EXPECT_EQ(blind.candidate, 2);
+    EXPECT_TRUE(blind.isStrict);
+    EXPECT_EQ(blind.start.value(), "g");
+    EXPECT_EQ(deblurFailure({"--disc", "3", "--candidate", "2"}), "--candidate requires --blind");
+    EXPECT_EQ(deblurFailure({"--disc", "3", "--strict"}), "--strict requires --blind");
+    EXPECT_EQ(deblurFailure({"--disc", "3", "--look", "1,2,40,50"}), "--look requires --blind");
+    EXPECT_EQ(deblurFailure({"--disc", "3", "--start", "g"}), "--start requires --blind");
+    EXPECT_NE(deblurFailure({"--blind", "9", "--start", "g"}), "");
+}
+
 TEST(DeblurOptions, HelpShowsEveryBlurWithItsRange) {
     const std::string help = printedBy({"deblur", "--help"});
     for (const char* text :

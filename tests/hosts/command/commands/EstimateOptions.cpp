@@ -29,6 +29,44 @@ TEST(EstimateOptions, DefaultsAreThoseOfTheSearch) {
     EXPECT_FALSE(options.blind.largest.has_value());
     EXPECT_EQ(options.blind.smoothing, 0.0f);
     EXPECT_EQ(options.blind.turn, velorn::Turn::Auto);
+    EXPECT_EQ(options.sheet, "");
+    EXPECT_FALSE(options.blind.look.has_value());
+    EXPECT_FALSE(options.blind.start.has_value());
+    EXPECT_EQ(options.blind.candidate, 1);
+    EXPECT_FALSE(options.blind.isStrict);
+}
+
+TEST(EstimateOptions, OutputIsOptional) {
+    const auto options = vel::test::parsedAs<EstimateOptions>({"estimate", "in.png"});
+    EXPECT_EQ(options.input, "in.png");
+    EXPECT_EQ(options.output, "");
+}
+
+TEST(EstimateOptions, SheetIsAnotherFileThanTheKernel) {
+    EXPECT_EQ(estimate({"--sheet", "s.png"}).sheet, "s.png");
+    EXPECT_EQ(estimateFailure({"--sheet", "k.png"}), "--output and --sheet name the same file");
+}
+
+TEST(EstimateOptions, ChoicesAreStored) {
+    const auto blind =
+        estimate({"--look", "10,20,300,200", "--start", "g.txt", "--candidate", "3", "--strict"})
+            .blind;
+    EXPECT_EQ(blind.look.value(), (velorn::PictureArea{10, 20, 300, 200}));
+    EXPECT_EQ(blind.start.value(), "g.txt");
+    EXPECT_EQ(blind.candidate, 3);
+    EXPECT_TRUE(blind.isStrict);
+}
+
+TEST(EstimateOptions, ChoicesOutOfRangeAreRefused) {
+    EXPECT_EQ(estimateFailure({"--candidate", "0"}), "--candidate must be from 1 to 32");
+    EXPECT_EQ(estimateFailure({"--look", "-1,0,50,50"}), "--look: X and Y must be at least 0");
+    EXPECT_EQ(estimateFailure({"--look", "0,0,50,31"}),
+              "--look: W and H must be at least 32 pixels");
+    EXPECT_NE(estimateFailure({"--look", "0,0,50"}), "");
+    EXPECT_NE(estimateFailure({"--look", "0,0,50,50,1"}), "");
+    EXPECT_NE(estimateFailure({"--look", "0,0,50,1e9"}), "");
+    EXPECT_EQ(estimateFailure({"--start", "g.txt", "--size", "9"}),
+              "--start and a size exclude each other: the kernel in the file decides");
 }
 
 TEST(EstimateOptions, SizeIsOneSideOrTwo) {

@@ -1,0 +1,212 @@
+#include "hosts/command/sheet/CandidateSheet.h"
+
+#include "hosts/command/kernels/BlurKernel.h"
+#include "hosts/command/kernels/kernelText.h"
+#include "hosts/command/library/callLibrary.h"
+#include "hosts/command/pictures/Orientation.h"
+#include "hosts/command/pictures/upright.h"
+#include "hosts/command/sheet/Canvas.h"
+#include "hosts/command/sheet/detailArea.h"
+#include "hosts/command/sheet/shownPart.h"
+#include "hosts/command/terminal/slicedProgress.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <opencv2/imgproc.hpp>
+#include <string>
+
+namespace velorn {
+namespace {
+
+/// The largest sides of the detail and of the overview, as displayed.
+constexpr int kDetailWidth = 400;
+constexpr int kDetailHeight = 300;
+constexpr int kColumns = 3;
+constexpr int kMargin = 24;
+/// Between a detail and what is written below it.
+constexpr int kGap = 14;
+constexpr int kKernelSide = 105;
+/// Heights of capital letters.
+constexpr int kHeading = 14;
+constexpr int kText = 10;
+
+constexpr Colour kBackground{38, 38, 40};
+constexpr Colour kInk{225, 225, 225};
+constexpr Colour kFaint{150, 150, 155};
+constexpr Colour kAccent{255, 190, 70};
+constexpr Colour kBlack{0, 0, 0};
+
+std::string scoreText(float score) {
+    char digits[64];
+    const auto end =
+        std::to_chars(digits, digits + sizeof digits, score, std::chars_format::fixed, 2).ptr;
+    return {digits, end};
+}
+
+/// Where the cells of the sheet lie. All have the same size: a detail, and a strip of text below.
+class Cells {
+public:
+    Cells(int detailWidth, int detailHeight, int count)
+        : m_width(std::max(detailWidth, kDetailWidth)), m_detailHeight(detailHeight),
+          m_height(detailHeight + kGap + kKernelSide + kMargin),
+          m_columns(std::min(count, kColumns)), m_rows((count + kColumns - 1) / kColumns) {}
+
+    int width() const { return m_width; }
+    int left(int cell) const { return kMargin + cell % kColumns * (m_width + kMargin); }
+    int top(int cell) const { return kMargin + cell / kColumns * m_height; }
+    /// The top of the strip.
+    int strip(int cell) const { return top(cell) + m_detailHeight + kGap; }
+    int sheetWidth() const { return kMargin + m_columns * (m_width + kMargin); }
+    int sheetHeight() const { return kMargin + m_rows * m_height + 2 * kText + kMargin / 2; }
+
+private:
+    int m_width;
+    int m_detailHeight;
+    int m_height;
+    int m_columns;
+    int m_rows;
+};
+
+/// Draws the weights as squares, the largest one white, in a square of side `kKernelSide`.
+void drawKernel(Canvas& canvas, const BlurKernel& kernel, int left, int top) {
+    canvas.fill(left, top, kKernelSide, kKernelSide, kBlack);
+    const int scale = std::max(kKernelSide / std::max(kernel.largerSide(), 5), 1);
+    const int right = (kKernelSide - scale * kernel.width) / 2;
+    const int down = (kKernelSide - scale * kernel.height) / 2;
+    const float peak = std::ranges::max(kernel.weights);
+    for (int r = 0; r < kernel.height; ++r) {
+        for (int c = 0; c < kernel.width; ++c) {
+            const float share = std::clamp(kernel.at(r, c) / peak, 0.0f, 1.0f);
+            // Weights are light: the eye sees them through the display's curve.
+            const auto level =
+                static_cast<std::uint8_t>(std::lround(255.0f * std::pow(share, 1.0f / 2.2f)));
+            canvas.fill(left + right + scale * c, top + down + scale * r, scale, scale,
+                        {level, level, level});
+        }
+    }
+}
+
+void describe(Canvas& canvas, const Cells& cells, int cell, const api::FoundKernel& found,
+              int orientation) {
+    const BlurKernel shown = asShown(blurKernelOf(found.kernel), orientation);
+    const int left = cells.left(cell) + kKernelSide + kGap;
+    const int width = cells.left(cell) + cells.width() - left;
+    int top = cells.strip(cell);
+    drawKernel(canvas, shown, cells.left(cell), top);
+    const std::string number = std::to_string(cell - 1);
+    canvas.write(number, left, top, kHeading, kAccent);
+    canvas.write("confidence " + percentText(found.report.confidence),
+                 left + Canvas::textWidth(number + "  ", kHeading), top, kHeading, kInk);
+    top += 2 * kHeading + kText / 2;
+    top = canvas.writeWrapped(blurText(found.report, shown, orientation), left, top, width, kText,
+                              kInk);
+    canvas.writeWrapped("kernel " + shown.size().text() + ", score " +
+                            scoreText(found.report.score),
+                        left, top, width, kText, kFaint);
+}
+
+/// `pixels`, reduced to fit `width` by `height`, unless they do.
+RgbPixels fitting(const RgbPixels& pixels, int width, int height) {
+    const double scale = std::min({1.0, static_cast<double>(width) / pixels.width,
+                                   static_cast<double>(height) / pixels.height});
+    const cv::Mat source(
+        pixels.height, pixels.width, CV_8UC3,
+        const_cast<std::uint8_t*>(std::get<std::vector<std::uint8_t>>(pixels.samples).data()));
+    cv::Mat reduced;
+    const auto side = [scale](int whole) {
+        return std::max(static_cast<int>(std::lround(scale * whole)), 1);
+    };
+    cv::resize(source, reduced, {side(pixels.width), side(pixels.height)}, 0.0, 0.0,
+               cv::INTER_AREA);
+    return {reduced.cols, reduced.rows,
+            std::vector<std::uint8_t>(reduced.datastart, reduced.dataend)};
+}
+
+KernelSize shownSides(const ImageFile& picture) {
+    return asStored(KernelSize{picture.width(), picture.height()},
+                    Orientation::inverse(picture.orientation()));
+}
+
+} // namespace
+
+CandidateSheet::CandidateSheet(const ImageFile& picture, const std::filesystem::path& path,
+                               const std::optional<PictureArea>& look, const Interrupt& interrupt)
+    : m_picture(picture), m_path(path), m_interrupt(interrupt) {
+    const int orientation = picture.orientation();
+    const KernelSize sides = asStored(KernelSize{kDetailWidth, kDetailHeight}, orientation);
+    const PictureArea within = look
+                                   ? asStored(*look, orientation, picture.width(), picture.height())
+                                   : PictureArea{0, 0, picture.width(), picture.height()};
+    m_detail = detailArea(picture, within, sides.width, sides.height, interrupt);
+}
+
+ImageFile CandidateSheet::draw(const std::vector<api::FoundKernel>& found,
+                               const api::Progress& progress) const {
+    const int orientation = m_picture.orientation();
+    const RgbPixels detail = shownPart(m_picture, m_detail, 1, m_interrupt);
+    const RgbPixels reduced = overview();
+    const int count = static_cast<int>(found.size());
+    const Cells cells(detail.width, std::max(detail.height, reduced.height), count + 2);
+    Canvas canvas(cells.sheetWidth(), cells.sheetHeight(), kBackground);
+
+    canvas.paste(reduced, cells.left(0), cells.top(0));
+    const KernelSize sides = shownSides(m_picture);
+    const PictureArea place = asShown(m_detail, orientation, sides.width, sides.height);
+    const double scale = static_cast<double>(reduced.width) / sides.width;
+    const auto reducedBy = [scale](int length) { return static_cast<int>(scale * length); };
+    canvas.frame(cells.left(0) + reducedBy(place.x), cells.top(0) + reducedBy(place.y),
+                 reducedBy(place.width), reducedBy(place.height), kAccent);
+    canvas.write(m_path.filename().string(), cells.left(0), cells.strip(0), kHeading, kInk);
+    canvas.writeWrapped(sides.text() + " pixels; the frame shows the detail", cells.left(0),
+                        cells.strip(0) + 2 * kHeading + kText / 2, cells.width(), kText, kFaint);
+
+    canvas.paste(detail, cells.left(1), cells.top(1));
+    canvas.write("as it is", cells.left(1), cells.strip(1), kHeading, kInk);
+
+    for (int i = 0; i < count; ++i) {
+        const api::FoundKernel& candidate = found[static_cast<std::size_t>(i)];
+        const auto share = slicedProgress(progress, static_cast<double>(i) / count,
+                                          static_cast<double>(i + 1) / count);
+        canvas.paste(restoredDetail(candidate.kernel, share), cells.left(i + 2), cells.top(i + 2));
+        describe(canvas, cells, i + 2, candidate, orientation);
+    }
+    canvas.write("To restore the picture with candidate N: velorn deblur IN OUT --blind "
+                 "--candidate N",
+                 kMargin, canvas.height() - kMargin, kText, kFaint);
+    ImageFile sheet(canvas.width(), canvas.height(), 3, 8);
+    sheet.setRgb(canvas.pixels());
+    return sheet;
+}
+
+RgbPixels CandidateSheet::overview() const {
+    const KernelSize sides =
+        asStored(KernelSize{kDetailWidth, kDetailHeight}, m_picture.orientation());
+    const int step = std::max(
+        std::min(m_picture.width() / (2 * sides.width), m_picture.height() / (2 * sides.height)),
+        1);
+    const PictureArea all{0, 0, m_picture.width(), m_picture.height()};
+    return fitting(shownPart(m_picture, all, step, m_interrupt), kDetailWidth, kDetailHeight);
+}
+
+RgbPixels CandidateSheet::restoredDetail(const api::Kernel& kernel,
+                                         const api::Progress& progress) const {
+    const int channels = m_picture.channels();
+    std::vector<std::uint8_t> samples(static_cast<std::size_t>(m_detail.width) *
+                                      static_cast<std::size_t>(m_detail.height) *
+                                      static_cast<std::size_t>(channels));
+    const VelornPicture target = api::pictureOf(samples.data(), m_detail.width, m_detail.height,
+                                                channels, channels % 2 == 0);
+    const std::vector<unsigned char> profile = m_picture.profile();
+    VelornRestoreSettings settings = api::restoreSettings();
+    settings.profile = profile.empty() ? nullptr : profile.data();
+    settings.profileSize = profile.size();
+    settings.region = {m_detail.x, m_detail.y, m_detail.width, m_detail.height};
+    callLibrary(m_path, m_interrupt, [&] {
+        return api::restore(m_picture.view(), target, {kernel}, settings, progress);
+    });
+    return upright(coloursOf(samples, m_detail.width, m_detail.height, channels),
+                   m_picture.orientation());
+}
+
+} // namespace velorn

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "hosts/command/pictures/ImageFile.h"
+#include "hosts/command/pictures/PictureArea.h"
+#include "hosts/command/terminal/Interrupt.h"
+#include "velorn.hpp"
+
+#include <filesystem>
+#include <optional>
+#include <vector>
+
+namespace velorn {
+
+/// One picture that lets a person choose among the kernels found for a picture: an overview, a
+/// detail of it at full size, and for each kernel its shape, its figures, and the detail as a
+/// restoration with automatic settings shows it.
+class CandidateSheet {
+public:
+    /// All arguments outlive the object.
+    /// @param path name of the picture, in the sheet and in messages
+    /// @param look part of the picture as displayed that the detail belongs to; nothing: anywhere
+    CandidateSheet(const ImageFile& picture, const std::filesystem::path& path,
+                   const std::optional<PictureArea>& look, const Interrupt& interrupt);
+
+    /// @param found    for the picture as stored; their numbers on the sheet begin with 1
+    /// @throws Failure that names the picture, Interrupted
+    ImageFile draw(const std::vector<api::FoundKernel>& found, const api::Progress& progress) const;
+
+private:
+    RgbPixels overview() const;
+    RgbPixels restoredDetail(const api::Kernel& kernel, const api::Progress& progress) const;
+
+    const ImageFile& m_picture;
+    const std::filesystem::path& m_path;
+    const Interrupt& m_interrupt;
+    PictureArea m_detail; ///< in the stored picture
+};
+
+} // namespace velorn
