@@ -283,7 +283,7 @@ private:
         const int side = m_bounds.side();
         const int extent = best().extent;
         if (extent > 0.75 * std::min(kMiddleSide, side) && side > kMiddleSide) {
-            return {std::min(kLargeSide, side), kPlainRun};
+            return {std::min(kLargeSide, side), kLargeRun};
         }
         return {std::min(fittingSide(extent), side), kStrongestRun};
     }

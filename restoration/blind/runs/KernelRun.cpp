@@ -48,9 +48,10 @@ public:
                    cancellation) {}
 
     /// One iteration. Lowers `lambda` while too few edges are kept.
-    /// @param smoothing of the edges, see RunSettings
+    /// @param smoothing of the edges; that of the settings holds for the last iteration only
     /// @returns whether there are edges; `kernel` is unchanged without
-    bool improve(float& lambda, double threshold, double smoothing, SquareKernel& kernel) {
+    bool improve(float& lambda, const RunSettings& settings, double smoothing,
+                 SquareKernel& kernel) {
         findEdges(lambda, kernel);
         if (smoothing > 0.0) {
             m_gradients.smooth(smoothing, m_cancellation);
@@ -61,11 +62,11 @@ public:
             return false;
         }
         SquareKernel next = kernel;
-        m_solver.improve(system, m_reach, next);
+        m_solver.improve(system, m_reach, settings.sparsity, next);
         if (!(next.largest() > 0.0)) {
             return false;
         }
-        removeSpecks(threshold, next);
+        removeSpecks(settings.threshold, next);
         recentre(next);
         kernel = std::move(next);
         return true;
@@ -144,8 +145,8 @@ std::optional<SquareKernel> runLevels(const Plane& picture, SquareKernel kernel,
         float lambda = lambdaAt(l, coarsest, settings);
         for (int i = 0; i < settings.iterations; ++i) {
             const bool isLast = l == 0 && i + 1 == settings.iterations;
-            hasSeenEdges = level.improve(lambda, settings.threshold,
-                                         isLast ? settings.smoothing : 0.0, kernel);
+            hasSeenEdges =
+                level.improve(lambda, settings, isLast ? settings.smoothing : 0.0, kernel);
             progress.advance(iterationUnits(length, bounds, scaleOf(l)));
         }
     }

@@ -19,13 +19,18 @@ struct RunSettings {
     double threshold = 0.0;   ///< weights below this share of the largest one are removed
     /// Deviation of the Gaussian that smooths the edges of the last iteration; 0: they stay sharp
     double smoothing = 0.0;
+    /// Price of the kernel's weights (KernelSolver.h): removes the weak weights that lost edges
+    /// make along the directions of the picture's edges
+    double sparsity = 0.0;
 };
 
-inline constexpr RunSettings kPlainRun{4e-3f, 5e-4f, 5, 0.05, 0.0};
-inline constexpr RunSettings kStrongRun{1e-2f, 5e-4f, 8, 0.05, 0.0};
-inline constexpr RunSettings kStrongestRun{2e-2f, 5e-4f, 8, 0.08, 0.0};
+inline constexpr RunSettings kPlainRun{4e-3f, 5e-4f, 5, 0.05, 0.0, 0.0};
+inline constexpr RunSettings kStrongRun{1e-2f, 5e-4f, 8, 0.05, 0.0, 0.01};
+inline constexpr RunSettings kStrongestRun{2e-2f, 5e-4f, 8, 0.08, 0.0, 0.0};
+/// For the largest kernels, where lost edges do the most harm.
+inline constexpr RunSettings kLargeRun{1e-2f, 5e-4f, 8, 0.05, 0.0, 0.02};
 /// Of refinements.
-inline constexpr RunSettings kRefiningRun{7e-4f, 5e-4f, 5, 0.05, 0.0};
+inline constexpr RunSettings kRefiningRun{7e-4f, 5e-4f, 5, 0.05, 0.0, 0.0};
 
 /// The columns and rows that a kernel may have; odd.
 struct KernelBounds {

@@ -58,9 +58,10 @@ KernelSolver::KernelSolver(int radius, const Cancellation& cancellation)
     m_symbol.resize(m_transform.fft().spectrumFloats());
 }
 
-void KernelSolver::improve(const KernelSystem& system, const KernelReach& reach,
+void KernelSolver::improve(const KernelSystem& system, const KernelReach& reach, double sparsity,
                            SquareKernel& kernel) {
     setSystem(system);
+    const double price = sparsity * *std::ranges::max_element(system.correlation);
     const double ridge = kRidge * system.energy();
     const double step = 1.0 / (m_largest + ridge);
     SquareKernel place = kernel;
@@ -73,7 +74,7 @@ void KernelSolver::improve(const KernelSystem& system, const KernelReach& reach,
                 const double product =
                     static_cast<double>(m_plane.row(y)[x]) + ridge * place.at(y, x);
                 const auto index = static_cast<std::size_t>(y * kernel.side + x);
-                next.values[index] -= step * (product - system.correlation[index]);
+                next.values[index] -= step * (product - system.correlation[index] + price);
             }
         }
         project(reach, next);

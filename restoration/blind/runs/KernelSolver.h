@@ -13,8 +13,8 @@ struct KernelReach {
     int rows = 0;
 };
 
-/// Solves min k'Ak - 2b'k + g |k|^2 + s |grad k|^2 for k >= 0 on the kernel's square, with
-/// g = 2e-3 A(0) and s = 5e-3 A(0).
+/// Solves min k'Ak - 2b'k + g |k|^2 + s |grad k|^2 + 2p |k|_1 for k >= 0 on the kernel's square,
+/// with g = 2e-3 A(0), s = 5e-3 A(0), and p a share of the largest b.
 ///
 /// 60 steps of accelerated projected gradients (Beck, Teboulle 2009) with restarts by the gradient
 /// (O'Donoghue, Candes 2015). Products with A are cyclic convolutions of a side that holds all
@@ -27,7 +27,9 @@ public:
     KernelSolver(int radius, const Cancellation& cancellation);
 
     /// Improves `kernel`, whose side is 2 radius + 1. Places outside of `reach` become 0.
-    void improve(const KernelSystem& system, const KernelReach& reach, SquareKernel& kernel);
+    /// @param sparsity p in units of the largest b, at least 0 and below 1
+    void improve(const KernelSystem& system, const KernelReach& reach, double sparsity,
+                 SquareKernel& kernel);
 
 private:
     void setSystem(const KernelSystem& system);

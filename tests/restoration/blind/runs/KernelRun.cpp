@@ -3,6 +3,7 @@
 #include "tests/restoration/blind/drawnPictures.h"
 #include "tests/restoration/blind/modelKernels.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <limits>
 
@@ -34,6 +35,9 @@ double differenceFromModel(const WholeKernel& blur, std::uint32_t seed, int side
     return difference / largest;
 }
 
+/// The model knows no price of weights.
+constexpr RunSettings kStrongRunOfModel{1e-2f, 5e-4f, 8, 0.05, 0.0, 0.0};
+
 WholeKernel corner() {
     return pathKernel(15, {{-3, 3, 4}, {-3, -4, 4}, {4, -4, 4}});
 }
@@ -42,9 +46,21 @@ TEST(KernelRun, FindsTheKernelsOfTheModel) {
     constexpr double kTolerance = 1e-3;
     EXPECT_LT(differenceFromModel(discOfRadius3(), 1, 15, kPlainRun, kDisc3OfModel), kTolerance);
     EXPECT_LT(differenceFromModel(line11(), 2, 17, kPlainRun, kLine11OfModel), kTolerance);
-    EXPECT_LT(differenceFromModel(hook(), 3, 21, kStrongRun, kHookOfModel), kTolerance);
+    EXPECT_LT(differenceFromModel(hook(), 3, 21, kStrongRunOfModel, kHookOfModel), kTolerance);
     EXPECT_LT(differenceFromModel(corner(), 4, 17, kStrongestRun, kCornerOfModel), kTolerance);
-    EXPECT_LT(differenceFromModel(line11(), 5, 15, kStrongRun, kLineBOfModel), kTolerance);
+    EXPECT_LT(differenceFromModel(line11(), 5, 15, kStrongRunOfModel, kLineBOfModel), kTolerance);
+}
+
+TEST(KernelRun, PriceOfWeightsLeavesFewerOfThem) {
+    const Plane picture = blurredPicture(DrawnScene(150, 140, 7), line11(), 0, 1);
+    RunSettings sparse = kPlainRun;
+    sparse.sparsity = 0.05;
+    const auto free = run(picture, {21, 21}, kPlainRun);
+    const auto few = run(picture, {21, 21}, sparse);
+    ASSERT_TRUE(free && few);
+    const auto isZero = [](double weight) { return weight == 0.0; };
+    EXPECT_GT(std::ranges::count_if(few->values, isZero),
+              std::ranges::count_if(free->values, isZero));
 }
 
 TEST(KernelRun, KernelStaysInsideBoundsThatAreNotSquare) {

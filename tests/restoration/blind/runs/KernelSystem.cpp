@@ -130,7 +130,7 @@ TEST(KernelSolver, FindsTheKernelOfTrueGradients) {
     SquareKernel kernel(15);
     kernel.at(7, 7) = 1.0;
     for (int i = 0; i < 10; ++i) {
-        solver.improve(system, {7, 7}, kernel);
+        solver.improve(system, {7, 7}, 0.0, kernel);
     }
     for (std::size_t i = 0; i < kernel.values.size(); ++i) {
         EXPECT_GE(kernel.values[i], 0.0);
@@ -138,24 +138,27 @@ TEST(KernelSolver, FindsTheKernelOfTrueGradients) {
     }
 }
 
-TEST(KernelSolver, SolutionMinimisesTheQuadratic) {
+/// Compares a solution with the conditions of the minimum.
+void expectMinimum(double sparsity) {
     const KernelSystem system = trueSystem(discOfRadius3().scaled(), 4);
     const Cancellation cancellation;
     KernelSolver solver(4, cancellation);
     SquareKernel kernel(9);
     kernel.at(4, 4) = 1.0;
     for (int i = 0; i < 40; ++i) {
-        solver.improve(system, {4, 4}, kernel);
+        solver.improve(system, {4, 4}, sparsity, kernel);
     }
-    // Half the gradient A k - b + 2e-3 A(0) k - 5e-3 A(0) Laplace(k): zero where k is above zero,
-    // not negative elsewhere.
+    // Half the gradient A k - b + 2e-3 A(0) k - 5e-3 A(0) Laplace(k) + p: zero where k is above
+    // zero, not negative elsewhere.
     const double energy = system.energy();
+    const double price = sparsity * *std::ranges::max_element(system.correlation);
     const auto at = [&](int row, int column) {
         return row < 0 || column < 0 || row > 8 || column > 8 ? 0.0 : kernel.at(row, column);
     };
     for (int row = 0; row < 9; ++row) {
         for (int column = 0; column < 9; ++column) {
-            double gradient = -system.correlation[static_cast<std::size_t>(row * 9 + column)];
+            double gradient =
+                price - system.correlation[static_cast<std::size_t>(row * 9 + column)];
             for (int y = 0; y < 9; ++y) {
                 for (int x = 0; x < 9; ++x) {
                     gradient += system.autocorrelation[static_cast<std::size_t>((row - y + 8) * 17 +
@@ -176,13 +179,21 @@ TEST(KernelSolver, SolutionMinimisesTheQuadratic) {
     }
 }
 
+TEST(KernelSolver, SolutionMinimisesTheQuadratic) {
+    expectMinimum(0.0);
+}
+
+TEST(KernelSolver, SolutionMinimisesTheSumWithThePriceOfWeights) {
+    expectMinimum(0.02);
+}
+
 TEST(KernelSolver, StaysInsideTheReach) {
     const KernelSystem system = trueSystem(discOfRadius3().scaled(), 4);
     const Cancellation cancellation;
     KernelSolver solver(4, cancellation);
     SquareKernel kernel(9);
     kernel.at(4, 4) = 1.0;
-    solver.improve(system, {4, 1}, kernel);
+    solver.improve(system, {4, 1}, 0.0, kernel);
     EXPECT_GT(kernel.at(4, 7), 0.0);
     EXPECT_GT(kernel.at(5, 4), 0.0);
     EXPECT_EQ(kernel.at(6, 4), 0.0);
