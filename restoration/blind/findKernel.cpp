@@ -4,10 +4,11 @@
 #include "restoration/blind/analytic/kernelOfKind.h"
 #include "restoration/blind/analytic/spectralBlur.h"
 #include "restoration/blind/candidates/KernelScorer.h"
-#include "restoration/blind/parts/edgePart.h"
+#include "restoration/blind/parts/edgeParts.h"
 #include "restoration/blind/parts/EdgeSpectrum.h"
 #include "restoration/blind/parts/excessBlur.h"
 #include "restoration/blind/parts/kernelOfEdges.h"
+#include "restoration/blind/parts/sharpestFirst.h"
 #include "restoration/blind/runs/KernelRun.h"
 #include "restoration/blind/squares/kernelShape.h"
 #include "restoration/blind/squares/largestVariance.h"
@@ -28,6 +29,9 @@ namespace {
 constexpr int kLeastPictureSide = 32;
 /// Side of the transforms of a part that the search chooses.
 constexpr int kChosenSide = 512;
+/// Parts whose sharpness is compared, and parts in which kernels are found.
+constexpr int kMostParts = 6;
+constexpr std::size_t kSearchedParts = 3;
 /// Sides of the first two runs and of the largest one.
 constexpr int kSmallSide = 31;
 constexpr int kMiddleSide = 47;
@@ -126,8 +130,9 @@ public:
         : m_team(team), m_bounds(boundsFor(luminance, settings)),
           m_isChosen(settings.partSide == 0), m_smoothing(settings.smoothing),
           m_start(settings.start),
-          m_part(partOf(luminance, m_isChosen ? kChosenSide : settings.partSide, team)),
-          m_noise(noiseOf(m_part)),
+          m_parts(partsOf(luminance, m_isChosen ? kChosenSide : settings.partSide,
+                          m_isChosen && m_start == nullptr ? kMostParts : 1, team)),
+          m_part(m_parts.front()), m_noise(noiseOf(m_part)),
           m_scorer(croppedFor(std::min(m_bounds.side(), kLargeSide)),
                    std::min(m_bounds.side(), kLargeSide) / 2, m_noise, team.cancellation()) {}
 
@@ -183,17 +188,26 @@ private:
         return std::max(odd(static_cast<int>(1.4 * extent + 3.0)), 7);
     }
 
-    static Plane partOf(const Plane& luminance, int side, Team& team) {
+    static std::vector<Plane> partsOf(const Plane& luminance, int side, int count, Team& team) {
         team.progress().beginPhase(0.03, 0);
-        return usablePart(luminance, edgePart(luminance, std::min(side, luminance.width()),
-                                              std::min(side, luminance.height()), team));
+        const int width = std::min(side, luminance.width());
+        const int height = std::min(side, luminance.height());
+        const std::vector<Rect> places =
+            sharpestFirst(luminance, edgeParts(luminance, width, height, count, team), team);
+        std::vector<Plane> parts;
+        for (std::size_t i = 0; i < std::min(places.size(), kSearchedParts); ++i) {
+            parts.push_back(usablePart(luminance, places[i]));
+        }
+        return parts;
     }
 
     /// The part for kernels of `side`: where the search chooses, no larger than its transforms
     /// allow.
-    Plane croppedFor(int side) const {
-        const int longer = std::max(m_part.width(), m_part.height());
-        return centralPart(m_part, m_isChosen ? kChosenSide - 2 * (side / 2) - 2 : longer);
+    Plane croppedFor(int side) const { return croppedFor(m_part, side); }
+
+    Plane croppedFor(const Plane& part, int side) const {
+        const int longer = std::max(part.width(), part.height());
+        return centralPart(part, m_isChosen ? kChosenSide - 2 * (side / 2) - 2 : longer);
     }
 
     KernelBounds boundsOf(const RunPlan& plan) const {
@@ -206,7 +220,26 @@ private:
             {{std::min(kSmallSide, side), kPlainRun}, {std::min(kMiddleSide, side), kStrongRun}}};
         runAll(plans, 0.65);
         requireEdges();
-        runAll(std::array{thirdPlan()}, 0.97);
+        runAll(std::array{thirdPlan()}, m_parts.size() == 1 ? 0.97 : 0.8);
+        searchElsewhere();
+    }
+
+    /// Finds a kernel of the size of the best one in each other part.
+    void searchElsewhere() {
+        const RunPlan plan{std::min(fittingSide(best().extent), m_bounds.side()), kStrongestRun};
+        const std::size_t count = m_parts.size() - 1;
+        const Plane picture = croppedFor(plan.side);
+        m_team.progress().beginPhase(0.97, count * runUnits(picture.width(), picture.height(),
+                                                            boundsOf(plan), plan.settings));
+        std::vector<std::optional<SquareKernel>> found(count);
+        m_team.forEach(count, [&](std::size_t piece, int) {
+            found[piece] = kernelIn(m_parts[piece + 1], plan);
+        });
+        for (std::optional<SquareKernel>& kernel : found) {
+            if (kernel) {
+                m_kernelsElsewhere.push_back(std::move(*kernel));
+            }
+        }
     }
 
     /// Adds the refined start and the start.
@@ -257,11 +290,15 @@ private:
     }
 
     std::optional<Candidate> run(const RunPlan& plan) const {
+        const auto kernel = kernelIn(m_part, plan);
+        return kernel ? std::optional(scored(*kernel)) : std::nullopt;
+    }
+
+    std::optional<SquareKernel> kernelIn(const Plane& part, const RunPlan& plan) const {
         RunSettings settings = plan.settings;
         settings.smoothing = m_smoothing;
-        auto kernel = runSearch(croppedFor(plan.side), boundsOf(plan), settings, m_team.progress(),
-                                m_team.cancellation());
-        return kernel ? std::optional(scored(*kernel)) : std::nullopt;
+        return runSearch(croppedFor(part, plan.side), boundsOf(plan), settings, m_team.progress(),
+                         m_team.cancellation());
     }
 
     Candidate scored(const SquareKernel& kernel) const {
@@ -343,7 +380,17 @@ private:
                 static_cast<float>(misfit),
                 candidate.kind,
                 scoreOf(evidence),
-                evidence};
+                evidence,
+                static_cast<float>(partAgreementOf(candidate.kernel)),
+                1 + static_cast<int>(m_kernelsElsewhere.size())};
+    }
+
+    double partAgreementOf(const SquareKernel& kernel) const {
+        double least = 1.0;
+        for (const SquareKernel& elsewhere : m_kernelsElsewhere) {
+            least = std::min(least, likeness(kernel, elsewhere));
+        }
+        return least;
     }
 
     /// Searches find a small kernel, or kernels that disagree, in a picture that is not blurred,
@@ -381,6 +428,8 @@ private:
             FoundKernel point = found.front();
             point.kernel = {1, 1, {1.0f}};
             point.kind = {KernelKind::Shape::None};
+            point.partAgreement = 1.0f;
+            point.parts = 1;
             found.insert(found.begin(), std::move(point));
         }
     }
@@ -443,10 +492,12 @@ private:
     bool m_isChosen;
     double m_smoothing;
     const Kernel* m_start;
-    Plane m_part;
+    std::vector<Plane> m_parts;
+    const Plane& m_part; ///< the first, which most is found in
     double m_noise;
     KernelScorer m_scorer;
     std::vector<Candidate> m_candidates;
+    std::vector<SquareKernel> m_kernelsElsewhere; ///< of the other parts
 };
 
 } // namespace

@@ -46,6 +46,10 @@ struct FoundKernel {
     double score = 0.0;
     /// What the score comes from. A single pixel has both from the best other kernel.
     Evidence evidence;
+    /// The least likeness with the kernels of other parts of the picture, 0..1; 1 where only one
+    /// was looked at. Low where the blur differs across the picture, or is hard to find there.
+    float partAgreement = 1.0f;
+    int parts = 1; ///< that kernels were found in
 };
 
 /// Finds the blur kernel of a picture.
@@ -55,13 +59,17 @@ struct FoundKernel {
 /// can be trusted. A Gaussian, disc or straight motion that the power spectrum shows
 /// (spectralBlur.h) is taken for certain and wins, unless edges are smoothed or a kernel is
 /// refined. Otherwise a Gaussian, disc or line that resembles the best kernel and explains the
-/// picture about as well takes its place. Runs look at the part of the picture with the most edges
-/// (edgePart.h), about 500 by 500 pixels. The kernel is centred, has sum 1, no negative weights,
-/// and odd sides that are at most the largest ones, 71, and a third of the picture's shorter side;
-/// without largest sides at most a fifth of it. A region to look at counts as the picture.
+/// picture about as well takes its place. Runs look at a part of the picture with many edges
+/// (edgeParts.h) of about 500 by 500 pixels: the one in which they are sharpest (sharpestFirst.h).
+/// Where the search chooses, and the picture has room for them, a run looks at up to two further
+/// parts. The kernel is centred, has sum 1, no negative weights, and odd sides that are at most the
+/// largest ones, 71, and a third of the picture's shorter side; without largest sides at most a
+/// fifth of it. A region to look at counts as the picture.
 ///
-/// Edges that are as steep as those of sharp pictures (EdgeSpectrum.h) contradict a small kernel,
-/// and kernels that disagree: the result is then the kernel of a single pixel.
+/// Edges that are as steep as those of sharp pictures (EdgeSpectrum.h) contradict a narrow kernel,
+/// and kernels that disagree: the result is then the kernel of a single pixel. A narrow kernel that
+/// is wider than the edges allow (excessBlur.h) gives way to the one that they show
+/// (kernelOfEdges.h).
 ///
 /// A kernel to refine replaces the search: the two finest levels of a run begin with it. Candidates
 /// are the refined kernel, the kernel itself, and the analytic one like the better of the two.

@@ -221,6 +221,41 @@ TEST(FindKernel, RegionsEndAtTheRimOfThePicture) {
     }
 }
 
+/// Two scenes side by side, each blurred by its own kernel.
+Plane twoParts(const WholeKernel& left, const WholeKernel& right) {
+    constexpr int kSide = 540;
+    Plane picture(2 * kSide, kSide);
+    int x = 0;
+    for (const WholeKernel& blur : {left, right}) {
+        const Plane scene = blurredPicture(DrawnScene(560, 560, 51), blur, 1, 52);
+        for (int y = 0; y < kSide; ++y) {
+            std::copy_n(scene.row(y), kSide, picture.row(y) + x);
+        }
+        x += kSide;
+    }
+    return picture;
+}
+
+TEST(FindKernel, TellsWhetherPartsAgree) {
+    const FoundKernel alike = found(twoParts(line11(), line11()));
+    EXPECT_EQ(alike.parts, 2);
+    EXPECT_GT(alike.partAgreement, 0.9f);
+    const FoundKernel different = found(twoParts(line11(), hook()));
+    EXPECT_EQ(different.parts, 2);
+    EXPECT_LT(different.partAgreement, 0.8f);
+    const FoundKernel single = found(blurredPicture(DrawnScene(200, 160, 15), line11(), 1, 16));
+    EXPECT_EQ(single.parts, 1);
+    EXPECT_EQ(single.partAgreement, 1.0f);
+}
+
+TEST(FindKernel, LooksAtTheSharperPart) {
+    const WholeKernel square = smallKernel(3, {1, 1, 1, 1, 1, 1, 1, 1, 1});
+    for (const Plane& picture :
+         {twoParts(discOfRadius3(), square), twoParts(square, discOfRadius3())}) {
+        EXPECT_GT(likeness(squareOf(found(picture).kernel), square.scaled()), 0.85);
+    }
+}
+
 TEST(FindKernel, RefusesPicturesWithoutEdges) {
     Plane grey(300, 200);
     std::ranges::fill(grey.values(), 0.3f);

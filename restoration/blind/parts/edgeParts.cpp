@@ -1,4 +1,4 @@
-#include "restoration/blind/parts/edgePart.h"
+#include "restoration/blind/parts/edgeParts.h"
 
 #include "restoration/blind/runs/KernelRun.h"
 #include "restoration/blind/runs/LatentGradients.h"
@@ -17,6 +17,8 @@ namespace {
 /// The longer side of the reduced copy, at most.
 constexpr int kReducedSide = 480;
 constexpr float kLambda = 4e-3f;
+/// The first part has at most so many times the edges of another.
+constexpr std::uint32_t kLeastShare = 3;
 
 float usable(float value) {
     return std::isfinite(value) ? std::clamp(value, 0.0f, 1.0f) : 0.0f;
@@ -88,39 +90,63 @@ private:
     std::vector<std::uint32_t> m_sums;
 };
 
-/// The top left corner of the window with the most edges.
-std::pair<int, int> bestCorner(const EdgeCounts& counts, int width, int height) {
-    std::pair<int, int> best{0, 0};
+/// Whether `rect` shares more than a quarter of its area with one of `others`.
+bool overlaps(const Rect& rect, const std::vector<Rect>& others) {
+    return std::ranges::any_of(others, [&](const Rect& other) {
+        const Rect common = intersection(rect, other);
+        return !common.isEmpty() && 4 * common.width * common.height > rect.width * rect.height;
+    });
+}
+
+/// The window with the most edges that does not overlap `others`; empty where there is none.
+Rect bestWindow(const EdgeCounts& counts, int width, int height, const std::vector<Rect>& others) {
+    Rect best;
     std::uint32_t most = 0;
     for (int y = 0; y + height <= counts.height(); ++y) {
         for (int x = 0; x + width <= counts.width(); ++x) {
-            const std::uint32_t edges = counts.in({x, y, width, height});
-            if (edges > most) {
+            const Rect window{x, y, width, height};
+            const std::uint32_t edges = counts.in(window);
+            if ((edges > most || best.isEmpty()) && !overlaps(window, others)) {
                 most = edges;
-                best = {x, y};
+                best = window;
             }
         }
     }
     return best;
 }
 
+std::vector<Rect> bestWindows(const EdgeCounts& counts, int width, int height, int count) {
+    std::vector<Rect> windows{bestWindow(counts, width, height, {})};
+    while (static_cast<int>(windows.size()) < count) {
+        const Rect window = bestWindow(counts, width, height, windows);
+        if (window.isEmpty() || kLeastShare * counts.in(window) < counts.in(windows.front())) {
+            break;
+        }
+        windows.push_back(window);
+    }
+    return windows;
+}
+
 } // namespace
 
-Rect edgePart(const Plane& luminance, int width, int height, Team& team) {
+std::vector<Rect> edgeParts(const Plane& luminance, int width, int height, int count, Team& team) {
     const int longer = std::max(luminance.width(), luminance.height());
     const int factor = (longer + kReducedSide - 1) / kReducedSide;
     if (width == luminance.width() && height == luminance.height()) {
-        return {0, 0, width, height};
+        return {{0, 0, width, height}};
     }
     Plane means = meansOfSquares(luminance, factor, team);
-    std::pair<int, int> corner;
+    std::vector<Rect> parts;
     team.run([&] {
         const EdgeCounts counts(std::move(means), team.cancellation());
-        corner = bestCorner(counts, std::clamp(width / factor, 1, counts.width()),
-                            std::clamp(height / factor, 1, counts.height()));
+        parts = bestWindows(counts, std::clamp(width / factor, 1, counts.width()),
+                            std::clamp(height / factor, 1, counts.height()), count);
     });
-    return {std::min(corner.first * factor, luminance.width() - width),
-            std::min(corner.second * factor, luminance.height() - height), width, height};
+    for (Rect& part : parts) {
+        part = {std::min(part.x * factor, luminance.width() - width),
+                std::min(part.y * factor, luminance.height() - height), width, height};
+    }
+    return parts;
 }
 
 } // namespace restoration

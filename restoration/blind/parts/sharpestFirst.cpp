@@ -1,0 +1,46 @@
+#include "restoration/blind/parts/sharpestFirst.h"
+
+#include "restoration/blind/parts/EdgeSpectrum.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <limits>
+
+namespace restoration {
+namespace {
+
+/// Less difference between variances comes from the content.
+constexpr double kClearlySharper = 0.15;
+
+double blurOf(const Plane& luminance, const Rect& part, const Cancellation& cancellation) {
+    Plane copy(part.width, part.height);
+    for (int y = 0; y < part.height; ++y) {
+        const float* source = luminance.row(part.y + y) + part.x;
+        std::transform(source, source + part.width, copy.row(y), [](float value) {
+            return std::isfinite(value) ? std::clamp(value, 0.0f, 1.0f) : 0.0f;
+        });
+    }
+    const EdgeSpectrum edges = edgeSpectrum(copy, cancellation);
+    return edges.showsEdges ? edges.blurVariance : std::numeric_limits<double>::infinity();
+}
+
+} // namespace
+
+std::vector<Rect> sharpestFirst(const Plane& luminance, std::vector<Rect> parts, Team& team) {
+    if (parts.size() < 2) {
+        return parts;
+    }
+    std::vector<double> blurs(parts.size());
+    team.forEach(parts.size(), [&](std::size_t piece, int) {
+        blurs[piece] = blurOf(luminance, parts[piece], team.cancellation());
+    });
+    const auto sharpest = std::ranges::min_element(blurs);
+    if (*sharpest < blurs.front() - kClearlySharper) {
+        const auto found = parts.begin() + (sharpest - blurs.begin());
+        std::rotate(parts.begin(), found, found + 1);
+    }
+    return parts;
+}
+
+} // namespace restoration
