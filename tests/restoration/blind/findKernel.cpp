@@ -62,6 +62,7 @@ TEST(FindKernel, FindsADisc) {
     EXPECT_GE(result.confidence, 0.5f);
     EXPECT_EQ(result.kind.shape, KernelKind::Shape::Disc);
     EXPECT_NEAR(result.kind.extent, 3.0f, 0.3f);
+    EXPECT_GT(result.kernel.trust.strongest, 1e6f);
 }
 
 TEST(FindKernel, FindsALine) {
