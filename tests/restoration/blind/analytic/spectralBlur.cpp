@@ -66,6 +66,19 @@ TEST(SpectralBlur, FindsNoBlurThatIsNone) {
     EXPECT_FALSE(foundFor(point, 35));
 }
 
+TEST(SpectralBlur, GaussiansOfUnequalAxesAreNone) {
+    WholeKernel kernel(21);
+    for (int row = 0; row < 21; ++row) {
+        for (int column = 0; column < 21; ++column) {
+            const double right = (column - 10) / 3.0;
+            const double down = (row - 10) / 1.5;
+            kernel.at(row, column) =
+                std::llround(1e6 * std::exp(-0.5 * (right * right + down * down)));
+        }
+    }
+    EXPECT_FALSE(foundFor(kernel, 39));
+}
+
 TEST(SpectralBlur, FindsNoneInFlatAndTinyPictures) {
     Plane flat(200, 100);
     std::ranges::fill(flat.values(), 0.5f);
