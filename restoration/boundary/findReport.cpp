@@ -53,8 +53,8 @@ VelornFindReport findReport(const FoundKernel& found, std::size_t candidates) no
                         : found.kind.extent;
     report.angle = found.kind.angle;
     report.score = static_cast<float>(found.score);
-    report.parts = 1;
-    report.partAgreement = 1.0f;
+    report.parts = found.parts;
+    report.partAgreement = found.partAgreement;
     report.candidates = static_cast<std::int32_t>(candidates);
     return report;
 }

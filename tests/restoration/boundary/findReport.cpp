@@ -41,11 +41,15 @@ TEST(FindReport, HasTheFiguresOfTheSearch) {
     kernel.agreement = 0.5f;
     kernel.misfit = 2.0f;
     kernel.score = -1.5;
+    kernel.parts = 3;
+    kernel.partAgreement = 0.75f;
     const VelornFindReport report = findReport(kernel, 4);
     EXPECT_EQ(report.confidence, 0.25f);
     EXPECT_EQ(report.agreement, 0.5f);
     EXPECT_EQ(report.misfit, 2.0f);
     EXPECT_EQ(report.score, -1.5f);
+    EXPECT_EQ(report.parts, 3);
+    EXPECT_EQ(report.partAgreement, 0.75f);
     EXPECT_EQ(report.candidates, 4);
 }
 
