@@ -51,6 +51,8 @@ TEST(FindReport, HasTheFiguresOfTheSearch) {
     EXPECT_EQ(report.parts, 3);
     EXPECT_EQ(report.partAgreement, 0.75f);
     EXPECT_EQ(report.candidates, 4);
+    EXPECT_EQ(report.parts, 3);
+    EXPECT_EQ(report.partAgreement, 0.75f);
 }
 
 } // namespace
