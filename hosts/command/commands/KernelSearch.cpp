@@ -11,8 +11,9 @@ namespace {
 
 /// Below this confidence a restoration does harm more often than not.
 constexpr float kUncertain = 0.5f;
-/// Below this likeness the kernels of different parts are different blurs.
-constexpr float kSameBlur = 0.5f;
+/// Below this likeness the kernels of different parts are different blurs: it was 0.77 and more in
+/// pictures of one blur (docs/blind-restoration.md).
+constexpr float kSameBlur = 0.7f;
 
 VelornRegion storedRegion(const PictureArea& look, const ImageFile& picture,
                           const std::filesystem::path& path) {

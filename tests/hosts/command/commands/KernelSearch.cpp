@@ -82,10 +82,10 @@ TEST_F(ChosenKernel, PictureThatIsNotBlurredIsAWarningOrAFailure) {
 
 TEST_F(ChosenKernel, PartsWithDifferentKernelsAreAWarning) {
     m_found[0].report.parts = 3;
-    m_found[0].report.partAgreement = 0.9f;
+    m_found[0].report.partAgreement = 0.75f;
     choose();
     EXPECT_EQ(m_terminal.str(), "");
-    m_found[0].report.partAgreement = 0.3f;
+    m_found[0].report.partAgreement = 0.65f;
     choose();
     EXPECT_EQ(m_terminal.str(),
               "velorn: warning: 'in.png': the blur differs across the picture: no kernel fits all "
