@@ -14,8 +14,6 @@ namespace restoration {
 namespace {
 
 constexpr double kRatio = std::numbers::sqrt2 / 2.0;
-/// The coarsest level shows the kernel at about this side.
-constexpr double kCoarsestSide = 5.0;
 /// Edges for each column of the kernel and each row of the picture.
 constexpr double kEnoughEdges = 0.5;
 constexpr int kMostHalvings = 12;
@@ -24,8 +22,8 @@ constexpr int kRefinedLevel = 1;
 /// Keeps gradients of 0.03 levels of 255: weaker ones are rounding errors of the transforms.
 constexpr float kLeastLambda = 1e-7f;
 
-int levelCount(int side) {
-    const double levels = std::log(kCoarsestSide / side) / std::log(kRatio);
+int levelCount(int side, double coarsestSide) {
+    const double levels = std::log(coarsestSide / side) / std::log(kRatio);
     return std::max(1, static_cast<int>(std::ceil(levels)));
 }
 
@@ -161,13 +159,14 @@ int transformSide(int length, int radius) noexcept {
 
 std::size_t runUnits(int width, int height, const KernelBounds& bounds,
                      const RunSettings& settings) {
-    return levelUnits(std::max(width, height), bounds, settings, levelCount(bounds.side()));
+    return levelUnits(std::max(width, height), bounds, settings,
+                      levelCount(bounds.side(), settings.coarsestSide));
 }
 
 std::optional<SquareKernel> runSearch(const Plane& picture, const KernelBounds& bounds,
                                       const RunSettings& settings, ProgressMeter& progress,
                                       const Cancellation& cancellation) {
-    const int coarsest = levelCount(bounds.side());
+    const int coarsest = levelCount(bounds.side(), settings.coarsestSide);
     return runLevels(picture, startingKernel(sideAt(coarsest, bounds)), bounds, settings, coarsest,
                      progress, cancellation);
 }

@@ -22,6 +22,9 @@ struct RunSettings {
     /// Price of the kernel's weights (KernelSolver.h): removes the weak weights that lost edges
     /// make along the directions of the picture's edges
     double sparsity = 0.0;
+    /// The kernel's side at the coarsest level, about. Small ones are found in a picture of few
+    /// pixels, and errors made there remain.
+    double coarsestSide = 7.0;
 };
 
 inline constexpr RunSettings kPlainRun{4e-3f, 5e-4f, 5, 0.05, 0.0, 0.0};
