@@ -95,6 +95,27 @@ TEST(FindCandidates, CapacityLimitsTheKernels) {
     EXPECT_EQ(candidates.reports[2].confidence, -1.0f);
 }
 
+TEST(FindCandidates, StartIsOneOfThem) {
+    HostPicture picture = blurredPicture();
+    // Unlike anything that a search finds; the sum is 1 in floats.
+    const std::vector<float> weights{0.5f, 0.0f, 0.25f, 0.0f, 0.125f, 0.0f, 0.0f, 0.0f, 0.125f};
+    VelornKernel* start = nullptr;
+    ASSERT_EQ(velornKernelFromValues(weights.data(), 3, 3, &start), VELORN_STATUS_OK);
+    const HostKernel owned(start);
+    VelornFindSettings settings{};
+    settings.size = sizeof settings;
+    ASSERT_EQ(velornFindDefaults(&settings), VELORN_STATUS_OK);
+    settings.start = start;
+    Candidates candidates;
+    ASSERT_EQ(candidates.find(picture.view(), &settings), VELORN_STATUS_OK) << velornLastMessage();
+    const std::vector<HostKernel> found = candidates.taken();
+    EXPECT_TRUE(std::ranges::any_of(found, [&](const HostKernel& kernel) {
+        std::vector<float> positive = valuesOf(kernel.get());
+        std::erase(positive, 0.0f);
+        return positive == std::vector<float>{0.5f, 0.25f, 0.125f, 0.125f};
+    }));
+}
+
 TEST(FindCandidates, ReportsMayBeNull) {
     HostPicture picture = blurredPicture();
     const VelornPicture view = picture.view();
