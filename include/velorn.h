@@ -381,6 +381,72 @@ VELORN_PUBLIC VelornStatus velornFindCandidates(const VelornPicture* picture,
                                                 VelornKernel** kernels, VelornFindReport* reports,
                                                 int32_t capacity, int32_t* count);
 
+/* ---- Local blur ------------------------------------------------------------------------------ */
+
+/* Kernels for a blur that differs across the picture: rotation of the camera, depth, a moving
+ * subject. The picture is divided into equal cells. Each kernel is the blur at the middle of its
+ * cell; between the middles the blur changes linearly, beyond the outer ones it stays the same. All
+ * colour channels have the same blur. Grids never change; any number of threads may use one at
+ * once. */
+typedef struct VelornKernelGrid VelornKernelGrid;
+
+enum { VELORN_LARGEST_GRID_SIDE = 16 };
+
+/* Makes a grid.
+ *
+ * kernels  columns * rows kernels, row by row. The grid copies them. Neighbours must agree in
+ *          position: kernels that are moved against each other give double edges.
+ * columns  1..VELORN_LARGEST_GRID_SIDE
+ * rows     1..VELORN_LARGEST_GRID_SIDE
+ * grid     receives the grid; NULL after a failure */
+VELORN_PUBLIC VelornStatus velornMakeKernelGrid(const VelornKernel* const* kernels, int32_t columns,
+                                                int32_t rows, VelornKernelGrid** grid);
+
+/* Finds the kernels of a picture of unknown blur.
+ *
+ * First finds one kernel for the whole picture, as velornFindKernel does; `report` is about it.
+ * Then finds the kernel of each cell, starting from that one, moves neighbouring kernels onto each
+ * other, and smooths them. Cells without edges take the kernels of their neighbours. Where the
+ * cells do not differ reliably, the grid has one cell.
+ *
+ * Fails as velornFindKernel does. `settings` null: the defaults; `report` may be null. */
+VELORN_PUBLIC VelornStatus velornFindKernelGrid(const VelornPicture* picture,
+                                                const VelornFindSettings* settings,
+                                                VelornKernelGrid** grid, VelornFindReport* report);
+
+/* The columns and rows of a grid; 0 for null. */
+VELORN_PUBLIC int32_t velornKernelGridColumns(const VelornKernelGrid* grid);
+VELORN_PUBLIC int32_t velornKernelGridRows(const VelornKernelGrid* grid);
+
+/* The kernel of a cell; NULL for a null grid and cells outside of it. Lives as long as the grid; is
+ * not freed. */
+VELORN_PUBLIC const VelornKernel* velornKernelGridCell(const VelornKernelGrid* grid, int32_t column,
+                                                       int32_t row);
+
+typedef struct VelornCellReport {
+    uint32_t size;    /* sizeof(VelornCellReport), set by the host */
+    int32_t isFound;  /* 1: estimated in the cell; 0: taken from elsewhere, or made by the host */
+    float confidence; /* 0..1: how far the kernel can be trusted; 1 for kernels of the host */
+    float likeness;   /* of the kernel and that of the whole picture, 0..1; 1 for kernels of the
+                       * host */
+} VelornCellReport;
+
+/* Reports about a cell. */
+VELORN_PUBLIC VelornStatus velornKernelGridReport(const VelornKernelGrid* grid, int32_t column,
+                                                  int32_t row, VelornCellReport* report);
+
+/* Frees a grid; ignores null. */
+VELORN_PUBLIC void velornFreeKernelGrid(VelornKernelGrid* grid);
+
+/* Restores `source` into `target` with a kernel for each place; in all else like velornRestore.
+ * Automatic settings are chosen once for the picture. A grid whose kernels are all the same gives
+ * the bytes of velornRestore. Different kernels take longer: tiles are smaller. */
+VELORN_PUBLIC VelornStatus velornRestoreLocal(const VelornPicture* source,
+                                              const VelornPicture* target,
+                                              const VelornKernelGrid* grid,
+                                              const VelornRestoreSettings* settings,
+                                              VelornRestoreReport* report);
+
 #ifdef __cplusplus
 }
 #endif

@@ -66,6 +66,9 @@ public:
     /// Owns `kernel`, which is not null.
     explicit Kernel(VelornKernel* kernel) : m_kernel(kernel, &velornFreeKernel) {}
 
+    /// Shares `kernel`, which is not null.
+    explicit Kernel(std::shared_ptr<const VelornKernel> kernel) : m_kernel(std::move(kernel)) {}
+
     Kernel rotatedBy180() const {
         VelornKernel* kernel = nullptr;
         check(velornRotateKernel(get(), &kernel));
@@ -228,6 +231,77 @@ inline std::vector<FoundKernel> findCandidates(const VelornPicture& picture,
         found.push_back({Kernel(owned[i].release()), reports[i]});
     }
     return found;
+}
+
+/// Kernels on a grid. Copies share the kernels, which never change.
+class KernelGrid {
+public:
+    /// columns * rows kernels, row by row.
+    static KernelGrid of(const std::vector<Kernel>& kernels, int columns, int rows) {
+        if (columns < 1 || rows < 1 ||
+            kernels.size() != static_cast<std::size_t>(columns) * static_cast<std::size_t>(rows)) {
+            throw Failure(VELORN_STATUS_INVALID_ARGUMENT, "the grid needs columns * rows kernels");
+        }
+        std::vector<const VelornKernel*> pointers;
+        for (const Kernel& kernel : kernels) {
+            pointers.push_back(kernel.get());
+        }
+        VelornKernelGrid* grid = nullptr;
+        check(velornMakeKernelGrid(pointers.data(), columns, rows, &grid));
+        return KernelGrid(grid);
+    }
+
+    /// Owns `grid`, which is not null.
+    explicit KernelGrid(VelornKernelGrid* grid) : m_grid(grid, &velornFreeKernelGrid) {}
+
+    const VelornKernelGrid* get() const noexcept { return m_grid.get(); }
+    int columns() const noexcept { return velornKernelGridColumns(get()); }
+    int rows() const noexcept { return velornKernelGridRows(get()); }
+
+    /// The kernel of a cell inside the grid.
+    Kernel at(int column, int row) const {
+        return Kernel(
+            std::shared_ptr<const VelornKernel>(m_grid, velornKernelGridCell(get(), column, row)));
+    }
+
+    VelornCellReport report(int column, int row) const {
+        VelornCellReport report{};
+        report.size = sizeof report;
+        check(velornKernelGridReport(get(), column, row, &report));
+        return report;
+    }
+
+private:
+    std::shared_ptr<const VelornKernelGrid> m_grid;
+};
+
+/// See velornRestoreLocal. `progress`, if there is one, replaces that of the settings.
+inline VelornRestoreReport restoreLocal(const VelornPicture& source, const VelornPicture& target,
+                                        const KernelGrid& grid,
+                                        VelornRestoreSettings settings = restoreSettings(),
+                                        const Progress& progress = {}) {
+    VelornRestoreReport report{};
+    report.size = sizeof report;
+    detail::ProgressCall call(progress, settings);
+    call.finish(velornRestoreLocal(&source, &target, grid.get(), &settings, &report));
+    return report;
+}
+
+struct FoundKernelGrid {
+    KernelGrid grid;
+    VelornFindReport report;
+};
+
+/// See velornFindKernelGrid. `progress`, if there is one, replaces that of the settings.
+inline FoundKernelGrid findKernelGrid(const VelornPicture& picture,
+                                      VelornFindSettings settings = findSettings(),
+                                      const Progress& progress = {}) {
+    VelornFindReport report{};
+    report.size = sizeof report;
+    VelornKernelGrid* grid = nullptr;
+    detail::ProgressCall call(progress, settings);
+    call.finish(velornFindKernelGrid(&picture, &settings, &grid, &report));
+    return {KernelGrid(grid), report};
 }
 
 } // namespace velorn::api

@@ -4,11 +4,13 @@
 #include "restoration/blind/analytic/kernelOfKind.h"
 #include "restoration/blind/analytic/spectralBlur.h"
 #include "restoration/blind/candidates/KernelScorer.h"
+#include "restoration/blind/parts/diagonalNoise.h"
 #include "restoration/blind/parts/edgeParts.h"
 #include "restoration/blind/parts/EdgeSpectrum.h"
 #include "restoration/blind/parts/excessBlur.h"
 #include "restoration/blind/parts/kernelOfEdges.h"
 #include "restoration/blind/parts/sharpestFirst.h"
+#include "restoration/blind/parts/usablePart.h"
 #include "restoration/blind/runs/KernelRun.h"
 #include "restoration/blind/squares/kernelShape.h"
 #include "restoration/blind/squares/largestVariance.h"
@@ -54,44 +56,12 @@ int odd(int side) {
     return side | 1;
 }
 
-/// The part of `plane` in `part`, with values that transforms can take.
-Plane usablePart(const Plane& plane, const Rect& part) {
-    constexpr float kBlackest = -1.0f;
-    constexpr float kWhitest = 2.0f;
-    Plane copy(part.width, part.height);
-    for (int y = 0; y < part.height; ++y) {
-        const float* source = plane.row(part.y + y) + part.x;
-        std::transform(source, source + part.width, copy.row(y), [=](float value) {
-            return std::isfinite(value) ? std::clamp(value, kBlackest, kWhitest) : 0.0f;
-        });
-    }
-    return copy;
-}
-
 /// The central part of `plane`, at most `side` wide and high.
 Plane centralPart(const Plane& plane, int side) {
     const int width = std::min(plane.width(), side);
     const int height = std::min(plane.height(), side);
     return usablePart(plane,
                       {(plane.width() - width) / 2, (plane.height() - height) / 2, width, height});
-}
-
-/// The standard deviation of the noise in levels of 255, from the median of the diagonal details;
-/// at least 0.2, which is less than rounding to 8 bits adds.
-double noiseOf(const Plane& plane) {
-    constexpr double kLeast = 0.2;
-    constexpr double kMedianOfNormal = 0.6745;
-    std::vector<float> details;
-    for (int y = 0; y + 1 < plane.height(); y += 2) {
-        const float* upper = plane.row(y);
-        const float* lower = plane.row(y + 1);
-        for (int x = 0; x + 1 < plane.width(); x += 2) {
-            details.push_back(std::abs(upper[x] - lower[x] - upper[x + 1] + lower[x + 1]) / 2.0f);
-        }
-    }
-    const auto middle = details.begin() + static_cast<std::ptrdiff_t>(details.size() / 2);
-    std::nth_element(details.begin(), middle, details.end());
-    return std::max(255.0 * static_cast<double>(*middle) / kMedianOfNormal, kLeast);
 }
 
 /// `kernel` amid zeros. Both its sides are at most `side`, which is odd.
@@ -132,7 +102,7 @@ public:
           m_start(settings.start),
           m_parts(partsOf(luminance, m_isChosen ? kChosenSide : settings.partSide,
                           m_isChosen && m_start == nullptr ? kMostParts : 1, team)),
-          m_part(m_parts.front()), m_noise(noiseOf(m_part)),
+          m_part(m_parts.front()), m_noise(diagonalNoise(m_part)),
           m_scorer(croppedFor(std::min(m_bounds.side(), kLargeSide)),
                    std::min(m_bounds.side(), kLargeSide) / 2, m_noise, team.cancellation()) {}
 

@@ -1,16 +1,19 @@
 // The functions of velorn.h: they check their arguments and call the library.
 #include "restoration/blind/findKernel.h"
+#include "restoration/blind/local/findKernelGrid.h"
 #include "restoration/boundary/argumentChecks.h"
 #include "restoration/boundary/CandidateTarget.h"
 #include "restoration/boundary/checkPicture.h"
 #include "restoration/boundary/findReport.h"
 #include "restoration/boundary/findSettings.h"
+#include "restoration/boundary/gridArguments.h"
 #include "restoration/boundary/guardedCall.h"
 #include "restoration/boundary/lastMessage.h"
 #include "restoration/boundary/records.h"
 #include "restoration/boundary/restoreKernels.h"
 #include "restoration/boundary/restoreSettings.h"
 #include "restoration/boundary/VelornKernel.h"
+#include "restoration/boundary/VelornKernelGrid.h"
 #include "restoration/kernels/analyticKernel.h"
 #include "restoration/kernels/checkKernelSides.h"
 #include "restoration/kernels/kernelFromValues.h"
@@ -73,6 +76,18 @@ std::vector<FoundKernel> foundKernels(const VelornPicture& picture,
     team.finish();
     found.resize(std::min(found.size(), std::size_t{VELORN_MOST_CANDIDATES}));
     return found;
+}
+
+/// The same for grids.
+template <class Make>
+VelornStatus makeGrid(VelornKernelGrid** grid, const Make& make) noexcept {
+    if (grid != nullptr) {
+        *grid = nullptr;
+    }
+    return guardedCall([&] {
+        requirePointer(grid, "grid");
+        *grid = make().release();
+    });
 }
 
 } // namespace
@@ -189,5 +204,80 @@ VelornStatus velornFindCandidates(const VelornPicture* picture, const VelornFind
         const CandidateTarget target(kernels, reports, capacity);
         requirePointer(count, "count");
         *count = target.write(foundKernels(*picture, checked));
+    });
+}
+
+VelornStatus velornMakeKernelGrid(const VelornKernel* const* kernels, int32_t columns, int32_t rows,
+                                  VelornKernelGrid** grid) {
+    return makeGrid(grid, [=] {
+        KernelGrid made = checkedGrid(kernels, columns, rows);
+        const auto cells = static_cast<std::size_t>(columns) * static_cast<std::size_t>(rows);
+        return std::make_unique<VelornKernelGrid>(std::move(made), std::vector<CellReport>(cells));
+    });
+}
+
+VelornStatus velornFindKernelGrid(const VelornPicture* picture, const VelornFindSettings* settings,
+                                  VelornKernelGrid** grid, VelornFindReport* report) {
+    return makeGrid(grid, [=] {
+        checkPicture(picture, "picture");
+        const VelornFindSettings checked = checkedSettings(settings, *picture);
+        requireRecordOrNull(report, "report");
+        Team team(checked.threads, {checked.progress, checked.userData});
+        const Plane luminance = luminancePlane(PictureReader(*picture), team);
+        FoundGrid found = findKernelGrid(luminance, searchOf(checked), team);
+        auto made =
+            std::make_unique<VelornKernelGrid>(std::move(found.grid), std::move(found.reports));
+        team.finish();
+        if (report != nullptr) {
+            writeRecord(findReport(found.whole.front(), found.whole.size()), *report);
+        }
+        return made;
+    });
+}
+
+int32_t velornKernelGridColumns(const VelornKernelGrid* grid) {
+    return grid != nullptr ? grid->grid.columns() : 0;
+}
+
+int32_t velornKernelGridRows(const VelornKernelGrid* grid) {
+    return grid != nullptr ? grid->grid.rows() : 0;
+}
+
+const VelornKernel* velornKernelGridCell(const VelornKernelGrid* grid, int32_t column,
+                                         int32_t row) {
+    const bool exists = grid != nullptr && grid->hasCell(column, row);
+    return exists ? &grid->cells[grid->index(column, row)] : nullptr;
+}
+
+VelornStatus velornKernelGridReport(const VelornKernelGrid* grid, int32_t column, int32_t row,
+                                    VelornCellReport* report) {
+    return guardedCall([=] {
+        requirePointer(grid, "grid");
+        requireRange(column, 0, grid->grid.columns() - 1, "column");
+        requireRange(row, 0, grid->grid.rows() - 1, "row");
+        requireRecord(report, "report");
+        const CellReport& cell = grid->reports[grid->index(column, row)];
+        writeRecord(VelornCellReport{0, cell.isFound ? 1 : 0, cell.confidence, cell.likeness},
+                    *report);
+    });
+}
+
+void velornFreeKernelGrid(VelornKernelGrid* grid) {
+    delete grid;
+}
+
+VelornStatus velornRestoreLocal(const VelornPicture* source, const VelornPicture* target,
+                                const VelornKernelGrid* grid, const VelornRestoreSettings* settings,
+                                VelornRestoreReport* report) {
+    return guardedCall([=] {
+        checkPicture(source, "source");
+        const VelornRestoreSettings checked = checkedSettings(settings, *source);
+        checkTarget(target, *source, checked.region.width, checked.region.height);
+        checkGrid(grid, *source);
+        requireRecordOrNull(report, "report");
+        const VelornRestoreReport done = restorePicture(*source, *target, grid->grid, checked);
+        if (report != nullptr) {
+            writeRecord(done, *report);
+        }
     });
 }

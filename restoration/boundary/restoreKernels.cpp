@@ -9,8 +9,6 @@
 #include <string>
 
 namespace restoration {
-namespace {
-
 void requireFit(const Kernel& kernel, const VelornPicture& source) {
     if (kernel.width > source.width || kernel.height > source.height) {
         throw Failure(VELORN_STATUS_KERNEL_TOO_LARGE,
@@ -19,8 +17,6 @@ void requireFit(const Kernel& kernel, const VelornPicture& source) {
                           std::to_string(source.width) + " by " + std::to_string(source.height));
     }
 }
-
-} // namespace
 
 std::vector<const Kernel*> checkedKernels(const VelornKernel* const* kernels, std::int32_t count,
                                           const VelornPicture& source) {

@@ -2,10 +2,10 @@
 
 #include "restoration/secondpass/measureBehindBlur.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstddef>
-#include <optional>
 
 namespace restoration {
 namespace {
@@ -45,24 +45,66 @@ struct LightNoise {
     double slope;
 };
 
+/// Whether the kernel blurs nothing.
+bool isPoint(const Kernel& kernel) noexcept {
+    constexpr float kNearlyAll = 0.999f;
+    return kernel.at(kernel.height / 2, kernel.width / 2) > kNearlyAll;
+}
+
+double middleOf(int begin, int end, int length) noexcept {
+    return (static_cast<double>(begin) + end) / 2.0 / length;
+}
+
 } // namespace
+
+RestorationPlan::RestorationPlan(const TileLoader& tileLoader, const PictureBlur& pictureBlur,
+                                 const Choices& chosen, const VelornRestoreSettings& hostSettings)
+    : loader(tileLoader), blur(pictureBlur), choices(chosen), settings(hostSettings) {
+    if (isDeconvolved() && settings.quality != VELORN_QUALITY_FAST) {
+        measureNoises();
+    }
+    if (blur.grid() == nullptr) {
+        model = modelOf(blur.kernels());
+    }
+}
+
+TileModel RestorationPlan::localModel(const PlannedTile& tile) const {
+    const Rect kept = tile.kept();
+    const Kernel kernel =
+        blur.grid()->interpolated(middleOf(kept.x, kept.right(), loader.picture().width()),
+                                  middleOf(kept.y, kept.bottom(), loader.picture().height()));
+    if (isPoint(kernel)) {
+        return {};
+    }
+    const Kernel* const kernels[] = {&kernel};
+    return modelOf(kernels);
+}
+
+TileModel RestorationPlan::modelOf(std::span<const Kernel* const> kernels) const {
+    TileModel made;
+    for (const Kernel* kernel : kernels) {
+        made.blurs.emplace_back(*kernel, loader.side());
+    }
+    const bool hasChroma = loader.rules().layout == PlaneLayout::LuminanceChroma;
+    for (std::size_t i = 0; i < m_noises.size(); ++i) {
+        const bool isQuick = settings.quality != VELORN_QUALITY_BEST || (hasChroma && i > 0);
+        made.secondPasses.emplace_back(*kernels[kernels.size() > 1 ? i : 0], m_noises[i],
+                                       isQuick ? SecondPass::Effort::Quick
+                                               : SecondPass::Effort::Full);
+    }
+    return made;
+}
 
 /// The noise that counts for a second pass is that at the frequencies which it amplifies. The eye
 /// sees less of chroma.
-void RestorationPlan::planSecondPasses(std::span<const Kernel* const> kernels) {
-    if (kernels.empty()) {
-        return;
-    }
+void RestorationPlan::measureNoises() {
     const bool hasChroma = loader.rules().layout == PlaneLayout::LuminanceChroma;
     const std::vector<Patch> patches = noisePatches(loader);
-    const bool isBest = settings.quality == VELORN_QUALITY_BEST;
     const auto colours = static_cast<std::size_t>(loader.picture().colours());
-    const std::size_t planes = hasChroma && !isBest ? 1 : colours;
+    const std::size_t planes = hasChroma && settings.quality != VELORN_QUALITY_BEST ? 1 : colours;
+    const std::span<const Kernel* const> kernels = blur.kernels();
     for (std::size_t i = 0; i < planes; ++i) {
-        const Kernel& kernel = *kernels[kernels.size() > 1 ? i : 0];
-        const bool isQuick = !isBest || (hasChroma && i > 0);
-        secondPasses.emplace_back(kernel, noiseOf(i, patches, kernel),
-                                  isQuick ? SecondPass::Effort::Quick : SecondPass::Effort::Full);
+        m_noises.push_back(noiseOf(i, patches, *kernels[kernels.size() > 1 ? i : 0]));
     }
 }
 
@@ -86,8 +128,33 @@ SecondPass::Noise RestorationPlan::noiseOf(std::size_t i, const std::vector<Patc
             noise.slope = static_cast<float>((1 - kSpread) * inLight.slope / mean);
         }
     }
-    noise.deviation = measureBehindBlur(patches, i, kernel).value_or(noise.deviation);
+    noise.deviation = measuredNoise(i, patches, kernel).value_or(noise.deviation);
     return noise;
+}
+
+/// The noise behind the blur. Where the blur differs from place to place, each patch is measured
+/// behind its own, and the median counts: a kernel that does not fit takes the picture for noise.
+std::optional<float> RestorationPlan::measuredNoise(std::size_t i,
+                                                    const std::vector<Patch>& patches,
+                                                    const Kernel& kernel) const {
+    if (blur.grid() == nullptr) {
+        return measureBehindBlur(patches, i, kernel);
+    }
+    std::vector<float> noises;
+    for (const Patch& patch : patches) {
+        const Kernel local = blur.grid()->interpolated(
+            middleOf(patch.kept.x, patch.kept.right(), loader.picture().width()),
+            middleOf(patch.kept.y, patch.kept.bottom(), loader.picture().height()));
+        if (const auto noise = measureBehindBlur({&patch, 1}, i, local)) {
+            noises.push_back(*noise);
+        }
+    }
+    if (noises.empty()) {
+        return std::nullopt;
+    }
+    const auto middle = noises.begin() + static_cast<std::ptrdiff_t>(noises.size() / 2);
+    std::ranges::nth_element(noises, middle);
+    return *middle;
 }
 
 } // namespace restoration

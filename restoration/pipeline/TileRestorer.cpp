@@ -34,18 +34,25 @@ void allocate(Plane& plane, int side) {
 TileRestorer::TileRestorer(const RestorationPlan& plan, const Cancellation& cancellation,
                            ProgressMeter& progress)
     : m_plan(plan), m_cancellation(cancellation), m_progress(progress),
-      m_scratch(plan.loader.side()), m_limiter(plan.choices.limit, plan.kernelSide),
+      m_scratch(plan.loader.side()), m_limiter(plan.choices.limit, plan.blur.largestSide()),
       m_sharpener(edgeSettings(plan.settings)),
       m_detail({plan.settings.detailGain, plan.settings.detailGamma}) {}
 
 FinishedTile TileRestorer::restore(const PlannedTile& planned, const Rect& region) {
     m_plan.loader.load(planned.window(), m_tile);
     m_cancellation.check();
-    if (m_plan.blurs.empty()) {
+    if (!m_plan.isDeconvolved()) {
         m_progress.advance(m_tile.planes.size());
     } else {
-        deconvolve();
-        fillLamps();
+        if (m_plan.blur.grid() != nullptr) {
+            m_local = m_plan.localModel(planned);
+        }
+        if (model().blurs.empty()) {
+            m_progress.advance(m_tile.planes.size());
+        } else {
+            deconvolve();
+            fillLamps();
+        }
         toDisplay();
     }
     sharpen();
@@ -64,7 +71,7 @@ void TileRestorer::deconvolve() {
 
 /// Replaces plane `i` by its restoration.
 void TileRestorer::deconvolvePlane(std::size_t i) {
-    const BlurSpectrum& blur = m_plan.blurs[m_plan.blurs.size() > 1 ? i : 0];
+    const BlurSpectrum& blur = model().blurs[model().blurs.size() > 1 ? i : 0];
     const Choices& choices = m_plan.choices;
     Plane& plane = m_tile.planes[i];
     if (m_tile.isIncomplete) {
@@ -98,9 +105,9 @@ void TileRestorer::deconvolvePlane(std::size_t i) {
 
 /// Runs the second pass of plane `i`, if there is one, on its restoration.
 void TileRestorer::improve(std::size_t i, const BlurSpectrum& blur) {
-    if (i < m_plan.secondPasses.size()) {
-        m_plan.secondPasses[i].improve(m_tile.planes[i], blur, m_restored, m_scratch, m_filter,
-                                       m_cancellation);
+    if (i < model().secondPasses.size()) {
+        model().secondPasses[i].improve(m_tile.planes[i], blur, m_restored, m_scratch, m_filter,
+                                        m_cancellation);
     }
 }
 
@@ -189,6 +196,10 @@ void TileRestorer::sharpen() {
             m_detail.enhance(plane, m_cancellation);
         }
     }
+}
+
+const TileModel& TileRestorer::model() const noexcept {
+    return m_plan.blur.grid() != nullptr ? m_local : m_plan.model;
 }
 
 bool TileRestorer::isChroma(std::size_t i) const noexcept {

@@ -36,6 +36,7 @@ private:
     void markDark(int channel, const Rect& inside);
     void toDisplay();
     void sharpen();
+    const TileModel& model() const noexcept;
     bool isChroma(std::size_t i) const noexcept;
     void mixWithPicture(std::vector<Plane>& colours, const Rect& part) const;
     FinishedTile cut(const PlannedTile& planned, const Rect& part) const;
@@ -45,6 +46,7 @@ private:
     const Cancellation& m_cancellation;
     ProgressMeter& m_progress;
     Tile m_tile;
+    TileModel m_local; ///< of the tile in work, where the blur differs from place to place
     TileScratch m_scratch;
     DctFilter m_filter;
     Plane m_restored; ///< what a stage makes of a plane

@@ -44,14 +44,18 @@ int windowOf(int side, int kernelSide) noexcept {
     return side - tileRing(kernelSide);
 }
 
-} // namespace
-
-TileGrid planGrid(int width, int height, int kernelSide) {
+void requirePossibleSides(int width, int height) {
     constexpr int kLargestSide = 1 << 30;
     if (std::max(width, height) > kLargestSide) {
         throw Failure(VELORN_STATUS_INVALID_ARGUMENT,
                       "the source has more than 2^30 columns or rows");
     }
+}
+
+} // namespace
+
+TileGrid planGrid(int width, int height, int kernelSide) {
+    requirePossibleSides(width, height);
     const int beyond = beyondFrame(kernelSide);
     const int wholeWidth = width + 2 * beyond;
     const int wholeHeight = height + 2 * beyond;
@@ -64,6 +68,22 @@ TileGrid planGrid(int width, int height, int kernelSide) {
     }
     return TileGrid(width, height, side,
                     {windowOf(side, kernelSide), tileMargin(kernelSide), beyond, kOverlap});
+}
+
+TileGrid planLocalGrid(int width, int height, int kernelSide, int cell) {
+    requirePossibleSides(width, height);
+    constexpr int kLeastStep = 96;
+    constexpr int kMostStep = 320;
+    const int step = std::clamp(cell / 2, kLeastStep, kMostStep);
+    const int overlap = step / 4 * 2;
+    const int margin = tileMargin(kernelSide);
+    int side = kSmallestTileSide;
+    while (usefulSide(side, kernelSide) < step + overlap) {
+        side *= 2;
+    }
+    // Tiles that keep more than the step would have a kernel that does not fit their ends.
+    const int window = std::min(windowOf(side, kernelSide), step + overlap + 2 * margin);
+    return TileGrid(width, height, side, {window, margin, beyondFrame(kernelSide), overlap});
 }
 
 PatchPlan planPatches(int kernelSide, int side, int largestCount) {

@@ -1,8 +1,8 @@
 #include "restoration/pipeline/restorePicture.h"
 
-#include "restoration/kernels/largestSide.h"
 #include "restoration/pictures/PictureBuffer.h"
 #include "restoration/pipeline/chooseSettings.h"
+#include "restoration/pipeline/PictureBlur.h"
 #include "restoration/pipeline/PictureModel.h"
 #include "restoration/pipeline/pictureNoise.h"
 #include "restoration/pipeline/planGrid.h"
@@ -16,6 +16,7 @@
 #include <cstddef>
 #include <memory>
 #include <optional>
+#include <span>
 #include <vector>
 
 namespace restoration {
@@ -95,15 +96,21 @@ VelornRestoreReport reportOf(const Choices& choices, bool isDeconvolved, PlaneLa
     return report;
 }
 
-} // namespace
+TileGrid gridFor(const VelornPicture& source, const PictureBlur& blur) {
+    if (const KernelGrid* grid = blur.grid()) {
+        return planLocalGrid(
+            source.width, source.height, blur.largestSide(),
+            std::min(source.width / grid->columns(), source.height / grid->rows()));
+    }
+    return planGrid(source.width, source.height, blur.largestSide());
+}
 
-VelornRestoreReport restorePicture(const VelornPicture& source, const VelornPicture& target,
-                                   std::span<const Kernel* const> kernels,
-                                   const VelornRestoreSettings& settings) {
+VelornRestoreReport restored(const VelornPicture& source, const VelornPicture& target,
+                             const PictureBlur& blur, const VelornRestoreSettings& settings) {
     const Stopwatch total;
     const PictureReader picture(source);
-    const int kernelSide = largestSide(kernels);
-    const TileGrid grid = planGrid(source.width, source.height, kernelSide);
+    const std::span<const Kernel* const> kernels = blur.kernels();
+    const TileGrid grid = gridFor(source, blur);
     const Rect region = rectOf(settings.region);
     const std::vector<PlannedTile> tiles = grid.touching(region);
 
@@ -127,7 +134,7 @@ VelornRestoreReport restorePicture(const VelornPicture& source, const VelornPict
     std::optional<PictureBuffer> result;
     // Large kernels and pictures take their time here, too: the host hears from the call meanwhile.
     team.run([&] {
-        plan.emplace(loader, kernels, choices, settings);
+        plan.emplace(loader, blur, choices, settings);
         result.emplace(target);
     });
     const double clipped = restoreTiles(*plan, tiles, region, result->picture(), team);
@@ -138,6 +145,25 @@ VelornRestoreReport restorePicture(const VelornPicture& source, const VelornPict
     report.secondsTiles = restoring.seconds();
     report.secondsTotal = total.seconds();
     return report;
+}
+
+} // namespace
+
+VelornRestoreReport restorePicture(const VelornPicture& source, const VelornPicture& target,
+                                   std::span<const Kernel* const> kernels,
+                                   const VelornRestoreSettings& settings) {
+    return restored(source, target, PictureBlur(kernels), settings);
+}
+
+VelornRestoreReport restorePicture(const VelornPicture& source, const VelornPicture& target,
+                                   const KernelGrid& grid, const VelornRestoreSettings& settings) {
+    if (!grid.isUniform()) {
+        return restored(source, target, PictureBlur(grid), settings);
+    }
+    const Kernel* const kernels[] = {&grid.at(0, 0)};
+    const bool blursNothing = kernels[0]->largerSide() == 1;
+    return restored(source, target, PictureBlur(std::span(kernels).first(blursNothing ? 0U : 1U)),
+                    settings);
 }
 
 } // namespace restoration

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "restoration/kernels/Kernel.h"
+#include "restoration/kernels/KernelGrid.h"
 #include "velorn.h"
 
 #include <span>
@@ -24,5 +25,11 @@ namespace restoration {
 VelornRestoreReport restorePicture(const VelornPicture& source, const VelornPicture& target,
                                    std::span<const Kernel* const> kernels,
                                    const VelornRestoreSettings& settings);
+
+/// The same for a blur that differs from place to place. A tile is restored with the kernel that
+/// belongs to its middle. A grid whose kernels are all the same is restored as one kernel.
+/// @param grid  no kernel larger than the source
+VelornRestoreReport restorePicture(const VelornPicture& source, const VelornPicture& target,
+                                   const KernelGrid& grid, const VelornRestoreSettings& settings);
 
 } // namespace restoration

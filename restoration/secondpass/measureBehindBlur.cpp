@@ -30,7 +30,7 @@ std::vector<Patch> noisePatches(const TileLoader& loader) {
     return samplePatches(small, {kMostPatches, kWindow, 0, 0});
 }
 
-std::optional<float> measureBehindBlur(const std::vector<Patch>& patches, std::size_t plane,
+std::optional<float> measureBehindBlur(std::span<const Patch> patches, std::size_t plane,
                                        const Kernel& kernel) {
     NoiseBehindBlur noise(kernel);
     for (const Patch& patch : patches) {

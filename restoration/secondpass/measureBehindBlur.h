@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <optional>
+#include <span>
 #include <vector>
 
 namespace restoration {
@@ -17,7 +18,7 @@ std::vector<Patch> noisePatches(const TileLoader& loader);
 /// (`NoiseBehindBlur`). Squares with unknown pixels are left out. Nothing when too little of the
 /// picture or of its frequencies is of use.
 /// @throws std::bad_alloc
-std::optional<float> measureBehindBlur(const std::vector<Patch>& patches, std::size_t plane,
+std::optional<float> measureBehindBlur(std::span<const Patch> patches, std::size_t plane,
                                        const Kernel& kernel);
 
 } // namespace restoration

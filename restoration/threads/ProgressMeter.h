@@ -10,12 +10,22 @@ namespace restoration {
 /// units of work. Any thread may call any function.
 class ProgressMeter {
 public:
+    /// Ends the current phase. The phases that follow count their shares in the part of the call
+    /// from here to `until` (0..1) of the whole call.
+    void beginSpan(double until) {
+        const std::lock_guard lock(m_mutex);
+        m_from = m_until;
+        m_units = 0;
+        m_spanBegin = m_until;
+        m_spanEnd = until;
+    }
+
     /// Ends the current phase and begins one of `units` units. The call has come to `until` (0..1)
     /// at the end of the new phase.
     void beginPhase(double until, std::size_t units) {
         const std::lock_guard lock(m_mutex);
         m_from = m_until;
-        m_until = std::max(until, m_from);
+        m_until = std::max(m_spanBegin + until * (m_spanEnd - m_spanBegin), m_from);
         m_units = units;
         m_doneUnits = 0;
         m_isOpen = false;
@@ -59,6 +69,8 @@ private:
     mutable std::mutex m_mutex;
     double m_from = 0.0;
     double m_until = 0.0;
+    double m_spanBegin = 0.0;
+    double m_spanEnd = 1.0;
     std::size_t m_units = 0;
     std::size_t m_doneUnits = 0;
     bool m_isOpen = false;

@@ -52,5 +52,21 @@ TEST(ProgressMeter, APhaseThatWouldGoBackStays) {
     EXPECT_EQ(meter.done(), 0.5);
 }
 
+TEST(ProgressMeter, PhasesOfASpanShareIt) {
+    ProgressMeter meter;
+    meter.beginSpan(0.4);
+    meter.beginPhase(0.5, 2);
+    meter.advance();
+    EXPECT_DOUBLE_EQ(meter.done(), 0.1);
+    meter.beginPhase(1.0, 1);
+    meter.advance();
+    EXPECT_DOUBLE_EQ(meter.done(), 0.4);
+    meter.beginSpan(1.0);
+    EXPECT_DOUBLE_EQ(meter.done(), 0.4);
+    meter.beginPhase(0.5, 1);
+    meter.advance();
+    EXPECT_DOUBLE_EQ(meter.done(), 0.7);
+}
+
 } // namespace
 } // namespace restoration

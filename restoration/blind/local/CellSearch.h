@@ -1,0 +1,55 @@
+#pragma once
+
+#include "restoration/blind/runs/KernelRun.h"
+#include "restoration/blind/squares/SquareKernel.h"
+#include "restoration/planes/Plane.h"
+#include "restoration/threads/Cancellation.h"
+#include "restoration/threads/ProgressMeter.h"
+
+#include <cstddef>
+
+namespace restoration {
+
+/// The kernel of one cell of a picture, as far as it is known.
+struct CellKernel {
+    SquareKernel kernel; ///< of side bounds.side()
+    double score = 0.0;  ///< smaller is better, see Evidence.h
+    /// 0..1: the likeness of the kernels that searches from different starts have found; 0 where
+    /// the cell has too few edges.
+    double agreement = 0.0;
+    bool isSharp = false; ///< the cell is not blurred: a kernel of a single pixel
+};
+
+/// Estimates the kernel of one cell of a picture on the calling thread. Constant; threads may share
+/// it.
+class CellSearch {
+public:
+    /// @param part    luminance of the cell and its surroundings, finite, about 0..1; outlives
+    ///                the search
+    /// @param bounds  of the kernels
+    CellSearch(const Plane& part, const KernelBounds& bounds, const Cancellation& cancellation);
+
+    /// The better one of the kernel refined from `whole`, the kernel of the whole picture, and one
+    /// that a search from coarse to fine finds. Without edges it is `whole`.
+    /// @param progress advances by `firstUnits`
+    CellKernel first(const SquareKernel& whole, ProgressMeter& progress) const;
+
+    /// The kernel refined from that of the neighbours if it explains the cell better than `known`.
+    /// @param progress advances by `secondUnits`
+    CellKernel second(const CellKernel& known, const SquareKernel& neighbours,
+                      ProgressMeter& progress) const;
+
+    std::size_t firstUnits() const;
+    std::size_t secondUnits() const;
+
+private:
+    bool hasEdges() const;
+    bool hasSharpEdges() const;
+    std::size_t scoreUnits() const;
+
+    const Plane& m_part;
+    KernelBounds m_bounds;
+    const Cancellation& m_cancellation;
+};
+
+} // namespace restoration
