@@ -348,8 +348,10 @@ typedef struct VelornFindReport {
 /* Finds the kernel of a picture of unknown blur.
  *
  * The kernel is centred: a restoration does not move the picture. It has at most 71 columns and
- * rows. As found kernels are not exact, automatic strength is lower for them; a kernel made from
- * their values counts as exact. A picture with sharp edges has a kernel of a single pixel, and a
+ * rows. Found kernels are not exact: with automatic strength a restoration uses less of it where
+ * they are neither a Gaussian, a disc nor a line, and mixes its result with the picture where the
+ * confidence is low. A given strength is used as it is, and a kernel made from the values of a
+ * found one counts as exact. A picture with sharp edges has a kernel of a single pixel, and a
  * confidence below 0.5.
  *
  * Fails with VELORN_STATUS_NO_KERNEL for a picture (or a region) without edges or with fewer than

@@ -39,7 +39,6 @@ constexpr int kSmallSide = 31;
 constexpr int kMiddleSide = 47;
 constexpr int kLargeSide = 71;
 constexpr double kLeastAgreement = 0.85;
-constexpr double kLargestMisfit = 8.0;
 /// Edges with less blur than the first are sharp; with less than the second they may be.
 constexpr double kSharpVariance = 0.47;
 constexpr double kDoubtfulVariance = 0.6;
@@ -85,8 +84,7 @@ struct Candidate {
     KernelKind kind;
     int extent = 0;
 
-    /// Blurs whose zeros are seen in the power spectrum of the picture come first.
-    std::pair<bool, double> rank() const { return {evidence.showsZeros == 0.0, scoreOf(evidence)}; }
+    double score() const { return scoreOf(evidence); }
 };
 
 struct RunPlan {
@@ -114,12 +112,15 @@ public:
         }
         compareRuns();
         addAnalytic();
-        std::ranges::stable_sort(m_candidates, {}, &Candidate::rank);
+        std::ranges::stable_sort(m_candidates, {}, &Candidate::score);
         std::vector<FoundKernel> found;
         for (const Candidate& candidate : m_candidates) {
             found.push_back(result(candidate));
         }
         judgeByEdges(found);
+        for (FoundKernel& kernel : found) {
+            kernel.kernel.trust = trustIn(kernel.evidence, static_cast<double>(kernel.confidence));
+        }
         return found;
     }
 
@@ -325,7 +326,7 @@ private:
     }
 
     const Candidate& best() const {
-        return *std::ranges::min_element(m_candidates, {}, &Candidate::rank);
+        return *std::ranges::min_element(m_candidates, {}, &Candidate::score);
     }
 
     void compareRuns() {
@@ -341,13 +342,10 @@ private:
 
     FoundKernel result(const Candidate& candidate) const {
         const Evidence& evidence = candidate.evidence;
-        const double misfit = std::exp(evidence.misfit);
-        Kernel kernel = cutToContent(candidate.kernel, m_bounds);
-        kernel.trust = trustIn(evidence);
-        return {std::move(kernel),
-                static_cast<float>(confidence(evidence.agreement, misfit)),
+        return {cutToContent(candidate.kernel, m_bounds),
+                static_cast<float>(confidenceIn(evidence)),
                 static_cast<float>(evidence.agreement),
-                static_cast<float>(misfit),
+                static_cast<float>(std::exp(evidence.misfit)),
                 candidate.kind,
                 scoreOf(evidence),
                 evidence,
@@ -417,19 +415,10 @@ private:
         }
         Evidence evidence = m_scorer.of(kernel, m_team.cancellation());
         evidence.isAnalytic = 1.0;
+        evidence.isOfEdges = 1.0;
         evidence.agreement = candidate.evidence.agreement;
         const auto like = analyticKernelLike(kernel);
         return Candidate{kernel, evidence, like ? like->kind : KernelKind(), extent};
-    }
-
-    static double confidence(double agreement, double misfit) {
-        const double fromAgreement =
-            agreement < kLeastAgreement
-                ? 0.5 * agreement / kLeastAgreement
-                : 0.5 + 0.5 * (agreement - kLeastAgreement) / (1.0 - kLeastAgreement);
-        const double fromMisfit = misfit > kLargestMisfit ? 0.5 * kLargestMisfit / misfit
-                                                          : 1.0 - 0.5 * misfit / kLargestMisfit;
-        return std::clamp(std::min(fromAgreement, fromMisfit), 0.0, 1.0);
     }
 
     /// The centred rectangle that holds all weights, and a pixel more on each side if the bounds

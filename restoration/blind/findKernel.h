@@ -30,9 +30,8 @@ struct FindSettings {
 /// A kernel found in a picture.
 struct FoundKernel {
     Kernel kernel;
-    /// 0..1; below 0.5 where agreement is below 0.85, misfit above 8, or the picture seems sharp.
-    /// The bounds separate useful from harmful kernels; the values in between are not
-    /// probabilities.
+    /// The probability that a full restoration is clearly better than the picture, 0..1 (see
+    /// Evidence.h); below 0.5 where the picture may be sharp.
     float confidence = 0.0f;
     /// The likeness of the kernel and the most similar one that another run has found, 0..1; 1 for
     /// blurs that the power spectrum shows.
@@ -55,16 +54,15 @@ struct FoundKernel {
 /// Finds the blur kernel of a picture.
 ///
 /// Three runs (KernelRun.h) of different strength and size estimate a kernel each; the kernel with
-/// the best score (Evidence.h) is the result, and its likeness with the others tells how far it
-/// can be trusted. A Gaussian, disc or straight motion that the power spectrum shows
-/// (spectralBlur.h) is taken for certain and wins, unless edges are smoothed or a kernel is
-/// refined. Otherwise a Gaussian, disc or line that resembles the best kernel and explains the
-/// picture about as well takes its place. Runs look at a part of the picture with many edges
-/// (edgeParts.h) of about 500 by 500 pixels: the one in which they are sharpest (sharpestFirst.h).
-/// Where the search chooses, and the picture has room for them, a run looks at up to two further
-/// parts. The kernel is centred, has sum 1, no negative weights, and odd sides that are at most the
-/// largest ones, 71, and a third of the picture's shorter side; without largest sides at most a
-/// fifth of it. A region to look at counts as the picture.
+/// the best score (Evidence.h) is the result. Further candidates are a Gaussian, disc or straight
+/// motion that the power spectrum shows (spectralBlur.h), unless edges are smoothed or a kernel is
+/// refined, and otherwise a Gaussian, disc or line that resembles the best kernel. Runs look at a
+/// part of the picture with many edges (edgeParts.h) of about 500 by 500 pixels: the one in which
+/// they are sharpest (sharpestFirst.h). Where the search chooses, and the picture has room for
+/// them, a run looks at up to two further parts. The kernel is centred, has sum 1, no negative
+/// weights, and odd sides that are at most the largest ones, 71, and a third of the picture's
+/// shorter side; without largest sides at most a fifth of it. A region to look at counts as the
+/// picture.
 ///
 /// Edges that are as steep as those of sharp pictures (EdgeSpectrum.h) contradict a narrow kernel,
 /// and kernels that disagree: the result is then the kernel of a single pixel. A narrow kernel that

@@ -2,7 +2,8 @@
 
 Reads tables that studyCandidates has written for half 0, and prints the weights of
 restoration/blind/candidates/Evidence.h. Figures are cross-validated: the weights that judge a
-picture come from the other pictures.
+picture come from the other pictures. With few pictures the choice of the search may be better than
+the cross-validated one; its weights should stay then.
 """
 
 import argparse
@@ -12,12 +13,16 @@ import numpy as np
 
 # Evidence that may take part. What is not named does not help in cross-validation.
 SCORE = ["sparsity", "edges", "residual", "unlikelihood", "reachesRim", "isAnalytic"]
-CONFIDENCE = ["misfit", "unevenness", "excess", "contrast", "raggedness", "rimWeight",
-              "reachesRim", "isAnalytic", "showsZeros", "agreement"]
+# Given: whoever sees zeros should be believed unless much speaks against it. Pictures that are
+# blurred in parts only need a larger weight than those of the study.
+WEIGHT_OF_ZEROS = -2.0
+CONFIDENCE = ["unevenness", "excess", "raggedness", "showsZeros", "agreement"]
 FOLDS = 8
 HARM = 1.5  # a decibel lost counts as much as so many gained
-RIDGE_OF_SCORE = 0.05
-RIDGE_OF_CONFIDENCE = 2.0
+RIDGE_OF_SCORE = 0.5
+RIDGE_OF_CONFIDENCE = 4.0
+CLEARLY = 0.5  # decibels: a restoration that gains less is not clearly better
+WEIGHT_OF_FAILURE = 2.0  # in the fit of the confidence
 WEIGHT_OF_CHOSEN = 4.0  # in the fit of the confidence; other candidates count 1
 
 
@@ -34,14 +39,15 @@ class Case:
         self.gain, self.half = column("gain"), column("half")
         self.full, self.little = column("full"), column("little")
         self.evidence = {name: column(name) for name in SCORE + CONFIDENCE}
-        self.certain = column("showsZeros")
+        self.is_of_edges, self.certain = column("isOfEdges"), column("showsZeros")
 
     def features(self, names):
         return np.stack([self.evidence[name] for name in names], axis=1)
 
     def best(self, weights):
-        """The candidate with the lowest score, blurs with visible zeros first."""
-        return int(np.argmin(self.features(SCORE) @ weights - 1e6 * self.certain))
+        """The candidate with the lowest score, kernels of edges first."""
+        return int(np.argmin(self.features(SCORE) @ weights
+                             + WEIGHT_OF_ZEROS * self.certain - 1e6 * self.is_of_edges))
 
 
 def read(paths):
@@ -56,7 +62,7 @@ def read(paths):
 
 def fit_score(cases, steps=400):
     """Maximises the expected utility of a choice with probabilities ~ exp(-score)."""
-    free = [case for case in cases if not case.certain.any() and len(case.gain) > 1]
+    free = [case for case in cases if len(case.gain) > 1 and not case.certain.any()]
     centred = [case.features(SCORE) - case.features(SCORE).mean(axis=0) for case in free]
     scale = np.concatenate(centred).std(axis=0) + 1e-9
     count = max(map(len, centred))
@@ -86,12 +92,13 @@ def fit_score(cases, steps=400):
 
 
 def fit_confidence(cases, chosen):
-    """Logistic regression of a gain above 0; returns the weights, the offset last."""
+    """Logistic regression of clear gains; returns the weights, the offset last."""
     points = np.concatenate([case.features(CONFIDENCE) for case in cases])
-    better = np.concatenate([case.gain > 0 for case in cases]).astype(float)
+    better = np.concatenate([case.gain > CLEARLY for case in cases]).astype(float)
     weight = np.concatenate([
         np.where(np.arange(len(case.gain)) == first, WEIGHT_OF_CHOSEN, 1.0)
         for case, first in zip(cases, chosen)])
+    weight *= np.where(better > 0, 1.0, WEIGHT_OF_FAILURE)
     centre, scale = points.mean(axis=0), points.std(axis=0) + 1e-9
     design = np.c_[(points - centre) / scale, np.ones(len(points))]
     ridge = RIDGE_OF_CONFIDENCE * np.eye(design.shape[1])
@@ -136,12 +143,12 @@ def report(label, cases, gains):
 
 
 def print_reliability(confidences, gains):
-    print("confidence  cases  mean  better")
+    print("confidence  cases  mean  clearly better")
     for low in np.arange(0.0, 1.0, 0.1):
         inside = (confidences >= low) & (confidences < low + 0.1 + 1e-9 * (low > 0.85))
         if inside.any():
             print(f"{low:.1f} to {low + 0.1:.1f} {inside.sum():6d} "
-                  f"{confidences[inside].mean():6.2f} {np.mean(gains[inside] > 0):6.2f}")
+                  f"{confidences[inside].mean():6.2f} {np.mean(gains[inside] > CLEARLY):6.2f}")
     worse, warned = gains < 0, confidences < 0.5
     print(f"worse {worse.sum()}, of these warned {np.sum(worse & warned)}, warned though better "
           f"{np.sum(~worse & warned)} of {len(gains)}")
@@ -159,7 +166,8 @@ def main():
     print_reliability(confidences, gains)
     score = fit_score(cases)
     odds = fit_confidence(cases, [case.best(score) for case in cases])
-    scores, logits = dict(zip(SCORE, score)), dict(zip(CONFIDENCE, odds))
+    scores = dict(zip(SCORE, score)) | {"showsZeros": WEIGHT_OF_ZEROS}
+    logits = dict(zip(CONFIDENCE, odds))
     for name in dict.fromkeys(SCORE + CONFIDENCE):
         print(f'    EvidenceWeight{{"{name}", &Evidence::{name}, {scores.get(name, 0.0):.3g}, '
               f"{logits.get(name, 0.0):.3g}}},")

@@ -1,17 +1,40 @@
 #include "restoration/blind/candidates/Evidence.h"
 
-namespace restoration {
+#include <algorithm>
+#include <cmath>
 
-double scoreOf(const Evidence& evidence) {
+namespace restoration {
+namespace {
+
+double weightedSum(const Evidence& evidence, double EvidenceWeight::*weight) {
     double sum = 0.0;
     for (const EvidenceWeight& part : kEvidenceWeights) {
-        sum += part.score * evidence.*part.value;
+        sum += part.*weight * evidence.*part.value;
     }
     return sum;
 }
 
-Trust trustIn(const Evidence& evidence) {
-    return evidence.showsZeros > 0.0 ? Trust{} : Trust{3000.0f, 1.0f};
+} // namespace
+
+double scoreOf(const Evidence& evidence) {
+    return weightedSum(evidence, &EvidenceWeight::score);
+}
+
+double confidenceIn(const Evidence& evidence) {
+    const double odds = kConfidenceOffset + weightedSum(evidence, &EvidenceWeight::confidence);
+    return 1.0 / (1.0 + std::exp(-odds));
+}
+
+Trust trustIn(const Evidence& evidence, double confidence) {
+    constexpr float kStrongestForFree = 1000.0f;
+    constexpr double kFullShareFrom = 0.7;
+    constexpr double kLeastShare = 0.1;
+    Trust trust;
+    if (evidence.isAnalytic == 0.0) {
+        trust.strongest = kStrongestForFree;
+    }
+    trust.share = static_cast<float>(std::clamp(confidence / kFullShareFrom, kLeastShare, 1.0));
+    return trust;
 }
 
 } // namespace restoration

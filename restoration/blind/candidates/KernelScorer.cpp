@@ -59,17 +59,6 @@ double meanExcess(const Plane& plane, int width, int height) {
     });
 }
 
-/// The standard deviation of the values, in levels.
-double contrastOf(const Plane& plane, int width, int height) {
-    const double mean = meanInside(
-        width, height, 0, [&](int x, int y) { return static_cast<double>(plane.row(y)[x]); });
-    const double variance = meanInside(width, height, 0, [&](int x, int y) {
-        const double difference = static_cast<double>(plane.row(y)[x]) - mean;
-        return difference * difference;
-    });
-    return kLevels * std::sqrt(variance);
-}
-
 Plane copyOf(const Plane& plane) {
     Plane copy(plane.width(), plane.height());
     std::ranges::copy(plane.values(), copy.values().begin());
@@ -88,8 +77,7 @@ KernelScorer::KernelScorer(const Plane& picture, int largestRadius, double noise
       m_wrapped(wrappedAround(
           picture, transformSide(std::max(picture.width(), picture.height()), largestRadius),
           cancellation)),
-      m_spectrum(picture, m_wrapped.height(), noise, cancellation),
-      m_contrast(contrastOf(picture, m_width, m_height)) {}
+      m_spectrum(picture, m_wrapped.height(), noise, cancellation) {}
 
 Evidence KernelScorer::of(const SquareKernel& kernel, const Cancellation& cancellation) const {
     const BlurSpectrum blur(singlePrecision(kernel), side());
@@ -121,9 +109,7 @@ Evidence KernelScorer::of(const SquareKernel& kernel, const Cancellation& cancel
     evidence.unlikelihood = fit.unlikelihood;
     evidence.unevenness = fit.unevenness;
     evidence.excess = std::log(meanExcess(restored, m_width, m_height) + 0.01);
-    evidence.contrast = std::log(m_contrast + 0.1);
     evidence.raggedness = raggednessOf(kernel);
-    evidence.rimWeight = rimWeightOf(kernel);
     return evidence;
 }
 

@@ -32,7 +32,6 @@ private:
     double m_noise;
     Plane m_wrapped;
     PictureSpectrum m_spectrum;
-    double m_contrast;
 };
 
 } // namespace restoration

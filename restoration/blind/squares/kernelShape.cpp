@@ -197,18 +197,6 @@ SquareKernel withSide(const SquareKernel& kernel, int side) {
     return result;
 }
 
-double rimWeightOf(const SquareKernel& kernel) {
-    const int last = kernel.side - 1;
-    double sum = 0.0;
-    for (int y = 0; y < kernel.side; ++y) {
-        for (int x = 0; x < kernel.side; ++x) {
-            const bool isAtRim = y == 0 || x == 0 || y == last || x == last;
-            sum += isAtRim ? kernel.at(y, x) : 0.0;
-        }
-    }
-    return sum;
-}
-
 double raggednessOf(const SquareKernel& kernel) {
     const Spread spread(kernel);
     double entropy = 0.0;

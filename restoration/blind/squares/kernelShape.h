@@ -25,9 +25,6 @@ int extentOf(const SquareKernel& kernel);
 /// scaled to 1.
 SquareKernel withSide(const SquareKernel& kernel, int side);
 
-/// The sum of the weights at the rim of the square.
-double rimWeightOf(const SquareKernel& kernel);
-
 /// The entropy of the weights less the logarithm of the standard deviations along both axes of the
 /// kernel: small for scattered weights and for kernels with a dark middle.
 double raggednessOf(const SquareKernel& kernel);

@@ -25,5 +25,37 @@ TEST(Evidence, WorseExplanationsScoreHigher) {
     EXPECT_LT(scoreOf(analytic), scoreOf(Evidence()));
 }
 
+TEST(Evidence, ConfidenceRisesWithTheAgreementAndFallsWithTheUnevenness) {
+    Evidence weak;
+    Evidence agreed;
+    agreed.agreement = 1.0;
+    Evidence uneven;
+    uneven.unevenness = 1.0;
+    EXPECT_GT(confidenceIn(agreed), confidenceIn(weak));
+    EXPECT_LT(confidenceIn(uneven), confidenceIn(weak));
+    for (const Evidence& evidence : {weak, agreed, uneven}) {
+        EXPECT_GT(confidenceIn(evidence), 0.0);
+        EXPECT_LT(confidenceIn(evidence), 1.0);
+    }
+}
+
+TEST(TrustIn, FreeKernelsAreTrustedLessThanAnalyticOnes) {
+    Evidence analytic;
+    analytic.isAnalytic = 1.0;
+    EXPECT_EQ(trustIn(analytic, 0.9).strongest, Trust().strongest);
+    EXPECT_LT(trustIn(Evidence(), 0.9).strongest, 3000.0f);
+}
+
+TEST(TrustIn, TheShareOfTheRestorationRisesWithTheConfidence) {
+    float last = 0.0f;
+    for (const double confidence : {0.0, 0.2, 0.5, 0.65}) {
+        const float share = trustIn(Evidence(), confidence).share;
+        EXPECT_GT(share, last);
+        EXPECT_LT(share, 1.0f);
+        last = share;
+    }
+    EXPECT_EQ(trustIn(Evidence(), 0.9).share, 1.0f);
+}
+
 } // namespace
 } // namespace restoration

@@ -101,13 +101,6 @@ TEST(KernelShape, LikenessIgnoresShiftsAndSeesOrientation) {
     EXPECT_LT(likeness(hook, turned), 0.9);
 }
 
-TEST(RimWeightOf, CountsTheRimOnce) {
-    SquareKernel even(5);
-    std::ranges::fill(even.values, 1.0 / 25.0);
-    EXPECT_NEAR(rimWeightOf(even), 16.0 / 25.0, 1e-12);
-    EXPECT_EQ(rimWeightOf(withSide(even, 7)), 0.0);
-}
-
 TEST(RaggednessOf, IsLowerForScatteredWeightsThanForAFullDisc) {
     SquareKernel full(9);
     std::ranges::fill(full.values, 1.0 / 81.0);
