@@ -11,6 +11,7 @@
 #include "restoration/blind/parts/kernelOfEdges.h"
 #include "restoration/blind/parts/sharpestFirst.h"
 #include "restoration/blind/parts/usablePart.h"
+#include "restoration/blind/refine/refitKernel.h"
 #include "restoration/blind/runs/KernelRun.h"
 #include "restoration/blind/squares/kernelShape.h"
 #include "restoration/blind/squares/largestVariance.h"
@@ -117,6 +118,7 @@ public:
         for (const Candidate& candidate : m_candidates) {
             found.push_back(result(candidate));
         }
+        refit(found);
         judgeByEdges(found);
         for (FoundKernel& kernel : found) {
             kernel.kernel.trust = trustIn(kernel.evidence, static_cast<double>(kernel.confidence));
@@ -189,9 +191,9 @@ private:
         const int side = m_bounds.side();
         const std::array<RunPlan, 2> plans{
             {{std::min(kSmallSide, side), kPlainRun}, {std::min(kMiddleSide, side), kStrongRun}}};
-        runAll(plans, 0.65);
+        runAll(plans, 0.5);
         requireEdges();
-        runAll(std::array{thirdPlan()}, m_parts.size() == 1 ? 0.97 : 0.8);
+        runAll(std::array{thirdPlan()}, m_parts.size() == 1 ? 0.75 : 0.6);
         searchElsewhere();
     }
 
@@ -200,7 +202,7 @@ private:
         const RunPlan plan{std::min(fittingSide(best().extent), m_bounds.side()), kStrongestRun};
         const std::size_t count = m_parts.size() - 1;
         const Plane picture = croppedFor(plan.side);
-        m_team.progress().beginPhase(0.97, count * runUnits(picture.width(), picture.height(),
+        m_team.progress().beginPhase(0.75, count * runUnits(picture.width(), picture.height(),
                                                             boundsOf(plan), plan.settings));
         std::vector<std::optional<SquareKernel>> found(count);
         m_team.forEach(count, [&](std::size_t piece, int) {
@@ -220,7 +222,7 @@ private:
         RunSettings settings = kRefiningRun;
         settings.smoothing = m_smoothing;
         m_team.progress().beginPhase(
-            0.97, refinementUnits(picture.width(), picture.height(), m_bounds, settings) +
+            0.75, refinementUnits(picture.width(), picture.height(), m_bounds, settings) +
                       2 * scoreUnits());
         m_team.run([&] {
             const auto refined = refineKernel(picture, start, m_bounds, settings, m_team.progress(),
@@ -299,7 +301,7 @@ private:
     /// Adds the blur that the picture's spectrum shows, else the analytic kernel that resembles the
     /// best candidate, if any.
     void addAnalytic() {
-        m_team.progress().beginPhase(1.0, 2);
+        m_team.progress().beginPhase(0.8, 2);
         m_team.run([&] {
             const bool mayReplace = m_start == nullptr && m_smoothing <= 0.0;
             const auto shown = mayReplace ? shownBySpectrum() : std::nullopt;
@@ -323,6 +325,29 @@ private:
         const double largest = std::min(m_bounds.smallerSide(), kLargeSide);
         const auto kind = spectralBlur(m_part, largest, m_team.cancellation());
         return kind ? std::optional(AnalyticKernel{*kind, kernelOfKind(*kind)}) : std::nullopt;
+    }
+
+    /// Fits the kernels of runs again. What is known about the candidates stays true. A kernel that
+    /// the host wants refined or smoothed stays as it is.
+    void refit(std::vector<FoundKernel>& found) const {
+        std::vector<std::size_t> fitted;
+        for (std::size_t i = 0; i < found.size(); ++i) {
+            const bool isFree = m_candidates[i].evidence.isAnalytic == 0.0;
+            if (isFree && m_start == nullptr && m_smoothing <= 0.0) {
+                fitted.push_back(i);
+            }
+        }
+        m_team.progress().beginPhase(1.0, std::max(fitted.size() * kRefitUnits, std::size_t{1}));
+        m_team.forEach(fitted.size(), [&](std::size_t piece, int) {
+            const Candidate& candidate = m_candidates[fitted[piece]];
+            const int side = std::min(candidate.extent + kRefitRoom, m_bounds.side());
+            const auto kernel =
+                refitKernel(croppedFor(m_part, side), m_noise * m_noise / (255.0 * 255.0),
+                            candidate.kernel, m_bounds, m_team.progress(), m_team.cancellation());
+            if (kernel) {
+                found[fitted[piece]].kernel = cutToContent(*kernel, m_bounds);
+            }
+        });
     }
 
     const Candidate& best() const {

@@ -56,7 +56,8 @@ struct FoundKernel {
 /// Three runs (KernelRun.h) of different strength and size estimate a kernel each; the kernel with
 /// the best score (Evidence.h) is the result. Further candidates are a Gaussian, disc or straight
 /// motion that the power spectrum shows (spectralBlur.h), unless edges are smoothed or a kernel is
-/// refined, and otherwise a Gaussian, disc or line that resembles the best kernel. Runs look at a
+/// refined, and otherwise a Gaussian, disc or line that resembles the best kernel. At last the
+/// kernels of the runs are fitted again (refitKernel.h), under the same conditions. Runs look at a
 /// part of the picture with many edges (edgeParts.h) of about 500 by 500 pixels: the one in which
 /// they are sharpest (sharpestFirst.h). Where the search chooses, and the picture has room for
 /// them, a run looks at up to two further parts. The kernel is centred, has sum 1, no negative
