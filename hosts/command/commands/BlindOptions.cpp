@@ -108,6 +108,16 @@ Argument BlindOptions::addTurn(ArgumentParser& parser, const std::string& condit
         .valueName("WHEN");
 }
 
+Argument BlindOptions::addLocal(ArgumentParser& parser, const std::string& condition) {
+    return parser.add(
+        "--local", m_settings.isLocal,
+        condition.substr(2) +
+            "\nThe blur differs across the picture: after the kernel of the whole picture, find "
+            "one "
+            "for each part of about 300 pixels, at most 5 by 5. One kernel is used where they do "
+            "not differ reliably. --look and --start control the search for the first kernel.");
+}
+
 std::array<Argument, 4> BlindOptions::addChoices(ArgumentParser& parser,
                                                  const std::string& condition) {
     m_startOption =
@@ -116,6 +126,13 @@ std::array<Argument, 4> BlindOptions::addChoices(ArgumentParser& parser,
                  "default: none" + condition +
                      "\nKernel from a file to refine, instead of a search from nothing.")
             .valueName("FILE");
+    m_candidateOption =
+        parser
+            .add("--candidate", m_settings.candidate,
+                 kCandidates.text() + ", default: " + numberText(1.0f) + condition +
+                     "\nThe kernel to use: 1 is the best one, 2 the next. 'velorn estimate "
+                     "--sheet' shows all.")
+            .valueName("N");
     return {
         parser
             .add("--look", m_look,
@@ -125,13 +142,7 @@ std::array<Argument, 4> BlindOptions::addChoices(ArgumentParser& parser,
                      "are blurred in another way.")
             .valueName("X,Y,W,H")
             .commaSeparated(4),
-        m_startOption,
-        parser
-            .add("--candidate", m_settings.candidate,
-                 kCandidates.text() + ", default: " + numberText(1.0f) + condition +
-                     "\nThe kernel to use: 1 is the best one, 2 the next. 'velorn estimate "
-                     "--sheet' shows all.")
-            .valueName("N"),
+        m_startOption, m_candidateOption,
         parser.add("--strict", m_settings.isStrict,
                    (condition.empty() ? condition : condition.substr(2) + "\n") +
                        "Fail and write nothing if the confidence in the kernel is below 50 %, or "
@@ -153,6 +164,10 @@ BlindSettings BlindOptions::result() const {
             throw UsageFailure("--start and a size exclude each other: the kernel in the file "
                                "decides");
         }
+    }
+    if (settings.isLocal && m_candidateOption.isGiven()) {
+        throw UsageFailure("--local and --candidate exclude each other: a candidate is a kernel "
+                           "for the whole picture");
     }
     return settings;
 }

@@ -23,11 +23,14 @@ public:
     Argument addStrength(ArgumentParser& parser);
     Argument addTurn(ArgumentParser& parser, const std::string& condition = {});
 
+    Argument addLocal(ArgumentParser& parser, const std::string& condition);
+
     /// Adds --look, --start, --candidate and --strict.
     std::array<Argument, 4> addChoices(ArgumentParser& parser, const std::string& condition = {});
 
     /// The settings as the command line gives them.
-    /// @throws UsageFailure that names the option whose value is out of range.
+    /// @throws UsageFailure that names the option whose value is out of range, or two options that
+    ///         exclude each other.
     BlindSettings result() const;
 
     /// `words` with the default size after every --blind that no size follows.
@@ -41,6 +44,7 @@ private:
     std::vector<int> m_look;
     std::filesystem::path m_start;
     Argument m_startOption;
+    Argument m_candidateOption;
 };
 
 } // namespace velorn

@@ -27,6 +27,10 @@ struct BlindSettings {
     int candidate = 1;
     /// Whether an uncertain kernel is a failure.
     bool isStrict = false;
+    /// Whether each part of the picture gets a kernel of its own.
+    bool isLocal = false;
+    /// The largest number of threads; 0 is one for each processor.
+    int threads = 0;
 };
 
 } // namespace velorn

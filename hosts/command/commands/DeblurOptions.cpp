@@ -33,7 +33,8 @@ DeblurParser::DeblurParser(ArgumentParser& parser)
     m_modelOptions.addTo(m_command);
     m_command.add(
         "-v,--verbose", m_options.isVerbose,
-        "Print the measured noise and the chosen settings; with --blind also the kernel.");
+        "Print the measured noise and the chosen settings; with --blind also the kernel, and with "
+        "--local whether one kernel is used for all of the picture.");
 }
 
 void DeblurParser::addFiles() {
@@ -103,6 +104,7 @@ void DeblurParser::addBlind() {
     for (Argument& argument : m_blindOptions.addChoices(m_command, kCondition)) {
         argument.group(kKernelGroup).needs(m_blind);
     }
+    m_blindOptions.addLocal(m_command, kCondition).group(kKernelGroup).needs(m_blind);
 }
 
 DeblurOptions DeblurParser::result() {
@@ -110,6 +112,9 @@ DeblurOptions DeblurParser::result() {
     m_options.settings = api::restoreSettings();
     m_settings.applyTo(m_options.settings);
     m_modelOptions.applyTo(m_options.settings);
+    if (auto* blind = std::get_if<BlindSettings>(&m_options.kernel)) {
+        blind->threads = m_options.settings.threads;
+    }
     return m_options;
 }
 

@@ -6,6 +6,8 @@
 #include "hosts/command/library/callLibrary.h"
 #include "hosts/command/pictures/Orientation.h"
 
+#include <optional>
+
 namespace velorn {
 namespace {
 
@@ -28,29 +30,54 @@ VelornRegion storedRegion(const PictureArea& look, const ImageFile& picture,
     return {area.x, area.y, area.width, area.height};
 }
 
-VelornFindSettings findSettings(const BlindSettings& settings, const ImageFile& picture,
-                                const std::filesystem::path& path) {
-    VelornFindSettings find = api::findSettings();
-    if (settings.largest) {
-        const KernelSize stored = asStored(*settings.largest, picture.orientation());
-        find.maxWidth = stored.width;
-        find.maxHeight = stored.height;
+/// The settings of a search in a picture, with the kernel that they refer to.
+class Search {
+public:
+    /// @throws Failure that names `path`, or the file of the kernel to refine
+    Search(const BlindSettings& settings, const ImageFile& picture,
+           const std::filesystem::path& path) {
+        if (settings.largest) {
+            const KernelSize stored = asStored(*settings.largest, picture.orientation());
+            m_settings.maxWidth = stored.width;
+            m_settings.maxHeight = stored.height;
+        }
+        if (settings.look) {
+            m_settings.region = storedRegion(*settings.look, picture, path);
+        }
+        if (settings.start) {
+            const BlurKernel shown = KernelFile::read(*settings.start, std::nullopt);
+            m_start = libraryKernel(asStored(shown, picture.orientation()));
+            m_settings.start = m_start->get();
+        }
+        m_settings.smoothing = settings.smoothing;
+        m_settings.threads = settings.threads;
     }
-    if (settings.look) {
-        find.region = storedRegion(*settings.look, picture, path);
+
+    /// Refers to this object.
+    const VelornFindSettings& settings() const { return m_settings; }
+
+private:
+    VelornFindSettings m_settings = api::findSettings();
+    std::optional<api::Kernel> m_start;
+};
+
+api::KernelGrid rotatedBy180(const api::KernelGrid& grid) {
+    std::vector<api::Kernel> kernels;
+    for (int row = 0; row < grid.rows(); ++row) {
+        for (int column = 0; column < grid.columns(); ++column) {
+            kernels.push_back(grid.at(column, row).rotatedBy180());
+        }
     }
-    find.smoothing = settings.smoothing;
-    return find;
+    return api::KernelGrid::of(kernels, grid.columns(), grid.rows());
 }
 
 /// What is wrong with a restoration with the kernel; nothing if it is fine.
-std::optional<std::string> doubtAbout(const api::FoundKernel& found) {
-    if (found.report.kind == VELORN_KIND_NONE) {
+std::optional<std::string> doubtAbout(const VelornFindReport& report) {
+    if (report.kind == VELORN_KIND_NONE) {
         return "the picture does not look blurred";
     }
-    if (found.report.confidence < kUncertain) {
-        return "the kernel found is uncertain (confidence " + percentText(found.report.confidence) +
-               ")";
+    if (report.confidence < kUncertain) {
+        return "the kernel found is uncertain (confidence " + percentText(report.confidence) + ")";
     }
     return std::nullopt;
 }
@@ -59,25 +86,59 @@ void warn(std::ostream& terminal, const std::filesystem::path& path, const std::
     terminal << "velorn: warning: " << quoted(path) << ": " << text << '\n';
 }
 
+/// Warns when a restoration with the kernel may be worse than the picture.
+/// @throws Failure instead when the settings are strict
+void checkConfidence(const VelornFindReport& report, const std::filesystem::path& path,
+                     const BlindSettings& settings, std::ostream& terminal) {
+    const auto doubt = doubtAbout(report);
+    if (doubt && settings.isStrict) {
+        throw failureIn(path, *doubt + "; nothing is written because of --strict");
+    }
+    if (report.kind == VELORN_KIND_NONE) {
+        warn(terminal, path, *doubt + " and is not restored");
+    } else if (doubt) {
+        warn(terminal, path,
+             *doubt + ": the result may be worse than the picture; see the "
+                      "candidates with 'velorn estimate --sheet'");
+    }
+}
+
+/// Warns when one kernel cannot fit all of the picture. `advice` ends the warning.
+void checkParts(const VelornFindReport& report, const std::filesystem::path& path,
+                const std::string& advice, std::ostream& terminal) {
+    if (report.parts > 1 && report.partAgreement < kSameBlur) {
+        warn(terminal, path,
+             "the blur differs across the picture: no kernel fits all of it" + advice);
+    }
+}
+
 } // namespace
 
 std::vector<api::FoundKernel> findKernels(const ImageFile& picture,
                                           const std::filesystem::path& path,
                                           const BlindSettings& settings, const Interrupt& interrupt,
                                           const api::Progress& progress) {
-    VelornFindSettings find = findSettings(settings, picture, path);
-    std::optional<api::Kernel> start;
-    if (settings.start) {
-        start = libraryKernel(
-            asStored(KernelFile::read(*settings.start, std::nullopt), picture.orientation()));
-        find.start = start->get();
-    }
-    std::vector<api::FoundKernel> found = callLibrary(
-        path, interrupt, [&] { return api::findCandidates(picture.view(), find, progress); });
+    const Search search(settings, picture, path);
+    std::vector<api::FoundKernel> found = callLibrary(path, interrupt, [&] {
+        return api::findCandidates(picture.view(), search.settings(), progress);
+    });
     if (settings.turn == Turn::Yes) {
         for (api::FoundKernel& candidate : found) {
             candidate.kernel = candidate.kernel.rotatedBy180();
         }
+    }
+    return found;
+}
+
+api::FoundKernelGrid findLocalKernels(const ImageFile& picture, const std::filesystem::path& path,
+                                      const BlindSettings& settings, const Interrupt& interrupt,
+                                      const api::Progress& progress) {
+    const Search search(settings, picture, path);
+    api::FoundKernelGrid found = callLibrary(path, interrupt, [&] {
+        return api::findKernelGrid(picture.view(), search.settings(), progress);
+    });
+    if (settings.turn == Turn::Yes) {
+        found.grid = rotatedBy180(found.grid);
     }
     return found;
 }
@@ -91,21 +152,21 @@ api::FoundKernel chosenKernel(const std::vector<api::FoundKernel>& found,
                                   ": the search has found " + std::to_string(found.size()));
     }
     const api::FoundKernel& chosen = found[index];
-    const auto doubt = doubtAbout(chosen);
-    if (doubt && settings.isStrict) {
-        throw failureIn(path, *doubt + "; nothing is written because of --strict");
-    }
-    if (chosen.report.kind == VELORN_KIND_NONE) {
-        warn(terminal, path, *doubt + " and is not restored");
-    } else if (doubt) {
-        warn(terminal, path,
-             *doubt + ": the result may be worse than the picture; see the "
-                      "candidates with 'velorn estimate --sheet'");
-    }
-    if (chosen.report.parts > 1 && chosen.report.partAgreement < kSameBlur) {
-        warn(terminal, path, "the blur differs across the picture: no kernel fits all of it");
-    }
+    checkConfidence(chosen.report, path, settings, terminal);
+    checkParts(chosen.report, path, "; try --local with 'velorn deblur --blind'", terminal);
     return chosen;
+}
+
+bool isLocal(const api::KernelGrid& grid) {
+    return grid.columns() > 1 || grid.rows() > 1;
+}
+
+void checkLocalKernels(const api::FoundKernelGrid& found, const std::filesystem::path& path,
+                       const BlindSettings& settings, std::ostream& terminal) {
+    checkConfidence(found.report, path, settings, terminal);
+    if (!isLocal(found.grid)) {
+        checkParts(found.report, path, "", terminal);
+    }
 }
 
 } // namespace velorn

@@ -128,6 +128,20 @@ TEST(DeblurOptions, ChoicesAmongKernelsNeedBlind) {
     EXPECT_NE(deblurFailure({"--blind", "9", "--start", "g"}), "");
 }
 
+TEST(DeblurOptions, LocalNeedsBlindAndExcludesCandidates) {
+    const auto blind = std::get<BlindSettings>(
+        deblur({"--blind", "9", "--local", "--strict", "--threads", "3"}).kernel);
+    EXPECT_TRUE(blind.isLocal);
+    EXPECT_TRUE(blind.isStrict);
+    EXPECT_EQ(blind.largest.value().width, 9);
+    EXPECT_EQ(blind.threads, 3);
+    EXPECT_FALSE(std::get<BlindSettings>(deblur({"--blind"}).kernel).isLocal);
+    EXPECT_EQ(deblurFailure({"--disc", "3", "--local"}), "--local requires --blind");
+    EXPECT_EQ(deblurFailure({"--blind", "--local", "--candidate", "1"}),
+              "--local and --candidate exclude each other: a candidate is a kernel for the whole "
+              "picture");
+}
+
 TEST(DeblurOptions, HelpShowsEveryBlurWithItsRange) {
     const std::string help = printedBy({"deblur", "--help"});
     for (const char* text :

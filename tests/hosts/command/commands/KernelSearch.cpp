@@ -3,6 +3,7 @@
 #include "hosts/command/terminal/Failure.h"
 
 #include <gtest/gtest.h>
+#include <optional>
 #include <sstream>
 
 namespace {
@@ -89,7 +90,45 @@ TEST_F(ChosenKernel, PartsWithDifferentKernelsAreAWarning) {
     choose();
     EXPECT_EQ(m_terminal.str(),
               "velorn: warning: 'in.png': the blur differs across the picture: no kernel fits all "
-              "of it\n");
+              "of it; try --local with 'velorn deblur --blind'\n");
+}
+
+class LocalKernels : public testing::Test {
+protected:
+    /// A grid of `columns` equal kernels, in a picture whose parts have different kernels.
+    void setColumns(int columns) {
+        const api::FoundKernel kernel = found(3, 0.83f);
+        const std::vector<api::Kernel> kernels(static_cast<std::size_t>(columns), kernel.kernel);
+        m_found = {api::KernelGrid::of(kernels, columns, 1), kernel.report};
+        m_found->report.parts = 3;
+        m_found->report.partAgreement = 0.65f;
+    }
+    std::string warnings() {
+        std::ostringstream terminal;
+        velorn::checkLocalKernels(*m_found, "in.png", m_settings, terminal);
+        return terminal.str();
+    }
+
+    std::optional<api::FoundKernelGrid> m_found;
+    BlindSettings m_settings;
+};
+
+TEST_F(LocalKernels, FitAllOfThePictureIfThereAreSeveral) {
+    setColumns(2);
+    EXPECT_TRUE(velorn::isLocal(m_found->grid));
+    EXPECT_EQ(warnings(), "");
+    setColumns(1);
+    EXPECT_FALSE(velorn::isLocal(m_found->grid));
+    EXPECT_EQ(warnings(), "velorn: warning: 'in.png': the blur differs across the picture: no "
+                          "kernel fits all of it\n");
+}
+
+TEST_F(LocalKernels, AreAWarningOrAFailureIfThatOfThePictureIsUncertain) {
+    setColumns(2);
+    m_found->report.confidence = 0.32f;
+    EXPECT_NE(warnings().find("uncertain (confidence 32 %)"), std::string::npos);
+    m_settings.isStrict = true;
+    EXPECT_THROW(warnings(), velorn::Failure);
 }
 
 } // namespace
