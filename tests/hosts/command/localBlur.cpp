@@ -138,7 +138,7 @@ TEST_F(LocalBlur, TurnRotatesTheKernelOfEveryPart) {
 
 TEST_F(LocalBlur, LookAndStartControlTheFirstSearch) {
     write(twoBlurs());
-    const std::vector<std::string> kernel{VELORN_PROGRAM, "kernel", "motion", "13",
+    const std::vector<std::string> kernel{VELORN_PROGRAM, "kernel", "motion",   "13",
                                           "20",           "-o",     at("k.txt")};
     ASSERT_EQ(vel::test::runProgram(kernel).exitStatus, 0);
     const ProgramResult result =
