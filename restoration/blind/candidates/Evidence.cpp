@@ -26,8 +26,8 @@ double confidenceIn(const Evidence& evidence) {
 }
 
 Trust trustIn(const Evidence& evidence, double confidence) {
-    constexpr float kStrongestForFree = 1000.0f;
-    constexpr double kFullShareFrom = 0.7;
+    constexpr float kStrongestForFree = 3000.0f;
+    constexpr double kFullShareFrom = 0.4;
     constexpr double kLeastShare = 0.1;
     Trust trust;
     if (evidence.isAnalytic == 0.0) {
