@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
+#include <random>
 #include <vector>
 
 namespace vel::test {
@@ -30,6 +32,18 @@ inline velorn::RgbPixels faded(velorn::RgbPixels picture, double share) {
     constexpr double kGrey = 110.0;
     for (std::uint8_t& sample : std::get<std::vector<std::uint8_t>>(picture.samples)) {
         sample = static_cast<std::uint8_t>(std::lround(kGrey + share * (sample - kGrey)));
+    }
+    return picture;
+}
+
+/// `picture` (8 bits) with independent, uniformly distributed noise of up to `most` levels up and
+/// down in every sample. Equal arguments give equal noise.
+inline velorn::RgbPixels noisy(velorn::RgbPixels picture, int most) {
+    std::minstd_rand random;
+    const auto span = static_cast<std::minstd_rand::result_type>(2 * most + 1);
+    for (std::uint8_t& sample : std::get<std::vector<std::uint8_t>>(picture.samples)) {
+        const int level = sample + static_cast<int>(random() % span) - most;
+        sample = static_cast<std::uint8_t>(std::clamp(level, 0, 255));
     }
     return picture;
 }
