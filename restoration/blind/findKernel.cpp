@@ -11,7 +11,9 @@
 #include "restoration/blind/parts/kernelOfEdges.h"
 #include "restoration/blind/parts/sharpestFirst.h"
 #include "restoration/blind/parts/usablePart.h"
+#include "restoration/blind/refine/contradictsBlur.h"
 #include "restoration/blind/refine/refitKernel.h"
+#include "restoration/blind/refine/SpectralEvidence.h"
 #include "restoration/blind/runs/KernelRun.h"
 #include "restoration/blind/squares/kernelShape.h"
 #include "restoration/blind/squares/largestVariance.h"
@@ -30,6 +32,7 @@ namespace restoration {
 namespace {
 
 constexpr int kLeastPictureSide = 32;
+constexpr double kLevels = 255.0;
 /// Side of the transforms of a part that the search chooses.
 constexpr int kChosenSide = 512;
 /// Parts whose sharpness is compared, and parts in which kernels are found.
@@ -46,9 +49,6 @@ constexpr double kDoubtfulVariance = 0.6;
 /// A kernel that takes more power from edges than this, beyond what they have lost, is too wide.
 constexpr double kLargestExcess = 1.2;
 constexpr int kSmallExtent = 13;
-/// Kernels of small blurs, and those that are found in sharp pictures, have less variance. Wider
-/// ones may keep high frequencies.
-constexpr double kNarrowVariance = 2.5;
 constexpr float kDoubtfulConfidence = 0.45f;
 constexpr float kSharpConfidence = 0.2f;
 
@@ -119,7 +119,7 @@ public:
             found.push_back(result(candidate));
         }
         refit(found);
-        judgeByEdges(found);
+        judge(found);
         for (FoundKernel& kernel : found) {
             kernel.kernel.trust = trustIn(kernel.evidence, static_cast<double>(kernel.confidence));
         }
@@ -342,7 +342,7 @@ private:
             const Candidate& candidate = m_candidates[fitted[piece]];
             const int side = std::min(candidate.extent + kRefitRoom, m_bounds.side());
             const auto kernel =
-                refitKernel(croppedFor(m_part, side), m_noise * m_noise / (255.0 * 255.0),
+                refitKernel(croppedFor(m_part, side), m_noise * m_noise / (kLevels * kLevels),
                             candidate.kernel, m_bounds, m_team.progress(), m_team.cancellation());
             if (kernel) {
                 found[fitted[piece]].kernel = cutToContent(*kernel, m_bounds);
@@ -386,6 +386,35 @@ private:
         return least;
     }
 
+    /// Searches find kernels in pictures that are not blurred, too. Puts the kernel of a point
+    /// first where the edges or the power spectrum of the picture contradict a blur.
+    void judge(std::vector<FoundKernel>& found) const {
+        const Candidate& first = m_candidates.front();
+        if (first.evidence.showsZeros > 0.0) {
+            return;
+        }
+        judgeByEdges(found);
+        const bool isStroke =
+            first.evidence.isAnalytic > 0.0 && first.kind.shape == KernelKind::Shape::Motion;
+        // A kernel that fills its bounds may lack what lies outside.
+        const Kernel content = cutToContent(first.kernel, m_bounds);
+        const bool isWhole = content.width < m_bounds.width && content.height < m_bounds.height;
+        if (isStroke || !isWhole || found.size() > m_candidates.size()) {
+            return;
+        }
+        bool isContradicted = false;
+        m_team.run([&] {
+            SpectralEvidence spectrum(centralPart(m_part, kChosenSide),
+                                      m_noise * m_noise / (kLevels * kLevels),
+                                      m_team.cancellation());
+            isContradicted = contradictsBlur(spectrum, withSide(first.kernel, first.extent));
+        });
+        if (isContradicted) {
+            doubt(found, kSharpConfidence);
+            putPointFirst(found);
+        }
+    }
+
     /// Searches find a small kernel, or kernels that disagree, in a picture that is not blurred,
     /// and too wide kernels where blurs are small or no edge was sharp. There, puts the kernel of a
     /// point first if the edges are sharp, or the kernel that the edges themselves show if the
@@ -393,7 +422,7 @@ private:
     void judgeByEdges(std::vector<FoundKernel>& found) const {
         const Candidate& first = m_candidates.front();
         const bool isDoubtful = first.evidence.agreement < kLeastAgreement;
-        if (first.evidence.showsZeros > 0.0 || (first.extent > kSmallExtent && !isDoubtful)) {
+        if (first.extent > kSmallExtent && !isDoubtful) {
             return;
         }
         const bool isNarrow = largestVariance(first.kernel) < kNarrowVariance;
@@ -413,11 +442,21 @@ private:
             return;
         }
         const bool isSharp = edges.blurVariance < kSharpVariance;
-        for (FoundKernel& kernel : found) {
-            kernel.confidence =
-                std::min(kernel.confidence, isSharp ? kSharpConfidence : kDoubtfulConfidence);
+        doubt(found, isSharp ? kSharpConfidence : kDoubtfulConfidence);
+        if (isSharp) {
+            putPointFirst(found);
         }
-        if (isSharp && m_start == nullptr) {
+    }
+
+    static void doubt(std::vector<FoundKernel>& found, float most) {
+        for (FoundKernel& kernel : found) {
+            kernel.confidence = std::min(kernel.confidence, most);
+        }
+    }
+
+    /// A kernel that the host wants refined stays first.
+    void putPointFirst(std::vector<FoundKernel>& found) const {
+        if (m_start == nullptr) {
             FoundKernel point = found.front();
             point.kernel = {1, 1, {1.0f}};
             point.kind = {KernelKind::Shape::None};
