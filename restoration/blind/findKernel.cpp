@@ -8,6 +8,7 @@
 #include "restoration/blind/parts/edgeParts.h"
 #include "restoration/blind/parts/EdgeSpectrum.h"
 #include "restoration/blind/parts/excessBlur.h"
+#include "restoration/blind/parts/fillLamps.h"
 #include "restoration/blind/parts/kernelOfEdges.h"
 #include "restoration/blind/parts/sharpestFirst.h"
 #include "restoration/blind/parts/usablePart.h"
@@ -170,6 +171,7 @@ private:
         std::vector<Plane> parts;
         for (std::size_t i = 0; i < std::min(places.size(), kSearchedParts); ++i) {
             parts.push_back(usablePart(luminance, places[i]));
+            fillLamps(parts.back(), team.cancellation());
         }
         return parts;
     }

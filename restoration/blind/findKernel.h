@@ -65,6 +65,8 @@ struct FoundKernel {
 /// shorter side; without largest sides at most a fifth of it. A region to look at counts as the
 /// picture.
 ///
+/// Blown lamps are replaced by their surroundings first (fillLamps.h).
+///
 /// Edges that are as steep as those of sharp pictures (EdgeSpectrum.h) contradict a narrow kernel,
 /// and kernels that disagree: the result is then the kernel of a single pixel. A narrow kernel that
 /// is wider than the edges allow (excessBlur.h) gives way to the one that they show

@@ -5,6 +5,7 @@
 #include "restoration/failures/Failure.h"
 #include "tests/support/EachTarget.h"
 
+#include <algorithm>
 #include <cmath>
 #include <gtest/gtest.h>
 #include <limits>
@@ -80,6 +81,43 @@ TEST(FindKernel, FindsAHookInItsOrientation) {
     const SquareKernel kernel = squareOf(result.kernel);
     EXPECT_GT(likeness(kernel, hook().scaled()), 0.9);
     EXPECT_LT(likeness(turned(kernel), hook().scaled()), 0.8);
+}
+
+/// Lamps of 60 times white in a dark scene, blurred by `blur` and clipped.
+Plane nightPicture(const WholeKernel& blur, std::uint32_t seed) {
+    Plane night = pictureWith(blur, seed);
+    for (float& value : night.values()) {
+        value *= 0.5f;
+    }
+    const float sum = static_cast<float>(blur.sum());
+    const int radius = blur.side / 2;
+    for (int lamp = 0; lamp < 16; ++lamp) {
+        const int left = 30 + 60 * (lamp % 4);
+        const int top = 30 + 55 * (lamp / 4);
+        for (int y = 0; y < blur.side; ++y) {
+            for (int x = 0; x < blur.side; ++x) {
+                const auto i = static_cast<std::size_t>(y * blur.side + x);
+                const float light = 60.0f * static_cast<float>(blur.weights[i]) / sum;
+                // A lamp of 2 by 2 pixels.
+                for (const int offset : {0, 1}) {
+                    float* row = night.row(top + y + offset - radius) + left + x - radius;
+                    row[0] += light;
+                    row[1] += light;
+                }
+            }
+        }
+    }
+    for (float& value : night.values()) {
+        value = std::min(value, 1.0f);
+    }
+    return night;
+}
+
+TEST(FindKernel, IsNotMisledByBlownLamps) {
+    for (const WholeKernel& blur : {discOfRadius3(), line11(), hook()}) {
+        const FoundKernel result = found(nightPicture(blur, 11));
+        EXPECT_GT(likeness(squareOf(result.kernel), blur.scaled()), 0.85);
+    }
 }
 
 TEST(FindKernel, FindsAPointInASharpPicture) {
