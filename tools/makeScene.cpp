@@ -66,10 +66,12 @@ int main(int argc, char** argv) {
         const BlurKernel kernel = isShaken         ? curvedShake()
                                   : motion.empty() ? makeKernel({Shape::Disc, radius, 0.0f})
                                                    : motionKernel(motion);
-        const int margin = kernel.width / 2;
+        const int margin = kernel.largerSide() / 2;
         const cv::Mat scene = drawScene(width, height, margin, seed);
         writeColours(sharp, scene(cv::Rect(margin, margin, width, height)));
-        writeColours(blurred, withNoise(blurInside(scene, kernel), noise, seed));
+        const cv::Rect seen(margin - kernel.width / 2, margin - kernel.height / 2,
+                            width + kernel.width - 1, height + kernel.height - 1);
+        writeColours(blurred, withNoise(blurInside(scene(seen), kernel), noise, seed));
         if (!kernelPath.empty()) {
             writeKernel(kernelPath, kernel);
         }

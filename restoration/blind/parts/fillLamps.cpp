@@ -210,7 +210,8 @@ std::size_t fillLamps(Plane& picture, const Cancellation& cancellation) {
         return 0;
     }
     States states(picture.width(), picture.height());
-    const std::vector<Pixel> unknown = unknownPixels(lampsIn(picture, states, cancellation), states);
+    const std::vector<Pixel> unknown =
+        unknownPixels(lampsIn(picture, states, cancellation), states);
     fillLayers(unknown, picture, states, cancellation);
     for (int sweep = 0; sweep < kSweeps; ++sweep) {
         for (std::size_t i = 0; i < unknown.size(); ++i) {
