@@ -30,6 +30,14 @@ void* operator new(std::size_t bytes) {
     }
     return memory;
 }
+// The sanitizer's would not call the function above, and its memory may not be freed below.
+void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept {
+    try {
+        return ::operator new(bytes);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
 void operator delete(void* memory) noexcept {
     std::free(memory);
 }
