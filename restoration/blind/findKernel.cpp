@@ -18,6 +18,7 @@
 #include "restoration/blind/runs/KernelRun.h"
 #include "restoration/blind/squares/kernelShape.h"
 #include "restoration/blind/squares/largestVariance.h"
+#include "restoration/blind/squares/squareKernelOf.h"
 #include "restoration/failures/Failure.h"
 
 #include <algorithm>
@@ -63,20 +64,6 @@ Plane centralPart(const Plane& plane, int side) {
     const int height = std::min(plane.height(), side);
     return usablePart(plane,
                       {(plane.width() - width) / 2, (plane.height() - height) / 2, width, height});
-}
-
-/// `kernel` amid zeros. Both its sides are at most `side`, which is odd.
-SquareKernel squareAround(const Kernel& kernel, int side) {
-    SquareKernel square(side);
-    const int down = (side - kernel.height) / 2;
-    const int right = (side - kernel.width) / 2;
-    for (int y = 0; y < kernel.height; ++y) {
-        for (int x = 0; x < kernel.width; ++x) {
-            // The search knows no negative weights.
-            square.at(y + down, x + right) = std::max(static_cast<double>(kernel.at(y, x)), 0.0);
-        }
-    }
-    return withSide(square, side);
 }
 
 /// A kernel that a run has found, or the analytic one like it.
@@ -219,7 +206,7 @@ private:
 
     /// Adds the refined start and the start.
     void refine() {
-        const SquareKernel start = squareAround(*m_start, m_bounds.side());
+        const SquareKernel start = squareKernelOf(*m_start, m_bounds.side());
         const Plane picture = croppedFor(m_bounds.side());
         RunSettings settings = kRefiningRun;
         settings.smoothing = m_smoothing;

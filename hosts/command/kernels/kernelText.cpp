@@ -49,7 +49,8 @@ double shownAngle(double stored, int orientation) {
     const double radians = stored * std::numbers::pi / 180.0;
     const double right = std::cos(radians);
     const double down = -std::sin(radians);
-    // Where the corners of a square of two by two pixels are displayed tells where its axes point.
+    // Where the corners of a square of two by two pixels are displayed gives the directions of its
+    // axes.
     const Orientation arrangement(orientation);
     const auto origin = arrangement.displayed({0, 0}, 2, 2);
     const auto rightOf = arrangement.displayed({0, 1}, 2, 2);

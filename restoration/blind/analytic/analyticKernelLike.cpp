@@ -2,6 +2,7 @@
 
 #include "restoration/blind/squares/kernelShape.h"
 #include "restoration/blind/squares/Spread.h"
+#include "restoration/blind/squares/squareKernelOf.h"
 #include "restoration/kernels/analyticKernel.h"
 
 #include <algorithm>
@@ -13,18 +14,6 @@ namespace {
 constexpr double kLeastLikeness = 0.85;
 constexpr float kShortest = 0.3f;
 
-SquareKernel squareOf(const Kernel& kernel) {
-    SquareKernel square(kernel.largerSide());
-    const int down = (square.side - kernel.height) / 2;
-    const int right = (square.side - kernel.width) / 2;
-    for (int y = 0; y < kernel.height; ++y) {
-        for (int x = 0; x < kernel.width; ++x) {
-            square.at(y + down, x + right) = static_cast<double>(kernel.at(y, x));
-        }
-    }
-    return withSide(square, square.side);
-}
-
 /// An analytic blur and its likeness with the kernel found.
 struct Fit {
     VelornBlur blur = VELORN_BLUR_GAUSSIAN;
@@ -32,7 +21,10 @@ struct Fit {
     float angle = 0.0f;
     double likeness = 0.0;
 
-    SquareKernel kernel() const { return squareOf(analyticKernel(blur, extent, angle)); }
+    SquareKernel kernel() const {
+        const Kernel analytic = analyticKernel(blur, extent, angle);
+        return squareKernelOf(analytic, analytic.largerSide());
+    }
 
     KernelKind kind() const {
         switch (blur) {

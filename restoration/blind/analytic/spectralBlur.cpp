@@ -45,7 +45,7 @@ constexpr double kLeastAdvantage = 1.5;
 constexpr double kLeastRadius = 1.6;
 constexpr double kLeastStroke = 3.5;
 /// Bounds of falls: sharp pictures have a sigma of 0.55 at most, shakes and motions a larger spread
-/// or error. Discs of about 2 pixels under noise are told from Gaussians by their error.
+/// or error. Under noise, discs of about 2 pixels are distinguished from Gaussians by their error.
 constexpr int kLeastSide = 128;
 constexpr double kLeastSigma = 0.75;
 constexpr double kMostSpread = 0.12;

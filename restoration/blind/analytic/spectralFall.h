@@ -20,8 +20,8 @@ struct FallFit {
 ///
 /// The power of sharp pictures falls as a power of the frequency (Field: Relations between the
 /// statistics of natural images and the response properties of cortical cells, 1987), which is
-/// estimated with the blur. A Gaussian of the same width in eight directions tells defocus from
-/// motion and shake, whose spectra have no such fall.
+/// estimated with the blur. A Gaussian of the same width in eight directions distinguishes defocus
+/// from motion and shake, whose spectra have no such fall.
 struct SpectralFall {
     double sigma = 0.0; ///< of the Gaussian
     FallFit gaussian;

@@ -5,6 +5,7 @@
 #include "restoration/blind/parts/usablePart.h"
 #include "restoration/blind/squares/kernelShape.h"
 #include "restoration/blind/squares/moveKernel.h"
+#include "restoration/blind/squares/squareKernelOf.h"
 
 #include <algorithm>
 #include <cmath>
@@ -48,23 +49,11 @@ Cells cellsFor(const Plane& picture) {
     return {along(picture.width()), along(picture.height())};
 }
 
-SquareKernel squareOf(const Kernel& kernel, int side) {
-    SquareKernel square(std::max({side, kernel.width, kernel.height}));
-    const int left = square.radius() - kernel.width / 2;
-    const int top = square.radius() - kernel.height / 2;
-    for (int y = 0; y < kernel.height; ++y) {
-        for (int x = 0; x < kernel.width; ++x) {
-            square.at(top + y, left + x) = static_cast<double>(kernel.at(y, x));
-        }
-    }
-    return withSide(square, side);
-}
-
 class GridSearch {
 public:
     GridSearch(const Plane& luminance, const Kernel& whole, Team& team)
         : m_luminance(luminance), m_team(team), m_cells(cellsFor(luminance)),
-          m_bounds(boundsFor(whole, luminance)), m_whole(squareOf(whole, m_bounds.side())) {}
+          m_bounds(boundsFor(whole, luminance)), m_whole(squareKernelOf(whole, m_bounds.side())) {}
 
     bool hasSeveralCells() const { return m_cells.count() > 1; }
 

@@ -28,7 +28,7 @@ constexpr int kStep = kSquare / 2;
 constexpr int kLeastSide = 64;
 constexpr frequencies::Band kMiddle{0.1, 0.25};
 constexpr double kFallOfEdges = 3.0;
-/// Less above the noise, as a share of it, is not told from it.
+/// Power above the noise counts as noise below this share of it.
 constexpr double kLeastVisible = 0.2;
 constexpr double kLeastShare = 0.3;
 /// The least fall from the second band to the last one, in powers of e: 3 dB.

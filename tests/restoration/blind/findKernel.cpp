@@ -2,6 +2,7 @@
 
 #include "drawnPictures.h"
 #include "restoration/blind/squares/kernelShape.h"
+#include "restoration/blind/squares/squareKernelOf.h"
 #include "restoration/failures/Failure.h"
 #include "tests/support/EachTarget.h"
 
@@ -22,15 +23,7 @@ FoundKernel found(const Plane& picture, const FindSettings& settings = {}, int t
 }
 
 SquareKernel squareOf(const Kernel& kernel) {
-    SquareKernel square(kernel.largerSide());
-    const int down = (square.side - kernel.height) / 2;
-    const int right = (square.side - kernel.width) / 2;
-    for (int y = 0; y < kernel.height; ++y) {
-        for (int x = 0; x < kernel.width; ++x) {
-            square.at(y + down, x + right) = static_cast<double>(kernel.at(y, x));
-        }
-    }
-    return square;
+    return squareKernelOf(kernel, kernel.largerSide());
 }
 
 SquareKernel turned(SquareKernel kernel) {
