@@ -1,55 +1,13 @@
 #pragma once
 
-#include "restoration/blind/analytic/KernelKind.h"
-#include "restoration/blind/candidates/Evidence.h"
-#include "restoration/kernels/Kernel.h"
+#include "restoration/blind/search/FindSettings.h"
+#include "restoration/blind/search/FoundKernel.h"
 #include "restoration/planes/Plane.h"
-#include "restoration/planes/Rect.h"
 #include "restoration/threads/Team.h"
 
 #include <vector>
 
 namespace restoration {
-
-/// What a search may look for and where.
-struct FindSettings {
-    int maxWidth = 0;  ///< sides that the kernel may have, 3..511; 0: as the picture allows
-    int maxHeight = 0; ///< the same
-    int partSide = 0;  ///< the side of the square to look at, at least 64; 0: chosen
-    /// Deviation in pixels of the Gaussian that smooths the edges which a kernel is fitted to at
-    /// last, 0..2
-    double smoothing = 0.0;
-    /// The rectangle of the picture to look at; empty: all of it. What lies outside of the picture
-    /// is ignored.
-    Rect region{};
-    /// A kernel to refine; null: none. Its sides are at most 71 and a third of the shorter side of
-    /// the picture; those above count for nothing then.
-    const Kernel* start = nullptr;
-};
-
-/// A kernel found in a picture.
-struct FoundKernel {
-    Kernel kernel;
-    /// The probability that a full restoration is clearly better than the picture, 0..1 (see
-    /// Evidence.h); below 0.5 where the picture may be sharp.
-    float confidence = 0.0f;
-    /// The likeness of the kernel and the most similar one that another run has found, 0..1; 1 for
-    /// blurs that the power spectrum shows.
-    float agreement = 0.0f;
-    /// Mean squared residual of a restoration with the kernel, in units of the noise variance.
-    float misfit = 0.0f;
-    /// The blur that the kernel is, or one that it resembles.
-    KernelKind kind;
-    /// How well the kernel explains the picture, compared with others for the same picture (see
-    /// Evidence.h); smaller is better.
-    double score = 0.0;
-    /// What the score comes from. A single pixel has both from the best other kernel.
-    Evidence evidence;
-    /// The least likeness with the kernels of other parts of the picture, 0..1; 1 where only one
-    /// was looked at. Low where the blur differs across the picture, or is hard to find there.
-    float partAgreement = 1.0f;
-    int parts = 1; ///< that kernels were found in
-};
 
 /// Finds the blur kernel of a picture.
 ///

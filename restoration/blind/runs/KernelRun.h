@@ -1,6 +1,7 @@
 #pragma once
 
 #include "restoration/blind/runs/KernelSolver.h"
+#include "restoration/blind/squares/KernelBounds.h"
 #include "restoration/blind/squares/SquareKernel.h"
 #include "restoration/planes/Plane.h"
 #include "restoration/threads/Cancellation.h"
@@ -34,15 +35,6 @@ inline constexpr RunSettings kStrongestRun{2e-2f, 5e-4f, 8, 0.08, 0.0, 0.0};
 inline constexpr RunSettings kLargeRun{1e-2f, 5e-4f, 8, 0.05, 0.0, 0.02};
 /// Of refinements.
 inline constexpr RunSettings kRefiningRun{7e-4f, 5e-4f, 5, 0.05, 0.0, 0.0};
-
-/// The columns and rows that a kernel may have; odd.
-struct KernelBounds {
-    int width = 0;
-    int height = 0;
-
-    int side() const noexcept { return width > height ? width : height; }
-    int smallerSide() const noexcept { return width < height ? width : height; }
-};
 
 /// The work of a run, in units of progress.
 std::size_t runUnits(int width, int height, const KernelBounds& bounds,
