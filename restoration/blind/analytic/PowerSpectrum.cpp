@@ -1,6 +1,7 @@
 #include "restoration/blind/analytic/PowerSpectrum.h"
 
 #include "restoration/blind/runs/SquareTransform.h"
+#include "restoration/blind/spectra/hannWindow.h"
 
 #include <algorithm>
 #include <cmath>
@@ -17,22 +18,14 @@ constexpr double kLeastShare = 1.6;
 /// Keeps logarithms finite; far below the noise of rounding.
 constexpr double kLeastPower = 1e-9;
 
-std::vector<double> window(int length) {
-    std::vector<double> values;
-    for (int i = 0; i < length; ++i) {
-        values.push_back(0.5 - 0.5 * std::cos(2.0 * std::numbers::pi * (i + 1) / (length + 1)));
-    }
-    return values;
-}
-
 /// The centre of `picture` in levels of 255, less its mean, under a window of unit power.
 Plane windowed(const Plane& picture, int side) {
     const int width = std::min(picture.width(), side);
     const int height = std::min(picture.height(), side);
     const int left = (picture.width() - width) / 2;
     const int top = (picture.height() - height) / 2;
-    const std::vector<double> across = window(width);
-    const std::vector<double> down = window(height);
+    const std::vector<double> across = hannWindow(width);
+    const std::vector<double> down = hannWindow(height);
     double sum = 0.0;
     double weight = 0.0;
     double power = 0.0;
@@ -79,22 +72,15 @@ int PowerSpectrum::largestReach() const noexcept {
 
 void PowerSpectrum::transform(const Plane& picture, const Cancellation& cancellation) {
     SquareTransform transform(m_side, cancellation);
-    const vel::RealFft2D& fft = transform.fft();
     vel::AlignedFloats spectrum;
-    spectrum.resize(fft.spectrumFloats());
+    spectrum.resize(transform.fft().spectrumFloats());
     transform.forward(windowed(picture, m_side), spectrum.data());
     const int half = m_side / 2;
     m_powers.resize(static_cast<std::size_t>(m_side) * static_cast<std::size_t>(half));
     m_levels.resize(m_powers.size());
     for (int v = -half + 1; v < half; ++v) {
         for (int u = kFirst; u < half; ++u) {
-            constexpr int lanes = vel::RealFft2D::kLanes;
-            const float* value =
-                spectrum.data() + static_cast<std::size_t>(u / lanes) * fft.blockFloats() +
-                fft.rowOf((v + m_side) % m_side) * vel::RealFft2D::kRowFloats + u % lanes;
-            const auto re = static_cast<double>(value[0]);
-            const auto im = static_cast<double>(value[lanes]);
-            m_powers[index(v, u)] = re * re + im * im;
+            m_powers[index(v, u)] = transform.powerAt((v + m_side) % m_side, u, spectrum.data());
             m_levels[index(v, u)] = std::log(m_powers[index(v, u)] + kLeastPower);
         }
     }

@@ -12,8 +12,6 @@ namespace {
 /// The first steps show the contents of the picture.
 constexpr std::size_t kFirst = 2;
 constexpr int kCeilings = 7;
-/// Windows and the discrete transform fill zeros up to this share of the envelope.
-constexpr double kLeak = 0.015;
 constexpr double kMostNoise = 0.5;
 constexpr double kTallest = 1.0;
 
@@ -97,7 +95,8 @@ RippleMatch RippleFit::of(const BlurPattern& pattern) const {
     for (std::size_t i = 0; i < levels.size(); ++i) {
         // The power that the sharp picture would have is the ceiling over the envelope.
         const double noise = std::min(m_floor / std::max(ceiling[i], m_floor), kMostNoise);
-        levels[i] = std::log(pattern.powers[i] + (noise + kLeak) * pattern.envelope[i]);
+        levels[i] =
+            std::log(pattern.powers[i] + (noise + BlurPattern::kLeak) * pattern.envelope[i]);
     }
     const std::vector<double> rest = weightedRest(std::move(levels));
     const double square = product(rest, rest);

@@ -26,6 +26,9 @@ struct SpectralProfile {
 
 /// The squared spectrum of a blur along the axis of a profile.
 struct BlurPattern {
+    /// Windows and the discrete transform fill zeros up to this share of the envelope.
+    static constexpr double kLeak = 0.015;
+
     std::vector<double> powers;
     /// The same without its zeros: a smooth upper bound.
     std::vector<double> envelope;

@@ -2,6 +2,7 @@
 
 #include "restoration/blind/analytic/blurPatterns.h"
 #include "restoration/blind/analytic/Ripple.h"
+#include "restoration/blind/spectra/eightDirections.h"
 
 #include <algorithm>
 #include <array>
@@ -13,7 +14,6 @@
 namespace restoration {
 namespace {
 
-constexpr std::size_t kDirections = 8;
 /// The first rings show the contents of the picture.
 constexpr std::size_t kFirst = 4;
 constexpr double kTypicalSlope = -2.5;
@@ -28,8 +28,6 @@ constexpr double kFineSigma = 0.05;
 constexpr double kSmallestRadius = 1.0;
 constexpr double kLargestRadius = 4.0;
 constexpr double kRadiusStep = 0.05;
-/// Windows and the discrete transform fill zeros up to this share of the envelope.
-constexpr double kLeak = 0.015;
 
 /// A profile of mean logarithms, compared with falls.
 class Fall {
@@ -157,7 +155,7 @@ Best bestDisc(const Fall& fall, int side) {
         const BlurPattern pattern = discPattern(radius, fall.frequencies().size(), side);
         std::vector<double> powers = pattern.powers;
         for (std::size_t i = 0; i < powers.size(); ++i) {
-            powers[i] += kLeak * pattern.envelope[i];
+            powers[i] += BlurPattern::kLeak * pattern.envelope[i];
         }
         best.consider(radius, fall.of(powers, std::nullopt));
     }
@@ -173,11 +171,8 @@ SpectralFall spectralFall(const PowerSpectrum& spectrum) {
     std::vector<SpectralProfile> directions(kDirections, empty);
     spectrum.forEach(reach, [&](int v, int u) {
         const auto ring = static_cast<std::size_t>(PowerSpectrum::ringOf(v, u));
-        const double turn = std::atan2(static_cast<double>(v), static_cast<double>(u)) /
-                            std::numbers::pi * static_cast<double>(kDirections);
         const auto direction =
-            static_cast<std::size_t>(std::lround(turn) + static_cast<long>(kDirections)) %
-            kDirections;
+            directionOf(std::atan2(static_cast<double>(v), static_cast<double>(u)));
         rings.add(ring, spectrum.level(v, u), spectrum.power(v, u));
         directions[direction].add(ring, spectrum.level(v, u), spectrum.power(v, u));
     });

@@ -33,8 +33,8 @@ struct EdgeSpectrum {
     /// Whether edges stand out from the noise at high frequencies in all directions, and fall with
     /// the frequency as noise would not. Without it a low `blurVariance` means nothing.
     bool showsEdges = false;
-    /// Direction i is at the angle i pi/8, from left to right towards downwards.
-    std::array<EdgeDirection, frequencies::kDirections> directions{};
+    /// Numbered as in eightDirections.h.
+    std::array<EdgeDirection, kDirections> directions{};
 };
 
 /// Looks at all of `luminance`, white = 1. Pictures with less than 64 columns or rows show no

@@ -1,7 +1,5 @@
 #include "restoration/blind/parts/FrequencyCells.h"
 
-#include <numbers>
-
 namespace restoration::frequencies {
 
 double Cell::meanOf(const Spectrum& spectrum) const {
@@ -15,13 +13,9 @@ double Cell::meanOf(const Spectrum& spectrum) const {
 std::array<Cells, kDirections> cellsOfDirections() {
     std::array<Cells, kDirections> cells;
     forEachFrequency([&](std::size_t slot, double frequency, double angle) {
-        const double turn = angle / std::numbers::pi * static_cast<double>(kDirections);
-        const auto direction =
-            static_cast<std::size_t>(std::lround(turn) + static_cast<long>(kDirections)) %
-            kDirections;
         for (std::size_t band = 0; band < kBands.size(); ++band) {
             if (kBands[band].holds(frequency)) {
-                Cell& cell = cells[direction][band];
+                Cell& cell = cells[directionOf(angle)][band];
                 cell.slots.push_back(slot);
                 cell.frequency += frequency;
             }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "restoration/blind/spectra/eightDirections.h"
+
 #include <array>
 #include <cmath>
 #include <cstddef>
@@ -9,7 +11,6 @@
 namespace restoration::frequencies {
 
 constexpr int kSquare = 32;
-constexpr std::size_t kDirections = 8;
 constexpr std::size_t kColumns = kSquare / 2; // of half a spectrum, without the middle frequency
 
 /// Cycles per pixel.
@@ -49,7 +50,7 @@ struct Cell {
 };
 using Cells = std::array<Cell, kBands.size()>;
 
-/// The cells of the directions 0, pi/8, 2 pi/8 ... from the rows towards the columns.
+/// The cells of each direction (eightDirections.h).
 std::array<Cells, kDirections> cellsOfDirections();
 
 } // namespace restoration::frequencies

@@ -1,11 +1,11 @@
 #include "restoration/blind/parts/edgeParts.h"
 
+#include "restoration/blind/parts/usablePart.h"
 #include "restoration/blind/runs/KernelRun.h"
 #include "restoration/blind/runs/LatentGradients.h"
 #include "restoration/blind/runs/pyramid.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <utility>
@@ -20,10 +20,6 @@ constexpr float kLambda = 4e-3f;
 /// The first part has at most so many times the edges of another.
 constexpr std::uint32_t kLeastShare = 3;
 
-float usable(float value) {
-    return std::isfinite(value) ? std::clamp(value, 0.0f, 1.0f) : 0.0f;
-}
-
 /// Means of squares of `factor` by `factor` pixels.
 Plane meansOfSquares(const Plane& plane, int factor, Team& team) {
     Plane means(plane.width() / factor, plane.height() / factor);
@@ -36,7 +32,7 @@ Plane meansOfSquares(const Plane& plane, int factor, Team& team) {
             const float* source = plane.row(y);
             for (int x = 0; x < means.width(); ++x) {
                 for (int k = 0; k < factor; ++k) {
-                    target[x] += usable(*source++);
+                    target[x] += kDisplayRange.usable(*source++);
                 }
             }
         }

@@ -1,6 +1,7 @@
 #include "restoration/blind/parts/excessBlur.h"
 
 #include "restoration/blind/parts/FrequencyCells.h"
+#include "restoration/blind/spectra/hannWindow.h"
 
 #include <algorithm>
 #include <array>
@@ -16,7 +17,6 @@ namespace {
 using frequencies::Cells;
 using frequencies::forEachFrequency;
 using frequencies::kColumns;
-using frequencies::kDirections;
 using frequencies::kSquare;
 using frequencies::Spectrum;
 
@@ -27,11 +27,7 @@ constexpr double kLeastPower = 1e-6;
 
 /// The correlation with itself of the window that EdgeSpectrum looks through, 1 at lag 0.
 std::array<double, kLags> windowCorrelation() {
-    std::array<double, kSquare> window{};
-    for (int i = 0; i < kSquare; ++i) {
-        const double turn = 2.0 * std::numbers::pi * (i + 1) / (kSquare + 1);
-        window[static_cast<std::size_t>(i)] = 0.5 - 0.5 * std::cos(turn);
-    }
+    const std::vector<double> window = hannWindow(kSquare);
     std::array<double, kLags> correlation{};
     for (int lag = -kReach; lag <= kReach; ++lag) {
         for (int i = std::max(0, -lag); i < std::min(kSquare, kSquare - lag); ++i) {

@@ -1,5 +1,7 @@
 #include "restoration/blind/parts/kernelOfEdges.h"
 
+#include "restoration/blind/squares/kernelShape.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
@@ -74,14 +76,10 @@ SquareKernel kernelOfEdges(const EdgeSpectrum& edges) {
         }
     }
     const double least = kLeastWeight * kernel.largest();
-    double sum = 0.0;
     for (double& weight : kernel.values) {
         weight = weight < least ? 0.0 : weight;
-        sum += weight;
     }
-    for (double& weight : kernel.values) {
-        weight /= sum;
-    }
+    scaleToUnitSum(kernel);
     return kernel;
 }
 

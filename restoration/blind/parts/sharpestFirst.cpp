@@ -1,9 +1,9 @@
 #include "restoration/blind/parts/sharpestFirst.h"
 
 #include "restoration/blind/parts/EdgeSpectrum.h"
+#include "restoration/blind/parts/usablePart.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstddef>
 #include <limits>
 
@@ -14,14 +14,8 @@ namespace {
 constexpr double kClearlySharper = 0.15;
 
 double blurOf(const Plane& luminance, const Rect& part, const Cancellation& cancellation) {
-    Plane copy(part.width, part.height);
-    for (int y = 0; y < part.height; ++y) {
-        const float* source = luminance.row(part.y + y) + part.x;
-        std::transform(source, source + part.width, copy.row(y), [](float value) {
-            return std::isfinite(value) ? std::clamp(value, 0.0f, 1.0f) : 0.0f;
-        });
-    }
-    const EdgeSpectrum edges = edgeSpectrum(copy, cancellation);
+    const EdgeSpectrum edges =
+        edgeSpectrum(usablePart(luminance, part, kDisplayRange), cancellation);
     return edges.showsEdges ? edges.blurVariance : std::numeric_limits<double>::infinity();
 }
 

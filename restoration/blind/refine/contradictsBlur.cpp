@@ -1,6 +1,6 @@
 #include "restoration/blind/refine/contradictsBlur.h"
 
-#include "restoration/blind/squares/largestVariance.h"
+#include "restoration/blind/squares/Spread.h"
 
 namespace restoration {
 namespace {
@@ -10,7 +10,7 @@ constexpr double kLeastDropOfWide = 0.003;
 } // namespace
 
 bool contradictsBlur(SpectralEvidence& spectrum, const SquareKernel& kernel) {
-    return largestVariance(kernel) >= kNarrowVariance &&
+    return Spread(kernel).largest() >= kNarrowVariance &&
            spectrum.misfit(kernel) > -kLeastDropOfWide;
 }
 

@@ -48,6 +48,15 @@ void SquareTransform::forward(const Plane& plane, int rows, float* spectrum) {
     });
 }
 
+double SquareTransform::powerAt(int v, int u, const float* spectrum) const noexcept {
+    constexpr int kLanes = vel::RealFft2D::kLanes;
+    const float* value = spectrum + static_cast<std::size_t>(u / kLanes) * m_fft.blockFloats() +
+                         m_fft.rowOf(v) * vel::RealFft2D::kRowFloats + u % kLanes;
+    const auto re = static_cast<double>(value[0]);
+    const auto im = static_cast<double>(value[kLanes]);
+    return re * re + im * im;
+}
+
 void SquareTransform::inverseRows(const float* spectrum, int first, int last, Plane& plane) {
     const int end = last / vel::RealFft2D::kLanes;
     for (int group = first / vel::RealFft2D::kLanes; group <= end; ++group) {

@@ -11,8 +11,9 @@ namespace restoration {
 
 /// The transform of square planes whose side is a power of two, on the calling thread.
 ///
-/// Half spectra are stored as `vel::RealFft2D` describes. An object has scratch memory of its own
-/// and serves one thread. All functions check the cancellation at least once per 16 rows.
+/// Half spectra are stored as `vel::RealFft2D` describes. An object has scratch memory of its own:
+/// only one thread may use it at a time. All functions check the cancellation at least once per 16
+/// rows.
 class SquareTransform {
 public:
     /// @throws std::bad_alloc
@@ -29,6 +30,10 @@ public:
 
     /// The first half of a forward transform for 16 rows: `rows` points at the first of them.
     void forwardGroup(const float* rows, int group, float* spectrum);
+
+    /// The squared magnitude of a forward transform at row v and column u of frequencies, 0 <= v <
+    /// side and 0 <= u < side / 2. Column 0 holds parts of two columns (`vel::RealFft2D`).
+    double powerAt(int v, int u, const float* spectrum) const noexcept;
 
     /// Calls work(block, float* columns) for every block of the spectrum in turn.
     template <class Work>

@@ -40,9 +40,8 @@ std::optional<Candidate> analyticCandidate(const Candidate& best, const SearchCo
         const auto analytic = shown ? shown : analyticKernelLike(best.kernel);
         const int extent = analytic ? extentOf(analytic->kernel) : 0;
         if (analytic && extent <= search.bounds.smallerSide()) {
-            candidate = {analytic->kernel,
-                         evidenceFor(*analytic, shown.has_value(), best, search), analytic->kind,
-                         extent};
+            candidate = {analytic->kernel, evidenceFor(*analytic, shown.has_value(), best, search),
+                         analytic->kind, extent};
         }
         search.team.progress().advance();
     });

@@ -58,8 +58,8 @@ void revise(const Judgement& judgement, const RunResults& results, const SearchC
             std::vector<FoundKernel>& found) {
     if (judgement.narrower) {
         Kernel kernel = cutToContent(judgement.narrower->kernel, search.bounds);
-        found.insert(found.begin(), foundKernelOf(*judgement.narrower, std::move(kernel),
-                                                  results.elsewhere));
+        found.insert(found.begin(),
+                     foundKernelOf(*judgement.narrower, std::move(kernel), results.elsewhere));
     }
     for (FoundKernel& kernel : found) {
         kernel.confidence = std::min(kernel.confidence, judgement.mostConfidence);

@@ -7,7 +7,7 @@
 #include "restoration/blind/refine/SpectralEvidence.h"
 #include "restoration/blind/squares/cutToContent.h"
 #include "restoration/blind/squares/kernelShape.h"
-#include "restoration/blind/squares/largestVariance.h"
+#include "restoration/blind/squares/Spread.h"
 
 namespace restoration {
 namespace {
@@ -47,7 +47,7 @@ Judgement judgeByEdges(const Candidate& first, const SearchContext& search) {
     if (first.extent > kSmallExtent && !isDoubtful) {
         return judgement;
     }
-    const bool isNarrow = largestVariance(first.kernel) < kNarrowVariance;
+    const bool isNarrow = Spread(first.kernel).largest() < kNarrowVariance;
     EdgeSpectrum edges;
     search.team.run([&] {
         edges = edgeSpectrum(search.parts.centre(), search.team.cancellation());

@@ -9,8 +9,8 @@ namespace restoration {
 
 /// What speaks against the first candidate of a search.
 struct Judgement {
-    bool isSharp = false;           ///< the picture is not blurred
-    float mostConfidence = 1.0f;    ///< in any kernel, 0..1
+    bool isSharp = false;              ///< the picture is not blurred
+    float mostConfidence = 1.0f;       ///< in any kernel, 0..1
     std::optional<Candidate> narrower; ///< better than the first candidate, which is too wide
 };
 

@@ -106,9 +106,8 @@ std::vector<SquareKernel> kernelsElsewhere(const RunPlan& plan, const SearchCont
     const std::size_t count = search.parts.count() - 1;
     search.team.progress().beginPhase(0.75, count * unitsOf(plan, search));
     std::vector<std::optional<SquareKernel>> found(count);
-    search.team.forEach(count, [&](std::size_t piece, int) {
-        found[piece] = kernelOf(plan, piece + 1, search);
-    });
+    search.team.forEach(
+        count, [&](std::size_t piece, int) { found[piece] = kernelOf(plan, piece + 1, search); });
     std::vector<SquareKernel> kernels;
     for (std::optional<SquareKernel>& kernel : found) {
         if (kernel) {

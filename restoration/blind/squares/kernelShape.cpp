@@ -13,16 +13,6 @@ namespace {
 constexpr double kStartingSigma = 0.8;
 constexpr double kLightestPiece = 0.1;
 
-void scaleToUnitSum(SquareKernel& kernel) {
-    double sum = 0.0;
-    for (const double value : kernel.values) {
-        sum += value;
-    }
-    for (double& value : kernel.values) {
-        value /= sum;
-    }
-}
-
 /// The 8-connected pieces of the places above 0.
 class Pieces {
 public:
@@ -72,16 +62,6 @@ private:
     std::vector<double> m_masses;
 };
 
-double sumOfProducts(const SquareKernel& first, const SquareKernel& second, int right, int down) {
-    double sum = 0.0;
-    for (int y = std::max(0, down); y < std::min(first.side, second.side + down); ++y) {
-        for (int x = std::max(0, right); x < std::min(first.side, second.side + right); ++x) {
-            sum += first.at(y, x) * second.at(y - down, x - right);
-        }
-    }
-    return sum;
-}
-
 double likenessWithin(const SquareKernel& first, const SquareKernel& second, int reach) {
     const int side = std::max(extentOf(first), extentOf(second));
     const SquareKernel a = withSide(first, side);
@@ -96,6 +76,16 @@ double likenessWithin(const SquareKernel& first, const SquareKernel& second, int
 }
 
 } // namespace
+
+void scaleToUnitSum(SquareKernel& kernel) {
+    double sum = 0.0;
+    for (const double value : kernel.values) {
+        sum += value;
+    }
+    for (double& value : kernel.values) {
+        value /= sum;
+    }
+}
 
 SquareKernel startingKernel(int side) {
     SquareKernel kernel(side);
@@ -206,6 +196,16 @@ double raggednessOf(const SquareKernel& kernel) {
     constexpr double kLeast = 0.05;
     return entropy - 0.5 * (std::log(spread.largest() + kLeast) +
                             std::log(std::max(spread.smallest(), 0.0) + kLeast));
+}
+
+double sumOfProducts(const SquareKernel& first, const SquareKernel& second, int right, int down) {
+    double sum = 0.0;
+    for (int y = std::max(0, down); y < std::min(first.side, second.side + down); ++y) {
+        for (int x = std::max(0, right); x < std::min(first.side, second.side + right); ++x) {
+            sum += first.at(y, x) * second.at(y - down, x - right);
+        }
+    }
+    return sum;
 }
 
 double likeness(const SquareKernel& first, const SquareKernel& second) {

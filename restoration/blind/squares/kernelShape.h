@@ -4,6 +4,9 @@
 
 namespace restoration {
 
+/// Scales the weights to sum 1. The sum of `kernel` is above 0.
+void scaleToUnitSum(SquareKernel& kernel);
+
 /// A Gaussian of 0.8 pixels, sum 1.
 SquareKernel startingKernel(int side);
 
@@ -28,6 +31,9 @@ SquareKernel withSide(const SquareKernel& kernel, int side);
 /// The entropy of the weights less the logarithm of the standard deviations along both axes of the
 /// kernel: small for scattered weights and for kernels with a dark middle.
 double raggednessOf(const SquareKernel& kernel);
+
+/// The sum of the products of the weights of `first` and of `second` moved by whole pixels.
+double sumOfProducts(const SquareKernel& first, const SquareKernel& second, int right, int down);
 
 /// The correlation of two kernels after the best shift by whole pixels: the largest sum of products
 /// over the root of the product of their summed squares. 0..1; 1 for kernels that differ by a

@@ -1,5 +1,7 @@
 #include "restoration/blind/squares/moveKernel.h"
 
+#include "restoration/blind/squares/kernelShape.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -40,17 +42,6 @@ SquareKernel spread(const SquareKernel& kernel) {
     return wide;
 }
 
-/// The sum of products of `first` and `second` moved by whole pixels.
-double product(const SquareKernel& first, const SquareKernel& second, int right, int down) {
-    double sum = 0.0;
-    for (int y = std::max(0, down); y < std::min(first.side, second.side + down); ++y) {
-        for (int x = std::max(0, right); x < std::min(first.side, second.side + right); ++x) {
-            sum += first.at(y, x) * second.at(y - down, x - right);
-        }
-    }
-    return sum;
-}
-
 } // namespace
 
 KernelPlace centreOf(const SquareKernel& kernel) {
@@ -71,7 +62,6 @@ KernelPlace centreOf(const SquareKernel& kernel) {
 SquareKernel moved(const SquareKernel& kernel, const KernelPlace& by) {
     SquareKernel result(kernel.side);
     const int radius = kernel.radius();
-    double sum = 0.0;
     for (int y = -radius; y <= radius; ++y) {
         for (int x = -radius; x <= radius; ++x) {
             const double value = kernel.at(y + radius, x + radius);
@@ -80,19 +70,16 @@ SquareKernel moved(const SquareKernel& kernel, const KernelPlace& by) {
             }
         }
     }
-    for (const double value : result.values) {
-        sum += value;
-    }
-    for (double& value : result.values) {
-        value /= sum;
-    }
+    scaleToUnitSum(result);
     return result;
 }
 
 KernelPlace bestMove(const SquareKernel& kernel, const SquareKernel& reference) {
     constexpr int kReach = 4;
     const SquareKernel wide = spread(reference);
-    const auto likenessAt = [&](int right, int down) { return product(wide, kernel, right, down); };
+    const auto likenessAt = [&](int right, int down) {
+        return sumOfProducts(wide, kernel, right, down);
+    };
     int right = 0;
     int down = 0;
     double best = -1.0;

@@ -1,6 +1,6 @@
 #include "restoration/blind/refine/contradictsBlur.h"
 
-#include "restoration/blind/squares/largestVariance.h"
+#include "restoration/blind/squares/Spread.h"
 #include "tests/restoration/blind/drawnPictures.h"
 
 #include <algorithm>
@@ -51,7 +51,7 @@ TEST(ContradictsBlur, WhereAWideKernelExplainsNextToNothing) {
     kernel.at(15, 15) = 0.98;
     kernel.at(15, 0) = 0.01;
     kernel.at(15, 30) = 0.01;
-    EXPECT_GT(largestVariance(kernel), kNarrowVariance);
+    EXPECT_GT(Spread(kernel).largest(), kNarrowVariance);
     EXPECT_TRUE(isContradicted(none(), kernel));
 }
 
