@@ -1,9 +1,9 @@
 // Prints the similarity of kernels to a reference, and draws them side by side.
-#include "hosts/command/arguments/ArgumentParser.h"
 #include "hosts/command/kernels/KernelFile.h"
 #include "hosts/command/terminal/Failure.h"
 #include "KernelLikeness.h"
 #include "Pictures.h"
+#include "runTool.h"
 
 #include <iomanip>
 #include <iostream>
@@ -94,14 +94,5 @@ int main(int argc, char** argv) {
     parser.add("KERNELS", files, "Kernel files, the reference first").required();
     parser.add("--labels", labels, "Captions, one for each kernel").commaSeparated();
     parser.add("--sheet", sheet, "Write all kernels side by side to this file");
-    try {
-        if (!parser.parse({argv + 1, argv + argc}, std::cout)) {
-            return 0;
-        }
-        compare(files, labels, sheet);
-        return 0;
-    } catch (const std::exception& failure) {
-        std::cerr << "compareKernels: " << failure.what() << '\n';
-        return 1;
-    }
+    return runTool("compareKernels", parser, argc, argv, [&] { compare(files, labels, sheet); });
 }

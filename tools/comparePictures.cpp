@@ -1,8 +1,8 @@
 // Prints the distance of pictures from a reference, and draws them on one sheet with a magnified
 // part of each.
-#include "hosts/command/arguments/ArgumentParser.h"
 #include "hosts/command/files/fileFailures.h"
 #include "Pictures.h"
+#include "runTool.h"
 
 #include <algorithm>
 #include <iomanip>
@@ -136,14 +136,5 @@ int main(int argc, char** argv) {
     parser.add("--reference-last", request.referenceIsLast, "Show the reference last");
     parser.add("--inset", request.inset, "X,Y,WIDTH,HEIGHT of the magnified part")
         .commaSeparated(4);
-    try {
-        if (!parser.parse({argv + 1, argv + argc}, std::cout)) {
-            return 0;
-        }
-        compare(request);
-        return 0;
-    } catch (const std::exception& failure) {
-        std::cerr << "comparePictures: " << failure.what() << '\n';
-        return 1;
-    }
+    return runTool("comparePictures", parser, argc, argv, [&] { compare(request); });
 }

@@ -1,10 +1,10 @@
 // Measures the presets of the host on blurs that are known exactly and on one that is known only
 // approximately, and prints the table of docs/presets.md.
-#include "hosts/command/arguments/ArgumentParser.h"
 #include "hosts/command/commands/Presets.h"
 #include "hosts/command/terminal/Failure.h"
 #include "Pictures.h"
 #include "restored.h"
+#include "runTool.h"
 #include "SamplePictures.h"
 #include "Scene.h"
 
@@ -79,15 +79,8 @@ int main(int argc, char** argv) {
         "Prints the peak signal-to-noise ratio of restorations with each preset.");
     std::string file;
     parser.add("PICTURE", file, "Sharp photograph to use instead of the drawn scene");
-    try {
-        if (!parser.parse({argv + 1, argv + argc}, std::cout)) {
-            return 0;
-        }
+    return runTool("comparePresets", parser, argc, argv, [&] {
         printTable(file.empty() ? drawScene(kSceneWidth, kSceneHeight, 0, kSceneSeed)
                                 : readColours(file));
-        return 0;
-    } catch (const std::exception& failure) {
-        std::cerr << "comparePresets: " << failure.what() << '\n';
-        return 1;
-    }
+    });
 }

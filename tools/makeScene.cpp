@@ -1,16 +1,14 @@
 // Draws the sample scene of the demonstration, and a photograph of it by a camera that is out of
 // focus, moved or shaken.
 #include "Degradation.h"
-#include "hosts/command/arguments/ArgumentParser.h"
 #include "hosts/command/commands/blurOf.h"
 #include "hosts/command/files/TemporaryFile.h"
 #include "hosts/command/kernels/KernelFile.h"
 #include "hosts/command/terminal/Failure.h"
 #include "Pictures.h"
+#include "runTool.h"
 #include "SampleBlurs.h"
 #include "Scene.h"
-
-#include <iostream>
 
 namespace {
 
@@ -59,10 +57,7 @@ int main(int argc, char** argv) {
     parser.add("--kernel", kernelPath, "File for the kernel of the blur");
     parser.add("--noise", noise, "Standard deviation of the noise in levels of 255").showDefault();
     parser.add("--seed", seed, "Seed of the random numbers").showDefault();
-    try {
-        if (!parser.parse({argv + 1, argv + argc}, std::cout)) {
-            return 0;
-        }
+    return runTool("makeScene", parser, argc, argv, [&] {
         const BlurKernel kernel = isShaken         ? curvedShake()
                                   : motion.empty() ? makeKernel({Shape::Disc, radius, 0.0f})
                                                    : motionKernel(motion);
@@ -75,9 +70,5 @@ int main(int argc, char** argv) {
         if (!kernelPath.empty()) {
             writeKernel(kernelPath, kernel);
         }
-        return 0;
-    } catch (const std::exception& failure) {
-        std::cerr << "makeScene: " << failure.what() << '\n';
-        return 1;
-    }
+    });
 }

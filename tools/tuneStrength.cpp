@@ -1,9 +1,9 @@
 // Measures the automatic strength of the library: restores blurred, noisy pictures with the
 // strength that the library chooses and with a range of strengths, and compares the luminance of
 // the results with the sharp pictures.
-#include "hosts/command/arguments/ArgumentParser.h"
 #include "hosts/command/kernels/BlurKernel.h"
 #include "Pictures.h"
+#include "runTool.h"
 #include "SamplePictures.h"
 #include "Scene.h"
 #include "velorn.hpp"
@@ -176,14 +176,6 @@ int main(int argc, char** argv) {
     parser.add("--scenes", scenes, "Number of drawn scenes").showDefault();
     parser.add("--alpha", settings.alpha, "Exponent of the prior; below 0: automatic")
         .showDefault();
-    try {
-        if (!parser.parse({argv + 1, argv + argc}, std::cout)) {
-            return 0;
-        }
-        tune(scenesAnd(files, scenes), settings);
-        return 0;
-    } catch (const std::exception& failure) {
-        std::cerr << "tuneStrength: " << failure.what() << '\n';
-        return 1;
-    }
+    return runTool("tuneStrength", parser, argc, argv,
+                   [&] { tune(scenesAnd(files, scenes), settings); });
 }

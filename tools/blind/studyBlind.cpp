@@ -3,8 +3,8 @@
 // halves: settings are tuned on half 0, and half 1 shows what they are worth.
 #include "BlindCases.h"
 #include "BlindTrial.h"
-#include "hosts/command/arguments/ArgumentParser.h"
 #include "ReliabilityTable.h"
+#include "runTool.h"
 #include "TrialSummary.h"
 
 #include <algorithm>
@@ -87,15 +87,8 @@ int main(int argc, char** argv) {
                           "Measures the blind search for kernels on pictures with known blurs.");
     CaseRules rules;
     rules.addTo(parser);
-    try {
-        if (!parser.parse({argv + 1, argv + argc}, std::cout)) {
-            return 0;
-        }
+    return runTool("studyBlind", parser, argc, argv, [&] {
         rules.check();
         run(rules);
-        return 0;
-    } catch (const std::exception& failure) {
-        std::cerr << "studyBlind: " << failure.what() << '\n';
-        return 1;
-    }
+    });
 }

@@ -2,13 +2,13 @@
 // its kernels are fitted to: for each candidate of each blurred picture the evidence and the gains
 // of restorations. fitChoice.py reads the table.
 #include "BlindCases.h"
-#include "hosts/command/arguments/ArgumentParser.h"
 #include "hosts/command/kernels/BlurKernel.h"
 #include "restoration/blind/findKernel.h"
 #include "restoration/failures/Failure.h"
 #include "restoration/pictures/luminancePlane.h"
 #include "restoration/pipeline/restorePicture.h"
 #include "restored.h"
+#include "runTool.h"
 
 #include <array>
 #include <iostream>
@@ -116,16 +116,9 @@ int main(int argc, char** argv) {
                           "gains of restorations with it, as a table with tabulators.");
     CaseRules rules;
     rules.addTo(parser);
-    try {
-        if (!parser.parse({argv + 1, argv + argc}, std::cout)) {
-            return 0;
-        }
+    return runTool("studyCandidates", parser, argc, argv, [&] {
         rules.check();
         printHeading();
         forEachCase(rules, studyCase);
-        return 0;
-    } catch (const std::exception& failure) {
-        std::cerr << "studyCandidates: " << failure.what() << '\n';
-        return 1;
-    }
+    });
 }
