@@ -6,7 +6,8 @@ cd "$(dirname "${BASH_SOURCE[0]}")"
 packages=(build-essential cmake ninja-build pkg-config git
     libopencv-core-dev libopencv-imgproc-dev libhwy-dev liblcms2-dev
     libgtest-dev libgmock-dev libbenchmark-dev libfftw3-dev
-    libopenimageio-dev libcli11-dev)
+    libopenimageio-dev libcli11-dev libexiv2-dev zlib1g-dev
+    libimage-exiftool-perl libheif-examples)
 # Other versions lay code out differently.
 clang_format=clang-format-14
 windows_packages=(g++-mingw-w64-i686-posix libz-mingw-w64-dev dpkg-dev debootstrap)

@@ -1,6 +1,7 @@
 #include "hosts/command/commands/DeblurCommand.h"
 
 #include "hosts/command/commands/KernelSearch.h"
+#include "hosts/command/commands/omittedMetadata.h"
 #include "hosts/command/commands/shownProgress.h"
 #include "hosts/command/files/TemporaryFile.h"
 #include "hosts/command/kernels/KernelFile.h"
@@ -152,7 +153,9 @@ void runDeblur(const DeblurOptions& options, const Interrupt& interrupt, std::os
         blur = blind->isLocal ? kernelsOfParts(call) : oneKernel(call);
     }
     restore(picture, blur, options, interrupt, terminal, isTerminal);
-    target.write(picture.encode(options.output));
+    const WrittenMetadata written = picture.encodeWithReport(options.output);
+    warnOfOmittedMetadata(written.omitted, options.output, terminal);
+    target.write(written.file);
     interrupt.check();
     target.commit();
 }

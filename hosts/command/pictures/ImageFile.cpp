@@ -3,8 +3,11 @@
 #include "hosts/command/files/fileFailures.h"
 #include "hosts/command/files/MemoryFile.h"
 #include "hosts/command/files/openForReading.h"
-#include "hosts/command/metadata/MetadataNames.h"
+#include "hosts/command/metadata/Container.h"
+#include "hosts/command/metadata/MetadataWriter.h"
+#include "hosts/command/pictures/encoderAttributes.h"
 #include "hosts/command/pictures/PixelScale.h"
+#include "hosts/command/pictures/thumbnail.h"
 #include "hosts/command/terminal/SilencedErrors.h"
 
 #include <algorithm>
@@ -19,21 +22,20 @@ using OIIO::ImageOutput;
 using OIIO::ImageSpec;
 using OIIO::TypeDesc;
 
-constexpr const char* kProfile = "ICCProfile";
 constexpr const char* kUnassociatedAlpha = "oiio:UnassociatedAlpha";
 
-/// The metadata blocks of a file. Reads the whole file only if its format has such blocks.
-MetadataBlocks blocksOfFile(const std::filesystem::path& path) {
+/// The metadata of a file. Reads the whole file only if its format has metadata blocks.
+PictureMetadata metadataOf(const std::filesystem::path& path) {
     std::ifstream file = openForReading(path);
     std::vector<unsigned char> bytes(16);
     file.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-    if (!canHoldMetadataBlocks(bytes)) {
+    if (containerOf(bytes) == Container::Other) {
         return {};
     }
     file.clear();
     file.seekg(0);
     bytes.assign(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
-    return readMetadataBlocks(bytes);
+    return PictureMetadata::read(bytes);
 }
 
 std::unique_ptr<ImageInput> openInput(const std::filesystem::path& path) {
@@ -111,19 +113,21 @@ Samples readSamples(ImageInput& input, const std::filesystem::path& path) {
     return readSamples<std::uint16_t>(input, TypeDesc::UINT16, path);
 }
 
-void attachProfile(ImageSpec& spec, const auto& bytes) {
-    spec.attribute(kProfile, TypeDesc(TypeDesc::UINT8, static_cast<int>(bytes.size())),
-                   bytes.data());
-}
-
-/// The PNG and WebP readers skip EXIF and XMP: adds them to `spec` as named attributes, for the
-/// orientation and for output formats without opaque blocks.
-void addBlocks(const MetadataBlocks& blocks, const std::string& format, ImageSpec& spec) {
-    if (format == "png" || format == "webp") {
-        addNamedMetadata(blocks, spec);
+/// Adds what only the image library reads: the metadata of formats without blocks.
+void addAttributes(const ImageSpec& spec, PictureMetadata& metadata) {
+    const auto* profile = spec.find_attribute("ICCProfile");
+    if (metadata.profile().empty() && profile != nullptr) {
+        const auto* bytes = static_cast<const unsigned char*>(profile->data());
+        metadata.setProfile({bytes, bytes + profile->type().size()});
     }
-    if (!blocks.icc.empty() && spec.find_attribute(kProfile) == nullptr) {
-        attachProfile(spec, blocks.icc);
+    if (metadata.isOfBlocks()) {
+        return;
+    }
+    const int orientation = spec.get_int_attribute("Orientation", 1);
+    metadata.setOrientation(orientation >= 1 && orientation <= 8 ? orientation : 1);
+    const std::string description{spec.get_string_attribute("ImageDescription")};
+    if (!description.empty()) {
+        metadata.setDescription(description);
     }
 }
 
@@ -165,22 +169,23 @@ std::unique_ptr<ImageOutput> createOutput(const std::filesystem::path& path) {
 } // namespace
 
 ImageFile ImageFile::read(const std::filesystem::path& path) {
-    MetadataBlocks blocks = blocksOfFile(path);
+    PictureMetadata metadata = metadataOf(path);
     const SilencedErrors silenced;
     const auto input = openInput(path);
     checkChannels(input->spec(), path);
     checkSinglePicture(path);
     ImageFile file(input->spec());
     file.m_samples = readSamples(*input, path);
-    const std::string format = input->format_name();
-    addBlocks(blocks, format, file.m_spec);
+    file.m_sourceFormat = input->format_name();
+    const std::string& format = file.m_sourceFormat;
     dropEncoding(file.m_spec);
     if (format != "tiff" && format != "openexr") {
         // Only those two formats can hold colours multiplied by alpha; they say which kind they
         // hold.
         file.m_spec.attribute(kUnassociatedAlpha, 1);
     }
-    file.m_blocks = format == "tiff" ? blocksOfNamedMetadata(file.m_spec) : std::move(blocks);
+    addAttributes(input->spec(), metadata);
+    file.m_metadata = std::move(metadata);
     return file;
 }
 
@@ -267,22 +272,11 @@ void ImageFile::setRgb(const RgbPixels& pixels) {
         m_samples);
 }
 
-int ImageFile::orientation() const {
-    const int orientation = m_spec.get_int_attribute("Orientation", 1);
-    return orientation >= 1 && orientation <= 8 ? orientation : 1;
-}
-
-std::string ImageFile::description() const {
-    return std::string(m_spec.get_string_attribute("ImageDescription"));
-}
-
-void ImageFile::setDescription(const std::string& text) {
-    m_spec.attribute("ImageDescription", text);
-}
-
 OIIO::ImageSpec ImageFile::outputSpec(const OIIO::ImageOutput& output) const {
     ImageSpec spec = m_spec;
     const std::string format = output.format_name();
+    spec.extra_attribs =
+        encoderAttributes(m_spec.extra_attribs, m_sourceFormat, format, m_metadata);
     const bool isSixteenBit = std::holds_alternative<std::vector<std::uint16_t>>(m_samples);
     // OpenEXR has no 16-bit integers, and its 16-bit floats are less precise.
     spec.set_format(format == "openexr" ? TypeDesc::FLOAT
@@ -313,20 +307,7 @@ void ImageFile::encodeTo(OIIO::ImageOutput& output, const std::filesystem::path&
     }
 }
 
-std::vector<unsigned char> ImageFile::profile() const {
-    const auto* profile = m_spec.find_attribute(kProfile);
-    if (profile == nullptr) {
-        return {};
-    }
-    const auto* bytes = static_cast<const unsigned char*>(profile->data());
-    return {bytes, bytes + profile->type().size()};
-}
-
-void ImageFile::setProfile(const std::vector<unsigned char>& profile) {
-    attachProfile(m_spec, profile);
-}
-
-std::vector<unsigned char> ImageFile::encode(const std::filesystem::path& path) const {
+WrittenMetadata ImageFile::encodeWithReport(const std::filesystem::path& path) const {
     const SilencedErrors silenced;
     const auto output = createOutput(path);
     std::vector<unsigned char> bytes;
@@ -340,19 +321,22 @@ std::vector<unsigned char> ImageFile::encode(const std::filesystem::path& path) 
             output->set_ioproxy(&memory);
             encodeTo(*output, path);
         }
+        const auto thumbnail =
+            m_metadata.hadThumbnail() ? jpegThumbnail(*this) : std::vector<unsigned char>();
+        return MetadataWriter(outputMetadata(output->format_name()))
+            .writeInto(std::move(bytes), thumbnail);
     } catch (const Failure& failure) {
         throw cannotWrite(path, onOneLine(failure.what()));
     }
-    return withMetadataBlocks(std::move(bytes), outputBlocks());
 }
 
-MetadataBlocks ImageFile::outputBlocks() const {
-    MetadataBlocks blocks = m_blocks;
-    const std::vector<unsigned char> icc = profile();
-    if (!icc.empty()) {
-        blocks.icc.assign(icc.begin(), icc.end());
+PictureMetadata ImageFile::outputMetadata(const std::string& format) const {
+    PictureMetadata metadata = m_metadata;
+    metadata.setSize(width(), height());
+    if (format == "webp") {
+        addResolution(m_spec.extra_attribs, metadata); // the format has no place of its own for it
     }
-    return blocks;
+    return metadata;
 }
 
 void ImageFile::checkWritable(const std::filesystem::path& path) {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "hosts/command/metadata/MetadataBlocks.h"
+#include "hosts/command/metadata/MetadataWriter.h"
 #include "hosts/command/pictures/RgbPixels.h"
 #include "velorn.hpp"
 
@@ -49,22 +49,26 @@ public:
     void setRgb(const RgbPixels& pixels);
 
     /// How the stored rows and columns are arranged for display: 1..8 as in EXIF, 1 as stored.
-    int orientation() const;
+    int orientation() const { return m_metadata.orientation(); }
 
     /// The caption stored with the picture; empty when there is none.
-    std::string description() const;
-    void setDescription(const std::string& text);
+    std::string description() const { return m_metadata.description(); }
+    void setDescription(const std::string& text) { m_metadata.setDescription(text); }
 
     /// The ICC profile embedded in the picture; empty when there is none.
-    std::vector<unsigned char> profile() const;
-    void setProfile(const std::vector<unsigned char>& profile);
+    const std::vector<unsigned char>& profile() const { return m_metadata.profile(); }
+    void setProfile(const std::vector<unsigned char>& profile) { m_metadata.setProfile(profile); }
 
     /// Encodes the picture with its metadata. The extension of `path` selects the format. Samples
     /// keep 16 bits and alpha where the format supports them. JPEG is written at quality 97 without
     /// chroma subsampling, WebP at quality 100.
-    /// @returns the bytes of the file
+    /// @returns the bytes of the file, and the names of the metadata that it does not hold
     /// @throws Failure that names `path` when the format cannot be written.
-    std::vector<unsigned char> encode(const std::filesystem::path& path) const;
+    WrittenMetadata encodeWithReport(const std::filesystem::path& path) const;
+    /// The bytes alone, for pictures whose metadata fit into every format.
+    std::vector<unsigned char> encode(const std::filesystem::path& path) const {
+        return encodeWithReport(path).file;
+    }
 
     /// Checks that the extension of `path` selects a format that can be written.
     /// @throws Failure that names `path`.
@@ -74,12 +78,14 @@ private:
     explicit ImageFile(OIIO::ImageSpec spec) : m_spec(std::move(spec)) {}
 
     OIIO::ImageSpec outputSpec(const OIIO::ImageOutput& output) const;
-    MetadataBlocks outputBlocks() const;
+    PictureMetadata outputMetadata(const std::string& format) const;
     void encodeTo(OIIO::ImageOutput& output, const std::filesystem::path& name) const;
 
     OIIO::ImageSpec m_spec;
+    /// As OpenImageIO names it; empty for a new picture.
+    std::string m_sourceFormat;
     Samples m_samples;
-    MetadataBlocks m_blocks;
+    PictureMetadata m_metadata;
 };
 
 } // namespace velorn

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <exiv2/exif.hpp>
+#include <exiv2/iptc.hpp>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace velorn {
+
+/// What a picture's file says about it: EXIF, XMP, IPTC, colour profile and comment.
+///
+/// Tags that describe how the source stores its pixels are not part of it. Copies may be used in
+/// several threads.
+class PictureMetadata {
+public:
+    /// The metadata in the bytes of a JPEG, PNG, TIFF, WebP or HEIF file; empty for other formats.
+    /// Damaged blocks are skipped: the reader of the pixels decides whether the file is usable.
+    static PictureMetadata read(std::span<const unsigned char> file);
+
+    /// Whether the file has a format with metadata blocks.
+    bool isOfBlocks() const { return m_isOfBlocks; }
+
+    /// How the stored rows and columns are arranged for display: 1..8 as in EXIF, 1 as stored.
+    int orientation() const;
+    void setOrientation(int orientation);
+
+    /// The caption: the description in EXIF, else the comment; empty when there is neither.
+    std::string description() const;
+    void setDescription(const std::string& text);
+
+    /// The ICC profile; empty when there is none.
+    const std::vector<unsigned char>& profile() const { return m_profile; }
+    void setProfile(const std::vector<unsigned char>& profile) { m_profile = profile; }
+
+    /// Stores the resolution in pixels per `unit` (2 inch, 3 centimetre) for formats that have no
+    /// other place for it. A resolution in EXIF stays.
+    void setResolution(float horizontal, float vertical, int unit);
+
+    /// Corrects the width and the height in EXIF, where they are present.
+    void setSize(int width, int height);
+
+    /// Whether the file contained a thumbnail. It showed the former pixels and is not kept.
+    bool hadThumbnail() const { return m_hadThumbnail; }
+
+private:
+    friend class MetadataWriter;
+
+    Exiv2::ExifData m_exif;
+    Exiv2::IptcData m_iptc;
+    /// A whole packet, which keeps properties that this program does not understand.
+    std::string m_xmp;
+    std::string m_comment;
+    std::vector<unsigned char> m_profile;
+    /// Some maker notes adopt the byte order of the file.
+    Exiv2::ByteOrder m_byteOrder = Exiv2::littleEndian;
+    bool m_isOfBlocks = false;
+    bool m_hadThumbnail = false;
+    bool m_lostExtendedXmp = false;
+};
+
+} // namespace velorn
