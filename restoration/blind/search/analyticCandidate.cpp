@@ -24,6 +24,7 @@ Evidence evidenceFor(const AnalyticKernel& analytic, bool isShown, const Candida
     evidence.isAnalytic = 1.0;
     evidence.showsZeros = isShown ? 1.0 : 0.0;
     evidence.reachesRim = isShown ? 0.0 : best.evidence.reachesRim;
+    evidence.spectralMisfit = best.evidence.spectralMisfit;
     evidence.agreement = isShown ? 1.0 : best.evidence.agreement;
     return evidence;
 }

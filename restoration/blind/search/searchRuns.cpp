@@ -1,7 +1,9 @@
 #include "restoration/blind/search/searchRuns.h"
 
+#include "restoration/blind/refine/SpectralEvidence.h"
 #include "restoration/blind/runs/KernelRun.h"
 #include "restoration/blind/search/searchBounds.h"
+#include "restoration/blind/squares/kernelShape.h"
 #include "restoration/blind/squares/squareKernelOf.h"
 #include "restoration/failures/Failure.h"
 
@@ -55,6 +57,30 @@ Candidate scored(const SquareKernel& kernel, const SearchContext& search) {
     return candidate;
 }
 
+/// Adds to candidates how well they explain the power spectrum of the first part, one by one.
+class SpectralScorer {
+public:
+    explicit SpectralScorer(const SearchContext& search) : m_team(search.team) {
+        m_team.run([&] {
+            m_spectrum.emplace(search.parts.centre(), search.parts.noiseVariance(),
+                               m_team.cancellation());
+        });
+    }
+
+    void addTo(std::span<Candidate> candidates) {
+        m_team.run([&] {
+            for (Candidate& candidate : candidates) {
+                candidate.evidence.spectralMisfit =
+                    m_spectrum->misfit(withSide(candidate.kernel, candidate.extent));
+            }
+        });
+    }
+
+private:
+    Team& m_team;
+    std::optional<SpectralEvidence> m_spectrum;
+};
+
 void requireEdges(const std::vector<Candidate>& candidates) {
     if (candidates.empty()) {
         throw Failure(VELORN_STATUS_NO_KERNEL, "the picture has too few edges to find a kernel");
@@ -63,7 +89,8 @@ void requireEdges(const std::vector<Candidate>& candidates) {
 
 /// Runs the plans side by side and adds the kernels found. The call has come to `until` then.
 void addRuns(std::span<const RunPlan> plans, double until, const SearchContext& search,
-             std::vector<Candidate>& candidates) {
+             SpectralScorer& spectrum, std::vector<Candidate>& candidates) {
+    const std::size_t known = candidates.size();
     std::size_t units = 0;
     for (const RunPlan& plan : plans) {
         units += unitsOf(plan, search) + search.scoreUnits();
@@ -80,25 +107,27 @@ void addRuns(std::span<const RunPlan> plans, double until, const SearchContext& 
             candidates.push_back(std::move(*candidate));
         }
     }
+    spectrum.addTo(std::span(candidates).subspan(known));
 }
 
-std::array<RunPlan, 2> firstPlans(const KernelBounds& bounds) {
+std::array<RunPlan, 3> firstPlans(const KernelBounds& bounds) {
     return {{{std::min(kSmallSide, bounds.side()), kPlainRun},
-             {std::min(kMiddleSide, bounds.side()), kStrongRun}}};
+             {std::min(kMiddleSide, bounds.side()), kStrongRun},
+             {std::min(kMiddleSide, bounds.side()), kFewEdgesRun}}};
 }
 
 /// A run of the size of the best kernel in the picture.
-RunPlan planLike(const Candidate& best, const KernelBounds& bounds) {
-    return {std::min(fittingSide(best.extent), bounds.side()), kStrongestRun};
+RunPlan planLike(const Candidate& best, const KernelBounds& bounds, const RunSettings& settings) {
+    return {std::min(fittingSide(best.extent), bounds.side()), settings};
 }
 
-/// The same, or a larger one where the first runs have found no end of the kernel.
-RunPlan thirdPlan(const Candidate& best, const KernelBounds& bounds) {
+/// Two runs of this size, or a larger one where the first runs have found no end of the kernel.
+std::array<RunPlan, 2> laterPlans(const Candidate& best, const KernelBounds& bounds) {
     const int side = bounds.side();
     if (best.extent > kFilledShare * std::min(kMiddleSide, side) && side > kMiddleSide) {
-        return {std::min(kLargestRunSide, side), kLargeRun};
+        return {{{std::min(kLargestRunSide, side), kLargeRun}, planLike(best, bounds, kStrongRun)}};
     }
-    return planLike(best, bounds);
+    return {planLike(best, bounds, kStrongestRun), planLike(best, bounds, kStrongRun)};
 }
 
 /// The kernels of the parts after the first.
@@ -121,12 +150,13 @@ std::vector<SquareKernel> kernelsElsewhere(const RunPlan& plan, const SearchCont
 
 RunResults searchRuns(const SearchContext& search) {
     RunResults results;
-    addRuns(firstPlans(search.bounds), 0.5, search, results.candidates);
+    SpectralScorer spectrum(search);
+    addRuns(firstPlans(search.bounds), 0.5, search, spectrum, results.candidates);
     requireEdges(results.candidates);
-    const RunPlan third = thirdPlan(bestOf(results.candidates), search.bounds);
-    addRuns({&third, 1}, search.parts.count() == 1 ? 0.75 : 0.6, search, results.candidates);
-    results.elsewhere =
-        kernelsElsewhere(planLike(bestOf(results.candidates), search.bounds), search);
+    addRuns(laterPlans(bestOf(results.candidates), search.bounds),
+            search.parts.count() == 1 ? 0.75 : 0.6, search, spectrum, results.candidates);
+    results.elsewhere = kernelsElsewhere(
+        planLike(bestOf(results.candidates), search.bounds, kStrongestRun), search);
     return results;
 }
 

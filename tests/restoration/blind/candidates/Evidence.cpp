@@ -14,8 +14,8 @@ TEST(Evidence, EachPartIsWeighedOnce) {
 }
 
 TEST(Evidence, WorseExplanationsScoreHigher) {
-    for (double Evidence::*part :
-         {&Evidence::sparsity, &Evidence::residual, &Evidence::reachesRim}) {
+    for (double Evidence::*part : {&Evidence::sparsity, &Evidence::residual,
+                                   &Evidence::spectralMisfit, &Evidence::reachesRim}) {
         Evidence worse;
         worse.*part = 1.0;
         EXPECT_GT(scoreOf(worse), scoreOf(Evidence()));
