@@ -8,8 +8,8 @@
 
 namespace restoration {
 
-/// Finds the blur of a picture in its power spectrum, which needs no edges: softly focused pictures
-/// and blurs beyond the reach of the search serve as well.
+/// Finds the blur of a picture in its power spectrum. This needs no edges: it also finds the blur
+/// of softly focused pictures, and blurs that are too large for runs.
 ///
 /// Discs and straight motions leave zeros, on circles at those of J1(2 pi r f), or on lines across
 /// the motion in steps of one over its length (Gennery: Determination of optical transfer function

@@ -1,19 +1,9 @@
 #pragma once
 
+#include "restoration/blind/analytic/FallProfile.h"
 #include "restoration/blind/analytic/PowerSpectrum.h"
 
-#include <optional>
-#include <vector>
-
 namespace restoration {
-
-/// A fall of power with the frequency f as c f^slope |K(f)|^2 + noise.
-struct FallFit {
-    double slope = 0.0;
-    /// The squared differences of the mean logarithms on rings, times the frequencies that each
-    /// is the mean of; the mean over the rings. About 5 for a perfect fit.
-    double error = 0.0;
-};
 
 /// The blur that explains how the power of a picture falls with the frequency, when it falls alike
 /// in all directions.

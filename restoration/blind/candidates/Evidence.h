@@ -6,7 +6,7 @@
 
 namespace restoration {
 
-/// What speaks for and against a kernel found in a picture. Logarithms are natural; x is a
+/// The evidence for and against a kernel found in a picture. Logarithms are natural; x is a
 /// restoration of the picture y with the kernel, both in levels of 255.
 struct Evidence {
     /// Of the mean square root of the gradients' lengths in x over that in y, the logarithm.

@@ -20,6 +20,8 @@ namespace {
 constexpr double kLevels = 255.0;
 /// Pixels at the rim of the picture that gradients are not taken from, for the sum of their roots.
 constexpr int kRim = 12;
+/// Pixels beyond the radius of the kernel that residuals are not taken from.
+constexpr int kResidualMargin = 4;
 constexpr float kEdgeLambda = 1e-3f;
 constexpr HyperLaplacian kPrior{3000.0f, 0.5f};
 
@@ -65,6 +67,15 @@ Plane copyOf(const Plane& plane) {
     return copy;
 }
 
+/// The mean squared difference of two planes, in levels, without a margin of the picture.
+double meanSquaredDifference(const Plane& first, const Plane& second, int width, int height,
+                             int margin) {
+    return meanInside(width, height, margin, [&](int x, int y) {
+        const double difference = kLevels * static_cast<double>(first.row(y)[x] - second.row(y)[x]);
+        return difference * difference;
+    });
+}
+
 Kernel singlePrecision(const SquareKernel& kernel) {
     return {kernel.side, kernel.side, {kernel.values.begin(), kernel.values.end()}};
 }
@@ -87,23 +98,12 @@ Evidence KernelScorer::of(const SquareKernel& kernel, const Cancellation& cancel
     deconvolveHyperLaplacian(picture, nullptr, blur, kPrior, restored, scratch, cancellation);
     Plane again(side(), side());
     blurPlane(restored, blur, again, scratch, cancellation);
-    const double residual = meanInside(m_width, m_height, kernel.radius() + 4, [&](int x, int y) {
-        const double difference =
-            kLevels * static_cast<double>(again.row(y)[x] - m_wrapped.row(y)[x]);
-        return difference * difference;
-    });
-    // Flat pictures have no steps, before and after the restoration.
-    constexpr double kLeast = 1e-9;
-    const double sparsity = (meanRootOfSteps(restored, m_width, m_height) + kLeast) /
-                            (meanRootOfSteps(m_wrapped, m_width, m_height) + kLeast);
-    SquareTransform transform(side(), cancellation);
-    LatentGradients gradients(transform, copyOf(m_wrapped), m_width, m_height);
-    const double edges = static_cast<double>(gradients.find(kernel, kEdgeLambda)) /
-                         (static_cast<double>(m_width) * m_height);
+    const double residual = meanSquaredDifference(again, m_wrapped, m_width, m_height,
+                                                  kernel.radius() + kResidualMargin);
     const SpectrumFit fit = m_spectrum.fitOf(blur, cancellation);
     Evidence evidence;
-    evidence.sparsity = std::log(sparsity);
-    evidence.edges = std::log(edges + 1e-4);
+    evidence.sparsity = std::log(sparsityOf(restored));
+    evidence.edges = std::log(shareOfEdges(kernel, cancellation) + 1e-4);
     evidence.residual = std::log(residual + 0.05);
     evidence.misfit = std::log(residual / (m_noise * m_noise) + 1e-6);
     evidence.unlikelihood = fit.unlikelihood;
@@ -111,6 +111,21 @@ Evidence KernelScorer::of(const SquareKernel& kernel, const Cancellation& cancel
     evidence.excess = std::log(meanExcess(restored, m_width, m_height) + 0.01);
     evidence.raggedness = raggednessOf(kernel);
     return evidence;
+}
+
+double KernelScorer::sparsityOf(const Plane& restored) const {
+    // Flat pictures have no steps, before and after the restoration.
+    constexpr double kLeast = 1e-9;
+    return (meanRootOfSteps(restored, m_width, m_height) + kLeast) /
+           (meanRootOfSteps(m_wrapped, m_width, m_height) + kLeast);
+}
+
+double KernelScorer::shareOfEdges(const SquareKernel& kernel,
+                                  const Cancellation& cancellation) const {
+    SquareTransform transform(side(), cancellation);
+    LatentGradients gradients(transform, copyOf(m_wrapped), m_width, m_height);
+    return static_cast<double>(gradients.find(kernel, kEdgeLambda)) /
+           (static_cast<double>(m_width) * m_height);
 }
 
 } // namespace restoration

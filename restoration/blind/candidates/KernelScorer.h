@@ -27,6 +27,11 @@ public:
     int side() const noexcept { return m_wrapped.height(); }
 
 private:
+    /// The mean square root of the gradients' lengths over that of the picture.
+    double sparsityOf(const Plane& restored) const;
+    /// The share of pixels whose latent gradients are kept.
+    double shareOfEdges(const SquareKernel& kernel, const Cancellation& cancellation) const;
+
     int m_width;
     int m_height;
     double m_noise;

@@ -48,6 +48,17 @@ std::vector<double> cellPowers(const vel::RealFft2D& fft, const float* spectrum,
     return sums;
 }
 
+/// The frequency in the middle of the cell at `place`, in cycles per pixel.
+double frequencyOf(int place, int side) {
+    const auto along = [side](int cell) {
+        const double middle = kCellSide * cell + (kCellSide - 1) / 2.0;
+        return (middle < side / 2.0 ? middle : middle - side) / side;
+    };
+    const int columns = side / 2 / kCellSide;
+    return std::hypot(along(place / columns), along(place % columns));
+}
+
+/// The Hann window of samples in the middle of pixels.
 std::vector<double> hann(int length) {
     std::vector<double> window;
     for (int i = 0; i < length; ++i) {
@@ -94,26 +105,20 @@ PictureSpectrum::PictureSpectrum(const Plane& picture, int side, double noise,
     const std::vector<double> powers = cellPowers(transform.fft(), spectrum.data(), cancellation);
     // The mean square of the window of Hann is 3/8 for each axis.
     const double weight = 9.0 / 64.0 * picture.width() * picture.height();
-    const int columns = side / 2 / kCellSide;
     for (std::size_t place = 0; place < powers.size(); ++place) {
-        const auto frequency = [&](int cell) {
-            const double middle = kCellSide * cell + (kCellSide - 1) / 2.0;
-            return (middle < side / 2.0 ? middle : middle - side) / side;
-        };
-        const double f = std::hypot(frequency(static_cast<int>(place) / columns),
-                                    frequency(static_cast<int>(place) % columns));
-        if (f < kLowest) {
-            continue;
+        const double frequency = frequencyOf(static_cast<int>(place), side);
+        if (frequency >= kLowest) {
+            m_cells.push_back(cellOf(place, frequency, powers[place] / weight));
         }
-        Cell cell{place,
-                  std::min(static_cast<int>(2.0 * kRings * f), kRings - 1),
-                  powers[place] / weight,
-                  {}};
-        for (std::size_t i = 0; i < kFalls.size(); ++i) {
-            cell.expected[i] = std::pow(f, -kFalls[i]);
-        }
-        m_cells.push_back(cell);
     }
+}
+
+PictureSpectrum::Cell PictureSpectrum::cellOf(std::size_t place, double frequency, double power) {
+    Cell cell{place, std::min(static_cast<int>(2.0 * kRings * frequency), kRings - 1), power, {}};
+    for (std::size_t i = 0; i < kFalls.size(); ++i) {
+        cell.expected[i] = std::pow(frequency, -kFalls[i]);
+    }
+    return cell;
 }
 
 SpectrumFit PictureSpectrum::fitOf(const BlurSpectrum& blur,

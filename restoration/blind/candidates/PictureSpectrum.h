@@ -44,6 +44,7 @@ private:
         std::array<double, kFalls.size()> expected{}; ///< f^-gamma
     };
 
+    static Cell cellOf(std::size_t place, double frequency, double power);
     double unlikelihood(const std::vector<double>& blurs, std::size_t fall, double level) const;
     double unevenness(const std::vector<double>& blurs, std::size_t fall, double level) const;
     double variance(const std::vector<double>& blurs, std::size_t cell, std::size_t fall,

@@ -17,7 +17,7 @@ namespace restoration {
 /// the kernel, plus white noise. The misfit is the mean of ln S + P / S (Whittle, Arkiv foer
 /// Matematik 2, 1953), with the best levels. It sees all pixels, texture as well as edges, but no
 /// phases: where the kernel lies does not matter, and a kernel rotated by 180 degrees fits as well.
-/// Serves one thread.
+/// Not thread-safe.
 class SpectralEvidence {
 public:
     /// @param picture       luminance, 1.0 = white, at least 32 by 32 pixels

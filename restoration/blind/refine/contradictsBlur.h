@@ -8,7 +8,7 @@ namespace restoration {
 /// Kernels of small blurs, and most that are found in sharp pictures, have less variance.
 inline constexpr double kNarrowVariance = 2.5;
 
-/// Whether a picture's power spectrum speaks against a blur by `kernel`, which a run has found.
+/// Whether a picture's power spectrum contradicts a blur by `kernel`, which a run has found.
 /// Never for narrow kernels, which change the spectrum little.
 ///
 /// Blurs lower the misfit of the spectrum; wide ones by 0.004 or more in all cases of half 0 of the

@@ -19,7 +19,7 @@ struct KernelReach {
 /// 60 steps of accelerated projected gradients (Beck, Teboulle 2009) with restarts by the gradient
 /// (O'Donoghue, Candes 2015). Products with A are cyclic convolutions of a side that holds all
 /// differences of two places; they run in single precision, everything else in double.
-/// Serves one thread.
+/// Not thread-safe.
 class KernelSolver {
 public:
     /// For kernels of this radius.

@@ -23,7 +23,7 @@ struct KernelSystem {
 };
 
 /// Computes the systems of one level from cyclic correlations (the data term of Cho and Lee: Fast
-/// motion deblurring, SIGGRAPH Asia 2009, in convolution form). Serves one thread.
+/// motion deblurring, SIGGRAPH Asia 2009, in convolution form). Not thread-safe.
 class KernelSystems {
 public:
     /// @throws std::bad_alloc

@@ -21,7 +21,7 @@ namespace restoration {
 /// splitting begins at 2 lambda and doubles while it is below 8. Gradients weaker than
 /// sqrt(lambda / beta) are not kept.
 ///
-/// Serves one thread.
+/// Not thread-safe.
 class LatentGradients {
 public:
     /// @param picture square, of the transform's side; columns from `width` and rows from `height`

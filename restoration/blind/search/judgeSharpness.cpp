@@ -65,7 +65,7 @@ Judgement judgeByEdges(const Candidate& first, const SearchContext& search) {
     return judgement;
 }
 
-/// Whether the power spectrum may speak against a kernel.
+/// Whether the power spectrum can contradict a kernel.
 bool isJudgedBySpectrum(const Candidate& first, const KernelBounds& bounds) {
     const bool isStroke =
         first.evidence.isAnalytic > 0.0 && first.kind.shape == KernelKind::Shape::Motion;

@@ -7,7 +7,7 @@
 
 namespace restoration {
 
-/// What speaks against the first candidate of a search.
+/// Objections to the first candidate of a search.
 struct Judgement {
     bool isSharp = false;              ///< the picture is not blurred
     float mostConfidence = 1.0f;       ///< in any kernel, 0..1
