@@ -20,14 +20,14 @@ std::vector<api::FoundKernel> findKernels(const ImageFile& picture,
                                           const BlindSettings& settings, const Interrupt& interrupt,
                                           const api::Progress& progress);
 
-/// Finds the kernels of the parts of a picture; in all else like `findKernels`. The cells of the
+/// Finds the kernels of the parts of a picture; otherwise as `findKernels`. The cells of the
 /// grid refer to the rows and columns as stored.
 api::FoundKernelGrid findLocalKernels(const ImageFile& picture, const std::filesystem::path& path,
                                       const BlindSettings& settings, const Interrupt& interrupt,
                                       const api::Progress& progress);
 
-/// The one of `found` that the settings choose. Warns on `terminal` when a
-/// restoration with it may be worse than the picture, and when no kernel fits all of the picture.
+/// The one of `found` that the settings choose. Warns on `terminal` when a restoration with it may
+/// be worse than the picture, and when no kernel fits all of the picture.
 /// @throws Failure that names `path` when there is no such candidate, or when the settings are
 ///         strict and the kernel is uncertain
 api::FoundKernel chosenKernel(const std::vector<api::FoundKernel>& found,

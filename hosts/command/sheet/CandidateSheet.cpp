@@ -7,6 +7,7 @@
 #include "hosts/command/pictures/upright.h"
 #include "hosts/command/sheet/Canvas.h"
 #include "hosts/command/sheet/detailArea.h"
+#include "hosts/command/sheet/SheetLayout.h"
 #include "hosts/command/sheet/shownPart.h"
 #include "hosts/command/terminal/slicedProgress.h"
 
@@ -19,17 +20,11 @@
 namespace velorn {
 namespace {
 
-/// The largest sides of the detail and of the overview, as displayed.
-constexpr int kDetailWidth = 400;
-constexpr int kDetailHeight = 300;
-constexpr int kColumns = 3;
-constexpr int kMargin = 24;
-/// Between a detail and what is written below it.
-constexpr int kGap = 14;
-constexpr int kKernelSide = 105;
-/// Heights of capital letters.
-constexpr int kHeading = 14;
-constexpr int kText = 10;
+constexpr int kDetailWidth = SheetLayout::kDetailWidth;
+constexpr int kDetailHeight = SheetLayout::kDetailHeight;
+constexpr int kKernelSide = SheetLayout::kKernelSide;
+constexpr int kHeading = SheetLayout::kHeading;
+constexpr int kText = SheetLayout::kText;
 
 constexpr Colour kBackground{38, 38, 40};
 constexpr Colour kInk{225, 225, 225};
@@ -37,36 +32,17 @@ constexpr Colour kFaint{150, 150, 155};
 constexpr Colour kAccent{255, 190, 70};
 constexpr Colour kBlack{0, 0, 0};
 
+/// The cells before the candidates.
+constexpr int kOverview = 0;
+constexpr int kUnrestored = 1;
+constexpr int kFirstCandidate = 2;
+
 std::string scoreText(float score) {
     char digits[64];
     const auto end =
         std::to_chars(digits, digits + sizeof digits, score, std::chars_format::fixed, 2).ptr;
     return {digits, end};
 }
-
-/// Where the cells of the sheet lie. All have the same size: a detail, and a strip of text below.
-class Cells {
-public:
-    Cells(int detailWidth, int detailHeight, int count)
-        : m_width(std::max(detailWidth, kDetailWidth)), m_detailHeight(detailHeight),
-          m_height(detailHeight + kGap + kKernelSide + kMargin),
-          m_columns(std::min(count, kColumns)), m_rows((count + kColumns - 1) / kColumns) {}
-
-    int width() const { return m_width; }
-    int left(int cell) const { return kMargin + cell % kColumns * (m_width + kMargin); }
-    int top(int cell) const { return kMargin + cell / kColumns * m_height; }
-    /// The top of the strip.
-    int strip(int cell) const { return top(cell) + m_detailHeight + kGap; }
-    int sheetWidth() const { return kMargin + m_columns * (m_width + kMargin); }
-    int sheetHeight() const { return kMargin + m_rows * m_height + 2 * kText + kMargin / 2; }
-
-private:
-    int m_width;
-    int m_detailHeight;
-    int m_height;
-    int m_columns;
-    int m_rows;
-};
 
 /// Draws the weights as squares, the largest one white, in a square of side `kKernelSide`.
 void drawKernel(Canvas& canvas, const BlurKernel& kernel, int left, int top) {
@@ -87,23 +63,23 @@ void drawKernel(Canvas& canvas, const BlurKernel& kernel, int left, int top) {
     }
 }
 
-void describe(Canvas& canvas, const Cells& cells, int cell, const api::FoundKernel& found,
+/// Writes what is known about a kernel into the strip of its cell.
+void describe(Canvas& canvas, const SheetLayout& layout, int cell, const api::FoundKernel& found,
               int orientation) {
     const BlurKernel shown = asShown(blurKernelOf(found.kernel), orientation);
-    const int left = cells.left(cell) + kKernelSide + kGap;
-    const int width = cells.left(cell) + cells.width() - left;
-    int top = cells.strip(cell);
-    drawKernel(canvas, shown, cells.left(cell), top);
-    const std::string number = std::to_string(cell - 1);
-    canvas.write(number, left, top, kHeading, kAccent);
+    const int left = layout.left(cell) + kKernelSide + SheetLayout::kGap;
+    const int width = layout.left(cell) + layout.width() - left;
+    const int strip = layout.strip(cell);
+    drawKernel(canvas, shown, layout.left(cell), strip);
+    const std::string number = std::to_string(cell + 1 - kFirstCandidate);
+    canvas.write(number, left, strip, kHeading, kAccent);
     canvas.write("confidence " + percentText(found.report.confidence),
-                 left + Canvas::textWidth(number + "  ", kHeading), top, kHeading, kInk);
-    top += 2 * kHeading + kText / 2;
-    top = canvas.writeWrapped(blurText(found.report, shown, orientation), left, top, width, kText,
-                              kInk);
+                 left + Canvas::textWidth(number + "  ", kHeading), strip, kHeading, kInk);
+    const int below = canvas.writeWrapped(blurText(found.report, shown, orientation), left,
+                                          layout.text(cell), width, kText, kInk);
     canvas.writeWrapped("kernel " + shown.size().text() + ", score " +
                             scoreText(found.report.score),
-                        left, top, width, kText, kFaint);
+                        left, below, width, kText, kFaint);
 }
 
 /// `pixels`, reduced to fit `width` by `height`, unless they do.
@@ -143,40 +119,45 @@ CandidateSheet::CandidateSheet(const ImageFile& picture, const std::filesystem::
 
 ImageFile CandidateSheet::draw(const std::vector<api::FoundKernel>& found,
                                const api::Progress& progress) const {
-    const int orientation = m_picture.orientation();
     const RgbPixels detail = shownPart(m_picture, m_detail, 1, m_interrupt);
     const RgbPixels reduced = overview();
     const int count = static_cast<int>(found.size());
-    const Cells cells(detail.width, std::max(detail.height, reduced.height), count + 2);
-    Canvas canvas(cells.sheetWidth(), cells.sheetHeight(), kBackground);
-
-    canvas.paste(reduced, cells.left(0), cells.top(0));
-    const KernelSize sides = shownSides(m_picture);
-    const PictureArea place = asShown(m_detail, orientation, sides.width, sides.height);
-    const double scale = static_cast<double>(reduced.width) / sides.width;
-    const auto reducedBy = [scale](int length) { return static_cast<int>(scale * length); };
-    canvas.frame(cells.left(0) + reducedBy(place.x), cells.top(0) + reducedBy(place.y),
-                 reducedBy(place.width), reducedBy(place.height), kAccent);
-    canvas.write(m_path.filename().string(), cells.left(0), cells.strip(0), kHeading, kInk);
-    canvas.writeWrapped(sides.text() + " pixels; the frame shows the detail", cells.left(0),
-                        cells.strip(0) + 2 * kHeading + kText / 2, cells.width(), kText, kFaint);
-
-    canvas.paste(detail, cells.left(1), cells.top(1));
-    canvas.write("as it is", cells.left(1), cells.strip(1), kHeading, kInk);
-
+    const SheetLayout layout(detail.width, std::max(detail.height, reduced.height),
+                             kFirstCandidate + count);
+    Canvas canvas(layout.sheetWidth(), layout.sheetHeight(), kBackground);
+    drawOverview(canvas, layout, reduced);
+    canvas.paste(detail, layout.left(kUnrestored), layout.top(kUnrestored));
+    canvas.write("as it is", layout.left(kUnrestored), layout.strip(kUnrestored), kHeading, kInk);
     for (int i = 0; i < count; ++i) {
         const api::FoundKernel& candidate = found[static_cast<std::size_t>(i)];
         const auto share = slicedProgress(progress, static_cast<double>(i) / count,
                                           static_cast<double>(i + 1) / count);
-        canvas.paste(restoredDetail(candidate.kernel, share), cells.left(i + 2), cells.top(i + 2));
-        describe(canvas, cells, i + 2, candidate, orientation);
+        const int cell = kFirstCandidate + i;
+        canvas.paste(restoredDetail(candidate.kernel, share), layout.left(cell), layout.top(cell));
+        describe(canvas, layout, cell, candidate, m_picture.orientation());
     }
     canvas.write("To restore the picture with candidate N: velorn deblur IN OUT --blind "
                  "--candidate N",
-                 kMargin, canvas.height() - kMargin, kText, kFaint);
+                 SheetLayout::kMargin, canvas.height() - SheetLayout::kMargin, kText, kFaint);
     ImageFile sheet(canvas.width(), canvas.height(), 3, 8);
     sheet.setRgb(canvas.pixels());
     return sheet;
+}
+
+void CandidateSheet::drawOverview(Canvas& canvas, const SheetLayout& layout,
+                                  const RgbPixels& reduced) const {
+    const int left = layout.left(kOverview);
+    const int top = layout.top(kOverview);
+    canvas.paste(reduced, left, top);
+    const KernelSize sides = shownSides(m_picture);
+    const PictureArea place = asShown(m_detail, m_picture.orientation(), sides.width, sides.height);
+    const double scale = static_cast<double>(reduced.width) / sides.width;
+    const auto reducedBy = [scale](int length) { return static_cast<int>(scale * length); };
+    canvas.frame(left + reducedBy(place.x), top + reducedBy(place.y), reducedBy(place.width),
+                 reducedBy(place.height), kAccent);
+    canvas.write(m_path.filename().string(), left, layout.strip(kOverview), kHeading, kInk);
+    canvas.writeWrapped(sides.text() + " pixels; the frame shows the detail", left,
+                        layout.text(kOverview), layout.width(), kText, kFaint);
 }
 
 RgbPixels CandidateSheet::overview() const {

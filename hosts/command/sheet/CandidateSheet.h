@@ -2,6 +2,8 @@
 
 #include "hosts/command/pictures/ImageFile.h"
 #include "hosts/command/pictures/PictureArea.h"
+#include "hosts/command/sheet/Canvas.h"
+#include "hosts/command/sheet/SheetLayout.h"
 #include "hosts/command/terminal/Interrupt.h"
 #include "velorn.hpp"
 
@@ -27,7 +29,11 @@ public:
     ImageFile draw(const std::vector<api::FoundKernel>& found, const api::Progress& progress) const;
 
 private:
+    /// The whole picture as displayed, reduced to the size of a detail.
     RgbPixels overview() const;
+    /// Draws the overview with a frame around the detail.
+    void drawOverview(Canvas& canvas, const SheetLayout& layout, const RgbPixels& reduced) const;
+    /// @throws Failure that names the picture, Interrupted
     RgbPixels restoredDetail(const api::Kernel& kernel, const api::Progress& progress) const;
 
     const ImageFile& m_picture;
