@@ -14,7 +14,7 @@ import numpy as np
 # Evidence that may take part. What is not named does not help in cross-validation.
 SCORE = ["sparsity", "edges", "residual", "unlikelihood", "spectralMisfit",
          "reachesRim", "isAnalytic"]
-# Given: whoever sees zeros should be believed unless much speaks against it. Pictures that are
+# Given, not fitted: zeros of the spectrum are strong evidence. Pictures that are
 # blurred in parts only need a larger weight than those of the study.
 WEIGHT_OF_ZEROS = -2.0
 CONFIDENCE = ["unevenness", "excess", "raggedness", "showsZeros", "agreement"]

@@ -22,8 +22,8 @@ Failure cannotWrite(const std::filesystem::path& path, const std::string& reason
 /// "'PATH': REASON"
 Failure failureIn(const std::filesystem::path& path, const std::string& reason);
 
-/// Returns `work()`. A `Failure` of `work`, which does not know the file, is thrown again with the
-/// name of `path` in front.
+/// Returns `work()`. Where `work` throws a `Failure`, it is thrown again with the name of `path`
+/// in front.
 template <class Work>
 auto naming(const std::filesystem::path& path, Work&& work) {
     try {

@@ -83,7 +83,8 @@ FallFit FallProfile::of(const std::vector<double>& blur, std::optional<double> s
             break;
         }
         const double turn = slope ? 0.0 : std::clamp(sum.slopeStep(), -1.0, 1.0);
-        const double next = slope ? line.slope : std::clamp(line.slope + turn, kSteepest, kFlattest);
+        const double next =
+            slope ? line.slope : std::clamp(line.slope + turn, kSteepest, kFlattest);
         line.offset += sum.offsetStep(next - line.slope);
         line.slope = next;
         sum = momentsOf(blur, line);

@@ -100,11 +100,10 @@ void StrokeSearch::refine(BlurMatch& match) const {
     for (double turn = -kRefinedTurn; turn <= kRefinedTurn; turn += kFineTurn) {
         const RippleFit fit(profileAlong(start.degrees + turn, kWide), m_spectrum.floor());
         const int last = static_cast<int>(std::floor(kStrokeRatio * start.extent / kStrokeStep));
-        for (int i = static_cast<int>(std::ceil(start.extent / kStrokeRatio / kStrokeStep)); i <= last;
-             ++i) {
+        for (int i = static_cast<int>(std::ceil(start.extent / kStrokeRatio / kStrokeStep));
+             i <= last; ++i) {
             const double stroke = i * kStrokeStep;
-            const RippleMatch ripple =
-                fit.of(strokePattern(stroke, m_length, m_spectrum.side()));
+            const RippleMatch ripple = fit.of(strokePattern(stroke, m_length, m_spectrum.side()));
             if (ripple.evidence > match.evidence()) {
                 match = {stroke, start.degrees + turn, ripple};
             }

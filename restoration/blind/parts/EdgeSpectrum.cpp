@@ -31,7 +31,8 @@ struct DirectionFit {
     double fall = 0.0;       ///< from the second band to the last one, in powers of e
 };
 
-DirectionFit fitOf(const Cells& cells, const Spectrum& most, const Spectrum& least) {
+/// The power of the noise in one direction, above 0.
+double noiseOf(const Cells& cells, const Spectrum& least) {
     // Noise is as strong in all bands; the content of busy pictures, which have no square without
     // edges, is weakest in the last ones.
     double noise = cells[0].meanOf(least);
@@ -39,7 +40,11 @@ DirectionFit fitOf(const Cells& cells, const Spectrum& most, const Spectrum& lea
         noise = std::min(noise, cell.meanOf(least));
     }
     // Rounded pictures are never quite free of noise.
-    noise += 1e-12;
+    return noise + 1e-12;
+}
+
+DirectionFit fitOf(const Cells& cells, const Spectrum& most, const Spectrum& least) {
+    const double noise = noiseOf(cells, least);
     std::array<double, kBands.size()> shares{};
     std::array<double, kBands.size()> edges{};
     for (std::size_t band = 0; band < kBands.size(); ++band) {

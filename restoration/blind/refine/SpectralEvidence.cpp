@@ -1,13 +1,13 @@
 #include "restoration/blind/refine/SpectralEvidence.h"
 
 #include "restoration/blind/refine/minimise.h"
+#include "restoration/blind/spectra/hannWindow.h"
 #include "velimproclib/veldeblurcv/deconvolution/SpectralQuotient.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstddef>
-#include <numbers>
 
 namespace restoration {
 namespace {
@@ -38,14 +38,6 @@ int windowSide(const Plane& picture) {
         side /= 2;
     }
     return side;
-}
-
-std::vector<double> hannWindow(int side) {
-    std::vector<double> values;
-    for (int i = 1; i <= side; ++i) {
-        values.push_back(0.5 - 0.5 * std::cos(2.0 * std::numbers::pi * i / (side + 1)));
-    }
-    return values;
 }
 
 /// Where windows of `side` begin on an axis of `length`: neighbours share half of their pixels, or

@@ -268,7 +268,7 @@ Plane twoParts(const WholeKernel& left, const WholeKernel& right) {
     return picture;
 }
 
-TEST(FindKernel, TellsWhetherPartsAgree) {
+TEST(FindKernel, ReportsWhetherPartsAgree) {
     const FoundKernel alike = found(twoParts(line11(), line11()));
     EXPECT_EQ(alike.parts, 2);
     EXPECT_GT(alike.partAgreement, 0.9f);
@@ -314,7 +314,7 @@ TEST(FindKernel, SurvivesValuesThatAreNotFinite) {
     EXPECT_EQ(statusFor(picture), VELORN_STATUS_NO_KERNEL);
 }
 
-TEST(FindKernel, ServesThinPictures) {
+TEST(FindKernel, FindsKernelsInThinPictures) {
     const Plane picture = blurredPicture(DrawnScene(700, 54, 19), line11(), 1, 1);
     const FoundKernel result = found(picture);
     EXPECT_LE(result.kernel.largerSide(), 9);

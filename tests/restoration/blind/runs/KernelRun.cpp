@@ -35,7 +35,7 @@ double differenceFromModel(const WholeKernel& blur, std::uint32_t seed, int side
     return difference / largest;
 }
 
-/// The model knows no price of weights and begins with smaller kernels.
+/// The model has no price of weights and begins with smaller kernels.
 constexpr RunSettings kPlainRunOfModel{4e-3f, 5e-4f, 5, 0.05, 0.0, 0.0, 5.0};
 constexpr RunSettings kStrongestRunOfModel{2e-2f, 5e-4f, 8, 0.08, 0.0, 0.0, 5.0};
 constexpr RunSettings kStrongRunOfModel{1e-2f, 5e-4f, 8, 0.05, 0.0, 0.0, 5.0};
