@@ -17,7 +17,7 @@
 namespace restoration {
 namespace {
 
-/// Sides of the first two runs.
+/// Sides of the first runs.
 constexpr int kSmallSide = 31;
 constexpr int kMiddleSide = 47;
 /// Kernels that take more than this share of the middle side may be larger.
