@@ -5,6 +5,7 @@
 #include "hosts/command/commands/KernelCommand.h"
 #include "hosts/command/commands/PreviewCommand.h"
 #include "hosts/command/files/fileFailures.h"
+#include "hosts/command/terminal/errorLine.h"
 
 #include <csignal>
 #include <iostream>
@@ -18,6 +19,7 @@ using namespace velorn;
 constexpr int kFailed = 1;
 constexpr int kWrongUsage = 2;
 constexpr int kSignalBase = 128;
+constexpr const char* kNoOutput = "cannot write to the standard output";
 
 /// The file that messages name for failures that carry no file name.
 std::filesystem::path subjectOf(const Command& command) {
@@ -46,18 +48,22 @@ void run(const Command& command, const Interrupt& interrupt) {
 }
 
 int report(const std::string& text, int exitStatus) {
-    std::cerr << "velorn: " + onOneLine(text) + "\n";
+    std::cerr << errorLine(text) + "\n";
     return exitStatus;
+}
+
+/// Writes beyond the file size limit and into a pipe that nobody reads then fail like those on a
+/// full disc, instead of ending the program.
+void failWritesInsteadOfEnding() {
+    std::signal(SIGXFSZ, SIG_IGN);
+    std::signal(SIGPIPE, SIG_IGN);
 }
 
 int runReported(const Command& command) {
     const Interrupt interrupt;
-    // A write beyond the file size limit then fails like one on a full disc, instead of ending the
-    // program.
-    std::signal(SIGXFSZ, SIG_IGN);
     try {
         run(command, interrupt);
-        return 0;
+        return std::cout.flush() ? 0 : report(kNoOutput, kFailed);
     } catch (const Interrupted& signal) {
         return kSignalBase + signal.signal();
     } catch (const Failure& failure) {
@@ -74,12 +80,13 @@ int runReported(const Command& command) {
 } // namespace
 
 int main(int argc, char** argv) {
+    failWritesInsteadOfEnding();
     try {
         const auto command = parseCommandLine(argc, argv, std::cout);
         if (command) {
             return runReported(*command);
         }
-        return std::cout.flush() ? 0 : report("cannot write to the standard output", kFailed);
+        return std::cout.flush() ? 0 : report(kNoOutput, kFailed);
     } catch (const UsageFailure& failure) {
         return report(failure.what(), kWrongUsage);
     } catch (const std::exception& failure) {

@@ -44,8 +44,9 @@ inline std::string drain(int descriptor, const std::function<void()>& onFirst = 
 
 [[noreturn]] inline void become(const std::vector<std::string>& words) {
     // The program would inherit these signals as ignored if the process that runs the tests does.
-    std::signal(SIGINT, SIG_DFL);
-    std::signal(SIGTERM, SIG_DFL);
+    for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGPIPE}) {
+        std::signal(signal, SIG_DFL);
+    }
     std::vector<char*> arguments;
     for (const std::string& word : words) {
         arguments.push_back(const_cast<char*>(word.c_str()));

@@ -12,13 +12,17 @@
 namespace velorn {
 namespace {
 
+/// As many links in a row as the system follows.
+constexpr int kMostLinks = 40;
+
+/// The file that `target` leads to through links. It need not exist.
 std::filesystem::path withoutLinks(const std::filesystem::path& target) {
+    std::filesystem::path file = target;
     std::error_code error;
-    if (!std::filesystem::is_symlink(target, error)) {
-        return target;
+    for (int i = 0; i < kMostLinks && std::filesystem::is_symlink(file, error); ++i) {
+        file = file.parent_path() / std::filesystem::read_symlink(file, error);
     }
-    const auto resolved = std::filesystem::weakly_canonical(target, error);
-    return error ? target : resolved;
+    return file;
 }
 
 } // namespace
@@ -27,6 +31,9 @@ TemporaryFile::TemporaryFile(const std::filesystem::path& target)
     : m_shown(target), m_target(withoutLinks(target)) {
     std::error_code error;
     const auto status = std::filesystem::status(m_target, error);
+    if (error == std::errc::too_many_symbolic_link_levels) {
+        throw cannotWrite(m_shown, error.message());
+    }
     if (std::filesystem::is_directory(status)) {
         throw cannotWrite(m_shown, "it is a folder");
     }

@@ -10,8 +10,8 @@ namespace velorn {
 /// committed.
 class TemporaryFile {
 public:
-    /// Opens the temporary file. If `target` is a symbolic link, `commit` replaces the file that it
-    /// points to.
+    /// Opens the temporary file. If `target` is a symbolic link, `commit` replaces or creates the
+    /// file that it points to.
     /// @throws Failure that names the target: no such folder, no permission, not a regular file.
     explicit TemporaryFile(const std::filesystem::path& target);
     ~TemporaryFile();

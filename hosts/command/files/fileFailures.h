@@ -10,7 +10,8 @@ namespace velorn {
 
 // Failures that name a file, with the wording that all commands share.
 
-/// The name of a file in single quotes, as messages show it.
+/// The name of a file in single quotes, as messages show it: printable, and shortened in the middle
+/// if it is long.
 std::string quoted(const std::filesystem::path& path);
 
 /// "cannot read 'PATH': REASON"

@@ -6,7 +6,7 @@
 
 namespace velorn {
 
-/// The user pressed Ctrl-C, or the system asked the program to end.
+/// The user pressed Ctrl-C, the terminal was closed, or the system asked the program to end.
 class Interrupted : public std::exception {
 public:
     explicit Interrupted(int signal) : m_signal(signal) {}
@@ -17,9 +17,9 @@ private:
     int m_signal;
 };
 
-/// Records SIGINT and SIGTERM, so that the program can stop at a point where no file is half
-/// written. Signals that the process was started to ignore stay ignored. Only one object may exist
-/// at a time; its destructor restores the previous handlers.
+/// Records SIGHUP, SIGINT, SIGQUIT and SIGTERM, so that the program can stop at a point where no
+/// file is half written. Signals that the process was started to ignore stay ignored. Only one
+/// object may exist at a time; its destructor restores the previous handlers.
 class Interrupt {
 public:
     Interrupt();
@@ -34,7 +34,7 @@ public:
     void check() const;
 
 private:
-    static constexpr std::array<int, 2> kSignals{SIGINT, SIGTERM};
+    static constexpr std::array<int, 4> kSignals{SIGHUP, SIGINT, SIGQUIT, SIGTERM};
     std::array<struct sigaction, kSignals.size()> m_former{};
 };
 

@@ -74,6 +74,28 @@ TEST(TemporaryFile, SymbolicLinkPointsToTheReplacedFile) {
     EXPECT_EQ(bytesOfFile(folder / "a.png"), kContent);
 }
 
+TEST(TemporaryFile, DanglingLinksLeadToTheFileThatIsCreated) {
+    const TemporaryFolder folder;
+    std::filesystem::create_directory(folder / "sub");
+    std::filesystem::create_symlink("sub/second.png", folder / "first.png");
+    std::filesystem::create_symlink("a.png", folder / "sub/second.png");
+    TemporaryFile file(folder / "first.png");
+    file.write(kContent);
+    file.commit();
+    EXPECT_TRUE(std::filesystem::is_symlink(folder / "first.png"));
+    EXPECT_TRUE(std::filesystem::is_symlink(folder / "sub/second.png"));
+    EXPECT_EQ(bytesOfFile(folder / "sub/a.png"), kContent);
+}
+
+TEST(TemporaryFile, LinksInACircleAreRefused) {
+    const TemporaryFolder folder;
+    std::filesystem::create_symlink("b.png", folder / "a.png");
+    std::filesystem::create_symlink("a.png", folder / "b.png");
+    EXPECT_EQ(failureOf(folder / "a.png"), "cannot write " + velorn::quoted(folder / "a.png") +
+                                               ": Too many levels of symbolic links");
+    EXPECT_TRUE(std::filesystem::is_symlink(folder / "a.png"));
+}
+
 TEST(TemporaryFile, NameWithoutAFolderRefersToTheCurrentFolder) {
     const TemporaryFolder folder;
     const auto former = std::filesystem::current_path();
