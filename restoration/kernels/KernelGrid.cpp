@@ -66,9 +66,11 @@ Kernel KernelGrid::interpolated(double x, double y) const {
     const Between columns = between(x, m_columns);
     const Between rows = between(y, m_rows);
     Kernel mean = empty();
+    mean.trust.share = 0.0f;
     const auto addCell = [&](int column, int row, double weight) {
         if (weight > 0.0) {
             add(at(column, row), weight, mean);
+            mean.trust.share += static_cast<float>(weight) * at(column, row).trust.share;
         }
     };
     addCell(columns.first, rows.first, (1.0 - columns.weight) * (1.0 - rows.weight));

@@ -29,7 +29,7 @@ public:
 
     /// The kernel at a place of the picture, in shares of its width and height: the mean of the
     /// kernels of up to four cells, with weights by distance. Its sides are `width()` and
-    /// `height()`.
+    /// `height()`. The share in its trust is a mean, too.
     /// @throws std::bad_alloc
     Kernel interpolated(double x, double y) const;
 

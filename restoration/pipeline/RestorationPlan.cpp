@@ -65,6 +65,7 @@ RestorationPlan::RestorationPlan(const TileLoader& tileLoader, const PictureBlur
     }
     if (blur.grid() == nullptr) {
         model = modelOf(blur.kernels());
+        model.share = choices.share;
     }
 }
 
@@ -77,7 +78,11 @@ TileModel RestorationPlan::localModel(const PlannedTile& tile) const {
         return {};
     }
     const Kernel* const kernels[] = {&kernel};
-    return modelOf(kernels);
+    TileModel local = modelOf(kernels);
+    if (settings.strength < 0.0f) {
+        local.share = kernel.trust.share;
+    }
+    return local;
 }
 
 TileModel RestorationPlan::modelOf(std::span<const Kernel* const> kernels) const {

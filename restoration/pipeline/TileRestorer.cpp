@@ -208,7 +208,7 @@ bool TileRestorer::isChroma(std::size_t i) const noexcept {
 
 /// Draws the colours of `part` towards the picture where the kernel deserves little trust.
 void TileRestorer::mixWithPicture(std::vector<Plane>& colours, const Rect& part) const {
-    const float share = m_plan.choices.share;
+    const float share = model().share;
     if (share >= 1.0f) {
         return;
     }

@@ -114,7 +114,7 @@ Argument BlindOptions::addLocal(ArgumentParser& parser, const std::string& condi
         condition.substr(2) +
             "\nThe blur differs across the picture: after the kernel of the whole picture, find "
             "one "
-            "for each part of about 300 pixels, at most 5 by 5. One kernel is used where they do "
+            "for each part of about 150 pixels, at most 10 by 10. One kernel is used where they do "
             "not differ reliably. --look and --start control the search for the first kernel.");
 }
 

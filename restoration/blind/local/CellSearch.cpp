@@ -4,6 +4,9 @@
 #include "restoration/blind/candidates/KernelScorer.h"
 #include "restoration/blind/parts/diagonalNoise.h"
 #include "restoration/blind/parts/EdgeSpectrum.h"
+#include "restoration/blind/refine/contradictsBlur.h"
+#include "restoration/blind/refine/refitKernel.h"
+#include "restoration/blind/refine/SpectralEvidence.h"
 #include "restoration/blind/squares/kernelShape.h"
 
 #include <algorithm>
@@ -27,31 +30,28 @@ CellSearch::CellSearch(const Plane& part, const KernelBounds& bounds,
 CellKernel CellSearch::first(const SquareKernel& whole, ProgressMeter& progress) const {
     if (!hasEdges()) {
         progress.advance(firstUnits());
-        return {whole, 0.0, 0.0, false};
+        return {.kernel = whole};
     }
     const KernelScorer scorer(m_part, m_bounds.side() / 2, diagonalNoise(m_part), m_cancellation);
     const auto refined =
         refineKernel(m_part, whole, m_bounds, kRefiningRun, progress, m_cancellation);
     const auto searched = runSearch(m_part, m_bounds, kPlainRun, progress, m_cancellation);
     if (!refined || !searched) {
-        progress.advance(2 * scoreUnits());
-        return {whole, 0.0, 0.0, false};
+        progress.advance(firstUnits());
+        return {.kernel = whole};
     }
     if (extentOf(*searched) <= kSmallExtent && hasSharpEdges()) {
-        progress.advance(2 * scoreUnits());
+        progress.advance(firstUnits());
         SquareKernel point(m_bounds.side());
         point.at(point.radius(), point.radius()) = 1.0;
-        return {point, 0.0, 1.0, true};
+        return {.kernel = point, .agreement = 1.0, .isSharp = true};
     }
     const double agreement = likeness(*refined, *searched);
-    const double ofRefined = scoreOf(scorer.of(*refined, m_cancellation));
-    progress.advance(scoreUnits());
-    const double ofSearched = scoreOf(scorer.of(*searched, m_cancellation));
-    progress.advance(scoreUnits());
-    if (ofSearched < ofRefined) {
-        return {*searched, ofSearched, agreement, false};
-    }
-    return {*refined, ofRefined, agreement, false};
+    CellKernel best = fitted(*refined, agreement, scorer, progress);
+    const CellKernel other = fitted(*searched, agreement, scorer, progress);
+    best = other.score() < best.score() ? other : best;
+    best.isContradicted = contradicts(*refined);
+    return best;
 }
 
 CellKernel CellSearch::second(const CellKernel& known, const SquareKernel& neighbours,
@@ -63,26 +63,79 @@ CellKernel CellSearch::second(const CellKernel& known, const SquareKernel& neigh
     const auto refined =
         refineKernel(m_part, neighbours, m_bounds, kRefiningRun, progress, m_cancellation);
     if (!refined) {
-        progress.advance(scoreUnits());
+        progress.advance(fitUnits());
         return known;
     }
     const KernelScorer scorer(m_part, m_bounds.side() / 2, diagonalNoise(m_part), m_cancellation);
-    const double score = scoreOf(scorer.of(*refined, m_cancellation));
-    progress.advance(scoreUnits());
     const double agreement = std::max(known.agreement, likeness(*refined, known.kernel));
-    if (score < known.score) {
-        return {*refined, score, agreement, false};
+    const CellKernel other = fitted(*refined, agreement, scorer, progress);
+    CellKernel best = other.score() < known.score() ? other : known;
+    best.agreement = agreement;
+    best.evidence.agreement = agreement;
+    best.isContradicted = known.isContradicted;
+    return best;
+}
+
+CellKernel CellSearch::closer(std::span<const SquareKernel> starts, double agreement,
+                              ProgressMeter& progress) const {
+    if (!hasEdges()) {
+        progress.advance(closerUnits(starts.size()));
+        return {.kernel = starts.front(), .agreement = agreement};
     }
-    return {known.kernel, known.score, agreement, false};
+    const KernelScorer scorer(m_part, m_bounds.side() / 2, diagonalNoise(m_part), m_cancellation);
+    CellKernel best = withEvidence(starts.front(), agreement, scorer);
+    progress.advance(scoreUnits());
+    for (const SquareKernel& start : starts.subspan(1)) {
+        const CellKernel other = withEvidence(start, agreement, scorer);
+        best = other.score() < best.score() ? other : best;
+        progress.advance(scoreUnits());
+    }
+    const auto refined =
+        refineKernel(m_part, best.kernel, m_bounds, kRefiningRun, progress, m_cancellation);
+    if (!refined) {
+        progress.advance(fitUnits());
+        return best;
+    }
+    const CellKernel other = fitted(*refined, agreement, scorer, progress);
+    return other.score() < best.score() ? other : best;
+}
+
+/// `kernel` fitted again, and the evidence for it.
+CellKernel CellSearch::fitted(const SquareKernel& kernel, double agreement,
+                              const KernelScorer& scorer, ProgressMeter& progress) const {
+    const double noise = noiseDeviation();
+    ProgressMeter uncounted; // its units are others
+    const auto refitted =
+        refitKernel(m_part, noise * noise, kernel, m_bounds, uncounted, m_cancellation);
+    const CellKernel result =
+        withEvidence(refitted ? withSide(*refitted, m_bounds.side()) : kernel, agreement, scorer);
+    progress.advance(fitUnits());
+    return result;
+}
+
+CellKernel CellSearch::withEvidence(const SquareKernel& kernel, double agreement,
+                                    const KernelScorer& scorer) const {
+    CellKernel result{.kernel = kernel, .hasEvidence = true, .agreement = agreement};
+    result.evidence = scorer.of(kernel, m_cancellation);
+    result.evidence.agreement = agreement;
+    return result;
 }
 
 std::size_t CellSearch::firstUnits() const {
     return refinementUnits(m_part.width(), m_part.height(), m_bounds, kRefiningRun) +
-           runUnits(m_part.width(), m_part.height(), m_bounds, kPlainRun) + 2 * scoreUnits();
+           runUnits(m_part.width(), m_part.height(), m_bounds, kPlainRun) + 2 * fitUnits();
+}
+
+std::size_t CellSearch::closerUnits(std::size_t starts) const {
+    return secondUnits() + starts * scoreUnits();
+}
+
+std::size_t CellSearch::scoreUnits() const {
+    return fitUnits() / 6;
 }
 
 std::size_t CellSearch::secondUnits() const {
-    return refinementUnits(m_part.width(), m_part.height(), m_bounds, kRefiningRun) + scoreUnits();
+    return refinementUnits(m_part.width(), m_part.height(), m_bounds, kRefiningRun) + fitUnits();
 }
 
 /// Whether enough places differ clearly from those a few pixels away.
@@ -104,16 +157,29 @@ bool CellSearch::hasEdges() const {
            kLeastShare * static_cast<double>(m_part.width()) * m_part.height();
 }
 
+/// Whether the power spectrum of the cell contradicts a kernel that is not fitted to it.
+bool CellSearch::contradicts(const SquareKernel& kernel) const {
+    const double noise = noiseDeviation();
+    SpectralEvidence spectrum(m_part, noise * noise, m_cancellation);
+    return contradictsBlur(spectrum, withSide(kernel, extentOf(kernel)));
+}
+
+/// Of a luminance of 0..1.
+double CellSearch::noiseDeviation() const {
+    constexpr double kLevels = 255.0;
+    return diagonalNoise(m_part) / kLevels;
+}
+
 bool CellSearch::hasSharpEdges() const {
     const EdgeSpectrum edges = edgeSpectrum(m_part, m_cancellation);
     return edges.showsEdges && edges.blurVariance < kSharpVariance;
 }
 
-/// A score takes about as much time as one and a half iterations of a run.
-std::size_t CellSearch::scoreUnits() const {
+/// A fit and a score take about as much time as ten iterations of a run.
+std::size_t CellSearch::fitUnits() const {
     const auto side = static_cast<std::size_t>(
         transformSide(std::max(m_part.width(), m_part.height()), m_bounds.side() / 2));
-    return 3 * side * side / 2;
+    return 10 * side * side;
 }
 
 } // namespace restoration

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "restoration/blind/candidates/Evidence.h"
+#include "restoration/blind/candidates/KernelScorer.h"
 #include "restoration/blind/runs/KernelRun.h"
 #include "restoration/blind/squares/SquareKernel.h"
 #include "restoration/planes/Plane.h"
@@ -7,17 +9,22 @@
 #include "restoration/threads/ProgressMeter.h"
 
 #include <cstddef>
+#include <span>
 
 namespace restoration {
 
 /// The kernel of one cell of a picture, as far as it is known.
 struct CellKernel {
     SquareKernel kernel; ///< of side bounds.side()
-    double score = 0.0;  ///< smaller is better, see Evidence.h
+    Evidence evidence{};
+    bool hasEvidence = false; ///< the kernel was compared with others in the cell
     /// 0..1: the likeness of the kernels that searches from different starts have found; 0 where
     /// the cell has too few edges.
     double agreement = 0.0;
-    bool isSharp = false; ///< the cell is not blurred: a kernel of a single pixel
+    bool isSharp = false;        ///< the cell is not blurred: a kernel of a single pixel
+    bool isContradicted = false; ///< the power spectrum contradicts that the cell is blurred
+
+    double score() const { return scoreOf(evidence); } ///< smaller is better
 };
 
 /// Estimates the kernel of one cell of a picture on the calling thread. Constant; threads may share
@@ -30,21 +37,38 @@ public:
     CellSearch(const Plane& part, const KernelBounds& bounds, const Cancellation& cancellation);
 
     /// The better one of the kernel refined from `whole`, the kernel of the whole picture, and one
-    /// that a search from coarse to fine finds. Without edges it is `whole`.
+    /// that a search from coarse to fine finds, both fitted again (refitKernel.h). Without edges it
+    /// is `whole`.
     /// @param progress advances by `firstUnits`
     CellKernel first(const SquareKernel& whole, ProgressMeter& progress) const;
 
-    /// The kernel refined from that of the neighbours if it explains the cell better than `known`.
+    /// The kernel refined from that of the neighbours and fitted again if it explains the cell
+    /// better than `known`.
     /// @param progress advances by `secondUnits`
     CellKernel second(const CellKernel& known, const SquareKernel& neighbours,
                       ProgressMeter& progress) const;
 
+    /// The one of `starts`, or the kernel refined from it, that explains the cell best; the first
+    /// one without edges.
+    /// @param agreement of the result
+    /// @param progress advances by `closerUnits`
+    CellKernel closer(std::span<const SquareKernel> starts, double agreement,
+                      ProgressMeter& progress) const;
+
     std::size_t firstUnits() const;
+    std::size_t closerUnits(std::size_t starts) const;
     std::size_t secondUnits() const;
 
 private:
     bool hasEdges() const;
     bool hasSharpEdges() const;
+    bool contradicts(const SquareKernel& kernel) const;
+    double noiseDeviation() const;
+    CellKernel withEvidence(const SquareKernel& kernel, double agreement,
+                            const KernelScorer& scorer) const;
+    CellKernel fitted(const SquareKernel& kernel, double agreement, const KernelScorer& scorer,
+                      ProgressMeter& progress) const;
+    std::size_t fitUnits() const;
     std::size_t scoreUnits() const;
 
     const Plane& m_part;

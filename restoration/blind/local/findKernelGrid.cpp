@@ -8,6 +8,7 @@
 #include "restoration/blind/squares/squareKernelOf.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstddef>
 #include <cstdlib>
@@ -19,8 +20,14 @@ namespace {
 constexpr int kCellSide = 300;
 constexpr int kMostCells = 5;
 constexpr int kLeastPart = 256;
-/// Side of the transforms of a cell.
+/// Side of the transforms of a cell, and of a quarter of one.
 constexpr int kTransformSide = 512;
+constexpr int kQuarterTransformSide = 256;
+/// The highest strength for kernels of cells, which are found in few pixels, and which do not
+/// follow what changes within a cell.
+constexpr float kStrongest = 300.0f;
+/// Kernels that a quarter of a cell may begin with.
+constexpr std::size_t kMostStarts = 5;
 /// Of the kernels of cells.
 constexpr int kLargestSide = 47;
 /// The share of the call that the search for one kernel takes.
@@ -61,7 +68,22 @@ public:
         findParts();
         findFirst();
         findSecond();
-        alignAndSmooth();
+        alignAndSmooth(0.6);
+    }
+
+    /// Divides each cell into four, and begins there with the kernels found.
+    void divide() {
+        const Coarse coarse{m_cells, std::move(m_found), std::move(m_smooth)};
+        m_cells = {2 * coarse.cells.columns, 2 * coarse.cells.rows};
+        m_transformSide = kQuarterTransformSide;
+        findParts();
+        m_team.progress().beginPhase(0.98, unitsOf([](const CellSearch& search) {
+                                         return search.closerUnits(kMostStarts);
+                                     }));
+        m_found.assign(m_cells.count(), {});
+        m_team.forEach(m_cells.count(),
+                       [&](std::size_t i, int) { m_found[i] = quarter(i, coarse); });
+        alignAndSmooth(1.0);
     }
 
     /// The mean likeness of the kernels found and that of the whole picture.
@@ -86,6 +108,14 @@ public:
         return cells > 0.0 ? sum / cells : 0.0;
     }
 
+    /// Whether the power spectra of most cells show a blur.
+    bool isBlurred() const {
+        const auto shown = std::ranges::count_if(m_found, [](const CellKernel& found) {
+            return found.agreement > 0.0 && !found.isSharp && !found.isContradicted;
+        });
+        return 2 * static_cast<std::size_t>(shown) > m_found.size();
+    }
+
     FoundGrid result(const Kernel& whole) const {
         int radius = 0;
         for (const SquareKernel& kernel : m_smooth) {
@@ -99,8 +129,9 @@ public:
             kernel.width = cut.side;
             kernel.height = cut.side;
             kernel.values.assign(cut.values.begin(), cut.values.end());
-            kernels.push_back(std::move(kernel));
             const CellKernel& found = m_found[i];
+            kernel.trust = trustOf(found, whole);
+            kernels.push_back(std::move(kernel));
             reports.push_back({found.agreement > 0.0, static_cast<float>(found.agreement),
                                static_cast<float>(std::min(likeness(m_smooth[i], m_whole), 1.0))});
         }
@@ -109,6 +140,19 @@ public:
     }
 
 private:
+    /// The kernels of a grid that is divided.
+    struct Coarse {
+        Cells cells;
+        std::vector<CellKernel> found;
+        std::vector<SquareKernel> smooth;
+    };
+
+    /// A cell and its share in the kernel at a place.
+    struct Share {
+        std::size_t cell = 0;
+        double weight = 0.0;
+    };
+
     static KernelBounds boundsFor(const Kernel& whole, const Plane& picture) {
         const int shorter = std::min(picture.width(), picture.height());
         const int side = std::min({whole.largerSide() * 3 / 2 + 6, kLargestSide, shorter / 5}) | 1;
@@ -122,7 +166,7 @@ private:
         const int row = static_cast<int>(i) / m_cells.columns;
         const int width = m_luminance.width() / m_cells.columns;
         const int height = m_luminance.height() / m_cells.rows;
-        const int most = kTransformSide - 2 * (m_bounds.side() / 2) - 2;
+        const int most = m_transformSide - 2 * (m_bounds.side() / 2) - 2;
         const auto lengthFor = [&](int cell, int all) {
             return std::min({std::max(cell * 4 / 3, kLeastPart), all, most});
         };
@@ -143,6 +187,7 @@ private:
     }
 
     void findParts() {
+        m_parts.clear();
         for (std::size_t i = 0; i < m_cells.count(); ++i) {
             m_parts.push_back(usablePart(m_luminance, partOf(i)));
         }
@@ -152,12 +197,19 @@ private:
         return {m_parts[cell], m_bounds, m_team.cancellation()};
     }
 
-    void findFirst() {
-        std::size_t units = 0;
+    /// The sum of `units` of the searches of all cells.
+    template <class Units>
+    std::size_t unitsOf(const Units& units) const {
+        std::size_t sum = 0;
         for (std::size_t i = 0; i < m_cells.count(); ++i) {
-            units += searchOf(i).firstUnits();
+            sum += units(searchOf(i));
         }
-        m_team.progress().beginPhase(0.65, units);
+        return sum;
+    }
+
+    void findFirst() {
+        m_team.progress().beginPhase(
+            0.4, unitsOf([](const CellSearch& search) { return search.firstUnits(); }));
         m_found.resize(m_cells.count());
         m_team.forEach(m_cells.count(), [&](std::size_t i, int) {
             m_found[i] = searchOf(i).first(m_whole, m_team.progress());
@@ -165,11 +217,8 @@ private:
     }
 
     void findSecond() {
-        std::size_t units = 0;
-        for (std::size_t i = 0; i < m_cells.count(); ++i) {
-            units += searchOf(i).secondUnits();
-        }
-        m_team.progress().beginPhase(0.98, units);
+        m_team.progress().beginPhase(
+            0.6, unitsOf([](const CellSearch& search) { return search.secondUnits(); }));
         std::vector<CellKernel> improved(m_cells.count());
         m_team.forEach(m_cells.count(), [&](std::size_t i, int) {
             improved[i] = searchOf(i).second(m_found[i], aroundCell(i, 0.0), m_team.progress());
@@ -177,9 +226,72 @@ private:
         m_found = std::move(improved);
     }
 
-    void alignAndSmooth() {
-        m_team.progress().beginPhase(1.0, 1);
+    /// The kernel of quarter `i` of the cells of `coarse`. Sharp cells have sharp quarters.
+    CellKernel quarter(std::size_t i, const Coarse& coarse) const {
+        const std::array<Share, 4> shares = around(i, coarse.cells);
+        const CellKernel& own = coarse.found[shares.front().cell];
+        if (own.isSharp) {
+            m_team.progress().advance(searchOf(i).closerUnits(kMostStarts));
+            return own;
+        }
+        SquareKernel mean(m_bounds.side());
+        double agreement = 0.0;
+        std::vector<SquareKernel> starts{mean};
+        for (const auto& [cell, weight] : shares) {
+            const SquareKernel& kernel = coarse.smooth[cell];
+            for (std::size_t k = 0; k < mean.values.size(); ++k) {
+                mean.values[k] += weight * kernel.values[k];
+            }
+            agreement += weight * coarse.found[cell].agreement;
+            if (!coarse.found[cell].isSharp) {
+                starts.push_back(kernel);
+            }
+        }
+        starts.front() = mean;
+        const CellSearch search = searchOf(i);
+        m_team.progress().advance(search.closerUnits(kMostStarts) -
+                                  search.closerUnits(starts.size()));
+        return search.closer(starts, agreement, m_team.progress());
+    }
+
+    /// The cells of `coarse` around the middle of quarter `i`: its own, then the nearest ones
+    /// beside it, above or below, and across the corner. At the rim of the picture cells repeat.
+    std::array<Share, 4> around(std::size_t i, const Cells& coarse) const {
+        constexpr double kNear = 0.75;
+        constexpr double kFar = 0.25;
+        const int x = static_cast<int>(i) % m_cells.columns;
+        const int y = static_cast<int>(i) / m_cells.columns;
+        const auto other = [](int place, int cells) {
+            return std::clamp(place / 2 + (place % 2 == 0 ? -1 : 1), 0, cells - 1);
+        };
+        const auto cellAt = [&](int column, int row) {
+            return static_cast<std::size_t>(row * coarse.columns + column);
+        };
+        const int column = other(x, coarse.columns);
+        const int row = other(y, coarse.rows);
+        return {{{cellAt(x / 2, y / 2), kNear * kNear},
+                 {cellAt(column, y / 2), kFar * kNear},
+                 {cellAt(x / 2, row), kNear * kFar},
+                 {cellAt(column, row), kFar * kFar}}};
+    }
+
+    /// How far a restoration may rely on the kernel of a cell. Cells without edges have that of the
+    /// whole picture or of the neighbours.
+    static Trust trustOf(const CellKernel& found, const Kernel& whole) {
+        Trust trust = whole.trust;
+        if (found.isSharp) {
+            trust.share = 1.0f;
+        } else if (found.hasEvidence) {
+            trust = trustIn(found.evidence, confidenceIn(found.evidence));
+        }
+        trust.strongest = std::min(trust.strongest, kStrongest);
+        return trust;
+    }
+
+    void alignAndSmooth(double until) {
+        m_team.progress().beginPhase(until, 1);
         m_team.run([&] {
+            m_smooth.clear();
             align();
             for (std::size_t i = 0; i < m_found.size(); ++i) {
                 m_smooth.push_back(m_found[i].isSharp ? m_found[i].kernel : aroundCell(i, 1.0));
@@ -271,6 +383,7 @@ private:
     const Plane& m_luminance;
     Team& m_team;
     Cells m_cells;
+    int m_transformSide = kTransformSide;
     KernelBounds m_bounds;
     SquareKernel m_whole;
     std::vector<Plane> m_parts;
@@ -289,18 +402,24 @@ FoundGrid findKernelGrid(const Plane& luminance, const FindSettings& settings, T
     team.progress().beginSpan(kShareOfWhole);
     std::vector<FoundKernel> whole = findCandidates(luminance, settings, team);
     team.progress().beginSpan(1.0);
-    if (whole.front().kernel.largerSide() == 1) {
+    // No kernel fits the whole of a picture whose blur differs, and the first one may be a point.
+    const auto blurred = std::ranges::find_if(
+        whole, [](const FoundKernel& found) { return found.kernel.largerSide() > 1; });
+    if (blurred == whole.end()) {
         return oneCell(std::move(whole));
     }
-    GridSearch search(luminance, whole.front().kernel, team);
+    GridSearch search(luminance, blurred->kernel, team);
     if (!search.hasSeveralCells()) {
         return oneCell(std::move(whole));
     }
     search.find();
-    if (search.likenessToWhole() > kSame || search.meanAgreement() < kReliable) {
+    const bool isDoubtful = blurred != whole.begin() && !search.isBlurred();
+    if (isDoubtful || search.likenessToWhole() > kSame || search.meanAgreement() < kReliable) {
         return oneCell(std::move(whole));
     }
-    FoundGrid found = search.result(whole.front().kernel);
+    search.divide();
+    FoundGrid found = search.result(blurred->kernel);
+    whole.erase(whole.begin(), blurred);
     found.whole = std::move(whole);
     return found;
 }
