@@ -2,6 +2,7 @@
 
 #include "restoration/blind/parts/usablePart.h"
 #include "restoration/blind/search/analyticCandidate.h"
+#include "restoration/blind/search/compareWithEdges.h"
 #include "restoration/blind/search/foundKernels.h"
 #include "restoration/blind/search/judgeSharpness.h"
 #include "restoration/blind/search/refitCandidates.h"
@@ -40,10 +41,11 @@ std::vector<FoundKernel> search(const Plane& luminance, const FindSettings& sett
     const KernelScorer scorer = scorerFor(parts, bounds, team.cancellation());
     const SearchContext context{settings, bounds, parts, scorer, team};
 
-    const RunResults results = candidatesOf(context);
+    RunResults results = candidatesOf(context);
+    const EdgeSpectrum edges = compareAllWithEdges(results.candidates, context);
     std::vector<FoundKernel> found =
         foundKernels(results, refitCandidates(results.candidates, context));
-    revise(judgeSharpness(results.candidates.front(), context), results, context, found);
+    revise(judgeSharpness(results.candidates.front(), edges, context), results, context, found);
     for (FoundKernel& each : found) {
         each.kernel.trust = trustIn(each.evidence, static_cast<double>(each.confidence));
     }

@@ -2,7 +2,14 @@
 
 Reads tables that studyCandidates has written for half 0, and prints the weights of
 restoration/blind/candidates/Evidence.h. Figures are cross-validated: the weights that judge a
-picture come from the other pictures. With few pictures the choice of the search may be better than
+picture come from the other pictures.
+
+    studyCandidates PHOTOGRAPHS --half 0 --every 9 > half.tsv
+    studyCandidates --pairs NAME=SHARP=TAKEN,... --candidates 1 > pairs.tsv
+    python3 tools/blind/fitChoice.py half.tsv pairs.tsv
+
+The confidence is that of the first candidate, where the search restores at all. Names of pairs
+begin with the name of the picture and "_". With few pictures the choice of the search may be better than
 the cross-validated one; its weights should stay then.
 """
 
@@ -17,28 +24,25 @@ SCORE = ["sparsity", "edges", "residual", "unlikelihood", "spectralMisfit",
 # Given, not fitted: zeros of the spectrum are strong evidence. Pictures that are
 # blurred in parts only need a larger weight than those of the study.
 WEIGHT_OF_ZEROS = -2.0
-CONFIDENCE = ["unevenness", "excess", "raggedness", "showsZeros", "agreement"]
+CONFIDENCE = ["unevenness", "excess", "agreement"]
 FOLDS = 8
 HARM = 1.5  # a decibel lost counts as much as so many gained
 RIDGE_OF_SCORE = 0.5
-RIDGE_OF_CONFIDENCE = 4.0
-CLEARLY = 0.5  # decibels: a restoration that gains less is not clearly better
-WEIGHT_OF_FAILURE = 2.0  # in the fit of the confidence
-WEIGHT_OF_CHOSEN = 4.0  # in the fit of the confidence; other candidates count 1
+RIDGE_OF_CONFIDENCE = 3.0
 
 
 class Case:
     """The candidates of one blurred picture; the first one is what the search chose."""
 
     def __init__(self, rows):
-        self.picture = rows[0]["picture"].split("-")[0]
+        self.picture = rows[0]["picture"].split("_")[0].removesuffix("-soft")
         self.family = rows[0]["family"]
         self.blur = rows[0]["blur"]
         self.noise = float(rows[0]["noise"])
         self.known = float(rows[0]["known"])
         column = lambda name: np.array([float(row[name]) for row in rows])
         self.gain, self.half = column("gain"), column("half")
-        self.full, self.little = column("full"), column("little")
+        self.share = float(rows[0]["share"])
         self.evidence = {name: column(name) for name in SCORE + CONFIDENCE}
         self.is_of_edges, self.certain = column("isOfEdges"), column("showsZeros")
 
@@ -92,14 +96,10 @@ def fit_score(cases, steps=400):
     return weights / weights[0]
 
 
-def fit_confidence(cases, chosen):
-    """Logistic regression of clear gains; returns the weights, the offset last."""
-    points = np.concatenate([case.features(CONFIDENCE) for case in cases])
-    better = np.concatenate([case.gain > CLEARLY for case in cases]).astype(float)
-    weight = np.concatenate([
-        np.where(np.arange(len(case.gain)) == first, WEIGHT_OF_CHOSEN, 1.0)
-        for case, first in zip(cases, chosen)])
-    weight *= np.where(better > 0, 1.0, WEIGHT_OF_FAILURE)
+def fit_confidence(cases):
+    """Logistic regression of gains of the first candidates; returns the weights, the offset last."""
+    points = np.stack([case.features(CONFIDENCE)[0] for case in cases])
+    better = np.array([float(case.gain[0] > 0) for case in cases])
     centre, scale = points.mean(axis=0), points.std(axis=0) + 1e-9
     design = np.c_[(points - centre) / scale, np.ones(len(points))]
     ridge = RIDGE_OF_CONFIDENCE * np.eye(design.shape[1])
@@ -107,33 +107,38 @@ def fit_confidence(cases, chosen):
     solution = np.zeros(design.shape[1])
     for _ in range(60):
         odds = 1 / (1 + np.exp(-np.clip(design @ solution, -30, 30)))
-        curvature = weight * odds * (1 - odds) + 1e-9
-        gradient = design.T @ (weight * (better - odds)) - ridge @ solution
+        curvature = odds * (1 - odds) + 1e-9
+        gradient = design.T @ (better - odds) - ridge @ solution
         solution += np.linalg.solve(design.T @ (design * curvature[:, None]) + ridge, gradient)
     weights = solution[:-1] / scale
     return np.append(weights, solution[-1] - weights @ centre)
 
 
-def confidence(case, candidate, weights):
-    odds = case.features(CONFIDENCE)[candidate] @ weights[:-1] + weights[-1]
-    return 1 / (1 + np.exp(-np.clip(odds, -30, 30)))
-
-
-def cross_validated(cases):
-    """For each case the chosen candidate and its confidence, by weights of other pictures."""
+def folds(cases):
+    """Pairs of the cases of some pictures and of all others."""
     pictures = sorted({case.picture for case in cases})
-    chosen, confidences = [0] * len(cases), [0.0] * len(cases)
     for fold in range(FOLDS):
-        inside = [i for i, case in enumerate(cases) if pictures.index(case.picture) % FOLDS == fold]
-        outside = [case for i, case in enumerate(cases) if i not in inside]
-        if not inside:
-            continue
-        score = fit_score(outside)
-        odds = fit_confidence(outside, [case.best(score) for case in outside])
-        for i in inside:
-            chosen[i] = cases[i].best(score)
-            confidences[i] = confidence(cases[i], chosen[i], odds)
-    return chosen, np.array(confidences)
+        inside = [case for case in cases if pictures.index(case.picture) % FOLDS == fold]
+        if inside:
+            yield inside, [case for case in cases if case not in inside]
+
+
+def cross_validated_gains(cases):
+    """Gains of the candidates that weights of other pictures choose."""
+    return np.array([case.gain[case.best(score)] for inside, others in folds(cases)
+                     for score in [fit_score(others)] for case in inside])
+
+
+def cross_validated_confidences(cases):
+    """Confidences by weights of other pictures, and the gains of the first candidates."""
+    confidences, gains = [], []
+    for inside, others in folds(cases):
+        weights = fit_confidence(others)
+        for case in inside:
+            odds = case.features(CONFIDENCE)[0] @ weights[:-1] + weights[-1]
+            confidences.append(1 / (1 + np.exp(-np.clip(odds, -30, 30))))
+            gains.append(case.gain[0])
+    return np.array(confidences), np.array(gains)
 
 
 def report(label, cases, gains):
@@ -144,12 +149,12 @@ def report(label, cases, gains):
 
 
 def print_reliability(confidences, gains):
-    print("confidence  cases  mean  clearly better")
+    print("confidence  cases  mean  better")
     for low in np.arange(0.0, 1.0, 0.1):
         inside = (confidences >= low) & (confidences < low + 0.1 + 1e-9 * (low > 0.85))
         if inside.any():
             print(f"{low:.1f} to {low + 0.1:.1f} {inside.sum():6d} "
-                  f"{confidences[inside].mean():6.2f} {np.mean(gains[inside] > CLEARLY):6.2f}")
+                  f"{confidences[inside].mean():6.2f} {np.mean(gains[inside] > 0):6.2f}")
     worse, warned = gains < 0, confidences < 0.5
     print(f"worse {worse.sum()}, of these warned {np.sum(worse & warned)}, warned though better "
           f"{np.sum(~worse & warned)} of {len(gains)}")
@@ -159,14 +164,17 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__.split("\n", maxsplit=1)[0])
     parser.add_argument("tables", nargs="+", help="what studyCandidates has written")
     cases = read(parser.parse_args().tables)
-    chosen, confidences = cross_validated(cases)
-    report("best candidate", cases, np.array([case.gain.max() for case in cases]))
-    report("chosen by the search", cases, np.array([case.gain[0] for case in cases]))
-    gains = np.array([case.gain[first] for case, first in zip(cases, chosen)])
-    report("cross-validated choice", cases, gains)
-    print_reliability(confidences, gains)
-    score = fit_score(cases)
-    odds = fit_confidence(cases, [case.best(score) for case in cases])
+    restored = [case for case in cases if case.share > 0]
+    print(f"{len(cases) - len(restored)} of {len(cases)} pictures are returned as they are")
+    print_reliability(*cross_validated_confidences(restored))
+    odds = fit_confidence(restored)
+    blurred = [case for case in cases if case.known > 0]
+    score = np.zeros(len(SCORE))
+    if any(len(case.gain) > 1 for case in blurred):
+        report("best candidate", blurred, np.array([case.gain.max() for case in blurred]))
+        report("chosen by the search", blurred, np.array([case.gain[0] for case in blurred]))
+        report("cross-validated choice", blurred, cross_validated_gains(blurred))
+        score = fit_score(blurred)
     scores = dict(zip(SCORE, score)) | {"showsZeros": WEIGHT_OF_ZEROS}
     logits = dict(zip(CONFIDENCE, odds))
     for name in dict.fromkeys(SCORE + CONFIDENCE):

@@ -27,13 +27,14 @@ double confidenceIn(const Evidence& evidence) {
 
 Trust trustIn(const Evidence& evidence, double confidence) {
     constexpr float kStrongestForFree = 3000.0f;
-    constexpr double kFullShareFrom = 0.4;
-    constexpr double kLeastShare = 0.1;
+    constexpr double kNoShareUntil = 0.1;
+    constexpr double kFullShareFrom = 0.5;
     Trust trust;
     if (evidence.isAnalytic == 0.0) {
         trust.strongest = kStrongestForFree;
     }
-    trust.share = static_cast<float>(std::clamp(confidence / kFullShareFrom, kLeastShare, 1.0));
+    trust.share = static_cast<float>(
+        std::clamp((confidence - kNoShareUntil) / (kFullShareFrom - kNoShareUntil), 0.0, 1.0));
     return trust;
 }
 

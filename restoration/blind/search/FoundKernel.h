@@ -9,7 +9,7 @@ namespace restoration {
 /// A kernel found in a picture.
 struct FoundKernel {
     Kernel kernel;
-    /// The probability that a full restoration is clearly better than the picture, 0..1 (see
+    /// The probability that a full restoration is better than the picture, 0..1 (see
     /// Evidence.h); below 0.5 where the picture may be sharp.
     float confidence = 0.0f;
     /// The likeness of the kernel and the most similar one that another run has found, 0..1; 1 for

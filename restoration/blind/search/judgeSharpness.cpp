@@ -1,13 +1,10 @@
 #include "restoration/blind/search/judgeSharpness.h"
 
-#include "restoration/blind/parts/EdgeSpectrum.h"
-#include "restoration/blind/parts/excessBlur.h"
+#include "restoration/blind/candidates/contradictions.h"
 #include "restoration/blind/parts/kernelOfEdges.h"
-#include "restoration/blind/refine/contradictsBlur.h"
-#include "restoration/blind/refine/SpectralEvidence.h"
+#include "restoration/blind/search/compareWithEdges.h"
 #include "restoration/blind/squares/cutToContent.h"
 #include "restoration/blind/squares/kernelShape.h"
-#include "restoration/blind/squares/Spread.h"
 
 namespace restoration {
 namespace {
@@ -15,7 +12,10 @@ namespace {
 constexpr double kLeastAgreement = 0.85;
 /// Edges with less blur than the first are sharp; with less than the second they may be.
 constexpr double kSharpVariance = 0.47;
-constexpr double kDoubtfulVariance = 0.6;
+constexpr double kSharpVarianceOfNarrow = 0.56; ///< instead of the first for narrow kernels
+constexpr double kDoubtfulVariance = 0.65;
+/// Narrow kernels of real blurs lower the misfit of the power spectrum by this.
+constexpr double kLeastDropOfNarrow = 0.0012;
 /// A kernel that takes more power from edges than this, beyond what they have lost, is too wide.
 constexpr double kLargestExcess = 1.2;
 constexpr int kSmallExtent = 13;
@@ -25,7 +25,7 @@ constexpr float kSharpConfidence = 0.2f;
 /// The kernel of the edges if `first` is wider than they allow.
 std::optional<Candidate> narrowerThan(const Candidate& first, const EdgeSpectrum& edges,
                                       const SearchContext& search) {
-    if (excessBlur(edges, withSide(first.kernel, first.extent)) <= kLargestExcess) {
+    if (first.evidence.overblur <= kLargestExcess) {
         return std::nullopt;
     }
     const SquareKernel kernel = kernelOfEdges(edges);
@@ -35,69 +35,79 @@ std::optional<Candidate> narrowerThan(const Candidate& first, const EdgeSpectrum
     Candidate narrower = candidateOf(kernel, search.scorer, search.team.cancellation());
     narrower.evidence.isAnalytic = 1.0;
     narrower.evidence.isOfEdges = 1.0;
+    narrower.evidence.spectralMisfit = first.evidence.spectralMisfit;
     narrower.evidence.agreement = first.evidence.agreement;
+    compareWithEdges(edges, narrower);
     return narrower;
+}
+
+/// Whether edges of this blur are those of a sharp picture, in which `first` was found.
+bool isSharp(const Candidate& first, double blurVariance) {
+    if (blurVariance < kSharpVariance) {
+        return true;
+    }
+    return isNarrow(first.evidence) && (blurVariance < kSharpVarianceOfNarrow ||
+                                        (blurVariance < kDoubtfulVariance &&
+                                         first.evidence.spectralMisfit > -kLeastDropOfNarrow));
+}
+
+Judgement sharpPicture() {
+    Judgement judgement;
+    judgement.isSharp = true;
+    judgement.mostConfidence = kSharpConfidence;
+    return judgement;
 }
 
 /// Searches find a small kernel, or kernels that disagree, in a picture that is not blurred, and
 /// too wide kernels where blurs are small or no edge was sharp.
-Judgement judgeByEdges(const Candidate& first, const SearchContext& search) {
+Judgement judgeByEdges(const Candidate& first, const EdgeSpectrum& edges,
+                       const SearchContext& search) {
     Judgement judgement;
     const bool isDoubtful = first.evidence.agreement < kLeastAgreement;
     if (first.extent > kSmallExtent && !isDoubtful) {
         return judgement;
     }
-    const bool isNarrow = Spread(first.kernel).largest() < kNarrowVariance;
-    EdgeSpectrum edges;
-    search.team.run([&] {
-        edges = edgeSpectrum(search.parts.centre(), search.team.cancellation());
-        if (isNarrow && search.settings.allowsReplacement()) {
-            judgement.narrower = narrowerThan(first, edges, search);
-        }
-    });
-    const bool mayBeSharp = (isNarrow || isDoubtful) && edges.showsEdges;
-    if (mayBeSharp && edges.blurVariance < kSharpVariance) {
-        judgement.isSharp = true;
-        judgement.mostConfidence = kSharpConfidence;
+    const bool mayBeSharp = (isNarrow(first.evidence) || isDoubtful) && edges.showsEdges;
+    if (mayBeSharp && isSharp(first, edges.blurVariance)) {
+        judgement = sharpPicture();
     } else if (mayBeSharp && edges.blurVariance < kDoubtfulVariance) {
         judgement.mostConfidence = kDoubtfulConfidence;
     }
+    search.team.run([&] {
+        if (isNarrow(first.evidence) && search.settings.allowsReplacement()) {
+            judgement.narrower = narrowerThan(first, edges, search);
+        }
+    });
     return judgement;
 }
 
 /// Whether the power spectrum can contradict a kernel.
-bool isJudgedBySpectrum(const Candidate& first, const KernelBounds& bounds) {
+bool isJudgedBySpectrum(const Candidate& first, const SearchContext& search) {
+    const KernelBounds& bounds = search.bounds;
     const bool isStroke =
         first.evidence.isAnalytic > 0.0 && first.kind.shape == KernelKind::Shape::Motion;
     // A kernel that fills its bounds may lack what lies outside.
     const Kernel content = cutToContent(first.kernel, bounds);
-    return !isStroke && content.width < bounds.width && content.height < bounds.height;
-}
-
-bool isContradictedBySpectrum(const Candidate& first, const SearchContext& search) {
-    bool isContradicted = false;
-    search.team.run([&] {
-        SpectralEvidence spectrum(search.parts.centre(), search.parts.noiseVariance(),
-                                  search.team.cancellation());
-        isContradicted = contradictsBlur(spectrum, withSide(first.kernel, first.extent));
-    });
-    return isContradicted;
+    return search.settings.start == nullptr && !isStroke && content.width < bounds.width &&
+           content.height < bounds.height;
 }
 
 } // namespace
 
-Judgement judgeSharpness(const Candidate& first, const SearchContext& search) {
-    if (first.evidence.showsZeros > 0.0) {
-        return {};
+Judgement judgeSharpness(const Candidate& first, const EdgeSpectrum& edges,
+                         const SearchContext& search) {
+    const Evidence& evidence = first.evidence;
+    if (evidence.showsZeros > 0.0) {
+        return edges.showsEdges && edgesContradictZeros(evidence) ? sharpPicture() : Judgement();
     }
-    Judgement judgement = judgeByEdges(first, search);
+    const Judgement judgement = judgeByEdges(first, edges, search);
+    if (edgesContradictBlur(evidence) || showsPattern(evidence)) {
+        return sharpPicture();
+    }
     const bool isOpen = !judgement.isSharp && !judgement.narrower;
-    if (isOpen && isJudgedBySpectrum(first, search.bounds) &&
-        isContradictedBySpectrum(first, search)) {
-        judgement.isSharp = true;
-        judgement.mostConfidence = kSharpConfidence;
-    }
-    return judgement;
+    return isOpen && isJudgedBySpectrum(first, search) && spectrumContradictsBlur(evidence)
+               ? sharpPicture()
+               : judgement;
 }
 
 } // namespace restoration

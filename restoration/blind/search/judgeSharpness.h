@@ -1,5 +1,6 @@
 #pragma once
 
+#include "restoration/blind/parts/EdgeSpectrum.h"
 #include "restoration/blind/search/Candidate.h"
 #include "restoration/blind/search/SearchContext.h"
 
@@ -18,10 +19,13 @@ struct Judgement {
 /// blurs are small. Examines whether the edges or the power spectrum of the picture contradict
 /// `first`, the best candidate.
 ///
-/// Edges (EdgeSpectrum.h) count where the kernel is small or the runs disagree; the power spectrum
-/// (contradictsBlur.h) where the kernel is neither a stroke nor as large as its bounds. A blur that
-/// the spectrum shows is not examined.
+/// Edges (EdgeSpectrum.h) count where the kernel is small or the runs disagree, and where the
+/// kernel is large, the runs disagree and the edges have lost less than it takes; the power
+/// spectrum (contradictions.h) where the kernel is neither a stroke nor as large as its bounds. A
+/// blur that the spectrum shows is examined by edges only.
+/// @param edges of the first part
 /// @throws Failure VELORN_STATUS_CANCELLED; std::bad_alloc
-Judgement judgeSharpness(const Candidate& first, const SearchContext& search);
+Judgement judgeSharpness(const Candidate& first, const EdgeSpectrum& edges,
+                         const SearchContext& search);
 
 } // namespace restoration

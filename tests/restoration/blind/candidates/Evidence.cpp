@@ -47,8 +47,9 @@ TEST(TrustIn, FreeKernelsAreTrustedLessThanAnalyticOnes) {
 }
 
 TEST(TrustIn, TheShareOfTheRestorationRisesWithTheConfidence) {
+    EXPECT_EQ(trustIn(Evidence(), 0.05).share, 0.0f);
     float last = 0.0f;
-    for (const double confidence : {0.0, 0.1, 0.2, 0.35}) {
+    for (const double confidence : {0.15, 0.25, 0.35, 0.45}) {
         const float share = trustIn(Evidence(), confidence).share;
         EXPECT_GT(share, last);
         EXPECT_LT(share, 1.0f);
