@@ -6,8 +6,8 @@ cd "$(dirname "${BASH_SOURCE[0]}")"
 packages=(build-essential cmake ninja-build pkg-config git
     libopencv-core-dev libopencv-imgproc-dev libhwy-dev liblcms2-dev
     libgtest-dev libgmock-dev libbenchmark-dev libfftw3-dev
-    libopenimageio-dev libcli11-dev libexiv2-dev zlib1g-dev
-    libimage-exiftool-perl libheif-examples)
+    libopenimageio-dev libcli11-dev libexiv2-dev zlib1g-dev libheif-dev
+    libimage-exiftool-perl libheif-examples python3)
 # Other versions lay code out differently.
 clang_format=clang-format-14
 windows_packages=(g++-mingw-w64-i686-posix libz-mingw-w64-dev dpkg-dev debootstrap)
@@ -115,6 +115,13 @@ command_quality() {
         --update docs/quality.md "$@"
 }
 
+# Restores pictures from and to every format and rewrites the table of metadata in docs/formats.md.
+command_formats() {
+    build release velorn
+    /usr/bin/python3 tools/formats/metadata.py build/release/bin/velorn \
+        --update docs/formats.md "$@"
+}
+
 # Blurs photographs of Debian's packages and drawn scenes, restores them blindly, and rewrites the
 # tables of docs/blind-restoration.md.
 command_blind() {
@@ -192,6 +199,7 @@ command_help() {
 ./do quality    compare velorn with the filters of scikit-image and rewrite docs/quality.md
 ./do blind      restore blurred photographs blindly and rewrite the tables of
                 docs/blind-restoration.md
+./do formats    restore pictures from and to every format and rewrite the table of docs/formats.md
 ./do demo       restore blurred sample scenes, with known and with unknown blur: pictures in demo/,
                 PSNR before and after
 

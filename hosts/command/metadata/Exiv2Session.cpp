@@ -1,6 +1,5 @@
 #include "hosts/command/metadata/Exiv2Session.h"
 
-#include <exiv2/bmffimage.hpp>
 #include <exiv2/error.hpp>
 #include <exiv2/properties.hpp>
 #include <exiv2/xmp_exiv2.hpp>
@@ -17,7 +16,6 @@ bool prepare() {
     Exiv2::LogMsg::setLevel(Exiv2::LogMsg::mute);
     Exiv2::XmpParser::initialize();
     Exiv2::XmpProperties::registerNs("http://ns.adobe.com/xmp/note/", "xmpNote");
-    Exiv2::enableBMFF(true);
     return true;
 }
 

@@ -6,6 +6,7 @@
 #include "hosts/command/metadata/storageTags.h"
 
 #include <algorithm>
+#include <cmath>
 #include <exiv2/error.hpp>
 
 namespace velorn {
@@ -68,6 +69,48 @@ bool holdsThumbnail(Container container) {
     return container != Container::Tiff;
 }
 
+void addResolution(const Resolution& resolution, Exiv2::ExifData& exif) {
+    if (exif.findKey(Exiv2::ExifKey("Exif.Image.XResolution")) != exif.end()) {
+        return;
+    }
+    const auto thousandths = [](float value) {
+        const float limited = std::clamp(value, 0.0f, 1e6f);
+        return Exiv2::URational(static_cast<std::uint32_t>(std::lround(limited * 1000.0f)), 1000);
+    };
+    exif["Exif.Image.XResolution"] = thousandths(resolution.horizontal);
+    exif["Exif.Image.YResolution"] = thousandths(resolution.vertical);
+    exif["Exif.Image.ResolutionUnit"] = static_cast<std::uint16_t>(resolution.unit);
+}
+
+/// What a message calls a tag; the many of a position and of a maker note have one name.
+std::string nameOf(const Exiv2::Exifdatum& datum) {
+    return isPartOfMakerNote(datum)         ? "parts of the maker note"
+           : datum.groupName() == "GPSInfo" ? "GPS"
+                                            : "EXIF " + datum.tagName();
+}
+
+bool isUsualOrientation(const Exiv2::Exifdatum& datum) {
+    return datum.key() == "Exif.Image.Orientation" && datum.toString() == "1";
+}
+
+/// The names of tags of `expected` that `found` lacks.
+std::vector<std::string> missingTags(const Exiv2::ExifData& expected,
+                                     const Exiv2::ExifData& found) {
+    std::vector<std::string> missing;
+    for (const Exiv2::Exifdatum& datum : expected) {
+        if (found.findKey(Exiv2::ExifKey(datum.key())) != found.end() ||
+            isUsualOrientation(datum)) {
+            continue;
+        }
+        const std::string name =
+            found.empty() && datum.groupName() != "GPSInfo" ? "EXIF" : nameOf(datum);
+        if (std::ranges::find(missing, name) == missing.end()) {
+            missing.push_back(name);
+        }
+    }
+    return missing;
+}
+
 } // namespace
 
 Exiv2::ExifData MetadataWriter::exifFor(Container container,
@@ -77,6 +120,9 @@ Exiv2::ExifData MetadataWriter::exifFor(Container container,
     if (!holdsComment && !m_metadata.m_comment.empty() &&
         exif.findKey(Exiv2::ExifKey(kDescription)) == exif.end()) {
         exif[kDescription] = m_metadata.m_comment;
+    }
+    if (container == Container::Webp && m_metadata.resolution()) {
+        addResolution(*m_metadata.resolution(), exif); // the format has no other place for it
     }
     if (holdsThumbnail(container) && !thumbnail.empty()) {
         Exiv2::ExifThumb(exif).setJpegThumbnail(thumbnail.data(),
@@ -88,9 +134,9 @@ Exiv2::ExifData MetadataWriter::exifFor(Container container,
     return exif;
 }
 
-std::vector<unsigned char> MetadataWriter::written(
-    Container container, const std::vector<unsigned char>& file,
-    const std::vector<unsigned char>& thumbnail) const {
+std::vector<unsigned char>
+MetadataWriter::written(Container container, const std::vector<unsigned char>& file,
+                        const std::vector<unsigned char>& thumbnail) const {
     const auto image = Exiv2::ImageFactory::open(file.data(), static_cast<long>(file.size()));
     image->readMetadata();
     image->clearExifData();
@@ -140,24 +186,11 @@ std::vector<unsigned char> MetadataWriter::written(
 
 std::vector<std::string> MetadataWriter::missingFrom(const PictureMetadata& back,
                                                      Container container) const {
-    std::vector<std::string> missing;
     Exiv2::ExifData expected = m_metadata.m_exif;
     if (container == Container::Tiff) {
         eraseStorageTags(expected);
     }
-    bool lacksMakerNote = false;
-    for (const Exiv2::Exifdatum& datum : expected) {
-        if (back.m_exif.findKey(Exiv2::ExifKey(datum.key())) == back.m_exif.end()) {
-            if (isPartOfMakerNote(datum)) {
-                lacksMakerNote = true;
-            } else {
-                missing.push_back("EXIF " + datum.tagName());
-            }
-        }
-    }
-    if (lacksMakerNote) {
-        missing.emplace_back("parts of the maker note");
-    }
+    std::vector<std::string> missing = missingTags(expected, back.m_exif);
     if (m_metadata.m_iptc.count() != back.m_iptc.count()) {
         missing.emplace_back("IPTC");
     }

@@ -27,8 +27,7 @@ public:
                               const std::vector<unsigned char>& thumbnail) const;
 
 private:
-    Exiv2::ExifData exifFor(Container container,
-                            const std::vector<unsigned char>& thumbnail) const;
+    Exiv2::ExifData exifFor(Container container, const std::vector<unsigned char>& thumbnail) const;
     std::vector<unsigned char> written(Container container, const std::vector<unsigned char>& file,
                                        const std::vector<unsigned char>& thumbnail) const;
     std::vector<std::string> missingFrom(const PictureMetadata& back, Container container) const;

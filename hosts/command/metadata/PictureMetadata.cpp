@@ -3,9 +3,9 @@
 #include "hosts/command/metadata/Container.h"
 #include "hosts/command/metadata/Exiv2Session.h"
 #include "hosts/command/metadata/ExtendedXmp.h"
+#include "hosts/command/metadata/heifBlocks.h"
 #include "hosts/command/metadata/storageTags.h"
 
-#include <cmath>
 #include <exiv2/image.hpp>
 #include <sstream>
 
@@ -48,10 +48,15 @@ PictureMetadata PictureMetadata::read(std::span<const unsigned char> file) {
         return metadata;
     }
     metadata.m_isOfBlocks = true;
+    if (container == Container::Heif) {
+        // The decoder turns the pixels, therefore the orientation in EXIF is not valid for them.
+        metadata.readHeif(file);
+        metadata.setOrientation(1);
+        return metadata;
+    }
     const Exiv2Session session;
     try {
-        const auto image =
-            Exiv2::ImageFactory::open(file.data(), static_cast<long>(file.size()));
+        const auto image = Exiv2::ImageFactory::open(file.data(), static_cast<long>(file.size()));
         try {
             image->readMetadata();
         } catch (const std::exception&) {
@@ -78,10 +83,22 @@ PictureMetadata PictureMetadata::read(std::span<const unsigned char> file) {
     if (container == Container::Tiff) {
         eraseStorageTags(metadata.m_exif);
     }
-    if (container == Container::Heif) {
-        metadata.setOrientation(1); // the decoder turns the pixels
-    }
     return metadata;
+}
+
+void PictureMetadata::readHeif(std::span<const unsigned char> file) {
+    HeifBlocks blocks = heifBlocks(file);
+    const Exiv2Session session;
+    try {
+        m_byteOrder = Exiv2::ExifParser::decode(
+            m_exif, reinterpret_cast<const Exiv2::byte*>(blocks.exif.data()),
+            static_cast<std::uint32_t>(blocks.exif.size()));
+    } catch (const std::exception&) {
+        m_exif.clear();
+    }
+    m_xmp = std::move(blocks.xmp);
+    m_profile = std::move(blocks.profile);
+    m_hadThumbnail = eraseThumbnail(m_exif);
 }
 
 int PictureMetadata::orientation() const {
@@ -105,16 +122,23 @@ void PictureMetadata::setDescription(const std::string& text) {
     m_exif[kDescription] = text;
 }
 
-void PictureMetadata::setResolution(float horizontal, float vertical, int unit) {
-    if (!textOf(m_exif, "Exif.Image.XResolution").empty()) {
-        return;
+std::optional<Resolution> PictureMetadata::resolution() const {
+    const auto horizontal = m_exif.findKey(Exiv2::ExifKey("Exif.Image.XResolution"));
+    const auto vertical = m_exif.findKey(Exiv2::ExifKey("Exif.Image.YResolution"));
+    if (horizontal == m_exif.end() || vertical == m_exif.end()) {
+        return m_resolution;
     }
-    const auto thousandths = [](float value) {
-        return Exiv2::URational(static_cast<std::uint32_t>(std::lround(value * 1000.0f)), 1000);
-    };
-    m_exif["Exif.Image.XResolution"] = thousandths(horizontal);
-    m_exif["Exif.Image.YResolution"] = thousandths(vertical);
-    m_exif["Exif.Image.ResolutionUnit"] = static_cast<std::uint16_t>(unit);
+    const std::string unit = textOf(m_exif, "Exif.Image.ResolutionUnit");
+    const Resolution found{horizontal->toFloat(), vertical->toFloat(),
+                           unit == "1"   ? Resolution::Unit::None
+                           : unit == "3" ? Resolution::Unit::Centimetre
+                                         : Resolution::Unit::Inch};
+    const bool isUsable = found.horizontal > 0.0f && found.vertical > 0.0f;
+    return isUsable ? std::optional(found) : std::nullopt;
+}
+
+bool PictureMetadata::hasBlocks() const {
+    return !m_exif.empty() || !m_iptc.empty() || !m_xmp.empty();
 }
 
 void PictureMetadata::setSize(int width, int height) {

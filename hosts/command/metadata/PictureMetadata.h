@@ -2,11 +2,22 @@
 
 #include <exiv2/exif.hpp>
 #include <exiv2/iptc.hpp>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
 
 namespace velorn {
+
+/// Pixels per unit.
+struct Resolution {
+    /// The unit as in EXIF: 1 none, 2 inch, 3 centimetre.
+    enum class Unit { None = 1, Inch = 2, Centimetre = 3 };
+
+    float horizontal;
+    float vertical;
+    Unit unit;
+};
 
 /// What a picture's file says about it: EXIF, XMP, IPTC, colour profile and comment.
 ///
@@ -33,9 +44,13 @@ public:
     const std::vector<unsigned char>& profile() const { return m_profile; }
     void setProfile(const std::vector<unsigned char>& profile) { m_profile = profile; }
 
-    /// Stores the resolution in pixels per `unit` (2 inch, 3 centimetre) for formats that have no
-    /// other place for it. A resolution in EXIF stays.
-    void setResolution(float horizontal, float vertical, int unit);
+    /// The resolution in EXIF, else that which was set; nothing when there is neither.
+    std::optional<Resolution> resolution() const;
+    /// Sets the resolution that the file states outside of EXIF.
+    void setResolution(const Resolution& resolution) { m_resolution = resolution; }
+
+    /// Whether there are blocks of EXIF, XMP or IPTC.
+    bool hasBlocks() const;
 
     /// Corrects the width and the height in EXIF, where they are present.
     void setSize(int width, int height);
@@ -46,12 +61,15 @@ public:
 private:
     friend class MetadataWriter;
 
+    void readHeif(std::span<const unsigned char> file);
+
     Exiv2::ExifData m_exif;
     Exiv2::IptcData m_iptc;
     /// A whole packet, which keeps properties that this program does not understand.
     std::string m_xmp;
     std::string m_comment;
     std::vector<unsigned char> m_profile;
+    std::optional<Resolution> m_resolution;
     /// Some maker notes adopt the byte order of the file.
     Exiv2::ByteOrder m_byteOrder = Exiv2::littleEndian;
     bool m_isOfBlocks = false;

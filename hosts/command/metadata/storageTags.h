@@ -9,7 +9,6 @@ namespace velorn {
 /// further pictures. A file with other pixels must not repeat them.
 void eraseStorageTags(Exiv2::ExifData& exif);
 
-
 /// Removes the thumbnail.
 /// @returns whether there was one
 bool eraseThumbnail(Exiv2::ExifData& exif);

@@ -120,6 +120,7 @@ void addAttributes(const ImageSpec& spec, PictureMetadata& metadata) {
         const auto* bytes = static_cast<const unsigned char*>(profile->data());
         metadata.setProfile({bytes, bytes + profile->type().size()});
     }
+    addResolution(spec.extra_attribs, metadata);
     if (metadata.isOfBlocks()) {
         return;
     }
@@ -323,19 +324,22 @@ WrittenMetadata ImageFile::encodeWithReport(const std::filesystem::path& path) c
         }
         const auto thumbnail =
             m_metadata.hadThumbnail() ? jpegThumbnail(*this) : std::vector<unsigned char>();
-        return MetadataWriter(outputMetadata(output->format_name()))
-            .writeInto(std::move(bytes), thumbnail);
+        WrittenMetadata written =
+            MetadataWriter(outputMetadata()).writeInto(std::move(bytes), thumbnail);
+        if (m_sourceFormat == "png" && std::string(output->format_name()) != "png") {
+            for (const std::string& name : textNames(m_spec.extra_attribs, m_metadata)) {
+                written.omitted.push_back("the text " + name);
+            }
+        }
+        return written;
     } catch (const Failure& failure) {
         throw cannotWrite(path, onOneLine(failure.what()));
     }
 }
 
-PictureMetadata ImageFile::outputMetadata(const std::string& format) const {
+PictureMetadata ImageFile::outputMetadata() const {
     PictureMetadata metadata = m_metadata;
     metadata.setSize(width(), height());
-    if (format == "webp") {
-        addResolution(m_spec.extra_attribs, metadata); // the format has no place of its own for it
-    }
     return metadata;
 }
 

@@ -78,7 +78,7 @@ private:
     explicit ImageFile(OIIO::ImageSpec spec) : m_spec(std::move(spec)) {}
 
     OIIO::ImageSpec outputSpec(const OIIO::ImageOutput& output) const;
-    PictureMetadata outputMetadata(const std::string& format) const;
+    PictureMetadata outputMetadata() const;
     void encodeTo(OIIO::ImageOutput& output, const std::filesystem::path& name) const;
 
     OIIO::ImageSpec m_spec;

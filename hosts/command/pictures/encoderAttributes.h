@@ -20,4 +20,9 @@ OIIO::ParamValueList encoderAttributes(const OIIO::ParamValueList& source,
 /// Adds the resolution among `source` to `metadata`.
 void addResolution(const OIIO::ParamValueList& source, PictureMetadata& metadata);
 
+/// The names of texts of a PNG file that other formats do not hold.
+/// @param source the attributes of that file
+std::vector<std::string> textNames(const OIIO::ParamValueList& source,
+                                   const PictureMetadata& metadata);
+
 } // namespace velorn

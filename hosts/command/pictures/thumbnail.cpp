@@ -40,9 +40,9 @@ std::uint8_t meanOf(const ImageFile& picture, const std::vector<T>& samples, std
     std::uint64_t sum = 0;
     for (int row = first.height; row < last.height; ++row) {
         for (int column = first.width; column < last.width; ++column) {
-            const auto pixel = static_cast<std::size_t>(row) *
-                                   static_cast<std::size_t>(picture.width()) +
-                               static_cast<std::size_t>(column);
+            const auto pixel =
+                static_cast<std::size_t>(row) * static_cast<std::size_t>(picture.width()) +
+                static_cast<std::size_t>(column);
             sum += samples[pixel * channels + c];
         }
     }
@@ -87,8 +87,8 @@ std::vector<unsigned char> jpegThumbnail(const ImageFile& picture) {
         throw Failure(OIIO::geterror());
     }
     output->set_ioproxy(&memory);
-    if (!output->open(kName, spec) ||
-        !output->write_image(OIIO::TypeDesc::UINT8, colours.data()) || !output->close()) {
+    if (!output->open(kName, spec) || !output->write_image(OIIO::TypeDesc::UINT8, colours.data()) ||
+        !output->close()) {
         throw Failure(output->geterror());
     }
     return MetadataWriter(PictureMetadata()).writeInto(std::move(bytes), {}).file;

@@ -15,8 +15,7 @@ std::string packet(std::size_t city, std::size_t credit) {
            "rdf:about='' xmlns:photoshop='http://ns.adobe.com/photoshop/1.0/'>"
            "<photoshop:City>" +
            std::string(city, 'a') + "</photoshop:City><photoshop:Credit>" +
-           std::string(credit, 'b') +
-           "</photoshop:Credit></rdf:Description></rdf:RDF></x:xmpmeta>";
+           std::string(credit, 'b') + "</photoshop:Credit></rdf:Description></rdf:RDF></x:xmpmeta>";
 }
 
 TEST(ExtendedXmp, DividedPacketIsJoinedAgain) {
@@ -47,7 +46,8 @@ TEST(ExtendedXmp, SegmentsFollowTheStandardPacket) {
     const Exiv2Session session;
     const auto divided = velorn::dividedXmp(packet(10, 150000));
     ASSERT_TRUE(divided);
-    const std::string segment = std::string("\xFF\xE1\x00\x24http://ns.adobe.com/xap/1.0/\0", 33) + "12345";
+    const std::string segment =
+        std::string("\xFF\xE1\x00\x24http://ns.adobe.com/xap/1.0/\0", 33) + "12345";
     const std::string before = std::string("\xFF\xD8", 2) + segment;
     const std::string text = before + "rest";
     const auto file =
@@ -58,7 +58,8 @@ TEST(ExtendedXmp, SegmentsFollowTheStandardPacket) {
     std::size_t count = 0;
     std::size_t at = before.size();
     while (result.substr(at, 2) == "\xFF\xE1") {
-        EXPECT_EQ(result.substr(at + 4, 35), std::string("http://ns.adobe.com/xmp/extension/\0", 35));
+        EXPECT_EQ(result.substr(at + 4, 35),
+                  std::string("http://ns.adobe.com/xmp/extension/\0", 35));
         EXPECT_EQ(result.substr(at + 39, 32), divided->digest);
         at += 2 + static_cast<std::size_t>(static_cast<unsigned char>(result[at + 2]) << 8 |
                                            static_cast<unsigned char>(result[at + 3]));

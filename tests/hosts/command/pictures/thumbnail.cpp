@@ -18,7 +18,8 @@ ImageFile halves(int width, int height, int channels, T white) {
     ImageFile picture(width, height, channels, 8 * static_cast<int>(sizeof(T)));
     auto& samples = std::get<std::vector<T>>(picture.samples());
     for (std::size_t i = 0; i < samples.size(); ++i) {
-        const auto column = i / static_cast<std::size_t>(channels) % static_cast<std::size_t>(width);
+        const auto column =
+            i / static_cast<std::size_t>(channels) % static_cast<std::size_t>(width);
         samples[i] = 2 * column < static_cast<std::size_t>(width) ? T{0} : white;
     }
     return picture;
