@@ -7,7 +7,7 @@ packages=(build-essential cmake ninja-build pkg-config git
     libopencv-core-dev libopencv-imgproc-dev libhwy-dev liblcms2-dev
     libgtest-dev libgmock-dev libbenchmark-dev libfftw3-dev
     libopenimageio-dev libcli11-dev libexiv2-dev zlib1g-dev libheif-dev
-    libimage-exiftool-perl libheif-examples python3)
+    libimage-exiftool-perl libheif-examples python3 zsh fish)
 # Other versions lay code out differently.
 clang_format=clang-format-14
 windows_packages=(g++-mingw-w64-i686-posix libz-mingw-w64-dev dpkg-dev debootstrap)

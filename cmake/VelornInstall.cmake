@@ -1,5 +1,5 @@
-# `cmake --install` installs headers, libraries, velorn, CMake packages, pkg-config files and the
-# manual page.
+# `cmake --install` installs headers, libraries, velorn, its completions for shells, CMake packages,
+# pkg-config files and the manual page.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
@@ -48,8 +48,18 @@ else()
 endif()
 
 if(VELORN_BUILD_HOST)
+    set(velorn_completions_of_bash bash-completion/completions)
+    set(velorn_completion_bash velorn)
+    set(velorn_completions_of_zsh zsh/site-functions)
+    set(velorn_completion_zsh _velorn)
+    set(velorn_completions_of_fish fish/vendor_completions.d)
+    set(velorn_completion_fish velorn.fish)
     set_target_properties(velorn PROPERTIES INSTALL_RPATH "\$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
     install(TARGETS velorn RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
     install(FILES ${CMAKE_CURRENT_SOURCE_DIR}/docs/velorn.1
             DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+    foreach(shell bash zsh fish)
+        install(FILES ${CMAKE_BINARY_DIR}/completions/velorn.${shell} RENAME ${velorn_completion_${shell}}
+                DESTINATION ${CMAKE_INSTALL_DATADIR}/${velorn_completions_of_${shell}})
+    endforeach()
 endif()

@@ -1,7 +1,10 @@
 #include "hosts/command/arguments/ArgumentParser.h"
 
 #include "hosts/command/arguments/alternatives.h"
+#include "hosts/command/arguments/suggestion.h"
+#include "hosts/command/arguments/usageMessage.h"
 #include "hosts/command/arguments/wrapped.h"
+#include "hosts/command/terminal/errorLine.h"
 #include "hosts/command/terminal/Failure.h"
 
 #include <algorithm>
@@ -64,6 +67,43 @@ std::string numberIn(double value) {
     return text.str();
 }
 
+template <class T>
+struct ValueOf {
+    using Type = T;
+};
+template <class T>
+struct ValueOf<std::vector<T>> {
+    using Type = T;
+};
+
+/// Refuses words that are not numbers before the library does, with a message of its own.
+template <class Number>
+void checkNumbers(CLI::Option* option) {
+    option->check([option](const std::string& text) {
+        Number value{};
+        if (!text.empty() && CLI::detail::lexical_cast(text, value)) {
+            return std::string();
+        }
+        const bool isWhole = text.find_first_not_of("+-0123456789") == std::string::npos &&
+                             text.find_first_of("0123456789") != std::string::npos;
+        if (std::is_integral_v<Number> && isWhole) {
+            throw UsageFailure(option->get_name() + ": " + quotedWord(text) + " is out of range");
+        }
+        throw UsageFailure(option->get_name() + " needs " +
+                           (std::is_integral_v<Number> ? "a whole number" : "a number") + ", not " +
+                           quotedWord(text));
+    });
+}
+
+/// The first sentence of the text that follows the line with range and default.
+std::string effectOf(const std::string& help) {
+    const std::size_t line = help.find('\n') == std::string::npos ? 0 : help.find('\n') + 1;
+    const std::string text = onOneLine(help.substr(line));
+    const std::size_t end = text.find(". ");
+    const bool hasPoint = end == std::string::npos && text.ends_with('.');
+    return hasPoint ? text.substr(0, text.size() - 1) : text.substr(0, end);
+}
+
 } // namespace
 
 Argument& Argument::required() {
@@ -73,6 +113,7 @@ Argument& Argument::required() {
 
 Argument& Argument::valueName(const std::string& name) {
     m_option->type_name(name);
+    m_description->valueName = name;
     return *this;
 }
 
@@ -107,6 +148,27 @@ Argument& Argument::within(double lowest, double highest) {
     return *this;
 }
 
+Argument& Argument::choices(const std::vector<std::string>& names) {
+    m_option->check([option = m_option, names](const std::string& text) {
+        if (std::ranges::find(names, text) == names.end()) {
+            throw UsageFailure(option->get_name() + " must be " + alternatives(names) + ", not " +
+                               quotedWord(text) + suggestion(text, names));
+        }
+        return std::string();
+    });
+    return suggests(names);
+}
+
+Argument& Argument::suggests(const std::vector<std::string>& values) {
+    m_description->values = values;
+    return *this;
+}
+
+Argument& Argument::file() {
+    m_description->isFile = true;
+    return *this;
+}
+
 Argument& Argument::showDefault() {
     m_option->capture_default_str();
     return *this;
@@ -134,27 +196,38 @@ ArgumentParser& ArgumentParser::addCommand(const std::string& name,
     return *m_commands.back();
 }
 
-/// The library says that a command is missing, but not which ones there are.
-void ArgumentParser::checkCommand() const {
-    std::vector<std::string> names;
-    for (const auto& command : m_commands) {
-        if (command->isChosen()) {
-            command->checkCommand();
-            return;
-        }
-        names.push_back(command->m_app.get_name());
+OptionDescription& ArgumentParser::describe(CLI::Option* option) {
+    OptionDescription description;
+    description.isPositional = option->get_positional();
+    if (description.isPositional) {
+        description.names.push_back(option->get_name());
     }
-    if (!names.empty()) {
-        throw UsageFailure("missing command: " + alternatives(names));
+    for (const std::string& name : option->get_snames()) {
+        description.names.push_back("-" + name);
     }
+    for (const std::string& name : option->get_lnames()) {
+        description.names.push_back("--" + name);
+    }
+    description.effect = effectOf(option->get_description());
+    m_described.push_back({option, std::move(description)});
+    return m_described.back().description;
 }
 
 template <class T>
 Argument ArgumentParser::add(const std::string& name, T& value, const std::string& help) {
     if constexpr (std::is_same_v<T, bool>) {
-        return Argument(m_app.add_flag(name, value, help));
+        CLI::Option* flag = m_app.add_flag(name, value, help)->disable_flag_override();
+        return {flag, &describe(flag)};
     } else {
-        return Argument(m_app.add_option(name, value, help));
+        CLI::Option* option = m_app.add_option(name, value, help);
+        using Value = typename ValueOf<T>::Type;
+        if constexpr (std::is_arithmetic_v<Value>) {
+            checkNumbers<Value>(option);
+        }
+        OptionDescription& description = describe(option);
+        description.valueName = option->get_type_name();
+        description.isFile = std::is_same_v<T, std::filesystem::path>;
+        return {option, &description};
     }
 }
 
@@ -192,12 +265,25 @@ bool ArgumentParser::parse(std::vector<std::string> words, std::ostream& out) {
     } catch (const CLI::Success& request) {
         m_app.exit(request, out, out);
         return false;
-    } catch (const CLI::RequiredError& error) {
-        checkCommand();
-        throw UsageFailure(onOneLine(error.what()));
     } catch (const CLI::Error& error) {
-        throw UsageFailure(onOneLine(error.what()));
+        throw UsageFailure(usageMessage(error, m_app));
     }
+}
+
+CommandDescription ArgumentParser::description() const {
+    CommandDescription command{m_app.get_name(), effectOf(m_app.get_description()), {}, {}};
+    command.options.push_back({{"-h", "--help"}, "Show this help and exit", "", {}, false, false});
+    if (m_app.get_version_ptr() != nullptr) {
+        command.options.push_back(
+            {{"--version"}, "Show the version and exit", "", {}, false, false});
+    }
+    for (const Described& described : m_described) {
+        command.options.push_back(described.description);
+    }
+    for (const auto& below : m_commands) {
+        command.commands.push_back(below->description());
+    }
+    return command;
 }
 
 } // namespace velorn

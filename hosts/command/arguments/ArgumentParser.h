@@ -1,7 +1,9 @@
 #pragma once
 
+#include "hosts/command/arguments/CommandDescription.h"
+
+#include <deque>
 #include <memory>
-#include <optional>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -17,7 +19,8 @@ namespace velorn {
 class Argument {
 public:
     Argument() = default;
-    explicit Argument(CLI::Option* option) : m_option(option) {}
+    Argument(CLI::Option* option, OptionDescription* description)
+        : m_option(option), m_description(description) {}
 
     Argument& required();
     /// The placeholder for the value in help texts.
@@ -32,6 +35,12 @@ public:
     Argument& needs(const Argument& other);
     /// Refuses numbers outside of `lowest`..`highest`.
     Argument& within(double lowest, double highest);
+    /// Takes one of `names` and refuses others. Completions offer them.
+    Argument& choices(const std::vector<std::string>& names);
+    /// Completions offer `values`; others are allowed.
+    Argument& suggests(const std::vector<std::string>& values);
+    /// Completions offer files. Arguments of type std::filesystem::path have it.
+    Argument& file();
     /// Adds the present value of the variable to the help text.
     Argument& showDefault();
 
@@ -40,10 +49,11 @@ public:
 
 private:
     CLI::Option* m_option = nullptr;
+    OptionDescription* m_description = nullptr;
 };
 
-/// Parses a command line with options, positional arguments and commands. The only user of the
-/// command-line library: its headers take seconds to compile.
+/// Parses a command line with options, positional arguments and commands. With `usageMessage`, the
+/// only user of the command-line library: its headers take seconds to compile.
 class ArgumentParser {
 public:
     ArgumentParser(const std::string& name, const std::string& description);
@@ -76,14 +86,24 @@ public:
     /// @throws UsageFailure with one line that names the error.
     bool parse(std::vector<std::string> words, std::ostream& out);
 
+    /// The arguments and commands added so far, in this order.
+    CommandDescription description() const;
+
 private:
+    /// What the library does not store about an option.
+    struct Described {
+        CLI::Option* option;
+        OptionDescription description;
+    };
+
     explicit ArgumentParser(CLI::App& command);
 
-    void checkCommand() const;
+    OptionDescription& describe(CLI::Option* option);
 
     std::unique_ptr<CLI::App> m_owned;
     CLI::App& m_app;
     std::vector<std::unique_ptr<ArgumentParser>> m_commands;
+    std::deque<Described> m_described; // whose elements stay in place
 };
 
 } // namespace velorn

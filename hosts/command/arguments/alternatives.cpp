@@ -2,11 +2,11 @@
 
 namespace velorn {
 
-std::string alternatives(const std::vector<std::string>& names) {
+std::string alternatives(const std::vector<std::string>& names, const char* last) {
     std::string text;
     for (std::size_t i = 0; i < names.size(); ++i) {
         const bool isLast = i + 1 == names.size();
-        text.append(i == 0 ? "" : isLast ? " or " : ", ").append(names[i]);
+        text.append(i == 0 ? "" : isLast ? last : ", ").append(names[i]);
     }
     return text;
 }

@@ -65,13 +65,7 @@ Turn turnOf(const std::string& text) {
     if (text == "yes") {
         return Turn::Yes;
     }
-    if (text == "no") {
-        return Turn::No;
-    }
-    if (text == "auto") {
-        return Turn::Auto;
-    }
-    throw UsageFailure("--turn must be yes, no or auto");
+    return text == "no" ? Turn::No : Turn::Auto;
 }
 
 /// Whether a word is meant as a size, valid or not, rather than as a file.
@@ -105,7 +99,8 @@ Argument BlindOptions::addTurn(ArgumentParser& parser, const std::string& condit
                  "\nWhether to rotate the kernel found by 180 degrees. A picture does not show "
                  "which of the two orientations an asymmetric blur had. auto and no keep the "
                  "orientation that explains the edges of the picture.")
-        .valueName("WHEN");
+        .valueName("WHEN")
+        .choices({"yes", "no", kAutomatic});
 }
 
 Argument BlindOptions::addLocal(ArgumentParser& parser, const std::string& condition) {

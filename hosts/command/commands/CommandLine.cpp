@@ -1,6 +1,7 @@
 #include "hosts/command/commands/CommandLine.h"
 
 #include "hosts/command/arguments/ArgumentParser.h"
+#include "hosts/command/commands/CompletionParser.h"
 
 namespace velorn {
 namespace {
@@ -24,9 +25,14 @@ std::optional<Command> parseCommandLine(int argc, const char* const* argv, std::
     EstimateParser estimate(parser);
     KernelParser kernel(parser);
     PreviewParser preview(parser);
+    CompletionParser completion(parser);
     parser.setFooter(std::string(kExamples) + kExitStatus);
     const std::vector<std::string> words(argv + std::min(argc, 1), argv + argc);
     if (!parser.parse(DeblurParser::completed(words), out)) {
+        return std::nullopt;
+    }
+    if (completion.isChosen()) {
+        out << completion.script(parser.description());
         return std::nullopt;
     }
     if (deblur.isChosen()) {

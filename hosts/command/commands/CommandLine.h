@@ -14,7 +14,9 @@ namespace velorn {
 using Command = std::variant<DeblurOptions, KernelOptions, EstimateOptions, PreviewOptions>;
 
 /// Parses the command line.
-/// @returns the command, or nothing after help or version, which are written to `out`
+/// @returns the command, or nothing after help, version or a completion script, which are written
+/// to
+///          `out`
 /// @throws UsageFailure with one line that names the error.
 std::optional<Command> parseCommandLine(int argc, const char* const* argv, std::ostream& out);
 

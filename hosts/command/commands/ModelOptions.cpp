@@ -2,7 +2,6 @@
 
 #include "hosts/command/arguments/alternatives.h"
 #include "hosts/command/arguments/NumberRange.h"
-#include "hosts/command/terminal/Failure.h"
 #include "velorn.hpp"
 
 #include <algorithm>
@@ -29,21 +28,17 @@ constexpr std::array<Choice, 3> kQualities{{{"fast", VELORN_QUALITY_FAST},
                                             {"normal", VELORN_QUALITY_NORMAL},
                                             {"best", VELORN_QUALITY_BEST}}};
 
-std::string namesOf(std::span<const Choice> choices) {
+std::vector<std::string> namesOf(std::span<const Choice> choices) {
     std::vector<std::string> names;
     for (const Choice& choice : choices) {
         names.emplace_back(choice.name);
     }
-    return alternatives(names);
+    return names;
 }
 
-std::int32_t chosen(std::span<const Choice> choices, const std::string& name,
-                    const std::string& option) {
-    const auto found = std::ranges::find(choices, name, &Choice::name);
-    if (found == choices.end()) {
-        throw UsageFailure(option + " must be " + namesOf(choices));
-    }
-    return found->value;
+/// The value of a name in the list.
+std::int32_t chosen(std::span<const Choice> choices, const std::string& name) {
+    return std::ranges::find(choices, name, &Choice::name)->value;
 }
 
 } // namespace
@@ -53,21 +48,23 @@ void ModelOptions::addTo(ArgumentParser& parser) {
         parser
             .add(
                 "--quality", m_quality,
-                namesOf(kQualities) +
+                alternatives(namesOf(kQualities)) +
                     ", default: normal, or fast with --lambda or --alpha"
                     "\nnormal removes noise from the brightness after the deconvolution and keeps "
                     "texture, best does so more thoroughly and for colours. fast leaves the result "
                     "of the deconvolution, so that --lambda and --alpha have their full effect; "
                     "presets that set --alpha use it, too.")
             .valueName("NAME")
-            .group(kGroup);
+            .group(kGroup)
+            .choices(namesOf(kQualities));
     parser
         .add("--light", m_light,
-             namesOf(kLights) + ", default: " + m_light +
+             alternatives(namesOf(kLights)) + ", default: " + m_light +
                  "\nWhether the blur is removed from light (linear) or from the stored values "
                  "(display). auto uses what explains the picture better.")
         .valueName("NAME")
-        .group(kGroup);
+        .group(kGroup)
+        .choices(namesOf(kLights));
     parser
         .add("--keep-clipped", m_keepsClipped,
              "Trust clipped pixels. By default, what clipped highlights hide is estimated, which "
@@ -95,8 +92,8 @@ void ModelOptions::applyTo(VelornRestoreSettings& settings) const {
         settings.strength != automatic.strength || settings.alpha != automatic.alpha;
     settings.quality = isManual && !m_qualityOption.isGiven()
                            ? static_cast<std::int32_t>(VELORN_QUALITY_FAST)
-                           : chosen(kQualities, m_quality, "--quality");
-    settings.light = chosen(kLights, m_light, "--light");
+                           : chosen(kQualities, m_quality);
+    settings.light = chosen(kLights, m_light);
     settings.recoverClipped = m_keepsClipped ? 0 : 1;
     settings.continueFrame = m_framePasses > 0 ? 1 : 0;
     settings.threads = m_threads;

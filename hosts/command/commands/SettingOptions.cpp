@@ -149,12 +149,12 @@ std::vector<float> partsOf(const Combination& combination, const std::string& te
     return numbers;
 }
 
-std::string presetNames() {
+std::vector<std::string> presetNames() {
     std::vector<std::string> names;
     for (const Preset& preset : presets()) {
         names.emplace_back(preset.name);
     }
-    return alternatives(names);
+    return names;
 }
 
 /// The options that equal `preset`.
@@ -169,7 +169,7 @@ std::string optionsText(const Preset& preset) {
 
 std::string presetText() {
     std::string text =
-        presetNames() +
+        alternatives(presetNames()) +
         "\nSettings for a purpose. Options for single settings override the preset.\n";
     for (const Preset& preset : presets()) {
         text.append(preset.name).append("\n    ").append(preset.effect);
@@ -195,7 +195,10 @@ void SettingOptions::addTo(ArgumentParser& parser) {
 }
 
 void SettingOptions::addPresets(ArgumentParser& parser) {
-    m_presetOption = parser.add("--preset", m_preset, presetText()).valueName("NAME").group(kGroup);
+    m_presetOption = parser.add("--preset", m_preset, presetText())
+                         .valueName("NAME")
+                         .group(kGroup)
+                         .choices(presetNames());
 }
 
 void SettingOptions::addSettings(ArgumentParser& parser) {
@@ -223,15 +226,9 @@ void SettingOptions::addCombinations(ArgumentParser& parser) {
 }
 
 void SettingOptions::applyPreset(VelornRestoreSettings& settings) const {
-    if (!m_presetOption.isGiven()) {
-        return;
+    if (m_presetOption.isGiven()) {
+        std::ranges::find(presets(), m_preset, &Preset::name)->applyTo(settings);
     }
-    const auto all = presets();
-    const auto found = std::ranges::find(all, m_preset, &Preset::name);
-    if (found == all.end()) {
-        throw UsageFailure("--preset must be " + presetNames());
-    }
-    found->applyTo(settings);
 }
 
 void SettingOptions::applyNamed(VelornRestoreSettings& settings) const {

@@ -60,10 +60,8 @@ std::string printable(const std::string& text) {
 }
 
 std::string shortened(const std::string& text, std::size_t limit) {
-    const auto count =
-        static_cast<std::size_t>(std::ranges::count_if(text, [](char c) {
-            return !isContinuation(static_cast<unsigned char>(c));
-        }));
+    const auto count = static_cast<std::size_t>(std::ranges::count_if(
+        text, [](char c) { return !isContinuation(static_cast<unsigned char>(c)); }));
     if (count <= limit) {
         return text;
     }
@@ -71,6 +69,11 @@ std::string shortened(const std::string& text, std::size_t limit) {
     const std::size_t tail = kept / 2;
     return text.substr(0, positionOf(text, kept - tail)) + "..." +
            text.substr(positionOf(text, count - tail));
+}
+
+std::string quotedWord(const std::string& word) {
+    constexpr std::size_t kLongestWord = 80;
+    return std::string("'").append(shortened(printable(word), kLongestWord)).append("'");
 }
 
 std::string errorLine(const std::string& text) {

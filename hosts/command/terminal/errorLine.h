@@ -14,6 +14,10 @@ std::string printable(const std::string& text);
 /// `text` with at most `limit` characters, at least 3: "..." replaces characters in the middle.
 std::string shortened(const std::string& text, std::size_t limit);
 
+/// A word of the command line in single quotes, as messages show it: printable, and shortened in
+/// the middle if it is long.
+std::string quotedWord(const std::string& word);
+
 /// The line, without its end, that reports `text`: "velorn: TEXT" on one line, printable, and with
 /// at most `kLongestErrorLine` characters.
 std::string errorLine(const std::string& text);

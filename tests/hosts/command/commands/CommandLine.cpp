@@ -36,7 +36,8 @@ TEST(CommandLine, WrongCommandLineGivesAMessageOnOneLine) {
 }
 
 TEST(CommandLine, MissingCommandIsReportedWithTheChoice) {
-    EXPECT_EQ(usageFailureOf({}), "missing command: deblur, estimate, kernel or preview");
+    EXPECT_EQ(usageFailureOf({}),
+              "missing command: deblur, estimate, kernel, preview or completion");
     EXPECT_EQ(usageFailureOf({"kernel"}), "missing command: gaussian, disc or motion");
 }
 
@@ -46,7 +47,8 @@ TEST(CommandLine, VersionIsPrinted) {
 
 TEST(CommandLine, HelpListsTheCommands) {
     const std::string help = printedBy({"--help"});
-    for (const char* name : {"\n  deblur ", "\n  estimate ", "\n  kernel ", "\n  preview "}) {
+    for (const char* name :
+         {"\n  deblur ", "\n  estimate ", "\n  kernel ", "\n  preview ", "\n  completion "}) {
         EXPECT_NE(help.find(name), std::string::npos) << name << "\n" << help;
     }
 }
@@ -57,7 +59,8 @@ TEST(CommandLine, HelpFitsATerminalOfEightyColumns) {
                                                                {"estimate", "--help"},
                                                                {"kernel", "--help"},
                                                                {"kernel", "motion", "--help"},
-                                                               {"preview", "--help"}}) {
+                                                               {"preview", "--help"},
+                                                               {"completion", "--help"}}) {
         std::istringstream lines(printedBy(words));
         for (std::string line; std::getline(lines, line);) {
             EXPECT_LE(line.size(), 80u) << line;

@@ -94,7 +94,7 @@ TEST(EstimateOptions, SizesThatAreNotOddNumbersInTheRangeAreRefused) {
 
 TEST(EstimateOptions, StrengthAndTurnOutOfRangeAreRefused) {
     EXPECT_EQ(estimateFailure({"--strength", "2.1"}), "--strength must be from 0 to 2");
-    EXPECT_EQ(estimateFailure({"--turn", "left"}), "--turn must be yes, no or auto");
+    EXPECT_EQ(estimateFailure({"--turn", "left"}), "--turn must be yes, no or auto, not 'left'");
 }
 
 } // namespace

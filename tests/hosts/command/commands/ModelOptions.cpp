@@ -51,8 +51,10 @@ TEST(ModelOptions, StrengthAndExponentOfTheUserTurnTheSecondPassOff) {
 }
 
 TEST(ModelOptions, OtherNamesAndNumbersAreRefused) {
-    EXPECT_EQ(failureOf({"--quality", "good"}), "--quality must be fast, normal or best");
-    EXPECT_EQ(failureOf({"--light", "dark"}), "--light must be auto, linear or display");
+    EXPECT_EQ(failureOf({"--quality", "good"}),
+              "--quality must be fast, normal or best, not 'good'");
+    EXPECT_EQ(failureOf({"--light", "dark"}),
+              "--light must be auto, linear or display, not 'dark'");
     EXPECT_EQ(failureOf({"--frame-passes", "9"}), "--frame-passes must be from 0 to 8");
     EXPECT_EQ(failureOf({"--threads", "-1"}), "--threads must be from 0 to 256");
 }

@@ -118,7 +118,8 @@ TEST(SettingOptions, NumbersOutOfRangeAreRefusedWithTheRange) {
     EXPECT_EQ(failureOf({"--detail-gain", "-2"}), "--detail-gain must be from -1 to 3");
     EXPECT_EQ(failureOf({"--sharpen", "2,11"}), "--sharpen: GAIN must be from 0 to 10");
     EXPECT_EQ(failureOf({"--detail", "0.1,nan"}), "--detail: GAMMA must be from -1 to 3");
-    EXPECT_EQ(failureOf({"--preset", "soft"}), "--preset must be lens, motion, scan or crisp");
+    EXPECT_EQ(failureOf({"--preset", "soft"}),
+              "--preset must be lens, motion, scan or crisp, not 'soft'");
 }
 
 TEST(SettingOptions, TooFewAndTooManyNumbersAreRefusedWithTheSyntax) {
