@@ -1,12 +1,12 @@
 #include "restoration/blind/local/CellSearch.h"
 
-#include "restoration/blind/candidates/Evidence.h"
 #include "restoration/blind/candidates/KernelScorer.h"
 #include "restoration/blind/parts/diagonalNoise.h"
 #include "restoration/blind/parts/EdgeSpectrum.h"
 #include "restoration/blind/refine/contradictsBlur.h"
 #include "restoration/blind/refine/refitKernel.h"
 #include "restoration/blind/refine/SpectralEvidence.h"
+#include "restoration/blind/runs/KernelRun.h"
 #include "restoration/blind/squares/kernelShape.h"
 
 #include <algorithm>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "restoration/blind/candidates/Evidence.h"
 #include "restoration/blind/candidates/KernelScorer.h"
-#include "restoration/blind/runs/KernelRun.h"
+#include "restoration/blind/local/CellKernel.h"
+#include "restoration/blind/squares/KernelBounds.h"
 #include "restoration/blind/squares/SquareKernel.h"
 #include "restoration/planes/Plane.h"
 #include "restoration/threads/Cancellation.h"
@@ -12,20 +12,6 @@
 #include <span>
 
 namespace restoration {
-
-/// The kernel of one cell of a picture, as far as it is known.
-struct CellKernel {
-    SquareKernel kernel; ///< of side bounds.side()
-    Evidence evidence{};
-    bool hasEvidence = false; ///< the kernel was compared with others in the cell
-    /// 0..1: the likeness of the kernels that searches from different starts have found; 0 where
-    /// the cell has too few edges.
-    double agreement = 0.0;
-    bool isSharp = false;        ///< the cell is not blurred: a kernel of a single pixel
-    bool isContradicted = false; ///< the power spectrum contradicts that the cell is blurred
-
-    double score() const { return scoreOf(evidence); } ///< smaller is better
-};
 
 /// Estimates the kernel of one cell of a picture on the calling thread. Constant; threads may share
 /// it.
