@@ -7,7 +7,7 @@ namespace restoration {
 
 /// The kernel of one cell of a picture, as far as it is known.
 struct CellKernel {
-    SquareKernel kernel; ///< of side bounds.side()
+    SquareKernel kernel{}; ///< of side bounds.side()
     Evidence evidence{};
     bool hasEvidence = false; ///< the kernel was compared with others in the cell
     /// 0..1: the likeness of the kernels that searches from different starts have found; 0 where

@@ -21,8 +21,7 @@ KernelBounds boundsFor(const Kernel& whole, const Plane& picture) {
     constexpr int kLargestSide = 47;
     const int shorter = std::min(picture.width(), picture.height());
     const int wider = whole.largerSide() * 3 / 2 + 6;
-    const int side =
-        std::max(std::min({wider, kLargestSide, shorter / 5}) | 1, whole.largerSide());
+    const int side = std::max(std::min({wider, kLargestSide, shorter / 5}) | 1, whole.largerSide());
     return {side, side};
 }
 
@@ -30,7 +29,7 @@ KernelBounds boundsFor(const Kernel& whole, const Plane& picture) {
 
 GridSearch::GridSearch(const Plane& luminance, const Kernel& whole, Team& team)
     : m_luminance(luminance), m_team(team), m_bounds(boundsFor(whole, luminance)),
-      m_kernels{cellsFor(luminance), squareKernelOf(whole, m_bounds.side()), {}} {}
+      m_kernels({cellsFor(luminance), squareKernelOf(whole, m_bounds.side()), {}}) {}
 
 void GridSearch::find() {
     findParts(kTransformSide);
@@ -48,9 +47,8 @@ void GridSearch::divide() {
                                      return search.closerUnits(QuarterStarts::kMost);
                                  }));
     m_kernels.found.assign(m_kernels.cells.count(), {});
-    m_team.forEach(m_kernels.cells.count(), [&](std::size_t i, int) {
-        m_kernels.found[i] = quarter(i, coarse, smooth);
-    });
+    m_team.forEach(m_kernels.cells.count(),
+                   [&](std::size_t i, int) { m_kernels.found[i] = quarter(i, coarse, smooth); });
     alignAndSmooth(1.0);
 }
 

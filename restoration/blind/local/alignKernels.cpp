@@ -32,8 +32,7 @@ public:
             if (!m_found[i].isSharp) {
                 const KernelPlace by =
                     bestMove(m_kernels.found[i].kernel, meanAround(m_kernels, i, 0.0));
-                moveTo(i,
-                       {m_moves[i].right + kStep * by.right, m_moves[i].down + kStep * by.down});
+                moveTo(i, {m_moves[i].right + kStep * by.right, m_moves[i].down + kStep * by.down});
             }
         }
     }

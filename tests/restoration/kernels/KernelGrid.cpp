@@ -49,6 +49,19 @@ TEST(KernelGrid, InterpolatedKernelsHaveSumOne) {
     }
 }
 
+TEST(KernelGrid, TheShareOfTheRestorationChangesLinearlyBetweenTheMiddles) {
+    std::vector<Kernel> kernels(4, row({1.0f}));
+    const float shares[] = {0.2f, 0.6f, 1.0f, 0.0f};
+    for (std::size_t i = 0; i < kernels.size(); ++i) {
+        kernels[i].trust.share = shares[i];
+    }
+    const KernelGrid grid(std::move(kernels), 2, 2);
+    EXPECT_FLOAT_EQ(grid.interpolated(0.0, 0.0).trust.share, 0.2f);
+    EXPECT_FLOAT_EQ(grid.interpolated(0.375, 0.25).trust.share, 0.3f);
+    EXPECT_FLOAT_EQ(grid.interpolated(0.25, 0.5).trust.share, 0.6f);
+    EXPECT_FLOAT_EQ(grid.interpolated(0.5, 0.5).trust.share, 0.45f);
+}
+
 TEST(KernelGrid, TheTypicalKernelIsNearestToTheMean) {
     const KernelGrid grid(
         {row({0.0f, 1.0f, 0.0f}), row({0.3f, 0.4f, 0.3f}), row({0.35f, 0.35f, 0.3f})}, 3, 1);

@@ -621,5 +621,65 @@ TEST(RestorePicture, AFlatPictureStaysFlat) {
               bytesOf(source->picture()));
 }
 
+/// Discs that differ a little, therefore tiles have kernels of their own.
+KernelGrid gridWithShares(float left, float right) {
+    std::vector<Kernel> kernels{analyticKernel(VELORN_BLUR_DISC, 2.5f, 0.0f),
+                                analyticKernel(VELORN_BLUR_DISC, 2.55f, 0.0f)};
+    kernels[0].trust.share = left;
+    kernels[1].trust.share = right;
+    return {std::move(kernels), 2, 1};
+}
+
+std::unique_ptr<PictureBuffer> restored(const VelornPicture& source, const KernelGrid& grid,
+                                        const VelornRestoreSettings& settings) {
+    auto target = std::make_unique<PictureBuffer>(source);
+    restorePicture(source, target->picture(), grid, settings);
+    return target;
+}
+
+constexpr PictureShape kWideShape{760, 140, 3, false, VELORN_SAMPLES_F32};
+constexpr VelornRegion kLeftEnd{0, 0, 120, 140};
+constexpr VelornRegion kRightEnd{640, 0, 120, 140};
+
+TEST(RestoreLocally, AHalfShareGivesTheMeanOfPictureAndRestoration) {
+    const auto source = texturedPicture(kWideShape);
+    const VelornPicture& picture = source->picture();
+    const auto half = restored(picture, gridWithShares(0.5f, 0.5f), settingsFor(picture));
+    const auto full = restored(picture, gridWithShares(1.0f, 1.0f), settingsFor(picture));
+    const auto width = static_cast<std::size_t>(picture.width);
+    std::vector<float> mixed(width);
+    std::vector<float> sharp(width);
+    std::vector<float> stored(width);
+    for (int y = 0; y < picture.height; ++y) {
+        PictureReader(half->picture()).readChannel(1, y, 0, picture.width, mixed.data());
+        PictureReader(full->picture()).readChannel(1, y, 0, picture.width, sharp.data());
+        PictureReader(picture).readChannel(1, y, 0, picture.width, stored.data());
+        for (std::size_t x = 0; x < width; ++x) {
+            ASSERT_NEAR(mixed[x], 0.5f * (sharp[x] + stored[x]), 1e-5f) << x << " " << y;
+        }
+    }
+}
+
+TEST(RestoreLocally, EachPlaceHasTheShareOfItsCells) {
+    const auto source = texturedPicture(kWideShape);
+    const VelornPicture& picture = source->picture();
+    const auto result = restored(picture, gridWithShares(0.0f, 1.0f), settingsFor(picture));
+    const auto full = restored(picture, gridWithShares(1.0f, 1.0f), settingsFor(picture));
+    EXPECT_LT(largestDifference(result->picture(), picture, kLeftEnd), 1e-6f);
+    EXPECT_LT(largestDifference(result->picture(), full->picture(), kRightEnd), 1e-6f);
+    EXPECT_GT(largestDifference(full->picture(), picture, kLeftEnd), 0.05f);
+}
+
+TEST(RestoreLocally, AStrengthOfTheHostIsNotMixedWithThePicture) {
+    const auto source = texturedPicture(kWideShape);
+    const VelornPicture& picture = source->picture();
+    VelornRestoreSettings settings = settingsFor(picture);
+    settings.strength = 300.0f;
+    const auto none = restored(picture, gridWithShares(0.0f, 0.0f), settings);
+    const auto full = restored(picture, gridWithShares(1.0f, 1.0f), settings);
+    EXPECT_EQ(bytesOf(none->picture()), bytesOf(full->picture()));
+    EXPECT_GT(largestDifference(none->picture(), picture, kLeftEnd), 0.05f);
+}
+
 } // namespace
 } // namespace restoration
