@@ -58,7 +58,7 @@ void print(const api::FoundKernel& found, const BlurKernel& shown, const Estimat
         out << "parts:       " << report.parts << ", agreement "
             << percentText(report.partAgreement) << '\n';
     }
-    out << kernelPicture(shown) << std::flush;
+    out << "misfit:      " << misfitText(report) << '\n' << kernelPicture(shown) << std::flush;
 }
 
 struct Found {
@@ -78,7 +78,8 @@ Found findAndDraw(const ImageFile& picture, const EstimateOptions& options,
                                         slicedProgress(progress, 0.0, searched));
     Found found{chosenKernel(candidates, options.input, options.blind, warnings), {}};
     if (wantsSheet) {
-        const CandidateSheet sheet(picture, options.input, options.blind.look, interrupt);
+        const CandidateSheet sheet(picture, options.input, options.blind.look,
+                                   options.blind.threads, interrupt);
         found.sheet = sheet.draw(candidates, slicedProgress(progress, searched, 1.0));
     }
     return found;

@@ -14,6 +14,7 @@ EstimateParser::EstimateParser(ArgumentParser& parser)
     m_blindOptions.addStrength(m_command);
     m_blindOptions.addTurn(m_command);
     m_blindOptions.addChoices(m_command);
+    m_threads.addTo(m_command, "OPTIONS");
     m_command
         .add("-o,--output", m_options.output,
              "File to write the kernel to, for 'velorn deblur --kernel': a matrix of numbers "
@@ -29,6 +30,7 @@ EstimateParser::EstimateParser(ArgumentParser& parser)
 EstimateOptions EstimateParser::result() const {
     EstimateOptions options = m_options;
     options.blind = m_blindOptions.result();
+    options.blind.threads = m_threads.result();
     if (!options.sheet.empty() && options.sheet == options.output) {
         throw UsageFailure("--output and --sheet name the same file");
     }

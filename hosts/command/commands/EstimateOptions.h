@@ -2,6 +2,7 @@
 
 #include "hosts/command/commands/BlindOptions.h"
 #include "hosts/command/commands/BlindSettings.h"
+#include "hosts/command/commands/ThreadsOption.h"
 
 #include <filesystem>
 
@@ -34,6 +35,7 @@ public:
 private:
     ArgumentParser& m_command;
     BlindOptions m_blindOptions;
+    ThreadsOption m_threads;
     EstimateOptions m_options;
 };
 

@@ -13,7 +13,6 @@ namespace {
 
 constexpr const char* kGroup = "Settings";
 constexpr NumberRange kFramePasses{0.0f, 8.0f};
-constexpr NumberRange kThreads{0.0f, 256.0f};
 
 /// A value of an option that takes names.
 struct Choice {
@@ -77,16 +76,11 @@ void ModelOptions::addTo(ArgumentParser& parser) {
                  "along its borders. 0 turns the reconstruction off.")
         .valueName("N")
         .group(kGroup);
-    parser
-        .add("--threads", m_threads,
-             kThreads.text() + ", default: one for each processor\nLargest number of threads.")
-        .valueName("N")
-        .group(kGroup);
+    m_threads.addTo(parser, kGroup);
 }
 
 void ModelOptions::applyTo(VelornRestoreSettings& settings) const {
     kFramePasses.check("--frame-passes", static_cast<float>(m_framePasses));
-    kThreads.check("--threads", static_cast<float>(m_threads));
     const VelornRestoreSettings automatic = api::restoreSettings();
     const bool isManual =
         settings.strength != automatic.strength || settings.alpha != automatic.alpha;
@@ -96,7 +90,7 @@ void ModelOptions::applyTo(VelornRestoreSettings& settings) const {
     settings.light = chosen(kLights, m_light);
     settings.recoverClipped = m_keepsClipped ? 0 : 1;
     settings.continueFrame = m_framePasses > 0 ? 1 : 0;
-    settings.threads = m_threads;
+    settings.threads = m_threads.result();
 }
 
 } // namespace velorn

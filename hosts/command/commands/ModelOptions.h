@@ -1,6 +1,7 @@
 #pragma once
 
 #include "hosts/command/arguments/ArgumentParser.h"
+#include "hosts/command/commands/ThreadsOption.h"
 #include "velorn.h"
 
 #include <string>
@@ -27,7 +28,7 @@ private:
     std::string m_light = "auto";
     std::string m_quality = "normal";
     int m_framePasses = 2;
-    int m_threads = 0;
+    ThreadsOption m_threads;
     bool m_keepsClipped = false;
 };
 

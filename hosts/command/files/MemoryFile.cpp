@@ -24,6 +24,16 @@ std::filesystem::path MemoryFile::path() const {
     return "/proc/self/fd/" + std::to_string(m_descriptor);
 }
 
+void MemoryFile::append(std::span<const unsigned char> bytes) {
+    while (!bytes.empty()) {
+        const ssize_t count = write(m_descriptor, bytes.data(), bytes.size());
+        if (count < 0 && errno != EINTR) {
+            throw Failure(std::string("cannot write a file in memory: ") + std::strerror(errno));
+        }
+        bytes = bytes.subspan(count > 0 ? static_cast<std::size_t>(count) : 0);
+    }
+}
+
 std::vector<unsigned char> MemoryFile::content() const {
     struct stat state {};
     if (fstat(m_descriptor, &state) != 0) {

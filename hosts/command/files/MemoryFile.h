@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <span>
 #include <vector>
 
 namespace velorn {
@@ -17,6 +18,9 @@ public:
 
     /// The name to open the file by; valid in this process only.
     std::filesystem::path path() const;
+
+    /// Appends `bytes`. @throws Failure when there is no memory for them.
+    void append(std::span<const unsigned char> bytes);
 
     /// The bytes written so far. @throws Failure when they cannot be read.
     std::vector<unsigned char> content() const;

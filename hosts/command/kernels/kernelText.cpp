@@ -83,6 +83,10 @@ std::string blurText(const VelornFindReport& report, const BlurKernel& shown, in
     }
 }
 
+std::string misfitText(const VelornFindReport& report) {
+    return fixedText(std::sqrt(static_cast<double>(report.misfit)), 1) + " times the noise";
+}
+
 std::string percentText(float share) {
     return fixedText(100.0 * static_cast<double>(share), 0) + " %";
 }

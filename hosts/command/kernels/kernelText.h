@@ -20,4 +20,8 @@ double shownAngle(double stored, int orientation);
 /// A share of 0..1 as whole percent: "83 %".
 std::string percentText(float share);
 
+/// How far the picture is from what the kernel explains: "1.6 times the noise", a standard
+/// deviation.
+std::string misfitText(const VelornFindReport& report);
+
 } // namespace velorn

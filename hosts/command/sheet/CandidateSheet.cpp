@@ -107,8 +107,9 @@ KernelSize shownSides(const ImageFile& picture) {
 } // namespace
 
 CandidateSheet::CandidateSheet(const ImageFile& picture, const std::filesystem::path& path,
-                               const std::optional<PictureArea>& look, const Interrupt& interrupt)
-    : m_picture(picture), m_path(path), m_interrupt(interrupt) {
+                               const std::optional<PictureArea>& look, int threads,
+                               const Interrupt& interrupt)
+    : m_picture(picture), m_path(path), m_threads(threads), m_interrupt(interrupt) {
     const int orientation = picture.orientation();
     const KernelSize sides = asStored(KernelSize{kDetailWidth, kDetailHeight}, orientation);
     const PictureArea within = look
@@ -180,6 +181,7 @@ RgbPixels CandidateSheet::restoredDetail(const api::Kernel& kernel,
                                                 channels, channels % 2 == 0);
     const std::vector<unsigned char> profile = m_picture.profile();
     VelornRestoreSettings settings = api::restoreSettings();
+    settings.threads = m_threads;
     settings.profile = profile.empty() ? nullptr : profile.data();
     settings.profileSize = profile.size();
     settings.region = {m_detail.x, m_detail.y, m_detail.width, m_detail.height};

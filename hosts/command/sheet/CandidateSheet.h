@@ -20,9 +20,10 @@ class CandidateSheet {
 public:
     /// All arguments outlive the object.
     /// @param path name of the picture, in the sheet and in messages
+    /// @param threads largest number of threads; 0: one for each processor
     /// @param look part of the picture as displayed that the detail belongs to; nothing: anywhere
     CandidateSheet(const ImageFile& picture, const std::filesystem::path& path,
-                   const std::optional<PictureArea>& look, const Interrupt& interrupt);
+                   const std::optional<PictureArea>& look, int threads, const Interrupt& interrupt);
 
     /// @param found    for the picture as stored; their numbers on the sheet begin with 1
     /// @throws Failure that names the picture, Interrupted
@@ -38,6 +39,7 @@ private:
 
     const ImageFile& m_picture;
     const std::filesystem::path& m_path;
+    int m_threads;
     const Interrupt& m_interrupt;
     PictureArea m_detail; ///< in the stored picture
 };

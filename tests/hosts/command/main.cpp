@@ -112,7 +112,9 @@ TEST_F(Velorn, EstimateWritesAKernelAndPrintsIt) {
     EXPECT_TRUE(std::regex_search(
         result.output, std::regex("^blur:        out of focus, radius about [23]\\.[0-9] pixels\n"
                                   "kernel:      [79] by [79], candidate 1 of [0-9]+\n"
-                                  "confidence:  [0-9]+ %\n")))
+                                  "confidence:  [0-9]+ %\n"
+                                  "(parts:[^\n]*\n)?"
+                                  "misfit:      [0-9]\\.[0-9] times the noise\n")))
         << result.output;
     EXPECT_NE(result.output.find("██"), std::string::npos);
     EXPECT_EQ(run({"deblur", at("in.png"), at("out.png"), "--kernel", at("k.png")}).exitStatus, 0);

@@ -78,6 +78,12 @@ TEST(EstimateOptions, SizeIsOneSideOrTwo) {
     EXPECT_EQ(oblong.blind.largest.value().height, 9);
 }
 
+TEST(EstimateOptions, ThreadsAreLimited) {
+    EXPECT_EQ(estimate({}).blind.threads, 0);
+    EXPECT_EQ(estimate({"--threads", "3"}).blind.threads, 3);
+    EXPECT_EQ(estimateFailure({"--threads", "257"}), "--threads must be from 0 to 256");
+}
+
 TEST(EstimateOptions, StrengthAndTurnAreStored) {
     const EstimateOptions options = estimate({"--strength", "1.5", "--turn", "yes"});
     EXPECT_EQ(options.blind.smoothing, 1.5f);

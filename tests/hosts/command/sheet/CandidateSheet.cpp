@@ -65,7 +65,7 @@ protected:
 
     ImageFile sheetOf(const ImageFile& picture, const std::vector<api::FoundKernel>& found,
                       const std::optional<PictureArea>& look = {}) {
-        return CandidateSheet(picture, m_path, look, m_interrupt).draw(found, m_progress);
+        return CandidateSheet(picture, m_path, look, 1, m_interrupt).draw(found, m_progress);
     }
 
     /// The part of the restoration of the whole picture that the sheet shows.

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "hosts/command/files/TemporaryFile.h"
+
+#include <filesystem>
+#include <optional>
+#include <span>
+
+namespace velorn {
+
+/// A file to write: a `TemporaryFile` that replaces the file of the given name, or the standard
+/// output if the name is "-".
+class OutputFile {
+public:
+    /// @throws Failure that names the file: it cannot be written, or the standard output is a
+    ///         terminal.
+    explicit OutputFile(const std::filesystem::path& path);
+
+    /// Appends `bytes`. @throws Failure: disc full, closed pipe and similar errors.
+    void write(std::span<const unsigned char> bytes);
+
+    /// Completes the file. The standard output is complete after each `write`. @throws Failure
+    void commit();
+
+private:
+    std::optional<TemporaryFile> m_file;
+};
+
+} // namespace velorn

@@ -1,0 +1,63 @@
+#include "hosts/command/files/OutputFile.h"
+
+#include "hosts/command/terminal/Failure.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+namespace {
+
+using vel::test::bytesOfFile;
+using vel::test::TemporaryFolder;
+using velorn::Failure;
+using velorn::OutputFile;
+
+const std::vector<unsigned char> kContent{'n', 'e', 'w'};
+
+/// Calls `work` while the standard output is `path`.
+template <class Work>
+void writingTo(const std::filesystem::path& path, const Work& work) {
+    const int former = dup(STDOUT_FILENO);
+    const int file = open(path.c_str(), O_WRONLY | O_CREAT, 0600);
+    dup2(file, STDOUT_FILENO);
+    close(file);
+    work();
+    dup2(former, STDOUT_FILENO);
+    close(former);
+}
+
+TEST(OutputFile, FilesAreReplacedByCommit) {
+    const TemporaryFolder folder;
+    OutputFile file(folder / "a.png");
+    file.write(kContent);
+    EXPECT_FALSE(std::filesystem::exists(folder / "a.png"));
+    file.commit();
+    EXPECT_EQ(bytesOfFile(folder / "a.png"), kContent);
+}
+
+TEST(OutputFile, DashIsTheStandardOutput) {
+    const TemporaryFolder folder;
+    writingTo(folder / "out", [] {
+        OutputFile file("-");
+        file.write(kContent);
+        file.commit();
+    });
+    EXPECT_EQ(bytesOfFile(folder / "out"), kContent);
+    EXPECT_FALSE(std::filesystem::exists("-"));
+}
+
+TEST(OutputFile, StandardOutputThatIsFullIsAFailure) {
+    std::string text;
+    writingTo("/dev/full", [&] {
+        try {
+            OutputFile("-").write(kContent);
+        } catch (const Failure& failure) {
+            text = failure.what();
+        }
+    });
+    EXPECT_EQ(text, "cannot write to the standard output: No space left on device");
+}
+
+} // namespace
