@@ -32,6 +32,8 @@ inline constexpr RunSettings kPlainRun{4e-3f, 5e-4f, 5, 0.05, 0.0, 0.0};
 inline constexpr RunSettings kStrongRun{1e-2f, 5e-4f, 8, 0.05, 0.0, 0.01};
 /// With the strongest edges only, at full size as well.
 inline constexpr RunSettings kFewEdgesRun{1e-2f, 1.5e-3f, 8, 0.05, 0.0, 0.01};
+/// With weak edges too, for pictures without strong ones.
+inline constexpr RunSettings kWeakEdgesRun{2e-3f, 1e-4f, 8, 0.05, 0.0, 0.01};
 inline constexpr RunSettings kStrongestRun{2e-2f, 5e-4f, 8, 0.08, 0.0, 0.0};
 /// For the largest kernels, where lost edges do the most harm.
 inline constexpr RunSettings kLargeRun{1e-2f, 5e-4f, 8, 0.05, 0.0, 0.02};

@@ -110,10 +110,11 @@ void addRuns(std::span<const RunPlan> plans, double until, const SearchContext& 
     spectrum.addTo(std::span(candidates).subspan(known));
 }
 
-std::array<RunPlan, 3> firstPlans(const KernelBounds& bounds) {
+std::array<RunPlan, 4> firstPlans(const KernelBounds& bounds) {
     return {{{std::min(kSmallSide, bounds.side()), kPlainRun},
              {std::min(kMiddleSide, bounds.side()), kStrongRun},
-             {std::min(kMiddleSide, bounds.side()), kFewEdgesRun}}};
+             {std::min(kMiddleSide, bounds.side()), kFewEdgesRun},
+             {std::min(kMiddleSide, bounds.side()), kWeakEdgesRun}}};
 }
 
 /// A run of the size of the best kernel in the picture.
