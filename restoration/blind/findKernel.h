@@ -11,7 +11,7 @@ namespace restoration {
 
 /// Finds the blur kernel of a picture.
 ///
-/// Five runs (KernelRun.h) of different strength and size estimate a kernel each; the kernel with
+/// Six runs (KernelRun.h) of different strength and size estimate a kernel each; the kernel with
 /// the best score (Evidence.h) is the result. Further candidates are a Gaussian, disc or straight
 /// motion that the power spectrum shows (spectralBlur.h), unless edges are smoothed or a kernel is
 /// refined, and otherwise a Gaussian, disc or line that resembles the best kernel. At last the

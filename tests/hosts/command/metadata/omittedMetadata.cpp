@@ -26,8 +26,7 @@ protected:
     }
 
     ProgramResult deblur(const std::string& from, const std::string& to) const {
-        return vel::test::runProgram(
-            {VELORN_PROGRAM, "deblur", at(from), at(to), "--disc", "1"});
+        return vel::test::runProgram({VELORN_PROGRAM, "deblur", at(from), at(to), "--disc", "1"});
     }
 
     static std::string warning(const std::string& path, const std::string& names) {

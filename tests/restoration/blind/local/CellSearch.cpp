@@ -102,7 +102,8 @@ TEST(CellSearch, WithoutEdgesKernelsStayAsTheyAre) {
 }
 
 TEST(CellSearch, EveryUnitOfProgressPasses) {
-    for (Plane (*const picture)() : {+[] { return greyPicture(); }, +[] { return pictureWith(hook()); }}) {
+    for (Plane (*const picture)() :
+         {+[] { return greyPicture(); }, +[] { return pictureWith(hook()); }}) {
         CellOfPicture cell(picture());
         cell.closer({square(line11()), square(hook())}, 0.6);
         EXPECT_EQ(cell.done(), 1.0);

@@ -1,8 +1,8 @@
 #include "restoration/blind/local/alignKernels.h"
 
 #include "restoration/blind/local/meanAround.h"
-#include "restoration/blind/squares/moveKernel.h"
 #include "restoration/blind/squares/kernelShape.h"
+#include "restoration/blind/squares/moveKernel.h"
 #include "restoration/failures/Failure.h"
 #include "tests/restoration/blind/drawnPictures.h"
 
