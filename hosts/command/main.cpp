@@ -6,6 +6,7 @@
 #include "hosts/command/commands/PreviewCommand.h"
 #include "hosts/command/files/fileFailures.h"
 #include "hosts/command/terminal/errorLine.h"
+#include "hosts/command/terminal/ErrorStream.h"
 
 #include <csignal>
 #include <iostream>
@@ -34,17 +35,21 @@ std::filesystem::path subjectOf(const Command& command) {
         command);
 }
 
-void run(const Command& command, const Interrupt& interrupt) {
+/// @returns the exit status
+int run(const Command& command, const Interrupt& interrupt) {
     const bool isTerminal = isatty(STDERR_FILENO) != 0;
     if (const auto* deblur = std::get_if<DeblurOptions>(&command)) {
-        runDeblur(*deblur, interrupt, std::cerr, isTerminal);
-    } else if (const auto* estimate = std::get_if<EstimateOptions>(&command)) {
+        ErrorStream terminal;
+        return runDeblur(*deblur, interrupt, terminal, isTerminal);
+    }
+    if (const auto* estimate = std::get_if<EstimateOptions>(&command)) {
         runEstimate(*estimate, interrupt, std::cout, std::cerr, isTerminal);
     } else if (const auto* preview = std::get_if<PreviewOptions>(&command)) {
         runPreview(*preview, interrupt, std::cerr);
     } else {
         runKernel(std::get<KernelOptions>(command), interrupt);
     }
+    return 0;
 }
 
 int report(const std::string& text, int exitStatus) {
@@ -62,10 +67,12 @@ void failWritesInsteadOfEnding() {
 int runReported(const Command& command) {
     const Interrupt interrupt;
     try {
-        run(command, interrupt);
-        return std::cout.flush() ? 0 : report(kNoOutput, kFailed);
+        const int status = run(command, interrupt);
+        return std::cout.flush() ? status : report(kNoOutput, kFailed);
     } catch (const Interrupted& signal) {
         return kSignalBase + signal.signal();
+    } catch (const UsageFailure& failure) {
+        return report(failure.what(), kWrongUsage);
     } catch (const Failure& failure) {
         return report(failure.what(), kFailed);
     } catch (const std::bad_alloc&) {

@@ -7,11 +7,13 @@ namespace velorn {
 namespace {
 
 constexpr const char* kExitStatus =
-    "Exit status: 0 success, 1 failure, 2 wrong command line, 130 Ctrl-C.";
+    "Exit status: 0 success, 1 failure, 2 wrong command line, 3 some of many\n"
+    "pictures failed, 130 Ctrl-C.";
 constexpr const char* kExamples = "Examples:\n"
                                   "  velorn deblur blurred.jpg restored.png --disc 4\n"
                                   "  velorn deblur shaken.tif restored.tif --motion 12,30\n"
                                   "  velorn deblur unknown.jpg restored.png --blind\n"
+                                  "  velorn deblur photos --output-dir restored --blind\n"
                                   "  velorn estimate unknown.jpg --sheet candidates.png\n\n"
                                   "Run 'velorn COMMAND --help' for the options of a command.\n";
 

@@ -7,10 +7,13 @@
 
 namespace velorn {
 
-/// Runs `velorn deblur`: reads the picture, restores it and replaces the output in a single step.
+/// Runs `velorn deblur`: reads each picture, restores it and replaces its output in a single step.
 /// `terminal` is stderr; it shows a progress bar if `isTerminal`.
-/// @throws Failure that names the file, Interrupted. The output is then unchanged.
-void runDeblur(const DeblurOptions& options, const Interrupt& interrupt, std::ostream& terminal,
-               bool isTerminal);
+/// @returns the exit status
+/// @throws Failure that names the file when a single picture fails, UsageFailure when the outputs
+///         of many cannot be written as named, Interrupted. The output of a picture that fails is
+///         unchanged.
+int runDeblur(const DeblurOptions& options, const Interrupt& interrupt, std::ostream& terminal,
+              bool isTerminal);
 
 } // namespace velorn

@@ -39,15 +39,35 @@ DeblurParser::DeblurParser(ArgumentParser& parser)
 
 void DeblurParser::addFiles() {
     m_command
-        .add("IN", m_options.input,
-             "Picture to restore: 8 or 16 bits per channel, grey or RGB, with or without alpha. "
-             "Floating-point pictures need samples in 0..1 and are processed at 16 bits.")
-        .required();
-    m_command
-        .add("OUT", m_options.output,
-             "File to write; may be the same as IN. The extension selects the format. Alpha, "
-             "colour profile, EXIF and other metadata are kept if the format supports them.")
-        .required();
+        .add("FILE", m_files,
+             "IN OUT: the picture to restore, and the file to write, which may be the same. "
+             "The extension of OUT selects its format."
+             "\nIN... with --output-dir: any number of pictures, and of folders, in each of which "
+             "all pictures are restored."
+             "\nPictures have 8 or 16 bits per channel, grey or RGB, with or without alpha. "
+             "Floating-point pictures need samples in 0..1 and are processed at 16 bits. Alpha, "
+             "colour profile, EXIF and other metadata are kept if the format of the output "
+             "supports them.")
+        .required()
+        .file();
+    m_batchOptions.addTo(m_command);
+}
+
+/// Divides the files into inputs and output.
+void DeblurParser::takeFiles() {
+    m_options.existing = m_batchOptions.existing();
+    m_options.batch = m_batchOptions.request({m_files.begin(), m_files.end()});
+    if (m_options.batch) {
+        return;
+    }
+    if (m_files.size() > 2) {
+        throw UsageFailure("more than one picture to restore needs --output-dir");
+    }
+    if (m_files.size() < 2) {
+        throw UsageFailure("OUT is missing; the file to write, or --output-dir and a folder");
+    }
+    m_options.input = m_files[0];
+    m_options.output = m_files[1];
 }
 
 void DeblurParser::addBlurs() {
@@ -108,6 +128,7 @@ void DeblurParser::addBlind() {
 }
 
 DeblurOptions DeblurParser::result() {
+    takeFiles();
     m_options.kernel = kernelSource();
     m_options.settings = api::restoreSettings();
     m_settings.applyTo(m_options.settings);

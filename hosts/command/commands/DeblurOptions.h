@@ -1,5 +1,6 @@
 #pragma once
 
+#include "hosts/command/commands/BatchOptions.h"
 #include "hosts/command/commands/BlindOptions.h"
 #include "hosts/command/commands/ModelOptions.h"
 #include "hosts/command/commands/SettingOptions.h"
@@ -22,8 +23,11 @@ using KernelSource = std::variant<std::monostate, AnalyticBlur, KernelPath, Blin
 
 /// `velorn deblur`
 struct DeblurOptions {
+    /// The only picture, unless there is a batch.
     std::filesystem::path input;
     std::filesystem::path output;
+    Existing existing = Existing::Replace;
+    std::optional<BatchRequest> batch;
     KernelSource kernel;
     /// Without progress function and profile.
     VelornRestoreSettings settings{};
@@ -49,6 +53,7 @@ public:
 
 private:
     void addFiles();
+    void takeFiles();
     void addBlurs();
     void addKernelFile();
     void addBlind();
@@ -59,7 +64,9 @@ private:
     BlindOptions m_blindOptions;
     SettingOptions m_settings;
     ModelOptions m_modelOptions;
+    BatchOptions m_batchOptions;
     DeblurOptions m_options;
+    std::vector<std::string> m_files;
     float m_extent = 0.0f;
     std::vector<float> m_lengthAndAngle;
     KernelPath m_path;

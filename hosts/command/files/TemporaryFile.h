@@ -7,7 +7,7 @@ namespace velorn {
 
 /// A file with a temporary name in the target's folder that replaces the target once it is
 /// complete. The target does not change before `commit`. The destructor removes a file that was not
-/// committed.
+/// committed. Threads may use different objects at once.
 class TemporaryFile {
 public:
     /// Opens the temporary file. If `target` is a symbolic link, `commit` replaces or creates the
@@ -24,9 +24,16 @@ public:
     /// Flushes the content to disc and renames the file to the target. An existing target passes
     /// its permissions on. @throws Failure; the target is then unchanged.
     void commit();
+    /// The same for a target that does not exist. @throws Failure also when it exists.
+    void commitNew();
+
+    /// Removes all temporary files of the process. Threads that create or commit one afterwards
+    /// block for ever: the process is about to end without waiting for them.
+    static void removeAll();
 
 private:
     void open();
+    void commit(bool replaces);
     [[noreturn]] void fail() const;
 
     std::filesystem::path m_shown;

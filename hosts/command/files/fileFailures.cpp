@@ -22,6 +22,10 @@ Failure cannotWrite(const std::filesystem::path& path, const std::string& reason
     return Failure("cannot write " + quoted(path) + ": " + reason);
 }
 
+Failure outputExists(const std::filesystem::path& path) {
+    return cannotWrite(path, "the file exists, and --no-clobber keeps it");
+}
+
 Failure failureIn(const std::filesystem::path& path, const std::string& reason) {
     return Failure(quoted(path) + ": " + reason);
 }

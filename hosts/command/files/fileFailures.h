@@ -20,6 +20,9 @@ Failure cannotRead(const std::filesystem::path& path, const std::string& reason)
 /// "cannot write 'PATH': REASON"
 Failure cannotWrite(const std::filesystem::path& path, const std::string& reason);
 
+/// The failure of --no-clobber for an output that exists.
+Failure outputExists(const std::filesystem::path& path);
+
 /// "'PATH': REASON"
 Failure failureIn(const std::filesystem::path& path, const std::string& reason);
 

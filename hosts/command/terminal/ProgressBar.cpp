@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <string>
+#include <utility>
 
 namespace velorn {
 namespace {
@@ -16,24 +16,28 @@ std::string padded(int percent) {
 
 } // namespace
 
-void ProgressBar::show(int current, int limit) {
+void ProgressBar::show(int current, int limit, const std::string& note) {
     if (!m_isShown) {
         return;
     }
     const auto share = limit < 1 ? 0 : std::int64_t{100} * current / limit;
     const int percent = static_cast<int>(std::clamp<std::int64_t>(share, 0, 100));
-    if (percent == m_percent) {
+    const auto filled = static_cast<std::size_t>(kCells * percent / 100);
+    std::string line(1, '[');
+    line.append(filled, '#').append(kCells - filled, '.').append("] ");
+    line.append(padded(percent)).append("%").append(note);
+    if (line == m_line) {
         return;
     }
-    m_percent = percent;
-    const auto filled = static_cast<std::size_t>(kCells * percent / 100);
-    m_terminal << "\r[" << std::string(filled, '#') << std::string(kCells - filled, '.') << "] "
-               << padded(percent) << "%" << std::flush;
+    const std::size_t leftover = m_line.size() - std::min(m_line.size(), line.size());
+    m_terminal << std::string(1, '\r').append(line).append(leftover, ' ') << std::flush;
+    m_line = std::move(line);
 }
 
-ProgressBar::~ProgressBar() {
-    if (m_percent >= 0) {
-        m_terminal << '\r' << std::string(kCells + 7, ' ') << '\r' << std::flush;
+void ProgressBar::clear() {
+    if (!m_line.empty()) {
+        m_terminal << std::string(1, '\r').append(m_line.size(), ' ').append(1, '\r') << std::flush;
+        m_line.clear();
     }
 }
 

@@ -51,6 +51,19 @@ TEST(TemporaryFile, WithoutCommitTheTargetIsUnchanged) {
     EXPECT_EQ(folder.fileCount(), 1u);
 }
 
+TEST(TemporaryFile, NewTargetIsNeverReplaced) {
+    const TemporaryFolder folder;
+    TemporaryFile file(folder / "a.png");
+    file.write(kContent);
+    writeText(folder / "a.png", "old"); // another program is faster
+    EXPECT_THROW(file.commitNew(), Failure);
+    EXPECT_EQ(bytesOfFile(folder / "a.png"), kFormer);
+    TemporaryFile other(folder / "b.png");
+    other.write(kContent);
+    other.commitNew();
+    EXPECT_EQ(bytesOfFile(folder / "b.png"), kContent);
+}
+
 TEST(TemporaryFile, ReplacedTargetKeepsItsPermissions) {
     const TemporaryFolder folder;
     writeText(folder / "a.png", "old");

@@ -52,4 +52,23 @@ TEST(ProgressBar, PercentageIsCutToItsRange) {
     EXPECT_EQ(terminal.str().substr(terminal.str().size() - 4), "  0%");
 }
 
+TEST(ProgressBar, NoteFollowsTheShareAndAShorterOneLeavesNoRest) {
+    std::ostringstream terminal;
+    ProgressBar bar(terminal, true);
+    bar.show(1, 2, " 10/20");
+    EXPECT_TRUE(terminal.str().ends_with(" 50% 10/20")) << terminal.str();
+    bar.show(1, 2, " 9/20");
+    EXPECT_TRUE(terminal.str().ends_with(" 50% 9/20 ")) << terminal.str();
+}
+
+TEST(ProgressBar, ClearedBarIsDrawnAgain) {
+    std::ostringstream terminal;
+    ProgressBar bar(terminal, true);
+    bar.show(1, 2);
+    bar.clear();
+    const std::size_t before = terminal.str().size();
+    bar.show(1, 2);
+    EXPECT_GT(terminal.str().size(), before);
+}
+
 } // namespace

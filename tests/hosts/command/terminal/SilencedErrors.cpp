@@ -1,6 +1,7 @@
 #include "hosts/command/terminal/SilencedErrors.h"
 
 #include <gtest/gtest.h>
+#include <memory>
 #include <unistd.h>
 
 namespace {
@@ -15,6 +16,17 @@ TEST(SilencedErrors, NothingIsPrintedDuringItsLifetime) {
     }
     std::fputs("after", stderr);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "before after");
+}
+
+TEST(SilencedErrors, StderrReturnsAfterTheLastOfSeveral) {
+    testing::internal::CaptureStderr();
+    auto first = std::make_unique<velorn::SilencedErrors>();
+    auto second = std::make_unique<velorn::SilencedErrors>();
+    first.reset();
+    std::fputs("during ", stderr);
+    second.reset();
+    std::fputs("after", stderr);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "after");
 }
 
 } // namespace
