@@ -140,8 +140,10 @@ std::array<Argument, 4> BlindOptions::addChoices(ArgumentParser& parser,
         m_startOption, m_candidateOption,
         parser.add("--strict", m_settings.isStrict,
                    (condition.empty() ? condition : condition.substr(2) + "\n") +
-                       "Fail and write nothing if the confidence in the kernel is below 50 %, or "
-                       "the picture does not look blurred. By default, a warning is printed.")};
+                       "Fail and write nothing if the confidence in the kernel is below 50 %, the "
+                       "picture does not look blurred, the blur differs across it without "
+                       "--local, or the kernel leaves more than 8 times the noise unexplained. By "
+                       "default, warnings are printed for all but the last.")};
 }
 
 BlindSettings BlindOptions::result() const {

@@ -17,6 +17,11 @@ constexpr float kUncertain = 0.5f;
 /// pictures of one blur (docs/blind-restoration.md).
 constexpr float kSameBlur = 0.7f;
 
+/// Above this misfit, a multiple of the noise, the kernel explains the picture badly. Right kernels
+/// had up to 3.6 in pictures without compression and 4.7 in JPEG files of quality 75
+/// (docs/blind-restoration.md).
+constexpr float kLargestMisfit = 8.0f;
+
 VelornRegion storedRegion(const PictureArea& look, const ImageFile& picture,
                           const std::filesystem::path& path) {
     const int orientation = picture.orientation();
@@ -86,13 +91,21 @@ void warn(std::ostream& terminal, const std::filesystem::path& path, const std::
     terminal << "velorn: warning: " << quoted(path) << ": " << text << '\n';
 }
 
+[[noreturn]] void refuse(const std::filesystem::path& path, const std::string& reason) {
+    throw failureIn(path, reason + "; nothing is written because of --strict");
+}
+
 /// Warns when a restoration with the kernel may be worse than the picture.
 /// @throws Failure instead when the settings are strict
 void checkConfidence(const VelornFindReport& report, const std::filesystem::path& path,
                      const BlindSettings& settings, std::ostream& terminal) {
     const auto doubt = doubtAbout(report);
     if (doubt && settings.isStrict) {
-        throw failureIn(path, *doubt + "; nothing is written because of --strict");
+        refuse(path, *doubt);
+    }
+    if (settings.isStrict && report.misfit > kLargestMisfit * kLargestMisfit) {
+        refuse(path,
+               "the kernel found explains the picture badly (misfit " + misfitText(report) + ")");
     }
     if (report.kind == VELORN_KIND_NONE) {
         warn(terminal, path, *doubt + " and is not restored");
@@ -104,11 +117,16 @@ void checkConfidence(const VelornFindReport& report, const std::filesystem::path
 }
 
 /// Warns when one kernel cannot fit all of the picture. `advice` ends the warning.
+/// @throws Failure instead when the settings are strict
 void checkParts(const VelornFindReport& report, const std::filesystem::path& path,
-                const std::string& advice, std::ostream& terminal) {
+                const BlindSettings& settings, const std::string& advice, std::ostream& terminal) {
     if (report.parts > 1 && report.partAgreement < kSameBlur) {
-        warn(terminal, path,
-             "the blur differs across the picture: no kernel fits all of it" + advice);
+        const std::string text =
+            "the blur differs across the picture: no kernel fits all of it" + advice;
+        if (settings.isStrict) {
+            refuse(path, text);
+        }
+        warn(terminal, path, text);
     }
 }
 
@@ -153,7 +171,8 @@ api::FoundKernel chosenKernel(const std::vector<api::FoundKernel>& found,
     }
     const api::FoundKernel& chosen = found[index];
     checkConfidence(chosen.report, path, settings, terminal);
-    checkParts(chosen.report, path, "; try --local with 'velorn deblur --blind'", terminal);
+    checkParts(chosen.report, path, settings, "; try --local with 'velorn deblur --blind'",
+               terminal);
     return chosen;
 }
 
@@ -165,7 +184,7 @@ void checkLocalKernels(const api::FoundKernelGrid& found, const std::filesystem:
                        const BlindSettings& settings, std::ostream& terminal) {
     checkConfidence(found.report, path, settings, terminal);
     if (!isLocal(found.grid)) {
-        checkParts(found.report, path, "", terminal);
+        checkParts(found.report, path, settings, "", terminal);
     }
 }
 

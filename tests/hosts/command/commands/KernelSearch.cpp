@@ -81,6 +81,26 @@ TEST_F(ChosenKernel, PictureThatIsNotBlurredIsAWarningOrAFailure) {
                          "of --strict");
 }
 
+TEST_F(ChosenKernel, ThatExplainsThePictureBadlyIsAFailureIfTheSettingsAreStrict) {
+    m_found[0].report.misfit = 7.9f * 7.9f;
+    m_settings.isStrict = true;
+    EXPECT_NO_THROW(choose());
+    m_found[0].report.misfit = 8.1f * 8.1f;
+    EXPECT_THROW(choose(), velorn::Failure);
+    m_settings.isStrict = false;
+    EXPECT_NO_THROW(choose());
+    EXPECT_EQ(m_terminal.str(), "");
+}
+
+TEST_F(ChosenKernel, PartsWithDifferentKernelsAreAFailureIfTheSettingsAreStrict) {
+    m_found[0].report.parts = 3;
+    m_found[0].report.partAgreement = 0.65f;
+    m_settings.isStrict = true;
+    EXPECT_THROW(choose(), velorn::Failure);
+    m_found[0].report.partAgreement = 0.75f;
+    EXPECT_NO_THROW(choose());
+}
+
 TEST_F(ChosenKernel, PartsWithDifferentKernelsAreAWarning) {
     m_found[0].report.parts = 3;
     m_found[0].report.partAgreement = 0.75f;
