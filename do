@@ -6,7 +6,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")"
 packages=(build-essential cmake ninja-build pkg-config git
     libopencv-core-dev libopencv-imgproc-dev libhwy-dev liblcms2-dev
     libgtest-dev libgmock-dev libbenchmark-dev libfftw3-dev
-    libopenimageio-dev libcli11-dev libexiv2-dev zlib1g-dev libheif-dev
+    libopenimageio-dev libjpeg-dev libwebp-dev libcli11-dev libexiv2-dev zlib1g-dev libheif-dev
     libimage-exiftool-perl libheif-examples python3 zsh fish)
 # Other versions lay code out differently.
 clang_format=clang-format-14

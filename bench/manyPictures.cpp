@@ -54,12 +54,10 @@ void manyPictures(benchmark::State& state) {
     for (int i = 0; i < kCount; ++i) {
         pictures.push_back(ImageFile::read(folder / "in" / (std::to_string(i) + ".jpg")));
     }
-    const auto kernel = velorn::libraryKernel(
-        velorn::makeKernel({velorn::AnalyticBlur::Shape::Disc, 2.0f, 0.0f}));
-    const std::vector<std::string> words{VELORN_PROGRAM,   "deblur",
-                                         "--disc",         "2",
-                                         folder / "in",    "--output-dir",
-                                         folder / "out"};
+    const auto kernel =
+        velorn::libraryKernel(velorn::makeKernel({velorn::AnalyticBlur::Shape::Disc, 2.0f, 0.0f}));
+    const std::vector<std::string> words{VELORN_PROGRAM, "deblur",       "--disc",      "2",
+                                         folder / "in",  "--output-dir", folder / "out"};
     vel::bench::runAgainst(
         state, "library_calls",
         [&] {

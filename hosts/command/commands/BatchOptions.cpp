@@ -39,8 +39,7 @@ void BatchOptions::addTo(ArgumentParser& parser) {
         .group(kGroup);
 }
 
-std::optional<BatchRequest>
-BatchOptions::request(std::vector<std::filesystem::path> inputs) const {
+std::optional<BatchRequest> BatchOptions::request(std::vector<std::filesystem::path> inputs) const {
     if (!m_folderOption.isGiven()) {
         return std::nullopt;
     }

@@ -5,8 +5,8 @@
 #include "hosts/command/commands/deblurPicture.h"
 #include "hosts/command/commands/shownProgress.h"
 #include "hosts/command/files/fileFailures.h"
+#include "hosts/command/formats/Format.h"
 #include "hosts/command/pictures/codecThreads.h"
-#include "hosts/command/pictures/ImageFile.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -22,8 +22,9 @@ constexpr double kMemoryShare = 0.75;
 
 /// The number of threads in `settings`; one for each processor if it is 0.
 int threadCount(const VelornRestoreSettings& settings) {
-    return settings.threads > 0 ? settings.threads
-                                : static_cast<int>(std::max(1u, std::thread::hardware_concurrency()));
+    return settings.threads > 0
+               ? settings.threads
+               : static_cast<int>(std::max(1u, std::thread::hardware_concurrency()));
 }
 
 void createFolder(const fs::path& folder) {
@@ -34,16 +35,24 @@ void createFolder(const fs::path& folder) {
     }
 }
 
+/// Checks that files of the format of `output` can have the requested depth.
+void checkEncoding(const fs::path& output, const EncodingOptions& encoding) {
+    const Format& format = outputFormatOfPath(output);
+    naming(output, [&] { checkBits(format, encoding.bits.value_or(8)); });
+}
+
 int deblurMany(const DeblurOptions& options, const Interrupt& interrupt, std::ostream& terminal,
                bool isTerminal) {
     const std::vector<PlannedPicture> plan = plannedPictures(*options.batch);
+    for (const PlannedPicture& picture : plan) {
+        checkEncoding(picture.files.output, options.files.encoding);
+    }
     const std::optional<BlurKernel> displayed = knownKernel(options.kernel);
     createFolder(options.batch->folder);
     const int threads = threadCount(options.settings);
     setCodecThreads(plan.size() > 1 ? 1 : threads);
     const BatchSettings settings{
-        threads,
-        static_cast<std::uint64_t>(kMemoryShare * static_cast<double>(availableMemory())),
+        threads, static_cast<std::uint64_t>(kMemoryShare * static_cast<double>(availableMemory())),
         options.isVerbose};
     const RestorePicture restore = [&](const PictureFiles& files, const PictureContext& context) {
         DeblurOptions one = options;
@@ -69,7 +78,7 @@ int deblurOne(const DeblurOptions& options, const Interrupt& interrupt, std::ost
         }
         return 0;
     }
-    ImageFile::checkWritable(options.output);
+    checkEncoding(options.output, options.files.encoding);
     ProgressBar bar(terminal, isTerminal);
     PictureContext context;
     context.reserve = [&](std::uint64_t) { return options.settings.threads; };

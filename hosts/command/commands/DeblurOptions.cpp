@@ -2,6 +2,7 @@
 
 #include "hosts/command/arguments/NumberRange.h"
 #include "hosts/command/commands/blurOf.h"
+#include "hosts/command/formats/formatTexts.h"
 #include "hosts/command/terminal/Failure.h"
 #include "velorn.hpp"
 
@@ -31,6 +32,7 @@ DeblurParser::DeblurParser(ArgumentParser& parser)
                          .group(kBlurGroup);
     m_settings.addTo(m_command);
     m_modelOptions.addTo(m_command);
+    m_fileOptions.addTo(m_command);
     m_command.add(
         "-v,--verbose", m_options.isVerbose,
         "Print the measured noise and the chosen settings; with --blind also the kernel, and with "
@@ -45,9 +47,11 @@ void DeblurParser::addFiles() {
              "\nIN... with --output-dir: any number of pictures, and of folders, in each of which "
              "all pictures are restored."
              "\nPictures have 8 or 16 bits per channel, grey or RGB, with or without alpha. "
-             "Floating-point pictures need samples in 0..1 and are processed at 16 bits. Alpha, "
-             "colour profile, EXIF and other metadata are kept if the format of the output "
-             "supports them.")
+             "Floating-point pictures need samples in 0..1 and are processed at 16 bits. CMYK "
+             "pictures with a colour profile become sRGB. Alpha, depth, colour profile, EXIF and "
+             "other metadata are kept if the format of the output supports them; otherwise a "
+             "warning is printed.\n" +
+                 formatHelp())
         .required()
         .file();
     m_batchOptions.addTo(m_command);
@@ -133,6 +137,8 @@ DeblurOptions DeblurParser::result() {
     m_options.settings = api::restoreSettings();
     m_settings.applyTo(m_options.settings);
     m_modelOptions.applyTo(m_options.settings);
+    m_options.files = m_fileOptions.result();
+    m_options.files.encoding.quality = m_modelOptions.fileQuality();
     if (auto* blind = std::get_if<BlindSettings>(&m_options.kernel)) {
         blind->threads = m_options.settings.threads;
     }

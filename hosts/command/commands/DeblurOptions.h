@@ -2,6 +2,7 @@
 
 #include "hosts/command/commands/BatchOptions.h"
 #include "hosts/command/commands/BlindOptions.h"
+#include "hosts/command/commands/FileOptions.h"
 #include "hosts/command/commands/ModelOptions.h"
 #include "hosts/command/commands/SettingOptions.h"
 #include "hosts/command/kernels/BlurKernel.h"
@@ -28,6 +29,7 @@ struct DeblurOptions {
     std::filesystem::path output;
     Existing existing = Existing::Replace;
     std::optional<BatchRequest> batch;
+    FileSettings files;
     KernelSource kernel;
     /// Without progress function and profile.
     VelornRestoreSettings settings{};
@@ -65,6 +67,7 @@ private:
     SettingOptions m_settings;
     ModelOptions m_modelOptions;
     BatchOptions m_batchOptions;
+    FileOptions m_fileOptions;
     DeblurOptions m_options;
     std::vector<std::string> m_files;
     float m_extent = 0.0f;

@@ -23,10 +23,6 @@ struct Choice {
 constexpr std::array<Choice, 3> kLights{{{"auto", VELORN_LIGHT_AUTOMATIC},
                                          {"linear", VELORN_LIGHT_LINEAR},
                                          {"display", VELORN_LIGHT_DISPLAY}}};
-constexpr std::array<Choice, 3> kQualities{{{"fast", VELORN_QUALITY_FAST},
-                                            {"normal", VELORN_QUALITY_NORMAL},
-                                            {"best", VELORN_QUALITY_BEST}}};
-
 std::vector<std::string> namesOf(std::span<const Choice> choices) {
     std::vector<std::string> names;
     for (const Choice& choice : choices) {
@@ -43,19 +39,7 @@ std::int32_t chosen(std::span<const Choice> choices, const std::string& name) {
 } // namespace
 
 void ModelOptions::addTo(ArgumentParser& parser) {
-    m_qualityOption =
-        parser
-            .add(
-                "--quality", m_quality,
-                alternatives(namesOf(kQualities)) +
-                    ", default: normal, or fast with --lambda or --alpha"
-                    "\nnormal removes noise from the brightness after the deconvolution and keeps "
-                    "texture, best does so more thoroughly and for colours. fast leaves the result "
-                    "of the deconvolution, so that --lambda and --alpha have their full effect; "
-                    "presets that set --alpha use it, too.")
-            .valueName("NAME")
-            .group(kGroup)
-            .choices(namesOf(kQualities));
+    m_quality.addTo(parser);
     parser
         .add("--light", m_light,
              alternatives(namesOf(kLights)) + ", default: " + m_light +
@@ -84,9 +68,8 @@ void ModelOptions::applyTo(VelornRestoreSettings& settings) const {
     const VelornRestoreSettings automatic = api::restoreSettings();
     const bool isManual =
         settings.strength != automatic.strength || settings.alpha != automatic.alpha;
-    settings.quality = isManual && !m_qualityOption.isGiven()
-                           ? static_cast<std::int32_t>(VELORN_QUALITY_FAST)
-                           : chosen(kQualities, m_quality);
+    settings.quality =
+        m_quality.ofRestoration().value_or(isManual ? VELORN_QUALITY_FAST : VELORN_QUALITY_NORMAL);
     settings.light = chosen(kLights, m_light);
     settings.recoverClipped = m_keepsClipped ? 0 : 1;
     settings.continueFrame = m_framePasses > 0 ? 1 : 0;

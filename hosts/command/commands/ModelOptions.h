@@ -1,9 +1,11 @@
 #pragma once
 
 #include "hosts/command/arguments/ArgumentParser.h"
+#include "hosts/command/commands/QualityOption.h"
 #include "hosts/command/commands/ThreadsOption.h"
 #include "velorn.h"
 
+#include <optional>
 #include <string>
 
 namespace velorn {
@@ -23,10 +25,12 @@ public:
     /// @throws UsageFailure that names what is wrong.
     void applyTo(VelornRestoreSettings& settings) const;
 
+    /// The quality of JPEG and WebP files, 1..100, if the command line gives one.
+    std::optional<int> fileQuality() const { return m_quality.ofFile(); }
+
 private:
-    Argument m_qualityOption;
+    QualityOption m_quality;
     std::string m_light = "auto";
-    std::string m_quality = "normal";
     int m_framePasses = 2;
     ThreadsOption m_threads;
     bool m_keepsClipped = false;

@@ -3,7 +3,9 @@
 #include "hosts/command/batch/restorationMemory.h"
 #include "hosts/command/commands/KernelSearch.h"
 #include "hosts/command/commands/omittedMetadata.h"
+#include "hosts/command/files/fileFailures.h"
 #include "hosts/command/files/TemporaryFile.h"
+#include "hosts/command/formats/Format.h"
 #include "hosts/command/kernels/KernelFile.h"
 #include "hosts/command/kernels/KernelPicture.h"
 #include "hosts/command/kernels/kernelText.h"
@@ -158,6 +160,27 @@ std::uint64_t memoryFor(const ImageFile& picture, const DeblurOptions& options) 
                              std::holds_alternative<BlindSettings>(options.kernel));
 }
 
+/// Reads the picture and checks that the file to write can hold it.
+ImageFile readPicture(const DeblurOptions& options, const Format& format) {
+    ImageFile picture = ImageFile::read(options.input, options.files.maxPixels);
+    naming(options.output, [&] { checkSides(format, picture.shape()); });
+    if (options.files.encoding.bits == 16 || format.isLinear) {
+        picture.setBits(16);
+    }
+    return picture;
+}
+
+/// The bytes of the file to write. Warns of what the file does not hold.
+std::vector<unsigned char> encoded(const ImageFile& picture, const Format& format,
+                                   const DeblurOptions& options, const PictureContext& context) {
+    WrittenMetadata written =
+        naming(options.output, [&] { return picture.encode(format, options.files.encoding); });
+    std::ostringstream warnings;
+    warnOfOmittedMetadata(written.omitted, options.output, warnings);
+    context.print(warnings.str());
+    return std::move(written.file);
+}
+
 } // namespace
 
 std::optional<BlurKernel> knownKernel(const KernelSource& source) {
@@ -172,7 +195,8 @@ std::optional<BlurKernel> knownKernel(const KernelSource& source) {
 
 void deblurPicture(const DeblurOptions& options, const std::optional<BlurKernel>& displayed,
                    const PictureContext& context, const Interrupt& interrupt) {
-    ImageFile picture = ImageFile::read(options.input);
+    const Format& format = outputFormatOfPath(options.output);
+    ImageFile picture = readPicture(options, format);
     // Opened before the long work, so that an output that cannot be written fails at once.
     TemporaryFile target(options.output);
     interrupt.check();
@@ -181,11 +205,7 @@ void deblurPicture(const DeblurOptions& options, const std::optional<BlurKernel>
     const PictureBlur blur =
         blurOfPicture(picture, displayed, options, context, threads, interrupt);
     restore(picture, blur, options, context, threads, interrupt);
-    const WrittenMetadata written = picture.encodeWithReport(options.output);
-    std::ostringstream warnings;
-    warnOfOmittedMetadata(written.omitted, options.output, warnings);
-    context.print(warnings.str());
-    target.write(written.file);
+    target.write(encoded(picture, format, options, context));
     interrupt.check();
     if (options.existing == Existing::Replace) {
         target.commit();

@@ -113,6 +113,13 @@ void PictureMetadata::setOrientation(int orientation) {
     }
 }
 
+void PictureMetadata::removeOrientation() {
+    const auto datum = m_exif.findKey(Exiv2::ExifKey(kOrientation));
+    if (datum != m_exif.end()) {
+        m_exif.erase(datum);
+    }
+}
+
 std::string PictureMetadata::description() const {
     const std::string text = textOf(m_exif, kDescription);
     return text.empty() ? m_comment : text;

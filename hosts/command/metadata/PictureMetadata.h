@@ -35,6 +35,8 @@ public:
     /// How the stored rows and columns are arranged for display: 1..8 as in EXIF, 1 as stored.
     int orientation() const;
     void setOrientation(int orientation);
+    /// Drops the orientation, for pixels that are arranged as they are displayed.
+    void removeOrientation();
 
     /// The caption: the description in EXIF, else the comment; empty when there is neither.
     std::string description() const;

@@ -1,14 +1,10 @@
 #pragma once
 
+#include "hosts/command/pixels/Samples.h"
+
 #include <cstddef>
-#include <cstdint>
-#include <variant>
-#include <vector>
 
 namespace velorn {
-
-/// Samples of a picture, interleaved, row after row without padding: 8 or 16 bits each.
-using Samples = std::variant<std::vector<std::uint8_t>, std::vector<std::uint16_t>>;
 
 /// A picture in the form that the library takes: red, green and blue interleaved, 8 bits per
 /// channel, or 16 bits per channel on the scale 0..32768.

@@ -6,26 +6,39 @@
 
 namespace velorn {
 
-RgbPixels upright(const RgbPixels& pixels, int orientation) {
+Pixels upright(Pixels pixels, int orientation) {
+    if (orientation == 1) {
+        return pixels;
+    }
     const Orientation arrangement(orientation);
-    RgbPixels shown{pixels.width, pixels.height, {}};
+    Pixels shown = blackPixels(pixels.shape());
     if (arrangement.swapsSides()) {
         std::swap(shown.width, shown.height);
     }
+    const auto channels = static_cast<std::size_t>(pixels.channels);
     std::visit(
-        [&]<class T>(const std::vector<T>& samples) {
-            auto& result = shown.samples.emplace<std::vector<T>>(samples.size());
+        [&]<class T>(const std::vector<T>& stored) {
+            auto& result = std::get<std::vector<T>>(shown.samples);
+            std::size_t first = 0;
             for (int row = 0; row < pixels.height; ++row) {
                 for (int column = 0; column < pixels.width; ++column) {
                     const auto place =
                         arrangement.displayed({row, column}, shown.width, shown.height);
-                    std::copy_n(&samples[pixels.sampleIndex(column, row)], 3,
-                                &result[shown.sampleIndex(place.column, place.row)]);
+                    const std::size_t index = static_cast<std::size_t>(place.row) *
+                                                  static_cast<std::size_t>(shown.width) +
+                                              static_cast<std::size_t>(place.column);
+                    std::copy_n(&stored[first], channels, &result[index * channels]);
+                    first += channels;
                 }
             }
         },
         pixels.samples);
     return shown;
+}
+
+RgbPixels upright(const RgbPixels& pixels, int orientation) {
+    Pixels shown = upright(Pixels{pixels.width, pixels.height, 3, pixels.samples}, orientation);
+    return {shown.width, shown.height, std::move(shown.samples)};
 }
 
 } // namespace velorn

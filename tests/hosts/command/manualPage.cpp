@@ -1,5 +1,6 @@
-// Compares the manual page with the help of the program.
+// Compares the manual page and docs/formats.md with the program.
 #include "hosts/command/commands/CommandLine.h"
+#include "hosts/command/formats/formatTexts.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -33,6 +34,21 @@ TEST(ManualPage, DocumentsEveryOptionAndNoOther) {
     }
     known.insert("--output"); // of the commands of 'velorn kernel', which have their own help
     EXPECT_EQ(optionsIn(page), known);
+}
+
+std::string textOfFile(const char* path) {
+    const auto bytes = vel::test::bytesOfFile(path);
+    return {bytes.begin(), bytes.end()};
+}
+
+TEST(ManualPage, ListsTheFormatsOfTheTable) {
+    EXPECT_NE(textOfFile(MANUAL_PAGE).find(velorn::formatManual()), std::string::npos)
+        << velorn::formatManual();
+}
+
+TEST(FormatsPage, HasTheTableOfTheProgram) {
+    EXPECT_NE(textOfFile(FORMATS_PAGE).find(velorn::formatTableMarkdown()), std::string::npos)
+        << velorn::formatTableMarkdown();
 }
 
 } // namespace

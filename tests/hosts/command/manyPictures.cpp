@@ -179,8 +179,7 @@ TEST_F(ManyPictures, InterruptedBatchIsResumed) {
         std::regex_search(first.output, std::regex("velorn: [0-9]+ restored, [0-9]+ left in ")))
         << first.output;
     for (const auto& entry : fs::directory_iterator(at("out"))) {
-        EXPECT_TRUE(fs::exists(m_folder / "in" / entry.path().filename().string()))
-            << entry.path();
+        EXPECT_TRUE(fs::exists(m_folder / "in" / entry.path().filename().string())) << entry.path();
     }
     EXPECT_LT(filesIn("out"), 60u);
     const ProgramResult second = run({at("in"), "--output-dir", at("out"), "--skip-existing"});
@@ -212,8 +211,7 @@ TEST_F(ManyPictures, WarningsNameThePicture) {
     const ProgramResult result = vel::test::runProgram(
         {VELORN_PROGRAM, "deblur", "--blind", at("in"), "--output-dir", at("out")});
     EXPECT_EQ(result.exitStatus, 0) << result.errors;
-    EXPECT_NE(result.errors.find("in/a.png': the picture does not look blurred"),
-              std::string::npos)
+    EXPECT_NE(result.errors.find("in/a.png': the picture does not look blurred"), std::string::npos)
         << result.errors;
     EXPECT_NE(result.errors.find("in/b.png': the picture does not look blurred"),
               std::string::npos);
@@ -224,9 +222,9 @@ TEST_F(ManyPictures, VerboseRunNamesEachPicture) {
     const ProgramResult result = run({"-v", at("in"), "--output-dir", at("out")});
     EXPECT_EQ(result.exitStatus, 0);
     for (const char* name : {"0.jpg", "1.png"}) {
-        EXPECT_TRUE(std::regex_search(
-            result.errors, std::regex(std::string("velorn: '[^\n]*in/") + name + "' to '[^\n]*" +
-                                      name + "'\nvelorn: noise ")))
+        EXPECT_TRUE(std::regex_search(result.errors,
+                                      std::regex(std::string("velorn: '[^\n]*in/") + name +
+                                                 "' to '[^\n]*" + name + "'\nvelorn: noise ")))
             << result.errors;
     }
 }

@@ -29,9 +29,7 @@ TEST(MemoryBudget, ReturnedMemoryIsTakenAgain) {
 
 TEST(MemoryBudget, MoreThanThereIsMeansAllOfIt) {
     MemoryBudget budget(100);
-    {
-        const auto share = budget.take(1000);
-    }
+    { const auto share = budget.take(1000); }
     const auto share = budget.take(100);
 }
 

@@ -6,8 +6,8 @@
 
 namespace {
 
-using velorn::availableMemory;
 using vel::test::writeText;
+using velorn::availableMemory;
 
 constexpr std::uint64_t kGibi = std::uint64_t{1} << 30;
 

@@ -107,17 +107,16 @@ TEST(RunBatch, PicturesThatNeedMostOfTheMemoryRunAloneWithAllThreads) {
     std::atomic<int> most = 0;
     std::mutex mutex;
     std::set<int> threads;
-    outcomeOf(
-        plan(8),
-        [&](const PictureFiles&, const PictureContext& context) {
-            const int count = context.reserve(600);
-            most = std::max(most.load(), ++running);
-            std::this_thread::yield();
-            --running;
-            const std::lock_guard lock(mutex);
-            threads.insert(count);
-        },
-        {4, 1000});
+    outcomeOf(plan(8),
+              [&](const PictureFiles&, const PictureContext& context) {
+                  const int count = context.reserve(600);
+                  most = std::max(most.load(), ++running);
+                  std::this_thread::yield();
+                  --running;
+                  const std::lock_guard lock(mutex);
+                  threads.insert(count);
+              },
+              {4, 1000});
     EXPECT_EQ(most, 1);
     EXPECT_EQ(threads, std::set<int>{4});
 }

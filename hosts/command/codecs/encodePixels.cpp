@@ -1,0 +1,130 @@
+#include "hosts/command/codecs/encodePixels.h"
+
+#include "hosts/command/codecs/encodeJpeg.h"
+#include "hosts/command/codecs/encodePnm.h"
+#include "hosts/command/codecs/webp.h"
+#include "hosts/command/files/MemoryFile.h"
+#include "hosts/command/pixels/linearLight.h"
+#include "hosts/command/terminal/Failure.h"
+#include "hosts/command/terminal/SilencedErrors.h"
+
+#include <algorithm>
+#include <array>
+#include <OpenImageIO/filesystem.h>
+
+namespace velorn {
+namespace {
+
+using OIIO::ImageOutput;
+using OIIO::ImageSpec;
+using OIIO::TypeDesc;
+
+/// Effort of the compression, 1..9. Higher values take several times as long for a few percent.
+constexpr int kPngEffort = 3;
+constexpr int kTiffEffort = 3;
+
+void chooseCompression(ImageSpec& spec, const Format& format, const EncoderSettings& settings) {
+    if (format.libraryName == "png") {
+        spec.attribute("png:compressionLevel", kPngEffort);
+    } else if (format.libraryName == "tiff") {
+        static const std::array<std::string, 4> inherited{"none", "lzw", "packbits", "zip"};
+        const bool isInherited =
+            std::ranges::find(inherited, settings.tiffCompression) != inherited.end();
+        spec.attribute("compression", isInherited ? settings.tiffCompression : "zip");
+        spec.attribute("tiff:zipquality", kTiffEffort);
+    } else if (format.libraryName == "openexr") {
+        spec.attribute("compression", "zip");
+    }
+}
+
+/// Describes the pixels and nothing else.
+ImageSpec bareSpec(const Pixels& pixels, const Format& format, const EncoderSettings& settings,
+                   const OIIO::ParamValueList& attributes) {
+    ImageSpec spec(pixels.width, pixels.height, pixels.channels,
+                   format.isLinear       ? TypeDesc::FLOAT
+                   : pixels.bits() == 16 ? TypeDesc::UINT16
+                                         : TypeDesc::UINT8);
+    if (format.libraryName == "png" || format.libraryName == "tiff") {
+        spec.extra_attribs = attributes;
+        spec.erase_attribute("compression");
+        spec.erase_attribute("oiio:UnassociatedAlpha");
+    }
+    if (pixels.shape().hasAlpha()) {
+        spec.alpha_channel = pixels.channels - 1;
+        spec.channelnames.back() = std::string(1, 'A');
+        if (!format.isLinear) {
+            spec.attribute("oiio:UnassociatedAlpha", 1);
+        }
+    }
+    chooseCompression(spec, format, settings);
+    return spec;
+}
+
+PixelDensity densityOf(const OIIO::ParamValueList& attributes) {
+    const float horizontal = attributes.get_float("XResolution");
+    const float vertical = attributes.get_float("YResolution", horizontal);
+    const std::string unit{attributes.get_string("ResolutionUnit")};
+    const bool isKnown =
+        horizontal >= 1.0f && horizontal < 65535.0f && vertical >= 1.0f && vertical < 65535.0f;
+    if (!isKnown || (unit != "in" && unit != "cm")) {
+        return {};
+    }
+    return {static_cast<int>(horizontal + 0.5f), static_cast<int>(vertical + 0.5f),
+            unit == "in" ? 1 : 2};
+}
+
+/// `name` is the name that `output` opens: a file in memory, or any name if `output` writes to a
+/// proxy.
+void writeTo(ImageOutput& output, const std::string& name, const ImageSpec& spec,
+             const Pixels& pixels) {
+    const auto write = [&](const auto& samples) {
+        using Sample = std::decay_t<decltype(samples.front())>;
+        return output.write_image(OIIO::BaseTypeFromC<Sample>::value, samples.data());
+    };
+    if (!output.open(name, spec) ||
+        !(spec.format == TypeDesc::FLOAT ? write(toLinearLight(pixels))
+                                         : std::visit(write, pixels.samples)) ||
+        !output.close()) {
+        throw Failure(output.geterror());
+    }
+}
+
+std::vector<unsigned char> encodeWithLibrary(const Pixels& pixels, const Format& format,
+                                             const ImageSpec& spec) {
+    const SilencedErrors silenced;
+    const auto output = ImageOutput::create(std::string(format.libraryName));
+    if (!output) {
+        throw Failure(OIIO::geterror());
+    }
+    std::vector<unsigned char> bytes;
+    if (format.libraryName == "tiff") {
+        const MemoryFile memory;
+        writeTo(*output, memory.path().string(), spec, pixels);
+        bytes = memory.content();
+    } else {
+        OIIO::Filesystem::IOVecOutput memory(bytes);
+        output->set_ioproxy(&memory);
+        writeTo(*output, "memory", spec, pixels);
+    }
+    return bytes;
+}
+
+} // namespace
+
+std::vector<unsigned char> encodePixels(const Pixels& pixels, const Format& format,
+                                        const EncoderSettings& settings,
+                                        const OIIO::ParamValueList& attributes) {
+    checkSides(format, pixels.shape());
+    if (format.libraryName == "jpeg") {
+        return encodeJpeg(pixels, settings, densityOf(attributes));
+    }
+    if (format.libraryName == "webp") {
+        return encodeWebp(pixels, settings);
+    }
+    if (format.libraryName == "pnm") {
+        return encodePnm(pixels);
+    }
+    return encodeWithLibrary(pixels, format, bareSpec(pixels, format, settings, attributes));
+}
+
+} // namespace velorn

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "hosts/command/arguments/ArgumentParser.h"
+#include "hosts/command/codecs/EncodingOptions.h"
+
+#include <cstdint>
+#include <string>
+
+namespace velorn {
+
+/// The largest picture to read and the encoding of the file to write.
+struct FileSettings {
+    std::uint64_t maxPixels = 0;
+    EncodingOptions encoding;
+};
+
+/// The options of a command that reads a picture and writes one, except for the quality of JPEG and
+/// WebP, which shares its option with the quality of the restoration.
+class FileOptions {
+public:
+    FileOptions() = default;
+    FileOptions(const FileOptions&) = delete;
+    FileOptions& operator=(const FileOptions&) = delete;
+
+    /// Adds the options to `parser`, which keeps references to this object.
+    void addTo(ArgumentParser& parser);
+
+    /// @throws UsageFailure that names what is wrong.
+    FileSettings result() const;
+
+private:
+    Argument m_subsamplingOption;
+    Argument m_depthOption;
+    std::string m_subsampling;
+    int m_depth = 8;
+    double m_maxPixels = 400e6;
+};
+
+} // namespace velorn
