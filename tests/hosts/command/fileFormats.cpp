@@ -229,9 +229,15 @@ TEST_F(FileFormats, LinearLightIsCodedAndDecoded) {
 TEST_F(FileFormats, PnmHoldsSixteenBitsAndOthersWarn) {
     const auto samples = writeSmooth<std::uint16_t>("in.png", 3);
     expectCopied("in.png", "out.ppm");
-    ImageSpec spec;
-    EXPECT_EQ(readPicture<std::uint16_t>(at("out.ppm"), spec), samples);
-    EXPECT_EQ(spec.format, TypeDesc::UINT16);
+    // The image library's reader of this format is not exact.
+    const auto bytes = bytesOfFile(at("out.ppm"));
+    const std::string header = "P6\n64 48\n65535\n";
+    ASSERT_EQ(bytes.size(), header.size() + 2 * samples.size());
+    EXPECT_TRUE(std::equal(header.begin(), header.end(), bytes.begin()));
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        const auto* word = &bytes[header.size() + 2 * i];
+        ASSERT_EQ(word[0] * 256 + word[1], samples[i]);
+    }
     for (const std::string name : {"out.bmp", "out.tga", "out.webp", "out.jpg"}) {
         expectWarning("in.png", name, "16 bits per sample");
     }
@@ -257,7 +263,9 @@ TEST_F(FileFormats, OrientationTurnsThePixelsWhereItCannotBeStored) {
     spec.attribute("Orientation", 6);
     writePicture(at("in.tif"), spec, Bytes{1, 2, 3, 4, 5, 6});
     for (const std::string name : {"out.bmp", "out.pgm", "out.tga"}) {
-        expectCopied("in.tif", name);
+        const ProgramResult result = copy("in.tif", name);
+        EXPECT_EQ(result.exitStatus, 0) << result.errors;
+        EXPECT_EQ(result.errors.find("Orientation"), std::string::npos) << result.errors;
         ImageSpec back;
         EXPECT_EQ(readPicture<std::uint8_t>(at(name), back), (Bytes{4, 1, 5, 2, 6, 3})) << name;
         EXPECT_EQ(back.width, 2);
@@ -347,7 +355,7 @@ std::vector<unsigned char> pressProfile() {
     cmsSetDeviceClass(profile, cmsSigOutputClass);
     cmsSetColorSpace(profile, cmsSigCmykData);
     cmsSetPCS(profile, cmsSigLabData);
-    cmsSetProfileVersion(profile, 4.3);
+    cmsSetProfileVersion(profile, 2.4);
     cmsPipeline* pipeline = cmsPipelineAlloc(nullptr, 4, 3);
     cmsStage* grid = cmsStageAllocCLut16bit(nullptr, 9, 4, 3, nullptr);
     cmsStageSampleCLut16bit(
@@ -358,7 +366,7 @@ std::vector<unsigned char> pressProfile() {
             const double mean = (share(0) + share(1) + share(2)) / 3.0;
             const cmsCIELab lab{100.0 * mean, 60.0 * (share(0) - share(1)),
                                 60.0 * (share(1) - share(2))};
-            cmsFloat2LabEncoded(out, &lab);
+            cmsFloat2LabEncodedV2(out, &lab);
             return cmsInt32Number{1};
         },
         nullptr, 0);
