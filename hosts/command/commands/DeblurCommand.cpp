@@ -41,12 +41,25 @@ void checkEncoding(const fs::path& output, const EncodingOptions& encoding) {
     naming(output, [&] { checkBits(format, encoding.bits.value_or(8)); });
 }
 
+/// The pictures of the batch. Those whose output cannot have the requested depth fail at once.
+std::vector<PlannedPicture> checkedPlan(const DeblurOptions& options) {
+    std::vector<PlannedPicture> plan = plannedPictures(*options.batch);
+    for (PlannedPicture& picture : plan) {
+        if (picture.failure || picture.isSkipped) {
+            continue;
+        }
+        try {
+            checkEncoding(picture.files.output, options.files.encoding);
+        } catch (const Failure& failure) {
+            picture.failure = failure.what();
+        }
+    }
+    return plan;
+}
+
 int deblurMany(const DeblurOptions& options, const Interrupt& interrupt, std::ostream& terminal,
                bool isTerminal) {
-    const std::vector<PlannedPicture> plan = plannedPictures(*options.batch);
-    for (const PlannedPicture& picture : plan) {
-        checkEncoding(picture.files.output, options.files.encoding);
-    }
+    const std::vector<PlannedPicture> plan = checkedPlan(options);
     const std::optional<BlurKernel> displayed = knownKernel(options.kernel);
     createFolder(options.batch->folder);
     const int threads = threadCount(options.settings);

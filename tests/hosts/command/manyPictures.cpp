@@ -112,6 +112,15 @@ TEST_F(ManyPictures, FailureOfAllHasTheStatusOfAFailure) {
     EXPECT_EQ(filesIn("out"), 0u);
 }
 
+TEST_F(ManyPictures, DepthThatAnOutputCannotHaveIsAFailureOfItAlone) {
+    writeBlurred("in/a.jpg");
+    writeBlurred("in/b.png");
+    const ProgramResult result = run({at("in"), "--output-dir", at("out"), "--depth", "16"});
+    EXPECT_EQ(result.exitStatus, 3);
+    EXPECT_NE(result.errors.find("8 bits per sample"), std::string::npos) << result.errors;
+    EXPECT_EQ(filesIn("out"), 1u);
+}
+
 TEST_F(ManyPictures, EqualOutputsAreRefusedBeforeTheWork) {
     fs::create_directory(at("other"));
     writeBlurred("in/a.png");
