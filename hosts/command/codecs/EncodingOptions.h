@@ -40,10 +40,11 @@ struct EncoderSettings {
 /// The settings for a JPEG, WebP or TIFF file: those requested, else those of the source if it has
 /// the same format, else the defaults. A requested quality makes WebP lossy.
 inline EncoderSettings encoderSettings(const EncodingOptions& requested,
-                                       const SourceEncoding& source) {
+                                       const SourceEncoding& source, bool isJpeg) {
     EncoderSettings settings;
+    const std::optional<int> inherited = isJpeg ? source.jpegQuality : std::nullopt;
     settings.quality =
-        requested.quality.value_or(source.jpegQuality.value_or(EncoderSettings::kDefaultQuality));
+        requested.quality.value_or(inherited.value_or(EncoderSettings::kDefaultQuality));
     settings.subsampling =
         requested.subsampling.value_or(source.jpegSubsampling.value_or(Subsampling::none));
     settings.isLossless = source.isLosslessWebp && !requested.quality;

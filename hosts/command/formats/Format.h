@@ -93,7 +93,7 @@ inline constexpr std::array kFormats{
            1000000,
            Coding::lossless,
            false,
-           Room::sixteenBits | kAllChannels | kCameraMetadata | Room::comment},
+           Room::sixteenBits | kAllChannels | kCameraMetadata | Room::iptc | Room::comment},
     Format{"TIFF",
            "tiff",
            {"tif", "tiff"},

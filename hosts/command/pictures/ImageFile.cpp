@@ -163,7 +163,8 @@ WrittenMetadata ImageFile::encode(const Format& format, const EncodingOptions& o
     PictureShape wanted = shape();
     wanted.bits = options.bits.value_or(wanted.bits);
     const PictureShape held = heldShape(format, wanted);
-    const EncoderSettings settings = encoderSettings(options, m_encoding);
+    const EncoderSettings settings =
+        encoderSettings(options, m_encoding, format.libraryName == "jpeg");
     const OIIO::ParamValueList attributes = encoderAttributes(
         m_attributes, m_sourceFormat, std::string(format.libraryName), m_metadata);
     PictureMetadata metadata = outputMetadata();

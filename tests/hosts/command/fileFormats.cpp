@@ -296,6 +296,13 @@ TEST_F(FileFormats, JpegKeepsQualityAndSubsamplingOfItsSource) {
             EXPECT_EQ(headerOf("out.jpg").subsampling, subsampling);
         }
     }
+    const auto webpSize = [&](const std::string& from) {
+        expectCopied(from, "out.webp");
+        return bytesOfFile(at("out.webp")).size();
+    };
+    // WebP does not adopt the quality of a JPEG file: its scale is another one.
+    expectCopied("in.jpg", "same.png");
+    EXPECT_EQ(webpSize("in.jpg"), webpSize("same.png"));
     expectCopied("in.jpg", "out.jpg", {"--quality", "60", "--subsampling", "422"});
     EXPECT_EQ(headerOf("out.jpg").quality, 60);
     EXPECT_EQ(headerOf("out.jpg").subsampling, Subsampling::half);
