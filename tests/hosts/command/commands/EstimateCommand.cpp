@@ -52,8 +52,8 @@ TEST_F(EstimateCommand, KernelIsWrittenAndPrinted) {
     // The kernel ends with the blur, a level motion of seven pixels.
     EXPECT_EQ(kernel.width, 9);
     EXPECT_LE(kernel.height, 5);
-    // Three lines describe the kernel.
-    EXPECT_EQ(std::ranges::count(m_out.str(), '\n'), 3 + kernel.height);
+    // Four lines describe the kernel.
+    EXPECT_EQ(std::ranges::count(m_out.str(), '\n'), 4 + kernel.height);
     EXPECT_NE(m_out.str().find("██"), std::string::npos);
 }
 
