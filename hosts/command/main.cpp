@@ -4,6 +4,7 @@
 #include "hosts/command/commands/EstimateCommand.h"
 #include "hosts/command/commands/KernelCommand.h"
 #include "hosts/command/commands/PreviewCommand.h"
+#include "hosts/command/commands/TryCommand.h"
 #include "hosts/command/files/fileFailures.h"
 #include "hosts/command/terminal/errorLine.h"
 #include "hosts/command/terminal/ErrorStream.h"
@@ -42,7 +43,9 @@ int run(const Command& command, const Interrupt& interrupt) {
         ErrorStream terminal;
         return runDeblur(*deblur, interrupt, terminal, isTerminal);
     }
-    if (const auto* estimate = std::get_if<EstimateOptions>(&command)) {
+    if (const auto* trial = std::get_if<TryOptions>(&command)) {
+        runTry(*trial, interrupt, std::cout, std::cerr, isTerminal);
+    } else if (const auto* estimate = std::get_if<EstimateOptions>(&command)) {
         runEstimate(*estimate, interrupt, std::cout, std::cerr, isTerminal);
     } else if (const auto* preview = std::get_if<PreviewOptions>(&command)) {
         runPreview(*preview, interrupt, std::cerr);

@@ -1,6 +1,7 @@
 #include "hosts/command/arguments/ArgumentParser.h"
 
 #include "hosts/command/arguments/alternatives.h"
+#include "hosts/command/arguments/shellWord.h"
 #include "hosts/command/arguments/suggestion.h"
 #include "hosts/command/arguments/usageMessage.h"
 #include "hosts/command/arguments/wrapped.h"
@@ -132,6 +133,18 @@ Argument& Argument::commaSeparated() {
     return *this;
 }
 
+Argument& Argument::repeated() {
+    // One word for each occurrence: further words are arguments of the command.
+    m_option->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)->expected(1);
+    m_option->allow_extra_args(false);
+    return *this;
+}
+
+Argument& Argument::repeatedLists() {
+    m_option->delimiter(',');
+    return repeated();
+}
+
 Argument& Argument::needs(const Argument& other) {
     m_option->needs(other.m_option);
     return *this;
@@ -244,6 +257,20 @@ template Argument ArgumentParser::add(const std::string&, std::vector<double>&, 
 template Argument ArgumentParser::add(const std::string&, std::vector<int>&, const std::string&);
 template Argument ArgumentParser::add(const std::string&, std::vector<std::string>&,
                                       const std::string&);
+
+std::string ArgumentParser::givenWords(const std::string& group) const {
+    std::string words;
+    for (const CLI::Option* option : m_app.get_options()) {
+        if (option->get_group() != group || option->count() == 0) {
+            continue;
+        }
+        words += " --" + option->get_lnames().front();
+        if (option->get_items_expected_max() > 0) {
+            words += " " + shellWord(CLI::detail::join(option->results(), ","));
+        }
+    }
+    return words;
+}
 
 void ArgumentParser::setVersion(const std::string& text) {
     m_app.set_version_flag("--version", text, "Show the version and exit.");

@@ -31,6 +31,9 @@ public:
     Argument& commaSeparated(int count);
     /// Takes any number of values, separated by commas.
     Argument& commaSeparated();
+    /// Takes one value, or one list in commas, each time the option is given.
+    Argument& repeated();
+    Argument& repeatedLists();
     /// Refuses the option unless `other` is given.
     Argument& needs(const Argument& other);
     /// Refuses numbers outside of `lowest`..`highest`.
@@ -71,6 +74,10 @@ public:
     /// std::filesystem::path, and std::vector of float, double, int and std::string.
     template <class T>
     Argument add(const std::string& name, T& value, const std::string& help);
+
+    /// The options under the heading `group` that the command line contains, with their values, as
+    /// words for a shell: " --light linear --detail 0.1". Known after parsing.
+    std::string givenWords(const std::string& group) const;
 
     /// Adds --version, which prints `text`.
     void setVersion(const std::string& text);

@@ -33,6 +33,9 @@ public:
     ///         exclude each other.
     BlindSettings result() const;
 
+    /// Whether the command line names a candidate.
+    bool isCandidateGiven() const { return m_candidateOption.isGiven(); }
+
     /// `words` with the default size after every --blind that no size follows.
     static std::vector<std::string> completed(std::vector<std::string> words);
 

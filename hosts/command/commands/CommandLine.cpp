@@ -14,6 +14,8 @@ constexpr const char* kExamples = "Examples:\n"
                                   "  velorn deblur shaken.tif restored.tif --motion 12,30\n"
                                   "  velorn deblur unknown.jpg restored.png --blind\n"
                                   "  velorn deblur photos --output-dir restored --blind\n"
+                                  "  velorn try blurred.jpg --disc 4 -o strengths.png\n"
+                                  "  velorn try blurred.jpg --disc 2,3,4,5 -o radii.png\n"
                                   "  velorn estimate unknown.jpg --sheet candidates.png\n\n"
                                   "Run 'velorn COMMAND --help' for the options of a command.\n";
 
@@ -24,6 +26,7 @@ std::optional<Command> parseCommandLine(int argc, const char* const* argv, std::
     parser.setVersion("velorn " VELORN_VERSION);
     parser.setFooter(kExitStatus);
     DeblurParser deblur(parser);
+    TryParser trial(parser);
     EstimateParser estimate(parser);
     KernelParser kernel(parser);
     PreviewParser preview(parser);
@@ -39,6 +42,9 @@ std::optional<Command> parseCommandLine(int argc, const char* const* argv, std::
     }
     if (deblur.isChosen()) {
         return deblur.result();
+    }
+    if (trial.isChosen()) {
+        return trial.result();
     }
     if (estimate.isChosen()) {
         return estimate.result();

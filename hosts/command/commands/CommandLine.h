@@ -4,6 +4,7 @@
 #include "hosts/command/commands/EstimateOptions.h"
 #include "hosts/command/commands/KernelOptions.h"
 #include "hosts/command/commands/PreviewOptions.h"
+#include "hosts/command/commands/TryOptions.h"
 
 #include <optional>
 #include <ostream>
@@ -11,7 +12,8 @@
 
 namespace velorn {
 
-using Command = std::variant<DeblurOptions, KernelOptions, EstimateOptions, PreviewOptions>;
+using Command =
+    std::variant<DeblurOptions, KernelOptions, EstimateOptions, PreviewOptions, TryOptions>;
 
 /// Parses the command line.
 /// @returns the command, or nothing after help, version or a completion script, which are written

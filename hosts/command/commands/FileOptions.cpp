@@ -5,7 +5,6 @@
 namespace velorn {
 namespace {
 
-constexpr const char* kGroup = "Files";
 /// Sides of the library's pictures are 32-bit integers.
 constexpr double kLargestMaxPixels = 1e12;
 
@@ -37,6 +36,10 @@ void FileOptions::addTo(ArgumentParser& parser) {
                         .valueName("BITS")
                         .group(kGroup)
                         .suggests({"8", "16"});
+    addLimitTo(parser);
+}
+
+void FileOptions::addLimitTo(ArgumentParser& parser) {
     parser
         .add("--max-pixels", m_maxPixels,
              "default: 400000000\nLargest number of pixels of a picture to read. Larger ones are "
@@ -56,11 +59,15 @@ FileSettings FileOptions::result() const {
         }
         settings.encoding.bits = m_depth;
     }
+    settings.maxPixels = maxPixels();
+    return settings;
+}
+
+std::uint64_t FileOptions::maxPixels() const {
     if (!(m_maxPixels >= 1.0 && m_maxPixels <= kLargestMaxPixels)) {
         throw UsageFailure("--max-pixels must be from 1 to 1000000000000");
     }
-    settings.maxPixels = static_cast<std::uint64_t>(m_maxPixels);
-    return settings;
+    return static_cast<std::uint64_t>(m_maxPixels);
 }
 
 } // namespace velorn

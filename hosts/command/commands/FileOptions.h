@@ -18,15 +18,23 @@ struct FileSettings {
 /// WebP, which shares its option with the quality of the restoration.
 class FileOptions {
 public:
+    /// The heading of the options.
+    static constexpr const char* kGroup = "Files";
+
     FileOptions() = default;
     FileOptions(const FileOptions&) = delete;
     FileOptions& operator=(const FileOptions&) = delete;
 
     /// Adds the options to `parser`, which keeps references to this object.
     void addTo(ArgumentParser& parser);
+    /// Adds only the limit of pixels, for commands that write no restored picture.
+    void addLimitTo(ArgumentParser& parser);
 
     /// @throws UsageFailure that names what is wrong.
     FileSettings result() const;
+    /// The limit of pixels alone; all that is available after `addLimitTo`.
+    /// @throws UsageFailure that names what is wrong.
+    std::uint64_t maxPixels() const;
 
 private:
     Argument m_subsamplingOption;

@@ -28,6 +28,9 @@ public:
     /// The quality of JPEG and WebP files, 1..100, if the command line gives one.
     std::optional<int> fileQuality() const { return m_quality.ofFile(); }
 
+    /// Whether the command line gives a quality of the restoration.
+    bool isQualityGiven() const { return m_quality.ofRestoration().has_value(); }
+
 private:
     QualityOption m_quality;
     std::string m_light = "auto";

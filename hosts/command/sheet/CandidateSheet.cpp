@@ -2,11 +2,10 @@
 
 #include "hosts/command/kernels/BlurKernel.h"
 #include "hosts/command/kernels/kernelText.h"
-#include "hosts/command/library/callLibrary.h"
 #include "hosts/command/pictures/Orientation.h"
-#include "hosts/command/pictures/upright.h"
 #include "hosts/command/sheet/Canvas.h"
 #include "hosts/command/sheet/detailArea.h"
+#include "hosts/command/sheet/restoredPart.h"
 #include "hosts/command/sheet/SheetLayout.h"
 #include "hosts/command/sheet/shownPart.h"
 #include "hosts/command/terminal/slicedProgress.h"
@@ -129,12 +128,16 @@ ImageFile CandidateSheet::draw(const std::vector<api::FoundKernel>& found,
     drawOverview(canvas, layout, reduced);
     canvas.paste(detail, layout.left(kUnrestored), layout.top(kUnrestored));
     canvas.write("as it is", layout.left(kUnrestored), layout.strip(kUnrestored), kHeading, kInk);
+    VelornRestoreSettings settings = api::restoreSettings();
+    settings.threads = m_threads;
     for (int i = 0; i < count; ++i) {
         const api::FoundKernel& candidate = found[static_cast<std::size_t>(i)];
         const auto share = slicedProgress(progress, static_cast<double>(i) / count,
                                           static_cast<double>(i + 1) / count);
         const int cell = kFirstCandidate + i;
-        canvas.paste(restoredDetail(candidate.kernel, share), layout.left(cell), layout.top(cell));
+        const RestoredPart part = restoredPart(m_picture, m_path, m_detail, candidate.kernel,
+                                               settings, m_interrupt, share);
+        canvas.paste(part.pixels, layout.left(cell), layout.top(cell));
         describe(canvas, layout, cell, candidate, m_picture.orientation());
     }
     canvas.write("To restore the picture with candidate N: velorn deblur IN OUT --blind "
@@ -169,27 +172,6 @@ RgbPixels CandidateSheet::overview() const {
         1);
     const PictureArea all{0, 0, m_picture.width(), m_picture.height()};
     return fitting(shownPart(m_picture, all, step, m_interrupt), kDetailWidth, kDetailHeight);
-}
-
-RgbPixels CandidateSheet::restoredDetail(const api::Kernel& kernel,
-                                         const api::Progress& progress) const {
-    const int channels = m_picture.channels();
-    std::vector<std::uint8_t> samples(static_cast<std::size_t>(m_detail.width) *
-                                      static_cast<std::size_t>(m_detail.height) *
-                                      static_cast<std::size_t>(channels));
-    const VelornPicture target = api::pictureOf(samples.data(), m_detail.width, m_detail.height,
-                                                channels, channels % 2 == 0);
-    const std::vector<unsigned char> profile = m_picture.profile();
-    VelornRestoreSettings settings = api::restoreSettings();
-    settings.threads = m_threads;
-    settings.profile = profile.empty() ? nullptr : profile.data();
-    settings.profileSize = profile.size();
-    settings.region = {m_detail.x, m_detail.y, m_detail.width, m_detail.height};
-    callLibrary(m_path, m_interrupt, [&] {
-        return api::restore(m_picture.view(), target, {kernel}, settings, progress);
-    });
-    return upright(coloursOf(samples, m_detail.width, m_detail.height, channels),
-                   m_picture.orientation());
 }
 
 } // namespace velorn

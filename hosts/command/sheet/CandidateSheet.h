@@ -34,8 +34,6 @@ private:
     RgbPixels overview() const;
     /// Draws the overview with a frame around the detail.
     void drawOverview(Canvas& canvas, const SheetLayout& layout, const RgbPixels& reduced) const;
-    /// @throws Failure that names the picture, Interrupted
-    RgbPixels restoredDetail(const api::Kernel& kernel, const api::Progress& progress) const;
 
     const ImageFile& m_picture;
     const std::filesystem::path& m_path;

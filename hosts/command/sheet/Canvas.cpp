@@ -37,6 +37,55 @@ std::string asciiOf(std::string text) {
     return text;
 }
 
+/// The width of a hyphen with the space around it, enlarged. The font's own hyphens are so wide
+/// that two of them look like a dash.
+int hyphenWidth(int capital) {
+    return kOversampling * capital * 5 / 8;
+}
+
+/// Calls `part(text)` for what lies between hyphens, and `hyphen()` for each of them.
+template <class Part, class Hyphen>
+void forEachPart(const std::string& text, const Part& part, const Hyphen& hyphen) {
+    std::size_t begin = 0;
+    for (;;) {
+        const std::size_t end = text.find('-', begin);
+        if (begin < std::min(end, text.size())) {
+            part(text.substr(begin, end - begin));
+        }
+        if (end == std::string::npos) {
+            return;
+        }
+        hyphen();
+        begin = end + 1;
+    }
+}
+
+/// The width of text without hyphens, enlarged.
+int plainWidth(const std::string& text, int capital) {
+    int baseline = 0;
+    return cv::getTextSize(text, kFont, fontScale(capital), thickness(capital), &baseline).width;
+}
+
+/// Draws a line of text, white on black.
+/// @param bottom of capital letters
+void drawLine(cv::Mat& large, const std::string& text, int bottom, int capital) {
+    int x = 0;
+    forEachPart(
+        text,
+        [&](const std::string& part) {
+            cv::putText(large, part, {x, bottom}, kFont, fontScale(capital), cv::Scalar(255),
+                        thickness(capital), cv::LINE_AA);
+            x += plainWidth(part, capital);
+        },
+        [&] {
+            const int width = hyphenWidth(capital);
+            const int y = bottom - kOversampling * capital * 3 / 7;
+            cv::line(large, {x + width / 4, y}, {x + width * 3 / 4, y}, cv::Scalar(255),
+                     thickness(capital), cv::LINE_AA);
+            x += width;
+        });
+}
+
 cv::Rect inside(const cv::Mat& pixels, const cv::Rect& area) {
     return area & cv::Rect(0, 0, pixels.cols, pixels.rows);
 }
@@ -68,10 +117,11 @@ void Canvas::frame(int x, int y, int width, int height, Colour colour) {
 }
 
 int Canvas::textWidth(const std::string& text, int capital) {
-    int baseline = 0;
-    const cv::Size size =
-        cv::getTextSize(asciiOf(text), kFont, fontScale(capital), thickness(capital), &baseline);
-    return (size.width + kOversampling - 1) / kOversampling;
+    int width = 0;
+    forEachPart(
+        asciiOf(text), [&](const std::string& part) { width += plainWidth(part, capital); },
+        [&] { width += hyphenWidth(capital); });
+    return (width + kOversampling - 1) / kOversampling;
 }
 
 void Canvas::write(const std::string& text, int x, int y, int capital, Colour colour) {
@@ -79,8 +129,7 @@ void Canvas::write(const std::string& text, int x, int y, int capital, Colour co
     const int above = capital / 2;
     const cv::Size size(textWidth(text, capital) + 2, 2 * capital + above);
     cv::Mat large = cv::Mat::zeros(size * kOversampling, CV_8U);
-    cv::putText(large, asciiOf(text), {0, kOversampling * (above + capital)}, kFont,
-                fontScale(capital), cv::Scalar(255), thickness(capital), cv::LINE_AA);
+    drawLine(large, asciiOf(text), kOversampling * (above + capital), capital);
     cv::Mat cover;
     cv::resize(large, cover, size, 0.0, 0.0, cv::INTER_AREA);
     const std::uint8_t ink[] = {colour.red, colour.green, colour.blue};

@@ -28,7 +28,7 @@ TEST(ManualPage, DocumentsEveryOptionAndNoOther) {
     const std::string page =
         std::regex_replace(std::string(bytes.begin(), bytes.end()), std::regex(R"(\\-)"), "-");
     std::set<std::string> known{"--help", "--version"};
-    for (const char* command : {"deblur", "estimate", "kernel", "preview", "completion"}) {
+    for (const char* command : {"deblur", "try", "estimate", "kernel", "preview", "completion"}) {
         EXPECT_NE(page.find(".B velorn " + std::string(command)), std::string::npos) << command;
         known.merge(optionsIn(helpOf(command)));
     }
