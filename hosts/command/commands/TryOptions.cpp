@@ -25,8 +25,7 @@ constexpr int kLeastRegion = 16;
 } // namespace
 
 TryParser::TryParser(ArgumentParser& parser)
-    : m_command(parser.addCommand("try",
-                                  "Restore a part of a picture in several ways, to choose from.")) {
+    : m_command(parser.addCommand("try", "Restore a part of a picture in several ways.")) {
     addFiles();
     addSeries();
     addBlurs();

@@ -37,7 +37,7 @@ TEST(CommandLine, WrongCommandLineGivesAMessageOnOneLine) {
 
 TEST(CommandLine, MissingCommandIsReportedWithTheChoice) {
     EXPECT_EQ(usageFailureOf({}),
-              "missing command: deblur, estimate, kernel, preview or completion");
+              "missing command: deblur, try, estimate, kernel, preview or completion");
     EXPECT_EQ(usageFailureOf({"kernel"}), "missing command: gaussian, disc or motion");
 }
 
@@ -47,8 +47,8 @@ TEST(CommandLine, VersionIsPrinted) {
 
 TEST(CommandLine, HelpListsTheCommands) {
     const std::string help = printedBy({"--help"});
-    for (const char* name :
-         {"\n  deblur ", "\n  estimate ", "\n  kernel ", "\n  preview ", "\n  completion "}) {
+    for (const char* name : {"\n  deblur ", "\n  try ", "\n  estimate ", "\n  kernel ",
+                             "\n  preview ", "\n  completion "}) {
         EXPECT_NE(help.find(name), std::string::npos) << name << "\n" << help;
     }
 }
@@ -56,6 +56,7 @@ TEST(CommandLine, HelpListsTheCommands) {
 TEST(CommandLine, HelpFitsATerminalOfEightyColumns) {
     for (const CommandWords& words : std::vector<CommandWords>{{"--help"},
                                                                {"deblur", "--help"},
+                                                               {"try", "--help"},
                                                                {"estimate", "--help"},
                                                                {"kernel", "--help"},
                                                                {"kernel", "motion", "--help"},

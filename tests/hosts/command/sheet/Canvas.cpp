@@ -99,4 +99,24 @@ TEST(Canvas, CharactersBeyondAsciiBecomeQuestionMarks) {
     EXPECT_EQ(bytesOf(foreign), bytesOf(marks));
 }
 
+TEST(Canvas, HyphensAreApart) {
+    const int capital = 14;
+    const int width = Canvas::textWidth("--", capital);
+    EXPECT_EQ(width, 2 * Canvas::textWidth("-", capital));
+    Canvas canvas(width + 2, 3 * capital, {0, 0, 0});
+    canvas.write("--", 0, capital, capital, {255, 255, 255});
+    const auto samples = std::get<std::vector<std::uint8_t>>(canvas.pixels().samples);
+    int strokes = 0;
+    bool isInside = false;
+    for (int x = 0; x < canvas.width(); ++x) {
+        bool isDrawn = false;
+        for (int y = 0; y < canvas.height(); ++y) {
+            isDrawn |= samples[static_cast<std::size_t>(3 * (y * canvas.width() + x))] > 60;
+        }
+        strokes += isDrawn && !isInside ? 1 : 0;
+        isInside = isDrawn;
+    }
+    EXPECT_EQ(strokes, 2);
+}
+
 } // namespace
