@@ -75,7 +75,8 @@ TEST(CellParts, HoldNoValuesThatTransformsCannotTake) {
     Plane picture = places(400, 300);
     picture.row(10)[10] = std::numeric_limits<float>::quiet_NaN();
     Team team(1, HostProgress{});
-    for (const float value : cellParts(picture, {1, 1}, 480, team).front().values()) {
+    const std::vector<Plane> parts = cellParts(picture, {1, 1}, 480, team);
+    for (const float value : parts.front().values()) {
         ASSERT_TRUE(std::isfinite(value));
     }
 }
