@@ -23,7 +23,7 @@ public:
     void count(int y, std::span<const float> differences) noexcept;
 
     /// The place of the squares around the corners of the blocks. Nothing where the differences of
-    /// the squares hardly depend on their places, or where there are too few squares to tell.
+    /// the squares hardly depend on their places, or where there are too few squares to decide.
     std::optional<Place> corners() const noexcept;
 
 private:

@@ -19,7 +19,7 @@ constexpr double kMostLeft = 0.01;
 constexpr double kLowest = 0.06;
 constexpr double kBandLimit = 0.3;
 
-/// Fewer do not tell noise from picture.
+/// Fewer do not separate noise from picture.
 constexpr std::size_t kLeastCount = 100;
 
 double frequency(int v, int u) {

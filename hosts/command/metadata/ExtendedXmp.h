@@ -8,8 +8,8 @@
 namespace velorn {
 
 // A JPEG segment holds less than 64 KiB. A larger XMP packet is divided: the standard packet names
-// the digest of the extended one, which fills as many segments as it needs (Adobe, XMP
-// Specification Part 3, 2020, section 1.1.3.1). An `Exiv2Session` is open during these calls.
+// the digest of the extended one, which fills as many segments as it needs (XMP, Storage in Files,
+// 2020, section 1.1.3.1). An `Exiv2Session` is open during these calls.
 
 /// The size of the largest packet in one segment.
 inline constexpr std::size_t kLargestStandardXmp = 65502;
