@@ -104,7 +104,7 @@ std::vector<T> readSamples(ImageInput& input, const std::filesystem::path& path)
 Pixels readPixels(ImageInput& input, const std::filesystem::path& path) {
     const ImageSpec& spec = input.spec();
     Pixels pixels{spec.width, spec.height, spec.nchannels, {}};
-    const Format* format = formatOfLibrary(input.format_name());
+    const Format* format = formatOfCodec(input.format_name());
     const bool isLinear = format != nullptr && format->isLinear;
     if (isLinear || spec.format.is_floating_point()) {
         const auto samples = readSamples<float>(input, path);

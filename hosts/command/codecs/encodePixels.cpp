@@ -24,15 +24,15 @@ constexpr int kPngEffort = 3;
 constexpr int kTiffEffort = 3;
 
 void chooseCompression(ImageSpec& spec, const Format& format, const EncoderSettings& settings) {
-    if (format.libraryName == "png") {
+    if (format.codecName == "png") {
         spec.attribute("png:compressionLevel", kPngEffort);
-    } else if (format.libraryName == "tiff") {
+    } else if (format.codecName == "tiff") {
         static const std::array<std::string, 4> inherited{"none", "lzw", "packbits", "zip"};
         const bool isInherited =
             std::ranges::find(inherited, settings.tiffCompression) != inherited.end();
         spec.attribute("compression", isInherited ? settings.tiffCompression : "zip");
         spec.attribute("tiff:zipquality", kTiffEffort);
-    } else if (format.libraryName == "openexr") {
+    } else if (format.codecName == "openexr") {
         spec.attribute("compression", "zip");
     }
 }
@@ -44,7 +44,7 @@ ImageSpec bareSpec(const Pixels& pixels, const Format& format, const EncoderSett
                    format.isLinear       ? TypeDesc::FLOAT
                    : pixels.bits() == 16 ? TypeDesc::UINT16
                                          : TypeDesc::UINT8);
-    if (format.libraryName == "png" || format.libraryName == "tiff") {
+    if (format.codecName == "png" || format.codecName == "tiff") {
         spec.extra_attribs = attributes;
         spec.erase_attribute("compression");
         spec.erase_attribute("oiio:UnassociatedAlpha");
@@ -92,12 +92,12 @@ void writeTo(ImageOutput& output, const std::string& name, const ImageSpec& spec
 std::vector<unsigned char> encodeWithLibrary(const Pixels& pixels, const Format& format,
                                              const ImageSpec& spec) {
     const SilencedErrors silenced;
-    const auto output = ImageOutput::create(std::string(format.libraryName));
+    const auto output = ImageOutput::create(std::string(format.codecName));
     if (!output) {
         throw Failure(OIIO::geterror());
     }
     std::vector<unsigned char> bytes;
-    if (format.libraryName == "tiff") {
+    if (format.codecName == "tiff") {
         const MemoryFile memory;
         writeTo(*output, memory.path().string(), spec, pixels);
         bytes = memory.content();
@@ -115,13 +115,13 @@ std::vector<unsigned char> encodePixels(const Pixels& pixels, const Format& form
                                         const EncoderSettings& settings,
                                         const OIIO::ParamValueList& attributes) {
     checkSides(format, pixels.shape());
-    if (format.libraryName == "jpeg") {
+    if (format.codecName == "jpeg") {
         return encodeJpeg(pixels, settings, densityOf(attributes));
     }
-    if (format.libraryName == "webp") {
+    if (format.codecName == "webp") {
         return encodeWebp(pixels, settings);
     }
-    if (format.libraryName == "pnm") {
+    if (format.codecName == "pnm") {
         return encodePnm(pixels);
     }
     return encodeWithLibrary(pixels, format, bareSpec(pixels, format, settings, attributes));

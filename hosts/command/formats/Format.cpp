@@ -47,8 +47,8 @@ const Format* formatNamed(std::string_view name) {
     });
 }
 
-const Format* formatOfLibrary(std::string_view libraryName) {
-    return find([&](const Format& format) { return format.libraryName == libraryName; });
+const Format* formatOfCodec(std::string_view codecName) {
+    return find([&](const Format& format) { return format.codecName == codecName; });
 }
 
 const Format& outputFormatOfPath(const std::filesystem::path& path) {

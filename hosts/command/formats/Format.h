@@ -50,7 +50,7 @@ struct Format {
     /// Its name in messages and lists, and in lower case the value of `--format`.
     std::string_view name;
     /// The name of its reader and writer in the image library.
-    std::string_view libraryName;
+    std::string_view codecName;
     /// Extensions of its files, the usual one first; empty ones are unused.
     std::array<std::string_view, 4> extensions;
     bool isWritten;
@@ -171,7 +171,7 @@ const Format* formatOfPath(const std::filesystem::path& path);
 const Format* formatNamed(std::string_view name);
 
 /// The format of this name in the image library; null when the table does not have it.
-const Format* formatOfLibrary(std::string_view libraryName);
+const Format* formatOfCodec(std::string_view codecName);
 
 /// As `formatOfPath` and `formatNamed`, for pictures to write.
 /// @throws Failure that lists the formats that the command writes.

@@ -164,9 +164,9 @@ WrittenMetadata ImageFile::encode(const Format& format, const EncodingOptions& o
     wanted.bits = options.bits.value_or(wanted.bits);
     const PictureShape held = heldShape(format, wanted);
     const EncoderSettings settings =
-        encoderSettings(options, m_encoding, format.libraryName == "jpeg");
-    const OIIO::ParamValueList attributes = encoderAttributes(
-        m_attributes, m_sourceFormat, std::string(format.libraryName), m_metadata);
+        encoderSettings(options, m_encoding, format.codecName == "jpeg");
+    const OIIO::ParamValueList attributes =
+        encoderAttributes(m_attributes, m_sourceFormat, std::string(format.codecName), m_metadata);
     PictureMetadata metadata = outputMetadata();
     std::vector<unsigned char> bytes;
     if (const bool isTurned = !format.holds(Room::orientation) && orientation() != 1; isTurned) {
@@ -183,7 +183,7 @@ WrittenMetadata ImageFile::encode(const Format& format, const EncodingOptions& o
         m_metadata.hadThumbnail() ? jpegThumbnail(*this) : std::vector<unsigned char>();
     WrittenMetadata written =
         MetadataWriter(std::move(metadata)).writeInto(std::move(bytes), thumbnail);
-    if (m_sourceFormat == "png" && format.libraryName != "png") {
+    if (m_sourceFormat == "png" && format.codecName != "png") {
         for (const std::string& name : textNames(m_attributes, m_metadata)) {
             written.omitted.push_back("the text " + name);
         }

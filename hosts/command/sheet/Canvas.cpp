@@ -37,8 +37,8 @@ std::string asciiOf(std::string text) {
     return text;
 }
 
-/// The width of a hyphen with the space around it, enlarged. The font's own hyphens are so wide
-/// that two of them look like a dash.
+/// Width of a hyphen and the space around it, before the text is reduced. Two hyphens of the font
+/// itself look like one dash.
 int hyphenWidth(int capital) {
     return kOversampling * capital * 5 / 8;
 }

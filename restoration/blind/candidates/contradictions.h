@@ -21,8 +21,8 @@ bool spectrumContradictsBlur(const Evidence& evidence);
 /// taken more power from the edges than they lack. Where other runs have found kernels like it, it
 /// must be much more.
 ///
-/// This is what runs find in sharp pictures of regular patterns: facades, walls, fences. Their
-/// spectra are so uneven that a wide kernel always explains them.
+/// Runs find such kernels in sharp pictures of regular patterns: facades, walls, fences. The power
+/// spectra of these pictures are uneven, so that wide kernels appear to explain them.
 bool edgesContradictBlur(const Evidence& evidence);
 
 /// Whether a wide kernel explains so much of a picture's power spectrum that it describes a regular

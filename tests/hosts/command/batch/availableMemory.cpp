@@ -30,12 +30,12 @@ TEST_F(AvailableMemory, SystemReportsIt) {
 
 TEST_F(AvailableMemory, GroupLeavesLess) {
     write("proc/meminfo", "MemAvailable: 4194304 kB\n");
-    write("proc/self/cgroup", "0::/user/work\n");
+    write("proc/self/cgroup", "0::/user/job\n");
     write("sys/fs/cgroup/user/memory.max", "1073741824\n");
     write("sys/fs/cgroup/user/memory.current", "805306368\n");
     write("sys/fs/cgroup/user/memory.stat", "anon 5\ninactive_file 268435456\n");
-    write("sys/fs/cgroup/user/work/memory.max", "max\n");
-    write("sys/fs/cgroup/user/work/memory.current", "805306368\n");
+    write("sys/fs/cgroup/user/job/memory.max", "max\n");
+    write("sys/fs/cgroup/user/job/memory.current", "805306368\n");
     EXPECT_EQ(available(), kGibi / 2);
 }
 

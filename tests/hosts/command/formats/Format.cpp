@@ -19,15 +19,15 @@ const Format& named(const char* name) {
 TEST(Format, ExtensionsAndNamesSelectOneFormatInAnyCase) {
     std::set<std::string_view> seen;
     for (const Format& format : velorn::kFormats) {
-        EXPECT_TRUE(seen.insert(format.libraryName).second);
+        EXPECT_TRUE(seen.insert(format.codecName).second);
         for (const std::string_view extension : format.extensions) {
             if (!extension.empty()) {
-                EXPECT_TRUE(seen.insert(extension).second || extension == format.libraryName);
+                EXPECT_TRUE(seen.insert(extension).second || extension == format.codecName);
                 EXPECT_EQ(velorn::formatOfPath("a." + std::string(extension)), &format);
             }
         }
         EXPECT_EQ(velorn::formatNamed(format.name), &format);
-        EXPECT_EQ(velorn::formatOfLibrary(format.libraryName), &format);
+        EXPECT_EQ(velorn::formatOfCodec(format.codecName), &format);
     }
     EXPECT_EQ(velorn::formatOfPath("A.B.JPG"), &named("jpeg"));
     for (const char* name : {"a", ".png", "a.", "a.xyz", "png"}) {
@@ -37,7 +37,7 @@ TEST(Format, ExtensionsAndNamesSelectOneFormatInAnyCase) {
 
 TEST(Format, LibraryReadsEveryFormatAndWritesThoseItIsAskedFor) {
     for (const Format& format : velorn::kFormats) {
-        const std::string name(format.libraryName);
+        const std::string name(format.codecName);
         EXPECT_TRUE(OIIO::ImageInput::create(name)) << name << OIIO::geterror();
         EXPECT_TRUE(!format.isWritten || OIIO::ImageOutput::create(name)) << name;
     }
