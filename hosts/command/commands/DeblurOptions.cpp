@@ -1,6 +1,5 @@
 #include "hosts/command/commands/DeblurOptions.h"
 
-#include "hosts/command/arguments/NumberRange.h"
 #include "hosts/command/commands/blurOf.h"
 #include "hosts/command/formats/formatTexts.h"
 #include "hosts/command/terminal/Failure.h"
@@ -15,8 +14,6 @@ namespace {
 using Shape = AnalyticBlur::Shape;
 
 constexpr const char* kBlurGroup = "Blur (exactly one is required)";
-constexpr const char* kKernelGroup = "Options of --kernel and --blind";
-constexpr NumberRange kKernelScales{1.0f, static_cast<float>(kLargestKernelSide)};
 
 } // namespace
 
@@ -24,8 +21,7 @@ DeblurParser::DeblurParser(ArgumentParser& parser)
     : m_command(parser.addCommand("deblur", "Remove blur from a picture.")) {
     addFiles();
     addBlurs();
-    addKernelFile();
-    addBlind();
+    addKernels();
     m_noDeconvolve = m_command
                          .add("--no-deconvolve", m_isSharpenOnly,
                               "Do not remove blur; only sharpen edges and enhance detail.")
@@ -96,39 +92,20 @@ void DeblurParser::addBlurs() {
                    .commaSeparated(2);
 }
 
-void DeblurParser::addKernelFile() {
+void DeblurParser::addKernels() {
     m_kernel = m_command
-                   .add("--kernel", m_path.path,
+                   .add("--kernel", m_path,
                         "Kernel from a file: a matrix of numbers (.txt, .csv) or a picture.")
                    .valueName("FILE")
                    .group(kBlurGroup);
-    m_kernelScale =
-        m_command
-            .add("--kernel-scale", m_scale,
-                 std::string("pixels, ") + kKernelScales.text() +
-                     ", default: as the file says, else 1; only with --kernel"
-                     "\nSide of the square that shows one weight in a kernel picture. Pictures "
-                     "written by velorn contain this number.")
-            .valueName("N")
-            .group(kKernelGroup)
-            .needs(m_kernel);
-}
-
-void DeblurParser::addBlind() {
-    m_blind = m_blindOptions
-                  .addSize(m_command, "--blind",
-                           "Unknown blur: find the kernel in the picture. N is the largest side of "
-                           "the kernel, or its largest width if M gives the height; without "
-                           "numbers, the picture decides. A warning is printed if the result may "
-                           "be worse than the picture. See also 'velorn estimate'.")
-                  .valueName("[N[xM]]")
-                  .group(kBlurGroup);
-    constexpr const char* kCondition = "; only with --blind";
-    m_blindOptions.addTurn(m_command, kCondition).group(kKernelGroup).needs(m_blind);
-    for (Argument& argument : m_blindOptions.addChoices(m_command, kCondition)) {
-        argument.group(kKernelGroup).needs(m_blind);
-    }
-    m_blindOptions.addLocal(m_command, kCondition).group(kKernelGroup).needs(m_blind);
+    m_kernelOptions.addScale(m_command, m_kernel);
+    m_kernelOptions.addBlind(
+        m_command, kBlurGroup,
+        "Unknown blur: find the kernel in the picture. N is the largest side of the "
+        "kernel, or its largest width if M gives the height; without numbers, the "
+        "picture decides. A warning is printed if the result may be worse than the "
+        "picture. See also 'velorn estimate'.");
+    m_kernelOptions.addLocal(m_command);
 }
 
 DeblurOptions DeblurParser::result() {
@@ -146,8 +123,8 @@ DeblurOptions DeblurParser::result() {
 }
 
 KernelSource DeblurParser::kernelSource() {
-    const std::array<Argument, 6> choices{m_gaussian, m_disc,  m_motion,
-                                          m_kernel,   m_blind, m_noDeconvolve};
+    const std::array<Argument, 6> choices{
+        m_gaussian, m_disc, m_motion, m_kernel, m_kernelOptions.blind(), m_noDeconvolve};
     if (std::ranges::count_if(choices, &Argument::isGiven) != 1) {
         throw UsageFailure("deblur needs exactly one of --gaussian, --disc, --motion, --kernel, "
                            "--blind and --no-deconvolve");
@@ -162,20 +139,12 @@ KernelSource DeblurParser::kernelSource() {
         return blurOf(Shape::Motion, m_lengthAndAngle[0], m_lengthAndAngle[1], "--motion");
     }
     if (m_kernel.isGiven()) {
-        return kernelPath();
+        return KernelPath{m_path, m_kernelOptions.scale()};
     }
-    if (m_blind.isGiven()) {
-        return m_blindOptions.result();
+    if (m_kernelOptions.blind().isGiven()) {
+        return m_kernelOptions.search().result();
     }
     return std::monostate{};
-}
-
-KernelPath DeblurParser::kernelPath() {
-    if (m_kernelScale.isGiven()) {
-        kKernelScales.check("--kernel-scale", static_cast<float>(m_scale));
-        m_path.scale = m_scale;
-    }
-    return m_path;
 }
 
 std::vector<std::string> DeblurParser::completed(std::vector<std::string> words) {

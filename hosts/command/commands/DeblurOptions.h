@@ -1,26 +1,18 @@
 #pragma once
 
 #include "hosts/command/commands/BatchOptions.h"
-#include "hosts/command/commands/BlindOptions.h"
 #include "hosts/command/commands/FileOptions.h"
+#include "hosts/command/commands/KernelSource.h"
+#include "hosts/command/commands/KernelSourceOptions.h"
 #include "hosts/command/commands/ModelOptions.h"
 #include "hosts/command/commands/SettingOptions.h"
-#include "hosts/command/kernels/BlurKernel.h"
 
 #include <filesystem>
 #include <optional>
-#include <variant>
+#include <string>
+#include <vector>
 
 namespace velorn {
-
-/// A kernel in a file, and the side of a weight's square if the user gives it.
-struct KernelPath {
-    std::filesystem::path path;
-    std::optional<int> scale;
-};
-
-/// Where the kernel of a restoration comes from; nothing without deconvolution.
-using KernelSource = std::variant<std::monostate, AnalyticBlur, KernelPath, BlindSettings>;
 
 /// `velorn deblur`
 struct DeblurOptions {
@@ -57,13 +49,11 @@ private:
     void addFiles();
     void takeFiles();
     void addBlurs();
-    void addKernelFile();
-    void addBlind();
+    void addKernels();
     KernelSource kernelSource();
-    KernelPath kernelPath();
 
     ArgumentParser& m_command;
-    BlindOptions m_blindOptions;
+    KernelSourceOptions m_kernelOptions;
     SettingOptions m_settings;
     ModelOptions m_modelOptions;
     BatchOptions m_batchOptions;
@@ -72,15 +62,12 @@ private:
     std::vector<std::string> m_files;
     float m_extent = 0.0f;
     std::vector<float> m_lengthAndAngle;
-    KernelPath m_path;
-    int m_scale = 1;
+    std::filesystem::path m_path;
     bool m_isSharpenOnly = false;
     Argument m_gaussian;
     Argument m_disc;
     Argument m_motion;
     Argument m_kernel;
-    Argument m_kernelScale;
-    Argument m_blind;
     Argument m_noDeconvolve;
 };
 

@@ -1,6 +1,5 @@
 #include "hosts/command/commands/TryOptions.h"
 
-#include "hosts/command/arguments/NumberRange.h"
 #include "hosts/command/arguments/Numbers.h"
 #include "hosts/command/arguments/shellWord.h"
 #include "hosts/command/commands/blurOf.h"
@@ -15,9 +14,7 @@ namespace {
 using Shape = AnalyticBlur::Shape;
 
 constexpr const char* kBlurGroup = "Blur (at least one is required)";
-constexpr const char* kKernelGroup = "Options of --kernel and --blind";
 constexpr const char* kSettingsGroup = "Settings";
-constexpr NumberRange kKernelScales{1.0f, static_cast<float>(kLargestKernelSide)};
 /// Sheets with more tiles fit no screen.
 constexpr std::size_t kMostTiles = 60;
 constexpr int kLeastRegion = 16;
@@ -29,7 +26,7 @@ TryParser::TryParser(ArgumentParser& parser)
     addFiles();
     addSeries();
     addBlurs();
-    addBlind();
+    addKernels();
     m_settingOptions.addTo(m_command);
     m_modelOptions.addTo(m_command);
     m_fileOptions.addLimitTo(m_command);
@@ -84,38 +81,24 @@ void TryParser::addBlurs() {
             "\nStraight motion of this length and direction. 0 is horizontal, 90 vertical, 45 "
             "rises to the right. Can be repeated.",
         "LENGTH,ANGLE");
-    m_kernel = m_command
-                   .add("--kernel", m_files,
-                        "Kernel from a file: a matrix of numbers (.txt, .csv) or a picture. Can be "
-                        "repeated.")
-                   .valueName("FILE")
-                   .group(kBlurGroup)
-                   .repeated()
-                   .file();
-    m_kernelScale = m_command
-                        .add("--kernel-scale", m_scale,
-                             std::string("pixels, ") + kKernelScales.text() +
-                                 ", default: as the file says, else 1; only with --kernel"
-                                 "\nSide of the square that shows one weight in a kernel picture.")
-                        .valueName("N")
-                        .group(kKernelGroup)
-                        .needs(m_kernel);
 }
 
-void TryParser::addBlind() {
-    m_blind = m_blindOptions
-                  .addSize(m_command, "--blind",
-                           "Unknown blur: find the kernel in the picture. The sheet shows all "
-                           "candidates, or with --candidate or --strengths one of them with each "
-                           "strength. N is the largest side of the kernel, or its largest width if "
-                           "M gives the height; without numbers, the picture decides.")
-                  .valueName("[N[xM]]")
-                  .group(kBlurGroup);
-    constexpr const char* kCondition = "; only with --blind";
-    m_blindOptions.addTurn(m_command, kCondition).group(kKernelGroup).needs(m_blind);
-    for (Argument& argument : m_blindOptions.addChoices(m_command, kCondition)) {
-        argument.group(kKernelGroup).needs(m_blind);
-    }
+void TryParser::addKernels() {
+    const Argument kernel = m_command
+                                .add("--kernel", m_files,
+                                     "Kernel from a file: a matrix of numbers (.txt, .csv) or a "
+                                     "picture. Can be repeated.")
+                                .valueName("FILE")
+                                .group(kBlurGroup)
+                                .repeated()
+                                .file();
+    m_kernelOptions.addScale(m_command, kernel);
+    m_kernelOptions.addBlind(
+        m_command, kBlurGroup,
+        "Unknown blur: find the kernel in the picture. The sheet shows all candidates, "
+        "or with --candidate or --strengths one of them with each strength. N is the "
+        "largest side of the kernel, or its largest width if M gives the height; "
+        "without numbers, the picture decides.");
 }
 
 TryOptions TryParser::result() const {
@@ -147,18 +130,18 @@ PictureArea TryParser::region() const {
 
 std::vector<TriedBlur> TryParser::blurs(int threads) const {
     std::vector<TriedBlur> all = knownBlurs();
-    if (m_blind.isGiven()) {
+    if (m_kernelOptions.blind().isGiven()) {
         if (!all.empty()) {
             throw UsageFailure("--blind excludes --gaussian, --disc, --motion and --kernel");
         }
-        BlindSettings blind = m_blindOptions.result();
+        BlindSettings blind = m_kernelOptions.search().result();
         blind.threads = threads;
         // The words are found by their groups; those of the blur have only this one then.
         std::string words = m_command.givenWords(kBlurGroup);
         if (words.ends_with(" auto")) {
             words.resize(words.size() - std::string(" auto").size());
         }
-        all.push_back({blind, words.substr(1) + m_command.givenWords(kKernelGroup)});
+        all.push_back({blind, words.substr(1) + m_command.givenWords(KernelSourceOptions::kGroup)});
     }
     if (all.empty()) {
         throw UsageFailure(
@@ -186,15 +169,10 @@ std::vector<TriedBlur> TryParser::knownBlurs() const {
             {blurOf(Shape::Motion, m_motions[i], m_motions[i + 1], "--motion"),
              "--motion " + numberText(m_motions[i]) + "," + numberText(m_motions[i + 1])});
     }
-    if (m_kernelScale.isGiven()) {
-        kKernelScales.check("--kernel-scale", static_cast<float>(m_scale));
-    }
     for (const std::string& file : m_files) {
-        KernelPath path{file, {}};
-        if (m_kernelScale.isGiven()) {
-            path.scale = m_scale;
-        }
-        all.push_back({path, "--kernel " + shellWord(file) + m_command.givenWords(kKernelGroup)});
+        all.push_back(
+            {KernelPath{file, m_kernelOptions.scale()},
+             "--kernel " + shellWord(file) + m_command.givenWords(KernelSourceOptions::kGroup)});
     }
     return all;
 }
@@ -207,7 +185,7 @@ std::vector<TrialStrength> TryParser::strengths(const TryOptions& options) const
         }
         return trialStrengths(m_strengths);
     }
-    if (m_blind.isGiven() && !m_blindOptions.isCandidateGiven()) {
+    if (m_kernelOptions.blind().isGiven() && !m_kernelOptions.search().isCandidateGiven()) {
         return {};
     }
     return isChosen || options.blurs.size() > 1 ? std::vector<TrialStrength>{TrialStrength{}}

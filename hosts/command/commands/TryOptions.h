@@ -1,8 +1,8 @@
 #pragma once
 
-#include "hosts/command/commands/BlindOptions.h"
-#include "hosts/command/commands/DeblurOptions.h"
 #include "hosts/command/commands/FileOptions.h"
+#include "hosts/command/commands/KernelSource.h"
+#include "hosts/command/commands/KernelSourceOptions.h"
 #include "hosts/command/commands/ModelOptions.h"
 #include "hosts/command/commands/SettingOptions.h"
 #include "hosts/command/trial/TrialSeries.h"
@@ -56,7 +56,7 @@ private:
     void addFiles();
     void addSeries();
     void addBlurs();
-    void addBlind();
+    void addKernels();
     PictureArea region() const;
     std::vector<TriedBlur> blurs(int threads) const;
     std::vector<TriedBlur> knownBlurs() const;
@@ -64,7 +64,7 @@ private:
     TrialSettings settings() const;
 
     ArgumentParser& m_command;
-    BlindOptions m_blindOptions;
+    KernelSourceOptions m_kernelOptions;
     SettingOptions m_settingOptions;
     ModelOptions m_modelOptions;
     FileOptions m_fileOptions;
@@ -75,12 +75,8 @@ private:
     std::vector<float> m_radii;
     std::vector<float> m_motions;
     std::vector<std::string> m_files;
-    int m_scale = 1;
     Argument m_regionOption;
     Argument m_strengthsOption;
-    Argument m_kernel;
-    Argument m_kernelScale;
-    Argument m_blind;
 };
 
 } // namespace velorn
