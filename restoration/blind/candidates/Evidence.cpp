@@ -1,5 +1,7 @@
 #include "restoration/blind/candidates/Evidence.h"
 
+#include "restoration/blind/squares/Spread.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -15,6 +17,10 @@ double weightedSum(const Evidence& evidence, double EvidenceWeight::*weight) {
 }
 
 } // namespace
+
+double widthOf(const SquareKernel& kernel) {
+    return std::log(1.0 + Spread(kernel).largest());
+}
 
 double scoreOf(const Evidence& evidence) {
     return weightedSum(evidence, &EvidenceWeight::score);

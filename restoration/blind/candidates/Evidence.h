@@ -1,5 +1,6 @@
 #pragma once
 
+#include "restoration/blind/squares/SquareKernel.h"
 #include "restoration/kernels/Kernel.h"
 
 #include <array>
@@ -88,6 +89,9 @@ inline constexpr std::array kEvidenceWeights{
     EvidenceWeight{"width", &Evidence::width, 0.0, 0.0},
 };
 inline constexpr double kConfidenceOffset = -4.92;
+
+/// `Evidence::width` of a kernel of sum 1.
+double widthOf(const SquareKernel& kernel);
 
 /// How well a kernel explains the picture, compared with others for the same picture; smaller is
 /// better.

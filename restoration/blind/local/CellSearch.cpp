@@ -1,9 +1,9 @@
 #include "restoration/blind/local/CellSearch.h"
 
+#include "restoration/blind/candidates/contradictions.h"
 #include "restoration/blind/candidates/KernelScorer.h"
 #include "restoration/blind/parts/diagonalNoise.h"
 #include "restoration/blind/parts/EdgeSpectrum.h"
-#include "restoration/blind/refine/contradictsBlur.h"
 #include "restoration/blind/refine/refitKernel.h"
 #include "restoration/blind/refine/SpectralEvidence.h"
 #include "restoration/blind/runs/KernelRun.h"
@@ -159,9 +159,15 @@ bool CellSearch::hasEdges() const {
 
 /// Whether the power spectrum of the cell contradicts a kernel that is not fitted to it.
 bool CellSearch::contradicts(const SquareKernel& kernel) const {
+    const SquareKernel content = withSide(kernel, extentOf(kernel));
+    Evidence evidence{.width = widthOf(content)};
+    if (isNarrow(evidence)) {
+        return false;
+    }
     const double noise = noiseDeviation();
     SpectralEvidence spectrum(m_part, noise * noise, m_cancellation);
-    return contradictsBlur(spectrum, withSide(kernel, extentOf(kernel)));
+    evidence.spectralMisfit = spectrum.misfit(content);
+    return spectrumContradictsBlur(evidence);
 }
 
 /// Of a luminance of 0..1.

@@ -2,9 +2,6 @@
 
 #include "restoration/blind/parts/excessBlur.h"
 #include "restoration/blind/squares/kernelShape.h"
-#include "restoration/blind/squares/Spread.h"
-
-#include <cmath>
 
 namespace restoration {
 
@@ -12,7 +9,7 @@ void compareWithEdges(const EdgeSpectrum& edges, Candidate& candidate) {
     Evidence& evidence = candidate.evidence;
     evidence.overblur = excessBlur(edges, withSide(candidate.kernel, candidate.extent));
     evidence.edgeBlur = edges.blurVariance;
-    evidence.width = std::log(1.0 + Spread(candidate.kernel).largest());
+    evidence.width = widthOf(candidate.kernel);
 }
 
 EdgeSpectrum compareAllWithEdges(std::vector<Candidate>& candidates, const SearchContext& search) {

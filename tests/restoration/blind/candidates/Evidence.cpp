@@ -1,5 +1,6 @@
 #include "restoration/blind/candidates/Evidence.h"
 
+#include <cmath>
 #include <gtest/gtest.h>
 
 namespace restoration {
@@ -11,6 +12,16 @@ TEST(Evidence, EachPartIsWeighedOnce) {
         evidence.*part.value = 2.0;
         EXPECT_NEAR(scoreOf(evidence) - scoreOf(Evidence()), 2.0 * part.score, 1e-12) << part.name;
     }
+}
+
+TEST(Evidence, WidthGrowsWithTheVarianceAlongTheLongerAxis) {
+    SquareKernel kernel(5);
+    kernel.at(2, 2) = 1.0;
+    EXPECT_EQ(widthOf(kernel), 0.0);
+    kernel.at(2, 2) = 0.0;
+    kernel.at(0, 2) = 0.5;
+    kernel.at(4, 2) = 0.5;
+    EXPECT_NEAR(widthOf(kernel), std::log(5.0), 1e-12);
 }
 
 TEST(Evidence, WorseExplanationsScoreHigher) {

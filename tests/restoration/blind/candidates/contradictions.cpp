@@ -18,7 +18,7 @@ bool isContradicted(const WholeKernel& blur, const SquareKernel& kernel) {
     SpectralEvidence spectrum(blurredPicture(DrawnScene(300, 280, 3), blur, 1, 4), kNoise,
                               cancellation);
     Evidence evidence;
-    evidence.width = std::log(1.0 + Spread(kernel).largest());
+    evidence.width = widthOf(kernel);
     evidence.spectralMisfit = spectrum.misfit(kernel);
     return spectrumContradictsBlur(evidence);
 }
