@@ -1,7 +1,7 @@
 #include "restoration/blind/analytic/PowerSpectrum.h"
 
-#include "restoration/blind/runs/SquareTransform.h"
 #include "restoration/blind/spectra/hannWindow.h"
+#include "restoration/blind/spectra/SquareTransform.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,6 +1,6 @@
 #include "restoration/blind/analytic/analyticKernelLike.h"
 
-#include "restoration/blind/squares/kernelShape.h"
+#include "restoration/blind/squares/likeness.h"
 #include "restoration/blind/squares/Spread.h"
 #include "restoration/blind/squares/squareKernelOf.h"
 #include "restoration/kernels/analyticKernel.h"

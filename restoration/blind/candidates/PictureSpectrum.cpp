@@ -1,6 +1,6 @@
 #include "restoration/blind/candidates/PictureSpectrum.h"
 
-#include "restoration/blind/runs/SquareTransform.h"
+#include "restoration/blind/spectra/SquareTransform.h"
 
 #include <algorithm>
 #include <cmath>

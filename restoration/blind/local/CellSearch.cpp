@@ -7,7 +7,8 @@
 #include "restoration/blind/refine/refitKernel.h"
 #include "restoration/blind/refine/SpectralEvidence.h"
 #include "restoration/blind/runs/KernelRun.h"
-#include "restoration/blind/squares/kernelShape.h"
+#include "restoration/blind/squares/kernelSides.h"
+#include "restoration/blind/squares/likeness.h"
 
 #include <algorithm>
 #include <cmath>

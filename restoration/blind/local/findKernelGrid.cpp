@@ -3,7 +3,8 @@
 #include "restoration/blind/local/cellTrust.h"
 #include "restoration/blind/local/GridSearch.h"
 #include "restoration/blind/local/judgeGrid.h"
-#include "restoration/blind/squares/kernelShape.h"
+#include "restoration/blind/squares/kernelSides.h"
+#include "restoration/blind/squares/likeness.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,6 +1,6 @@
 #include "restoration/blind/local/judgeGrid.h"
 
-#include "restoration/blind/squares/kernelShape.h"
+#include "restoration/blind/squares/likeness.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "restoration/blind/parts/FrequencyCells.h"
-#include "restoration/blind/runs/SquareTransform.h"
+#include "restoration/blind/spectra/SquareTransform.h"
 #include "restoration/planes/Plane.h"
 #include "restoration/threads/Cancellation.h"
 #include "velimproclib/primitives/base/AlignedFloats.h"

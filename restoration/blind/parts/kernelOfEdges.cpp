@@ -1,6 +1,6 @@
 #include "restoration/blind/parts/kernelOfEdges.h"
 
-#include "restoration/blind/squares/kernelShape.h"
+#include "restoration/blind/squares/scaleToUnitSum.h"
 
 #include <algorithm>
 #include <cmath>

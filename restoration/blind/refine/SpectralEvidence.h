@@ -1,6 +1,6 @@
 #pragma once
 
-#include "restoration/blind/runs/SquareTransform.h"
+#include "restoration/blind/spectra/SquareTransform.h"
 #include "restoration/blind/squares/SquareKernel.h"
 #include "restoration/planes/Plane.h"
 #include "restoration/threads/Cancellation.h"

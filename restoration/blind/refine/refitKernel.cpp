@@ -6,7 +6,9 @@
 #include "restoration/blind/runs/KernelSystem.h"
 #include "restoration/blind/runs/LatentGradients.h"
 #include "restoration/blind/runs/pyramid.h"
-#include "restoration/blind/squares/kernelShape.h"
+#include "restoration/blind/squares/kernelSides.h"
+#include "restoration/blind/squares/recentre.h"
+#include "restoration/blind/squares/removeSpecks.h"
 
 #include <algorithm>
 #include <utility>

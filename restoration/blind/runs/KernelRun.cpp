@@ -3,7 +3,10 @@
 #include "restoration/blind/runs/KernelSystem.h"
 #include "restoration/blind/runs/LatentGradients.h"
 #include "restoration/blind/runs/pyramid.h"
-#include "restoration/blind/squares/kernelShape.h"
+#include "restoration/blind/runs/startingKernel.h"
+#include "restoration/blind/squares/recentre.h"
+#include "restoration/blind/squares/removeSpecks.h"
+#include "restoration/blind/squares/resampled.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,6 +1,6 @@
 #include "restoration/blind/runs/KernelSolver.h"
 
-#include "restoration/blind/runs/spectrumRows.h"
+#include "restoration/blind/spectra/spectrumRows.h"
 #include "velimproclib/veldeblurcv/deconvolution/SpectralQuotient.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "restoration/blind/runs/KernelSystem.h"
-#include "restoration/blind/runs/SquareTransform.h"
+#include "restoration/blind/spectra/SquareTransform.h"
 #include "restoration/blind/squares/SquareKernel.h"
 
 namespace restoration {

@@ -1,6 +1,6 @@
 #include "restoration/blind/runs/KernelSystem.h"
 
-#include "restoration/blind/runs/spectrumRows.h"
+#include "restoration/blind/spectra/spectrumRows.h"
 #include "velimproclib/veldeblurcv/deconvolution/SpectralQuotient.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "restoration/blind/runs/LatentGradients.h"
-#include "restoration/blind/runs/SquareTransform.h"
+#include "restoration/blind/spectra/SquareTransform.h"
 
 #include <vector>
 

@@ -1,7 +1,8 @@
 #include "restoration/blind/search/Candidate.h"
 
 #include "restoration/blind/analytic/analyticKernelLike.h"
-#include "restoration/blind/squares/kernelShape.h"
+#include "restoration/blind/squares/kernelSides.h"
+#include "restoration/blind/squares/likeness.h"
 
 #include <algorithm>
 

@@ -4,7 +4,7 @@
 #include "restoration/blind/analytic/kernelOfKind.h"
 #include "restoration/blind/analytic/spectralBlur.h"
 #include "restoration/blind/search/searchBounds.h"
-#include "restoration/blind/squares/kernelShape.h"
+#include "restoration/blind/squares/kernelSides.h"
 
 #include <algorithm>
 

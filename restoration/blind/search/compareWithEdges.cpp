@@ -1,7 +1,7 @@
 #include "restoration/blind/search/compareWithEdges.h"
 
 #include "restoration/blind/parts/excessBlur.h"
-#include "restoration/blind/squares/kernelShape.h"
+#include "restoration/blind/squares/kernelSides.h"
 
 namespace restoration {
 

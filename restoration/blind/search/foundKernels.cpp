@@ -1,7 +1,7 @@
 #include "restoration/blind/search/foundKernels.h"
 
 #include "restoration/blind/squares/cutToContent.h"
-#include "restoration/blind/squares/kernelShape.h"
+#include "restoration/blind/squares/likeness.h"
 
 #include <algorithm>
 #include <cmath>

@@ -4,7 +4,7 @@
 #include "restoration/blind/parts/kernelOfEdges.h"
 #include "restoration/blind/search/compareWithEdges.h"
 #include "restoration/blind/squares/cutToContent.h"
-#include "restoration/blind/squares/kernelShape.h"
+#include "restoration/blind/squares/kernelSides.h"
 
 namespace restoration {
 namespace {

@@ -3,7 +3,7 @@
 #include "restoration/blind/refine/SpectralEvidence.h"
 #include "restoration/blind/runs/KernelRun.h"
 #include "restoration/blind/search/searchBounds.h"
-#include "restoration/blind/squares/kernelShape.h"
+#include "restoration/blind/squares/kernelSides.h"
 #include "restoration/blind/squares/squareKernelOf.h"
 #include "restoration/failures/Failure.h"
 

@@ -20,6 +20,14 @@ struct SquareKernel {
     int radius() const noexcept { return side / 2; }
     double& at(int row, int column) noexcept { return values[index(row, column)]; }
     double at(int row, int column) const noexcept { return values[index(row, column)]; }
+    /// Of the weights, row by row.
+    double sum() const {
+        double sum = 0.0;
+        for (const double value : values) {
+            sum += value;
+        }
+        return sum;
+    }
     double largest() const { return *std::max_element(values.begin(), values.end()); }
 
 private:

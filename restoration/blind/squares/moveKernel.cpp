@@ -1,6 +1,7 @@
 #include "restoration/blind/squares/moveKernel.h"
 
-#include "restoration/blind/squares/kernelShape.h"
+#include "restoration/blind/squares/likeness.h"
+#include "restoration/blind/squares/scaleToUnitSum.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,6 +1,6 @@
 #include "restoration/blind/squares/squareKernelOf.h"
 
-#include "restoration/blind/squares/kernelShape.h"
+#include "restoration/blind/squares/kernelSides.h"
 
 #include <algorithm>
 

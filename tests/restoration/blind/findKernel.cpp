@@ -1,7 +1,7 @@
 #include "restoration/blind/findKernel.h"
 
 #include "drawnPictures.h"
-#include "restoration/blind/squares/kernelShape.h"
+#include "restoration/blind/squares/likeness.h"
 #include "restoration/blind/squares/squareKernelOf.h"
 #include "restoration/failures/Failure.h"
 #include "tests/support/EachTarget.h"

@@ -1,6 +1,7 @@
 #include "restoration/blind/analytic/kernelOfKind.h"
 
-#include "restoration/blind/squares/kernelShape.h"
+#include "restoration/blind/squares/kernelSides.h"
+#include "restoration/blind/squares/likeness.h"
 #include "restoration/kernels/analyticKernel.h"
 
 #include <cmath>

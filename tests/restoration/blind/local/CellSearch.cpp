@@ -1,6 +1,7 @@
 #include "restoration/blind/local/CellSearch.h"
 
-#include "restoration/blind/squares/kernelShape.h"
+#include "restoration/blind/squares/kernelSides.h"
+#include "restoration/blind/squares/likeness.h"
 #include "tests/restoration/blind/drawnPictures.h"
 
 #include <algorithm>

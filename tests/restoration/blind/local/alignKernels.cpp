@@ -1,13 +1,13 @@
 #include "restoration/blind/local/alignKernels.h"
 
 #include "restoration/blind/local/meanAround.h"
-#include "restoration/blind/squares/kernelShape.h"
+#include "restoration/blind/squares/kernelSides.h"
+#include "restoration/blind/squares/likeness.h"
 #include "restoration/blind/squares/moveKernel.h"
 #include "restoration/failures/Failure.h"
 #include "tests/restoration/blind/drawnPictures.h"
 
 #include <gtest/gtest.h>
-#include <numeric>
 #include <vector>
 
 namespace restoration {
@@ -86,7 +86,7 @@ TEST(MeanAround, IsThatOfTheWholePictureWhereNoCellIsReliable) {
     }
     const SquareKernel mean = meanAround(kernels, 1, 1.0);
     EXPECT_NEAR(likeness(mean, kernels.whole), 1.0, 1e-12);
-    EXPECT_NEAR(std::accumulate(mean.values.begin(), mean.values.end(), 0.0), 1.0, 1e-12);
+    EXPECT_NEAR(mean.sum(), 1.0, 1e-12);
 }
 
 } // namespace

@@ -3,7 +3,6 @@
 #include <cmath>
 #include <gtest/gtest.h>
 #include <numbers>
-#include <numeric>
 
 namespace restoration {
 namespace {
@@ -48,7 +47,7 @@ TEST(KernelOfEdges, HasTheVariancesOfTheEdges) {
     EXPECT_NEAR(moments.level, 1.2 - kSharp, 0.03);
     EXPECT_NEAR(moments.upright, 0.7 - kSharp, 0.03);
     EXPECT_NEAR(moments.mixed, 0.0, 1e-9);
-    EXPECT_NEAR(std::accumulate(kernel.values.begin(), kernel.values.end(), 0.0), 1.0, 1e-12);
+    EXPECT_NEAR(kernel.sum(), 1.0, 1e-12);
 }
 
 TEST(KernelOfEdges, TurnsWithTheEdges) {

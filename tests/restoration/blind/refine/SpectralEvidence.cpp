@@ -1,12 +1,12 @@
 #include "restoration/blind/refine/SpectralEvidence.h"
 
-#include "restoration/blind/squares/kernelShape.h"
+#include "restoration/blind/squares/kernelSides.h"
+#include "restoration/blind/squares/likeness.h"
 #include "restoration/failures/Failure.h"
 #include "tests/restoration/blind/drawnPictures.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
-#include <numeric>
 
 namespace restoration {
 namespace {
@@ -63,7 +63,7 @@ TEST(SpectralEvidence, ImprovesAKernelThatIsTooWide) {
         evidence.improve(kernel);
         EXPECT_LT(evidence.misfit(kernel), evidence.misfit(start));
         EXPECT_GT(likeness(kernel, blur.scaled()), likeness(start, blur.scaled()));
-        EXPECT_NEAR(std::accumulate(kernel.values.begin(), kernel.values.end(), 0.0), 1.0, 1e-9);
+        EXPECT_NEAR(kernel.sum(), 1.0, 1e-9);
         EXPECT_GE(*std::ranges::min_element(kernel.values), 0.0);
     }
 }
@@ -75,7 +75,7 @@ TEST(SpectralEvidence, FlatPicturesDoNoHarm) {
     SpectralEvidence evidence(grey, kNoise, cancellation);
     SquareKernel kernel = hook().scaled();
     evidence.improve(kernel);
-    EXPECT_NEAR(std::accumulate(kernel.values.begin(), kernel.values.end(), 0.0), 1.0, 1e-9);
+    EXPECT_NEAR(kernel.sum(), 1.0, 1e-9);
 }
 
 TEST(SpectralEvidence, EndsWhenCancelled) {

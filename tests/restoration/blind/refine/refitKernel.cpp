@@ -1,13 +1,13 @@
 #include "restoration/blind/refine/refitKernel.h"
 
-#include "restoration/blind/squares/kernelShape.h"
+#include "restoration/blind/squares/kernelSides.h"
+#include "restoration/blind/squares/likeness.h"
 #include "restoration/failures/Failure.h"
 #include "tests/restoration/blind/drawnPictures.h"
 
 #include <algorithm>
 #include <cstdlib>
 #include <gtest/gtest.h>
-#include <numeric>
 
 namespace restoration {
 namespace {
@@ -76,7 +76,7 @@ TEST(RefitKernel, SumsToOneWithoutNegativeWeightsInsideTheBounds) {
     const auto kernel = refitted(pictureWith(line11(), 7), line11().scaled(), {15, 7});
     ASSERT_TRUE(kernel);
     EXPECT_LE(kernel->side, 15);
-    EXPECT_NEAR(std::accumulate(kernel->values.begin(), kernel->values.end(), 0.0), 1.0, 1e-9);
+    EXPECT_NEAR(kernel->sum(), 1.0, 1e-9);
     for (int y = 0; y < kernel->side; ++y) {
         for (int x = 0; x < kernel->side; ++x) {
             ASSERT_GE(kernel->at(y, x), 0.0);

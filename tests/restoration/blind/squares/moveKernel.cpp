@@ -1,7 +1,6 @@
 #include "restoration/blind/squares/moveKernel.h"
 
 #include <gtest/gtest.h>
-#include <numeric>
 
 namespace restoration {
 namespace {
@@ -20,7 +19,7 @@ TEST(MoveKernel, MovesByPartsOfPixels) {
     EXPECT_DOUBLE_EQ(kernel.at(3, 6), 0.375);
     EXPECT_NEAR(centreOf(kernel).right, 1.5, 1e-12);
     EXPECT_NEAR(centreOf(kernel).down, -2.0, 1e-12);
-    EXPECT_NEAR(std::accumulate(kernel.values.begin(), kernel.values.end(), 0.0), 1.0, 1e-12);
+    EXPECT_NEAR(kernel.sum(), 1.0, 1e-12);
 }
 
 TEST(MoveKernel, WhatFallsOffIsLost) {

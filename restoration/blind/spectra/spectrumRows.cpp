@@ -1,9 +1,9 @@
 #undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "restoration/blind/runs/spectrumRows.cpp"
+#define HWY_TARGET_INCLUDE "restoration/blind/spectra/spectrumRows.cpp"
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
-#include "restoration/blind/runs/spectrumRows.h"
+#include "restoration/blind/spectra/spectrumRows.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace restoration::HWY_NAMESPACE {

@@ -1,4 +1,4 @@
-#include "restoration/blind/runs/SquareTransform.h"
+#include "restoration/blind/spectra/SquareTransform.h"
 
 #include <algorithm>
 #include <bit>
