@@ -50,11 +50,8 @@ void SquareTransform::forward(const Plane& plane, int rows, float* spectrum) {
 
 double SquareTransform::powerAt(int v, int u, const float* spectrum) const noexcept {
     constexpr int kLanes = vel::RealFft2D::kLanes;
-    const float* value = spectrum + static_cast<std::size_t>(u / kLanes) * m_fft.blockFloats() +
-                         m_fft.rowOf(v) * vel::RealFft2D::kRowFloats + u % kLanes;
-    const auto re = static_cast<double>(value[0]);
-    const auto im = static_cast<double>(value[kLanes]);
-    return re * re + im * im;
+    return powerIn(spectrum + static_cast<std::size_t>(u / kLanes) * m_fft.blockFloats() +
+                   m_fft.rowOf(v) * vel::RealFft2D::kRowFloats + u % kLanes);
 }
 
 void SquareTransform::inverseRows(const float* spectrum, int first, int last, Plane& plane) {

@@ -44,6 +44,33 @@ public:
         }
     }
 
+    /// The slots of a half spectrum: complex numbers, of which two real ones share some.
+    std::size_t slotCount() const noexcept {
+        return static_cast<std::size_t>(m_fft.blockCount()) * static_cast<std::size_t>(side()) *
+               vel::RealFft2D::kLanes;
+    }
+
+    /// Calls work(number, float* slot) for every slot of the spectrum in turn. The imaginary part
+    /// follows the real one at a distance of `vel::RealFft2D::kLanes`.
+    template <class Work>
+    void forEachSlot(float* spectrum, const Work& work) const {
+        std::size_t number = 0;
+        forEachBlock(spectrum, [&](int, float* columns) {
+            for (int row = 0; row < side(); ++row) {
+                for (int lane = 0; lane < vel::RealFft2D::kLanes; ++lane, ++number) {
+                    work(number, columns + row * vel::RealFft2D::kRowFloats + lane);
+                }
+            }
+        });
+    }
+
+    /// The squared magnitude of the number in a slot.
+    static double powerIn(const float* slot) noexcept {
+        const auto re = static_cast<double>(slot[0]);
+        const auto im = static_cast<double>(slot[vel::RealFft2D::kLanes]);
+        return re * re + im * im;
+    }
+
     /// The second half of an inverse transform: writes the rows `first` to `last` of `plane`, and
     /// others of the same groups of 16.
     void inverseRows(const float* spectrum, int first, int last, Plane& plane);
