@@ -4,8 +4,7 @@
 #include "hosts/command/codecs/JpegHeader.h"
 #include "hosts/command/codecs/webp.h"
 #include "hosts/command/formats/Format.h"
-#include "tests/support/RunProgram.h"
-#include "tests/support/TemporaryFolder.h"
+#include "tests/hosts/command/CommandProcess.h"
 #include "tests/support/TestPictures.h"
 
 #include <gtest/gtest.h>
@@ -25,17 +24,14 @@ using velorn::Pixels;
 using Bytes = std::vector<std::uint8_t>;
 using Words = std::vector<std::uint16_t>;
 
-class FileFormats : public testing::Test {
+class FileFormats : public vel::test::CommandProcess {
 protected:
-    std::string at(const std::string& name) const { return (m_folder / name).string(); }
-
     /// Runs `velorn deblur FROM TO --no-deconvolve`, which leaves the pixels unchanged.
     ProgramResult copy(const std::string& from, const std::string& to,
                        const std::vector<std::string>& options = {}) {
-        std::vector<std::string> words{VELORN_PROGRAM, "deblur", at(from), at(to),
-                                       "--no-deconvolve"};
+        std::vector<std::string> words{"deblur", at(from), at(to), "--no-deconvolve"};
         words.insert(words.end(), options.begin(), options.end());
-        return vel::test::runProgram(words);
+        return run(std::move(words));
     }
 
     void expectCopied(const std::string& from, const std::string& to,
@@ -87,8 +83,6 @@ protected:
         writePicture(at(name), spec, samples);
         return samples;
     }
-
-    vel::test::TemporaryFolder m_folder;
 };
 
 TEST_F(FileFormats, EveryWrittenFormatTakesEveryKindOfPicture) {

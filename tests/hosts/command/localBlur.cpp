@@ -1,8 +1,5 @@
 // Runs `velorn deblur --blind --local` from end to end.
-#include "hosts/command/pictures/ImageFile.h"
-#include "tests/support/BlurredPicture.h"
-#include "tests/support/RunProgram.h"
-#include "tests/support/TemporaryFolder.h"
+#include "tests/hosts/command/CommandProcess.h"
 #include "tests/support/TestPictures.h"
 #include "tests/velorn/Scene.h"
 
@@ -13,8 +10,6 @@ namespace {
 
 using vel::test::ProgramResult;
 using vel::test::readPicture;
-using vel::test::writeBytes;
-using velorn::ImageFile;
 using Bytes = std::vector<std::uint8_t>;
 using Shape = velorn::AnalyticBlur::Shape;
 namespace api = velorn::api;
@@ -78,31 +73,22 @@ Bytes restored(const api::KernelGrid& grid) {
     return samples;
 }
 
-class LocalBlur : public testing::Test {
+class LocalBlur : public vel::test::CommandProcess {
 protected:
-    std::string at(const std::string& name) const { return (m_folder / name).string(); }
-
-    void write(const velorn::RgbPixels& pixels) {
-        ImageFile picture(pixels.width, pixels.height, 3, 8);
-        picture.setRgb(pixels);
-        writeBytes(at("in.png"), picture.encode("in.png"));
-    }
+    void write(const velorn::RgbPixels& pixels) { CommandProcess::write("in.png", pixels); }
 
     /// Runs `velorn deblur in.png out.png --blind`.
     ProgramResult deblur(const std::vector<std::string>& options,
                          const std::string& input = "in.png") {
-        std::vector<std::string> words{VELORN_PROGRAM, "deblur", at(input), at("out.png"),
-                                       "--blind"};
+        std::vector<std::string> words{"deblur", at(input), at("out.png"), "--blind"};
         words.insert(words.end(), options.begin(), options.end());
-        return vel::test::runProgram(words);
+        return run(std::move(words));
     }
 
     Bytes output() {
         OIIO::ImageSpec spec;
         return readPicture<std::uint8_t>(at("out.png"), spec);
     }
-
-    vel::test::TemporaryFolder m_folder;
 };
 
 TEST_F(LocalBlur, RestoresAsTheLibraryDoesWithAnyNumberOfThreads) {
@@ -140,9 +126,7 @@ TEST_F(LocalBlur, TurnRotatesTheKernelOfEveryPart) {
 
 TEST_F(LocalBlur, LookAndStartControlTheFirstSearch) {
     write(twoBlurs());
-    const std::vector<std::string> kernel{VELORN_PROGRAM, "kernel", "motion",   "13",
-                                          "20",           "-o",     at("k.txt")};
-    ASSERT_EQ(vel::test::runProgram(kernel).exitStatus, 0);
+    ASSERT_EQ(run({"kernel", "motion", "13", "20", "-o", at("k.txt")}).exitStatus, 0);
     const ProgramResult result =
         deblur({"--local", "--look", "500,0,400,300", "--start", at("k.txt")});
     EXPECT_EQ(result.exitStatus, 0) << result.errors;
@@ -196,10 +180,7 @@ TEST_F(LocalBlur, StrictRefusesAPictureThatIsNotBlurred) {
 TEST_F(LocalBlur, WrongCombinationsExitWithTwo) {
     write(sharpScene());
     EXPECT_EQ(deblur({"--local", "--candidate", "1"}).exitStatus, 2);
-    EXPECT_EQ(vel::test::runProgram(
-                  {VELORN_PROGRAM, "deblur", at("in.png"), at("out.png"), "--disc", "2", "--local"})
-                  .exitStatus,
-              2);
+    EXPECT_EQ(run({"deblur", at("in.png"), at("out.png"), "--disc", "2", "--local"}).exitStatus, 2);
     EXPECT_EQ(m_folder.fileCount(), 1u);
 }
 

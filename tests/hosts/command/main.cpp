@@ -1,9 +1,7 @@
 #include "hosts/command/kernels/KernelFile.h"
 #include "hosts/command/pictures/ImageFile.h"
 #include "hosts/command/pictures/PixelScale.h"
-#include "tests/support/BlurredPicture.h"
-#include "tests/support/RunProgram.h"
-#include "tests/support/TemporaryFolder.h"
+#include "tests/hosts/command/CommandProcess.h"
 #include "tests/support/TestPictures.h"
 
 #include <gtest/gtest.h>
@@ -17,7 +15,6 @@ using vel::test::bytesOfFile;
 using vel::test::ProgramResult;
 using vel::test::readPicture;
 using vel::test::runOnTerminal;
-using vel::test::TemporaryFolder;
 using vel::test::writeBytes;
 using vel::test::writePicture;
 using vel::test::writeText;
@@ -27,28 +24,18 @@ using Words = std::vector<std::uint16_t>;
 
 const std::string kProgram = VELORN_PROGRAM;
 
-ProgramResult run(std::vector<std::string> words, const std::function<void()>& inChild = {}) {
-    words.insert(words.begin(), kProgram);
-    return vel::test::runProgram(words, inChild);
-}
-
 /// Whether `errors` is a single line that begins with the name of the program.
 bool isOneLine(const std::string& errors) {
     return std::regex_match(errors, std::regex("velorn: [^\n]+\n"));
 }
 
-class Velorn : public testing::Test {
+class Velorn : public vel::test::CommandProcess {
 protected:
-    std::string at(const std::string& name) const { return (m_folder / name).string(); }
-
     /// Writes a blurred picture and keeps the sharp and the blurred pixels.
     void writeBlurred(const std::string& name, int width = 180, int height = 120) {
         m_sharp = vel::test::drawnPicture(width, height);
-        const auto disc = velorn::makeKernel({velorn::AnalyticBlur::Shape::Disc, 3.0f, 0.0f});
-        m_soft = vel::test::blurred(m_sharp, disc);
-        ImageFile picture(width, height, 3, 8);
-        picture.setRgb(m_soft);
-        writeBytes(at(name), picture.encode(name));
+        m_soft = vel::test::outOfFocus(m_sharp, 3.0f);
+        write(name, m_soft);
     }
 
     double gainOf(const std::string& name) const {
@@ -68,7 +55,6 @@ protected:
         EXPECT_EQ(m_folder.fileCount(), before);
     }
 
-    TemporaryFolder m_folder;
     velorn::RgbPixels m_sharp;
     velorn::RgbPixels m_soft;
 };
@@ -183,12 +169,9 @@ TEST_F(Velorn, StartIsRefined) {
 }
 
 TEST_F(Velorn, KernelThatExplainsThePictureBadlyIsAWarning) {
-    const auto disc = velorn::makeKernel({velorn::AnalyticBlur::Shape::Disc, 4.0f, 0.0f});
     const auto sharp = vel::test::faded(vel::test::drawnPicture(240, 200), 0.15);
-    ImageFile picture(240, 200, 3, 8);
     // The noise is stronger than the edges.
-    picture.setRgb(vel::test::noisy(vel::test::blurred(sharp, disc), 8));
-    writeBytes(at("in.png"), picture.encode("in.png"));
+    write("in.png", vel::test::noisy(vel::test::outOfFocus(sharp, 4.0f), 8));
     for (const std::vector<std::string>& words :
          std::vector<std::vector<std::string>>{{"deblur", at("in.png"), at("out.png"), "--blind"},
                                                {"estimate", at("in.png"), "-o", at("k.txt")}}) {

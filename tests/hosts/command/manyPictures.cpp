@@ -1,9 +1,5 @@
 // Runs 'velorn deblur' with --output-dir as users do.
-#include "hosts/command/kernels/BlurKernel.h"
-#include "hosts/command/pictures/ImageFile.h"
-#include "tests/support/BlurredPicture.h"
-#include "tests/support/RunProgram.h"
-#include "tests/support/TemporaryFolder.h"
+#include "tests/hosts/command/CommandProcess.h"
 
 #include <gtest/gtest.h>
 #include <regex>
@@ -13,23 +9,16 @@ namespace {
 namespace fs = std::filesystem;
 using vel::test::bytesOfFile;
 using vel::test::ProgramResult;
-using vel::test::TemporaryFolder;
 using vel::test::writeBytes;
 using vel::test::writeText;
 
-class ManyPictures : public testing::Test {
+class ManyPictures : public vel::test::CommandProcess {
 protected:
     ManyPictures() { fs::create_directory(at("in")); }
 
-    std::string at(const std::string& name) const { return (m_folder / name).string(); }
-
     /// Writes a blurred picture; each `seed` gives another size.
     void writeBlurred(const std::string& name, int seed = 0) {
-        const auto disc = velorn::makeKernel({velorn::AnalyticBlur::Shape::Disc, 2.0f, 0.0f});
-        const int width = 96 + 8 * seed;
-        velorn::ImageFile picture(width, 72, 3, 8);
-        picture.setRgb(vel::test::blurred(vel::test::drawnPicture(width, 72), disc));
-        writeBytes(at(name), picture.encode(name));
+        write(name, vel::test::outOfFocus(vel::test::drawnPicture(96 + 8 * seed, 72), 2.0f));
     }
 
     void writeFolder(int count) {
@@ -61,8 +50,6 @@ protected:
             EXPECT_EQ(bytesOfFile(m_folder / folder / name), bytesOfFile(single)) << name;
         }
     }
-
-    TemporaryFolder m_folder;
 };
 
 TEST_F(ManyPictures, FolderIsRestoredWithTheBytesOfSingleCalls) {
@@ -213,12 +200,10 @@ TEST_F(ManyPictures, TerminalShowsOneBarForAll) {
 
 TEST_F(ManyPictures, WarningsNameThePicture) {
     for (const char* name : {"in/a.png", "in/b.png"}) {
-        velorn::ImageFile sharp(320, 240, 3, 8);
-        sharp.setRgb(vel::test::drawnPicture(320, 240));
-        writeBytes(at(name), sharp.encode(name));
+        write(name, vel::test::drawnPicture(320, 240));
     }
-    const ProgramResult result = vel::test::runProgram(
-        {VELORN_PROGRAM, "deblur", "--blind", at("in"), "--output-dir", at("out")});
+    const ProgramResult result =
+        CommandProcess::run({"deblur", "--blind", at("in"), "--output-dir", at("out")});
     EXPECT_EQ(result.exitStatus, 0) << result.errors;
     EXPECT_NE(result.errors.find("in/a.png': the picture does not look blurred"), std::string::npos)
         << result.errors;

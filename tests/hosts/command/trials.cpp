@@ -1,8 +1,5 @@
 // Runs `velorn try`, and compares its tiles with what `velorn deblur` makes of the whole picture.
-#include "hosts/command/pictures/ImageFile.h"
-#include "tests/support/BlurredPicture.h"
-#include "tests/support/RunProgram.h"
-#include "tests/support/TemporaryFolder.h"
+#include "tests/hosts/command/CommandProcess.h"
 #include "tests/support/TestPictures.h"
 
 #include <algorithm>
@@ -74,18 +71,10 @@ std::vector<std::string> linesOf(const std::string& text) {
     return lines;
 }
 
-class Trials : public testing::Test {
+class Trials : public vel::test::CommandProcess {
 protected:
-    std::string at(const std::string& name) const { return (m_folder / name).string(); }
-
-    static ProgramResult run(std::vector<std::string> words) {
-        words.insert(words.begin(), kProgram);
-        return vel::test::runProgram(words);
-    }
-
     void writeSoft(const std::string& name, int width, int height, int orientation = 1) {
-        const auto disc = velorn::makeKernel({velorn::AnalyticBlur::Shape::Disc, 3.0f, 0.0f});
-        const auto soft = vel::test::blurred(vel::test::drawnPicture(width, height), disc);
+        const auto soft = vel::test::outOfFocus(vel::test::drawnPicture(width, height), 3.0f);
         OIIO::ImageSpec spec(width, height, 3, OIIO::TypeDesc::UINT8);
         spec.attribute("Orientation", orientation);
         vel::test::writePicture(at(name), spec, std::get<Bytes>(soft.samples));
@@ -129,8 +118,6 @@ protected:
         }
         return lines;
     }
-
-    vel::test::TemporaryFolder m_folder;
 };
 
 TEST_F(Trials, StrengthsAreThoseOfRestorationsOfTheWholePicture) {

@@ -1,6 +1,7 @@
 #include "hosts/command/arguments/NumberRange.h"
 
 #include "hosts/command/terminal/Failure.h"
+#include "tests/hosts/command/failureText.h"
 
 #include <gtest/gtest.h>
 #include <limits>
@@ -12,12 +13,8 @@ using velorn::NumberRange;
 constexpr NumberRange kRange{-0.5f, 2.0f};
 
 std::string failureFor(float value, const std::string& unit) {
-    try {
-        kRange.check("--size", value, unit);
-    } catch (const velorn::UsageFailure& failure) {
-        return failure.what();
-    }
-    return "";
+    return vel::test::failureText<velorn::UsageFailure>(
+        [&] { kRange.check("--size", value, unit); });
 }
 
 TEST(NumberRange, TextShowsTheBounds) {

@@ -1,6 +1,7 @@
 #include "hosts/command/batch/plannedPictures.h"
 
 #include "hosts/command/terminal/Failure.h"
+#include "tests/hosts/command/failureText.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -44,12 +45,8 @@ protected:
     std::string refusalOf(const std::vector<std::string>& inputs, const std::string& folder,
                           const std::string& name = OutputName::kDefault,
                           Existing existing = Existing::Replace) const {
-        try {
-            planned(inputs, folder, name, existing);
-        } catch (const UsageFailure& failure) {
-            return failure.what();
-        }
-        return "";
+        return vel::test::failureText<UsageFailure>(
+            [&] { planned(inputs, folder, name, existing); });
     }
 
     TemporaryFolder m_folder;

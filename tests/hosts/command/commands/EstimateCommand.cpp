@@ -3,6 +3,7 @@
 #include "hosts/command/files/fileFailures.h"
 #include "hosts/command/kernels/KernelFile.h"
 #include "hosts/command/pictures/ImageFile.h"
+#include "tests/hosts/command/failureText.h"
 #include "tests/support/BlurredPicture.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestPictures.h"
@@ -117,14 +118,9 @@ TEST_F(EstimateCommand, PartToLookAtRefersToThePictureAsDisplayed) {
 TEST_F(EstimateCommand, PartToLookAtOutsideOfThePictureIsAFailureThatNamesItsSides) {
     writeSoft(6);
     m_options.blind.look = {10, 20, 180, 130};
-    try {
-        run();
-        FAIL() << "no failure";
-    } catch (const velorn::Failure& failure) {
-        EXPECT_EQ(std::string(failure.what()), velorn::quoted(m_options.input) +
-                                                   ": --look 10,20,180,130 is not inside of the "
-                                                   "picture, which is 160 by 200 pixels");
-    }
+    EXPECT_EQ(vel::test::failureText([&] { run(); }),
+              velorn::quoted(m_options.input) + ": --look 10,20,180,130 is not inside of the "
+                                                "picture, which is 160 by 200 pixels");
 }
 
 TEST_F(EstimateCommand, StartRefersToThePictureAsDisplayed) {
@@ -154,27 +150,18 @@ TEST_F(EstimateCommand, SheetIsWrittenWithTheKernel) {
 TEST_F(EstimateCommand, PictureWithoutEdgesIsAFailureThatNamesItAndWritesNothing) {
     velorn::ImageFile grey(80, 60, 1, 8);
     vel::test::writeBytes(m_options.input.string(), grey.encode(m_options.input));
-    try {
-        run();
-        FAIL() << "no failure";
-    } catch (const velorn::Failure& failure) {
-        const std::string text = failure.what();
-        EXPECT_NE(text.find("too few edges"), std::string::npos) << text;
-        EXPECT_NE(text.find("in.tif"), std::string::npos) << text;
-    }
+    const std::string text = vel::test::failureText([&] { run(); });
+    EXPECT_NE(text.find("too few edges"), std::string::npos) << text;
+    EXPECT_NE(text.find("in.tif"), std::string::npos) << text;
     EXPECT_FALSE(std::filesystem::exists(m_options.output));
 }
 
 TEST_F(EstimateCommand, OutputWithUnknownFormatIsRefused) {
     writeSoft(1);
     m_options.output = m_folder / "k.xyz";
-    try {
-        run();
-        FAIL() << "no failure";
-    } catch (const velorn::Failure& failure) {
-        const std::string start = "cannot write " + velorn::quoted(m_options.output) + ": ";
-        EXPECT_EQ(std::string(failure.what()).substr(0, start.size()), start) << failure.what();
-    }
+    const std::string text = vel::test::failureText([&] { run(); });
+    EXPECT_TRUE(text.starts_with("cannot write " + velorn::quoted(m_options.output) + ": "))
+        << text;
     EXPECT_EQ(m_folder.fileCount(), 1u);
 }
 

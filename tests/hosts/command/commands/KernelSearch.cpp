@@ -1,6 +1,7 @@
 #include "hosts/command/commands/KernelSearch.h"
 
 #include "hosts/command/terminal/Failure.h"
+#include "tests/hosts/command/failureText.h"
 
 #include <gtest/gtest.h>
 #include <optional>
@@ -28,12 +29,7 @@ protected:
         return velorn::chosenKernel(m_found, "in.png", m_settings, m_terminal);
     }
     std::string failure() {
-        try {
-            choose();
-        } catch (const velorn::Failure& failure) {
-            return failure.what();
-        }
-        return "";
+        return vel::test::failureText([&] { choose(); });
     }
 
     std::vector<api::FoundKernel> m_found{found(3, 0.83f), found(5, 0.32f), found(7, 0.5f)};

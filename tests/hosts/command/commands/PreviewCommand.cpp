@@ -3,6 +3,7 @@
 #include "hosts/command/files/fileFailures.h"
 #include "hosts/command/pictures/DisplayPixels.h"
 #include "hosts/command/pictures/ImageFile.h"
+#include "tests/hosts/command/failureText.h"
 #include "tests/support/BlurredPicture.h"
 #include "tests/support/IccProfiles.h"
 #include "tests/support/TemporaryFolder.h"
@@ -39,12 +40,7 @@ protected:
     }
 
     std::string failureOf(const std::string& in, const std::string& profile) {
-        try {
-            preview(in, 1.0f, profile);
-        } catch (const velorn::Failure& failure) {
-            return failure.what();
-        }
-        return "";
+        return vel::test::failureText([&] { preview(in, 1.0f, profile); });
     }
 
     Bytes writeColours(const std::string& name, const vel::test::ProfileBytes& profile = {},

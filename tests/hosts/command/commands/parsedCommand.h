@@ -2,6 +2,7 @@
 
 #include "hosts/command/commands/CommandLine.h"
 #include "hosts/command/terminal/Failure.h"
+#include "tests/hosts/command/failureText.h"
 
 #include <sstream>
 #include <string>
@@ -31,12 +32,7 @@ Options parsedAs(CommandWords words) {
 
 /// The message for a wrong command line; empty if the command line is accepted.
 inline std::string usageFailureOf(CommandWords words) {
-    try {
-        parsed(std::move(words));
-    } catch (const velorn::UsageFailure& failure) {
-        return failure.what();
-    }
-    return "";
+    return failureText<velorn::UsageFailure>([&] { parsed(std::move(words)); });
 }
 
 /// What `velorn WORDS...` prints to the standard output.

@@ -1,6 +1,7 @@
 #include "hosts/command/files/InputFile.h"
 
 #include "hosts/command/terminal/Failure.h"
+#include "tests/hosts/command/failureText.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <fcntl.h>
@@ -36,12 +37,7 @@ private:
 };
 
 std::string failureOf(const std::filesystem::path& path, std::uint64_t mostBytes) {
-    try {
-        const InputFile file(path, mostBytes);
-    } catch (const Failure& failure) {
-        return failure.what();
-    }
-    return "";
+    return vel::test::failureText([&] { const InputFile file(path, mostBytes); });
 }
 
 TEST(InputFile, UsualNamesStay) {

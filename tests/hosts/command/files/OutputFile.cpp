@@ -1,6 +1,7 @@
 #include "hosts/command/files/OutputFile.h"
 
 #include "hosts/command/terminal/Failure.h"
+#include "tests/hosts/command/failureText.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <fcntl.h>
@@ -50,13 +51,8 @@ TEST(OutputFile, DashIsTheStandardOutput) {
 
 TEST(OutputFile, StandardOutputThatIsFullIsAFailure) {
     std::string text;
-    writingTo("/dev/full", [&] {
-        try {
-            OutputFile("-").write(kContent);
-        } catch (const Failure& failure) {
-            text = failure.what();
-        }
-    });
+    writingTo("/dev/full",
+              [&] { text = vel::test::failureText([] { OutputFile("-").write(kContent); }); });
     EXPECT_EQ(text, "cannot write to the standard output: No space left on device");
 }
 

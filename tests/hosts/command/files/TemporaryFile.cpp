@@ -1,6 +1,7 @@
 #include "hosts/command/files/TemporaryFile.h"
 
 #include "hosts/command/files/fileFailures.h"
+#include "tests/hosts/command/failureText.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <csignal>
@@ -20,12 +21,7 @@ const std::vector<unsigned char> kContent{'n', 'e', 'w'};
 const std::vector<unsigned char> kFormer{'o', 'l', 'd'};
 
 std::string failureOf(const std::filesystem::path& target) {
-    try {
-        TemporaryFile file(target);
-    } catch (const Failure& failure) {
-        return failure.what();
-    }
-    return "";
+    return vel::test::failureText([&] { TemporaryFile file(target); });
 }
 
 TEST(TemporaryFile, CommitCreatesTheTargetAndNoOtherFile) {
@@ -141,13 +137,10 @@ TEST(TemporaryFile, FailedWriteLeavesTheTargetUnchangedAndNoOtherFile) {
     ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &former), 0);
     const struct rlimit narrow { 1000, former.rlim_max };
     ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &narrow), 0);
-    std::string text;
-    try {
+    const std::string text = vel::test::failureText([&] {
         TemporaryFile file(folder / "a.png");
         file.write(std::vector<unsigned char>(5000, 'x'));
-    } catch (const Failure& failure) {
-        text = failure.what();
-    }
+    });
     setrlimit(RLIMIT_FSIZE, &former);
     std::signal(SIGXFSZ, formerHandler);
     EXPECT_EQ(text, "cannot write " + velorn::quoted(folder / "a.png") + ": File too large");

@@ -1,5 +1,7 @@
 #include "hosts/command/files/fileFailures.h"
 
+#include "tests/hosts/command/failureText.h"
+
 #include <gtest/gtest.h>
 
 namespace {
@@ -22,12 +24,8 @@ TEST(FileFailures, NamingReturnsTheResultOfTheWork) {
 }
 
 TEST(FileFailures, NamingAddsTheFileToAFailure) {
-    try {
-        naming("a.png", [] { throw Failure("why"); });
-        FAIL() << "no failure";
-    } catch (const Failure& failure) {
-        EXPECT_STREQ(failure.what(), "'a.png': why");
-    }
+    EXPECT_EQ(vel::test::failureText([] { naming("a.png", [] { throw Failure("why"); }); }),
+              "'a.png': why");
 }
 
 } // namespace

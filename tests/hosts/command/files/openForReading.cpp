@@ -1,6 +1,7 @@
 #include "hosts/command/files/openForReading.h"
 
 #include "hosts/command/files/fileFailures.h"
+#include "tests/hosts/command/failureText.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -14,12 +15,7 @@ using velorn::openForReading;
 using velorn::quoted;
 
 std::string failureOf(const std::filesystem::path& path) {
-    try {
-        openForReading(path);
-    } catch (const Failure& failure) {
-        return failure.what();
-    }
-    return "";
+    return vel::test::failureText([&] { openForReading(path); });
 }
 
 TEST(OpenForReading, BytesOfAFileAreRead) {

@@ -1,6 +1,7 @@
 #include "hosts/command/formats/Format.h"
 
 #include "hosts/command/terminal/Failure.h"
+#include "tests/hosts/command/failureText.h"
 
 #include <gtest/gtest.h>
 #include <OpenImageIO/imageio.h>
@@ -46,14 +47,9 @@ TEST(Format, LibraryReadsEveryFormatAndWritesThoseItIsAskedFor) {
 TEST(Format, OtherFormatsAreRefusedWithAListOfThoseOffered) {
     const std::string list = "JPEG, PNG, TIFF, WebP, PNM, BMP, TGA, EXR and HDR";
     for (const char* name : {"a.xyz", "a.dpx", "a.heic", "a.gif", "a.sgi", "a.jp2", "a"}) {
-        try {
-            velorn::outputFormatOfPath(name);
-            ADD_FAILURE() << name;
-        } catch (const Failure& failure) {
-            const std::string text = failure.what();
-            EXPECT_NE(text.find(std::string("'") + name + "'"), std::string::npos) << text;
-            EXPECT_NE(text.find(list), std::string::npos) << text;
-        }
+        const std::string text = vel::test::failureText([&] { velorn::outputFormatOfPath(name); });
+        EXPECT_NE(text.find(std::string("'") + name + "'"), std::string::npos) << text;
+        EXPECT_NE(text.find(list), std::string::npos) << text;
     }
     EXPECT_THROW(velorn::outputFormatNamed("dpx"), Failure);
     EXPECT_EQ(&velorn::outputFormatNamed("tif"), &named("tiff"));

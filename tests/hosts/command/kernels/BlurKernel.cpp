@@ -1,6 +1,7 @@
 #include "hosts/command/kernels/BlurKernel.h"
 
 #include "hosts/command/terminal/Failure.h"
+#include "tests/hosts/command/failureText.h"
 
 #include <gtest/gtest.h>
 #include <limits>
@@ -130,12 +131,7 @@ TEST(BlurKernel, SumThatDiffersFromOneByRoundingIsKept) {
 }
 
 std::string failureOf(BlurKernel kernel) {
-    try {
-        checkedKernel(std::move(kernel), "k");
-    } catch (const Failure& failure) {
-        return failure.what();
-    }
-    return "";
+    return vel::test::failureText([&] { checkedKernel(std::move(kernel), "k"); });
 }
 
 TEST(BlurKernel, UnusableKernelsAreRefusedWithTheReason) {

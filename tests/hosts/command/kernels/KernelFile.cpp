@@ -2,6 +2,7 @@
 
 #include "hosts/command/files/fileFailures.h"
 #include "hosts/command/pictures/ImageFile.h"
+#include "tests/hosts/command/failureText.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <cmath>
@@ -19,12 +20,7 @@ using vel::test::writeBytes;
 using vel::test::writeText;
 
 std::string failureOf(const std::filesystem::path& path, std::optional<int> scale = {}) {
-    try {
-        KernelFile::read(path, scale);
-    } catch (const Failure& failure) {
-        return failure.what();
-    }
-    return "";
+    return vel::test::failureText([&] { KernelFile::read(path, scale); });
 }
 
 const std::vector<velorn::AnalyticBlur> kBlurs{{Shape::Gaussian, 2.3f, 0.0f},

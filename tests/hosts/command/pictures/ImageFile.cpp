@@ -2,6 +2,7 @@
 
 #include "hosts/command/files/fileFailures.h"
 #include "hosts/command/pictures/PixelScale.h"
+#include "tests/hosts/command/failureText.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestPictures.h"
 
@@ -23,12 +24,7 @@ using velorn::Failure;
 using velorn::ImageFile;
 
 std::string failureOf(const std::filesystem::path& path) {
-    try {
-        ImageFile::read(path);
-    } catch (const Failure& failure) {
-        return failure.what();
-    }
-    return "";
+    return vel::test::failureText([&] { ImageFile::read(path); });
 }
 
 ImageSpec specOf(int channels, TypeDesc type) {
