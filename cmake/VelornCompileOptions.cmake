@@ -31,3 +31,18 @@ if(VELORN_SANITIZE)
     target_compile_options(velorn_options INTERFACE
         -Wno-error -Wno-maybe-uninitialized "${false_positives}")
 endif()
+
+# Sources of vector code hand vectors through many small functions. Checks of these objects take
+# more than half of the time that the tests of the search need; accesses to arrays remain checked.
+function(velorn_sanitize_vector_code)
+    if(NOT VELORN_SANITIZE)
+        return()
+    endif()
+    foreach(source ${ARGN})
+        file(STRINGS ${source} dispatch REGEX "hwy/foreach_target\\.h" LIMIT_COUNT 1)
+        if(dispatch)
+            set_source_files_properties(${source} PROPERTIES COMPILE_OPTIONS
+                "-O2;-fno-sanitize-address-use-after-scope;-fno-sanitize=null,alignment,object-size")
+        endif()
+    endforeach()
+endfunction()

@@ -75,14 +75,14 @@ TEST_F(ManyPictures, NumberOfThreadsDoesNotChangeTheBytes) {
 
 TEST_F(ManyPictures, BadPicturesAreListedAndTheOthersRestored) {
     writeFolder(4);
-    auto cut = bytesOfFile(at("in/1.png"));
+    auto cut = bytesOfFile(at("in/0.jpg"));
     cut.resize(cut.size() / 2);
-    writeBytes(at("in/cut.png"), cut);
+    writeBytes(at("in/cut.jpg"), cut);
     writeText(at("in/text.jpg"), "no picture");
     const ProgramResult result = run({at("in"), at("missing.png"), "--output-dir", at("out")});
     EXPECT_EQ(result.exitStatus, 3);
     EXPECT_TRUE(std::regex_match(result.errors,
-                                 std::regex("velorn: [^\n]*in/cut\\.png'[^\n]+\n"
+                                 std::regex("velorn: [^\n]*in/cut\\.jpg'[^\n]+\n"
                                             "velorn: [^\n]*in/text\\.jpg'[^\n]+\n"
                                             "velorn: cannot read [^\n]*missing\\.png'[^\n]+\n"
                                             "velorn: 4 restored, 3 failed in [0-9.]+ s\n")))
@@ -200,7 +200,7 @@ TEST_F(ManyPictures, TerminalShowsOneBarForAll) {
 
 TEST_F(ManyPictures, WarningsNameThePicture) {
     for (const char* name : {"in/a.png", "in/b.png"}) {
-        write(name, vel::test::drawnPicture(320, 240));
+        write(name, vel::test::drawnPicture(200, 160));
     }
     const ProgramResult result =
         CommandProcess::run({"deblur", "--blind", at("in"), "--output-dir", at("out")});
