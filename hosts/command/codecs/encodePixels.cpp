@@ -19,21 +19,41 @@ using OIIO::ImageOutput;
 using OIIO::ImageSpec;
 using OIIO::TypeDesc;
 
-/// Effort of the compression, 1..9. Higher values take several times as long for a few percent.
-constexpr int kPngEffort = 3;
-constexpr int kTiffEffort = 3;
+// Encoding takes less time than restoring (docs/formats.md has figures). Restored photographs have
+// noise and hardly any repetitions; looking for these takes long and saves little.
 
-void chooseCompression(ImageSpec& spec, const Format& format, const EncoderSettings& settings) {
+/// Filters of PNG files as libpng numbers them. A choice for each row takes longer and saves
+/// nothing in photographs.
+constexpr int kPngAverage = 64;
+constexpr int kPngPaeth = 128;
+/// Effort of the compression, 1..9.
+constexpr int kTiffEffort = 1;
+
+/// The compression of a TIFF file. LZW makes 16-bit photographs larger and takes long.
+std::string tiffCompression(const std::string& inherited, int bits) {
+    static const std::array<std::string, 3> fast{"none", "packbits", "lzw"};
+    const bool isKept =
+        std::ranges::find(fast, inherited) != fast.end() && (inherited != "lzw" || bits == 8);
+    return isKept ? inherited : "zip";
+}
+
+void chooseCompression(ImageSpec& spec, const Pixels& pixels, const Format& format,
+                       const EncoderSettings& settings) {
     if (format.codecName == "png") {
-        spec.attribute("png:compressionLevel", kPngEffort);
+        spec.attribute("compression", "rle");
+        spec.attribute("png:filter", pixels.bits() == 16 ? kPngAverage : kPngPaeth);
     } else if (format.codecName == "tiff") {
-        static const std::array<std::string, 4> inherited{"none", "lzw", "packbits", "zip"};
-        const bool isInherited =
-            std::ranges::find(inherited, settings.tiffCompression) != inherited.end();
-        spec.attribute("compression", isInherited ? settings.tiffCompression : "zip");
-        spec.attribute("tiff:zipquality", kTiffEffort);
+        const std::string compression = tiffCompression(settings.tiffCompression, pixels.bits());
+        spec.attribute("compression", compression);
+        if (compression == "zip") {
+            spec.attribute("tiff:zipquality", kTiffEffort);
+            // A strip that arrives in one piece is compressed three times as fast.
+            spec.attribute("tiff:RowsPerStrip", 1);
+            // The library's threads use another encoder, whose bytes differ.
+            spec.attribute("tiff:multithread", 0);
+        }
     } else if (format.codecName == "openexr") {
-        spec.attribute("compression", "zip");
+        spec.attribute("compression", "rle");
     }
 }
 
@@ -56,7 +76,7 @@ ImageSpec bareSpec(const Pixels& pixels, const Format& format, const EncoderSett
             spec.attribute("oiio:UnassociatedAlpha", 1);
         }
     }
-    chooseCompression(spec, format, settings);
+    chooseCompression(spec, pixels, format, settings);
     return spec;
 }
 
@@ -89,6 +109,16 @@ void writeTo(ImageOutput& output, const std::string& name, const ImageSpec& spec
     }
 }
 
+/// The image library does not report a strip that could not be written. The directory, which comes
+/// after all strips, is missing then.
+void checkTiff(const std::string& name) {
+    const auto input = OIIO::ImageInput::create("tiff");
+    ImageSpec ignored;
+    if (!input || !input->open(name, ignored)) {
+        throw Failure("the TIFF file cannot be written completely");
+    }
+}
+
 std::vector<unsigned char> encodeWithLibrary(const Pixels& pixels, const Format& format,
                                              const ImageSpec& spec) {
     const SilencedErrors silenced;
@@ -100,6 +130,7 @@ std::vector<unsigned char> encodeWithLibrary(const Pixels& pixels, const Format&
     if (format.codecName == "tiff") {
         const MemoryFile memory;
         writeTo(*output, memory.path().string(), spec, pixels);
+        checkTiff(memory.path().string());
         bytes = memory.content();
     } else {
         OIIO::Filesystem::IOVecOutput memory(bytes);

@@ -9,10 +9,10 @@
 namespace velorn {
 namespace {
 
-/// Effort of the encoder, 0..6 in lossy and 0..9 in lossless files. Higher values take several
-/// times as long and save few percent.
-constexpr int kLossyMethod = 3;
-constexpr int kLosslessEffort = 2;
+/// Effort of the encoder, 0..6 in lossy and 0..9 in lossless files. The next higher efforts take
+/// longer than the restoration of the picture; they save 3 % in lossy, 14 % in lossless files.
+constexpr int kLossyMethod = 0;
+constexpr int kLosslessEffort = 0;
 
 WebPConfig configOf(const EncoderSettings& settings) {
     WebPConfig config;
@@ -23,7 +23,8 @@ WebPConfig configOf(const EncoderSettings& settings) {
     } else {
         config.quality = static_cast<float>(settings.quality);
         config.method = kLossyMethod;
-        config.use_sharp_yuv = settings.quality >= EncoderSettings::kDefaultQuality ? 1 : 0;
+        // Halves the error at coloured edges and doubles the time.
+        config.use_sharp_yuv = settings.quality > EncoderSettings::kDefaultQuality ? 1 : 0;
     }
     config.thread_level = 1;
     return config;

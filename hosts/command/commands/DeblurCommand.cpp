@@ -92,6 +92,7 @@ int deblurOne(const DeblurOptions& options, const Interrupt& interrupt, std::ost
         return 0;
     }
     checkEncoding(options.output, options.files.encoding);
+    setCodecThreads(threadCount(options.settings));
     ProgressBar bar(terminal, isTerminal);
     PictureContext context;
     context.reserve = [&](std::uint64_t) { return options.settings.threads; };

@@ -127,6 +127,13 @@ TEST_F(FileFormats, EveryWrittenFormatTakesEveryKindOfPicture) {
     }
 }
 
+TEST_F(FileFormats, BytesDoNotDependOnTheNumberOfThreads) {
+    writeSmooth<std::uint16_t>("in.png", 3);
+    expectCopied("in.png", "one.tif", {"--threads", "1"});
+    expectCopied("in.png", "three.tif", {"--threads", "3"});
+    EXPECT_EQ(bytesOfFile(at("one.tif")), bytesOfFile(at("three.tif")));
+}
+
 TEST_F(FileFormats, LimitsOfAFormatAreStatedBeforeTheWorkStarts) {
     writeGrey("wide.png", 70000, 2);
     expectRefused("wide.png", "out.jpg", "65500");
