@@ -21,8 +21,8 @@ Pixels noisyPixels(int width, int height, int channels, int bits) {
             std::uint32_t state = 1;
             for (std::size_t i = 0; i < samples.size(); ++i) {
                 state = state * 1664525u + 1013904223u;
-                samples[i] = static_cast<T>((sizeof(T) == 1 ? 1u : 257u) * (i / 200 % 200) +
-                                            (state >> 28));
+                samples[i] =
+                    static_cast<T>((sizeof(T) == 1 ? 1u : 257u) * (i / 200 % 200) + (state >> 28));
             }
         },
         pixels.samples);
