@@ -90,7 +90,7 @@ Found findAndDraw(const ImageFile& picture, const EstimateOptions& options,
 void runEstimate(const EstimateOptions& options, const Interrupt& interrupt, std::ostream& out,
                  std::ostream& terminal, bool isTerminal) {
     checkOutputs(options);
-    const ImageFile picture = ImageFile::read(options.input);
+    const ImageFile picture = ImageFile::read(options.input, options.maxPixels);
     Output kernelOutput(options.output);
     Output sheetOutput(options.sheet);
     interrupt.check();

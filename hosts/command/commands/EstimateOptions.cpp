@@ -25,12 +25,14 @@ EstimateParser::EstimateParser(ArgumentParser& parser)
              "Picture to write that shows all candidates: each kernel with its confidence, and the "
              "same detail of the picture restored with it.")
         .valueName("FILE");
+    m_fileOptions.addLimitTo(m_command);
 }
 
 EstimateOptions EstimateParser::result() const {
     EstimateOptions options = m_options;
     options.blind = m_blindOptions.result();
     options.blind.threads = m_threads.result();
+    options.maxPixels = m_fileOptions.maxPixels();
     if (!options.sheet.empty() && options.sheet == options.output) {
         throw UsageFailure("--output and --sheet name the same file");
     }

@@ -2,8 +2,11 @@
 
 #include "hosts/command/commands/BlindOptions.h"
 #include "hosts/command/commands/BlindSettings.h"
+#include "hosts/command/commands/FileOptions.h"
 #include "hosts/command/commands/ThreadsOption.h"
+#include "hosts/command/pictures/ImageFile.h"
 
+#include <cstdint>
 #include <filesystem>
 
 namespace velorn {
@@ -15,6 +18,8 @@ struct EstimateOptions {
     std::filesystem::path output;
     /// The file of the picture that shows all candidates; empty: none.
     std::filesystem::path sheet;
+    /// Pixels that the picture may have.
+    std::uint64_t maxPixels = ImageFile::kDefaultMaxPixels;
     BlindSettings blind;
 };
 
@@ -36,6 +41,7 @@ private:
     ArgumentParser& m_command;
     BlindOptions m_blindOptions;
     ThreadsOption m_threads;
+    FileOptions m_fileOptions;
     EstimateOptions m_options;
 };
 

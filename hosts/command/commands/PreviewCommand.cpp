@@ -53,7 +53,7 @@ void runPreview(const PreviewOptions& options, const Interrupt& interrupt, std::
     if (options.profile) {
         profiles.display = readProfile(*options.profile);
     }
-    const ImageFile picture = ImageFile::read(options.input);
+    const ImageFile picture = ImageFile::read(options.input, options.maxPixels);
     profiles.picture = profileOf(picture, options, terminal);
     TemporaryFile target(options.output);
     interrupt.check();

@@ -32,11 +32,13 @@ PreviewParser::PreviewParser(ArgumentParser& parser)
                          "default: sRGB"
                          "\nICC profile of the display. It is stored in OUT.")
                     .valueName("FILE");
+    m_fileOptions.addLimitTo(m_command);
 }
 
 PreviewOptions PreviewParser::result() const {
     PreviewOptions options = m_options;
     kScales.check("--scale", options.scale);
+    options.maxPixels = m_fileOptions.maxPixels();
     if (m_profile.isGiven()) {
         options.profile = m_profilePath;
     }

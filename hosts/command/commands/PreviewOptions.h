@@ -1,7 +1,10 @@
 #pragma once
 
 #include "hosts/command/arguments/ArgumentParser.h"
+#include "hosts/command/commands/FileOptions.h"
+#include "hosts/command/pictures/ImageFile.h"
 
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 
@@ -13,6 +16,8 @@ struct PreviewOptions {
     std::filesystem::path output;
     float scale = 1.0f;
     std::optional<std::filesystem::path> profile;
+    /// Pixels that the picture may have.
+    std::uint64_t maxPixels = ImageFile::kDefaultMaxPixels;
 };
 
 /// The `preview` command on the command line.
@@ -31,6 +36,7 @@ public:
 
 private:
     ArgumentParser& m_command;
+    FileOptions m_fileOptions;
     PreviewOptions m_options;
     std::filesystem::path m_profilePath;
     Argument m_profile;

@@ -355,6 +355,24 @@ TEST_F(FileFormats, LargePicturesAreRefusedBeforeMemoryIsAllocated) {
         return std::vector<unsigned char>(header.begin(), header.end());
     }());
     expectRefused("bomb.pgm", "none.png", "200000 by 200000 pixels, more than --max-pixels");
+    // All commands that read pictures have the limit.
+    const std::vector<std::vector<std::string>> calls{
+        {"estimate", at("bomb.pgm")},
+        {"preview", at("bomb.pgm"), at("none.png")},
+        {"try", at("bomb.pgm"), "--disc", "3", "-o", at("none.png")},
+        {"estimate", at("in.png"), "--max-pixels", "4999"},
+        {"preview", at("in.png"), at("none.png"), "--max-pixels", "4999"}};
+    for (std::vector<std::string> words : calls) {
+        words.insert(words.begin(), VELORN_PROGRAM);
+        const ProgramResult result = vel::test::runProgram(words);
+        EXPECT_EQ(result.exitStatus, 1) << words[1];
+        EXPECT_NE(result.errors.find("more than --max-pixels"), std::string::npos)
+            << words[1] << result.errors;
+        EXPECT_FALSE(std::filesystem::exists(at("none.png"))) << words[1];
+    }
+    const ProgramResult shown = vel::test::runProgram(
+        {VELORN_PROGRAM, "preview", at("in.png"), at("shown.png"), "--max-pixels", "5000"});
+    EXPECT_EQ(shown.exitStatus, 0) << shown.errors;
 }
 
 /// The profile of a press whose inks darken independently of each other.
