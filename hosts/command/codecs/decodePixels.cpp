@@ -67,14 +67,14 @@ int onlyPicture(const std::filesystem::path& path) {
     return picture;
 }
 
-bool isCmyk(const ImageSpec& spec) {
-    for (const char* name : {"jpeg:ColorSpace", "tiff:ColorSpace"}) {
-        const auto space = spec.get_string_attribute(name);
-        if (space == "CMYK" || space == "YCCK") {
-            return true;
-        }
+/// JPEG files store inks directly (CMYK) or as brightness, two colour differences and black (YCCK);
+/// their header distinguishes both from other colours.
+bool isCmyk(ImageInput& input, std::span<const unsigned char> bytes) {
+    if (std::string(input.format_name()) == "jpeg") {
+        const auto header = readJpegHeader(bytes);
+        return header && header->isCmyk;
     }
-    return false;
+    return input.spec().get_string_attribute("tiff:ColorSpace") == "CMYK";
 }
 
 void checkChannels(const ImageSpec& spec, const std::filesystem::path& path) {
@@ -190,7 +190,7 @@ DecodedPixels decodeWithLibrary(const std::filesystem::path& path,
     decoded.spec = input->spec();
     decoded.format = input->format_name();
     decoded.encoding = encodingOf(*input, bytes);
-    if (isCmyk(decoded.spec)) {
+    if (isCmyk(*input, bytes)) {
         input = openPicture(path, picture, true);
         decoded.pixels = readInks(*input, path, bytes, profile);
         decoded.isConvertedToSrgb = true;

@@ -7,7 +7,9 @@
 #include "tests/hosts/command/CommandProcess.h"
 #include "tests/support/TestPictures.h"
 
+#include <cstdio>
 #include <gtest/gtest.h>
+#include <jpeglib.h>
 #include <lcms2.h>
 
 namespace {
@@ -435,6 +437,96 @@ TEST_F(FileFormats, CmykBecomesRgbByItsProfileOrIsRefused) {
     }
     writeInks(at("bare.tif"), {});
     expectRefused("bare.tif", "none.png", "CMYK picture without a colour profile");
+}
+
+/// How the inks of a JPEG file are stored.
+struct InkStorage {
+    /// Of libjpeg: JCS_CMYK or JCS_YCCK.
+    J_COLOR_SPACE space;
+    /// Files with the marker of Adobe store 255 for no ink.
+    bool hasMarker;
+};
+
+constexpr JDIMENSION kBandWidth = 16;
+
+/// The bytes of a JPEG file with bands of paper, cyan, magenta, yellow and black.
+std::vector<unsigned char> inkJpeg(const InkStorage& storage,
+                                   const std::vector<unsigned char>& profile) {
+    constexpr JDIMENSION kBands = 5;
+    jpeg_error_mgr errors;
+    jpeg_compress_struct encoder;
+    encoder.err = jpeg_std_error(&errors);
+    jpeg_create_compress(&encoder);
+    unsigned char* memory = nullptr;
+    unsigned long size = 0;
+    jpeg_mem_dest(&encoder, &memory, &size);
+    encoder.image_width = kBands * kBandWidth;
+    encoder.image_height = kBandWidth;
+    encoder.input_components = 4;
+    encoder.in_color_space = JCS_CMYK;
+    jpeg_set_defaults(&encoder);
+    jpeg_set_colorspace(&encoder, storage.space);
+    jpeg_set_quality(&encoder, 100, TRUE);
+    encoder.write_Adobe_marker = storage.hasMarker ? TRUE : FALSE;
+    jpeg_start_compress(&encoder, TRUE);
+    if (!profile.empty()) {
+        constexpr std::string_view kName("ICC_PROFILE\0\1\1", 14);
+        std::vector<unsigned char> segment(kName.begin(), kName.end());
+        segment.insert(segment.end(), profile.begin(), profile.end());
+        jpeg_write_marker(&encoder, JPEG_APP0 + 2, segment.data(),
+                          static_cast<unsigned int>(segment.size()));
+    }
+    const std::uint8_t none = storage.hasMarker ? 255 : 0;
+    Bytes row(std::size_t{4} * encoder.image_width, none);
+    for (std::size_t x = kBandWidth; x < encoder.image_width; ++x) {
+        row[4 * x + x / kBandWidth - 1] = static_cast<std::uint8_t>(255 - none);
+    }
+    JSAMPROW rows = row.data();
+    while (encoder.next_scanline < encoder.image_height) {
+        jpeg_write_scanlines(&encoder, &rows, 1);
+    }
+    jpeg_finish_compress(&encoder);
+    jpeg_destroy_compress(&encoder);
+    const std::vector<unsigned char> file(memory, memory + size);
+    std::free(memory);
+    return file;
+}
+
+TEST_F(FileFormats, InksOfJpegBecomeRgbHoweverTheyAreStored) {
+    for (const InkStorage& storage :
+         {InkStorage{JCS_CMYK, true}, InkStorage{JCS_YCCK, true}, InkStorage{JCS_CMYK, false}}) {
+        writeBytes(at("in.jpg"), inkJpeg(storage, pressProfile()));
+        for (const std::string name : {"out.png", "out.jpg"}) {
+            SCOPED_TRACE(name + (storage.hasMarker ? " marker " : " ") +
+                         std::to_string(storage.space));
+            expectCopied("in.jpg", name);
+            ImageSpec spec;
+            const auto samples = readPicture<std::uint8_t>(at(name), spec);
+            ASSERT_EQ(spec.nchannels, 3);
+            ASSERT_EQ(spec.width, 5 * static_cast<int>(kBandWidth));
+            EXPECT_EQ(spec.find_attribute("ICCProfile"), nullptr);
+            const auto band = [&](std::size_t index) {
+                return &samples[3 * (index * kBandWidth + kBandWidth / 2)];
+            };
+            // The inks of the profile: without cyan, the colour has no red; and so on.
+            for (std::size_t c = 0; c < 3; ++c) {
+                EXPECT_GE(band(0)[c], 245);
+                EXPECT_LE(band(4)[c], 10);
+            }
+            EXPECT_LT(band(1)[0] + 60, band(1)[1]);
+            EXPECT_GT(band(2)[0], band(2)[1] + 60);
+            EXPECT_GT(band(3)[1], band(3)[2] + 60);
+        }
+    }
+}
+
+TEST_F(FileFormats, InksOfJpegWithoutTheirProfileAreRefused) {
+    for (const bool hasMarker : {false, true}) {
+        writeBytes(at("bare.jpg"), inkJpeg({JCS_CMYK, hasMarker}, {}));
+        expectRefused("bare.jpg", "none.png", "CMYK picture without a colour profile");
+        writeBytes(at("rgb.jpg"), inkJpeg({JCS_CMYK, hasMarker}, vel::test::minimalProfile()));
+        expectRefused("rgb.jpg", "none.png", "does not describe CMYK inks");
+    }
 }
 
 } // namespace
