@@ -6,8 +6,10 @@
 #include "hosts/command/commands/PreviewCommand.h"
 #include "hosts/command/commands/TryCommand.h"
 #include "hosts/command/files/fileFailures.h"
+#include "hosts/command/files/standardStreams.h"
 #include "hosts/command/terminal/errorLine.h"
 #include "hosts/command/terminal/ErrorStream.h"
+#include "hosts/command/terminal/standardDescriptors.h"
 
 #include <csignal>
 #include <iostream>
@@ -28,9 +30,9 @@ std::filesystem::path subjectOf(const Command& command) {
     return std::visit(
         []<class Options>(const Options& options) {
             if constexpr (requires { options.input; }) {
-                return options.input;
+                return shownInput(options.input);
             } else {
-                return options.output;
+                return shownOutput(options.output);
             }
         },
         command);
@@ -60,8 +62,18 @@ int report(const std::string& text, int exitStatus) {
     return exitStatus;
 }
 
+/// Completes what is printed.
+/// @returns `status`, or another one if it cannot be printed
+int flushed(int status) {
+    if (std::cout.flush()) {
+        return status;
+    }
+    // A reader that has seen enough is no failure to report.
+    return isReaderGone(STDOUT_FILENO) ? kSignalBase + SIGPIPE : report(kNoOutput, kFailed);
+}
+
 /// Writes beyond the file size limit and into a pipe that nobody reads then fail like those on a
-/// full disc, instead of ending the program.
+/// full disc, instead of ending the program, and temporary files are removed.
 void failWritesInsteadOfEnding() {
     std::signal(SIGXFSZ, SIG_IGN);
     std::signal(SIGPIPE, SIG_IGN);
@@ -70,8 +82,7 @@ void failWritesInsteadOfEnding() {
 int runReported(const Command& command) {
     const Interrupt interrupt;
     try {
-        const int status = run(command, interrupt);
-        return std::cout.flush() ? status : report(kNoOutput, kFailed);
+        return flushed(run(command, interrupt));
     } catch (const Interrupted& signal) {
         return kSignalBase + signal.signal();
     } catch (const UsageFailure& failure) {
@@ -90,13 +101,14 @@ int runReported(const Command& command) {
 } // namespace
 
 int main(int argc, char** argv) {
+    reserveStandardDescriptors();
     failWritesInsteadOfEnding();
     try {
         const auto command = parseCommandLine(argc, argv, std::cout);
         if (command) {
             return runReported(*command);
         }
-        return std::cout.flush() ? 0 : report(kNoOutput, kFailed);
+        return flushed(0);
     } catch (const UsageFailure& failure) {
         return report(failure.what(), kWrongUsage);
     } catch (const std::exception& failure) {

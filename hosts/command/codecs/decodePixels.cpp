@@ -31,21 +31,22 @@ void checkPixelCount(int width, int height, std::uint64_t maxPixels,
 }
 
 /// Opens the file with alpha as stored, and inks as stored or converted to RGB.
-std::unique_ptr<ImageInput> openInput(const std::filesystem::path& path, bool isRaw = false) {
+std::unique_ptr<ImageInput> openInput(const InputFile& file, bool isRaw = false) {
     ImageSpec wishes;
     wishes.attribute("oiio:UnassociatedAlpha", 1);
     wishes.attribute("oiio:RawColor", isRaw ? 1 : 0);
-    auto input = ImageInput::open(path.string(), &wishes);
+    auto input = ImageInput::open(file.openable().string(), &wishes);
     if (!input) {
-        throw cannotRead(path, onOneLine(OIIO::geterror()));
+        throw cannotRead(file.shown(), file.named(onOneLine(OIIO::geterror())));
     }
     return input;
 }
 
 /// The picture in a file that may also hold reduced copies of it.
 /// Some readers cannot seek back, so this opens the file a second time.
-int onlyPicture(const std::filesystem::path& path) {
-    const auto input = openInput(path);
+int onlyPicture(const InputFile& file) {
+    const std::filesystem::path& path = file.shown();
+    const auto input = openInput(file);
     if (input->spec().depth > 1 || input->spec().deep) {
         throw Failure(quoted(path) + " is a volume or a deep picture, which is not supported");
     }
@@ -170,28 +171,27 @@ SourceEncoding encodingOf(ImageInput& input, std::span<const unsigned char> byte
 }
 
 /// Opens the picture numbered `picture` of a file.
-std::unique_ptr<ImageInput> openPicture(const std::filesystem::path& path, int picture,
-                                        bool isRaw) {
-    auto input = openInput(path, isRaw);
+std::unique_ptr<ImageInput> openPicture(const InputFile& file, int picture, bool isRaw) {
+    auto input = openInput(file, isRaw);
     if (picture > 0 && !input->seek_subimage(picture, 0)) {
-        throw cannotRead(path, onOneLine(input->geterror()));
+        throw cannotRead(file.shown(), file.named(onOneLine(input->geterror())));
     }
     return input;
 }
 
-DecodedPixels decodeWithLibrary(const std::filesystem::path& path,
-                                std::span<const unsigned char> bytes,
+DecodedPixels decodeWithLibrary(const InputFile& file, std::span<const unsigned char> bytes,
                                 std::span<const unsigned char> profile, std::uint64_t maxPixels) {
     const SilencedErrors silenced;
-    const int picture = onlyPicture(path);
-    auto input = openPicture(path, picture, false);
+    const std::filesystem::path& path = file.shown();
+    const int picture = onlyPicture(file);
+    auto input = openPicture(file, picture, false);
     checkPixelCount(input->spec().width, input->spec().height, maxPixels, path);
     DecodedPixels decoded;
     decoded.spec = input->spec();
     decoded.format = input->format_name();
     decoded.encoding = encodingOf(*input, bytes);
     if (isCmyk(*input, bytes)) {
-        input = openPicture(path, picture, true);
+        input = openPicture(file, picture, true);
         decoded.pixels = readInks(*input, path, bytes, profile);
         decoded.isConvertedToSrgb = true;
     } else {
@@ -221,12 +221,12 @@ DecodedPixels decodeWebpFile(const std::filesystem::path& path,
 
 } // namespace
 
-DecodedPixels decodePixels(const std::filesystem::path& path, std::span<const unsigned char> bytes,
+DecodedPixels decodePixels(const InputFile& file, std::span<const unsigned char> bytes,
                            std::span<const unsigned char> profile, std::uint64_t maxPixels) {
     if (const auto header = readWebpHeader(bytes)) {
-        return decodeWebpFile(path, bytes, *header, maxPixels);
+        return decodeWebpFile(file.shown(), bytes, *header, maxPixels);
     }
-    return decodeWithLibrary(path, bytes, profile, maxPixels);
+    return decodeWithLibrary(file, bytes, profile, maxPixels);
 }
 
 } // namespace velorn

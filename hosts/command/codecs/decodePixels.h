@@ -1,6 +1,7 @@
 #pragma once
 
 #include "hosts/command/codecs/EncodingOptions.h"
+#include "hosts/command/files/InputFile.h"
 #include "hosts/command/pixels/Pixels.h"
 
 #include <cstdint>
@@ -31,7 +32,7 @@ struct DecodedPixels {
 /// @throws Failure that names the file: not a picture, too large, more than one picture, channels
 ///         other than grey or RGB with or without alpha, CMYK without profile, samples outside
 ///         0..1.
-DecodedPixels decodePixels(const std::filesystem::path& path, std::span<const unsigned char> bytes,
+DecodedPixels decodePixels(const InputFile& file, std::span<const unsigned char> bytes,
                            std::span<const unsigned char> profile, std::uint64_t maxPixels);
 
 } // namespace velorn

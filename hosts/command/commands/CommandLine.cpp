@@ -8,7 +8,7 @@ namespace {
 
 constexpr const char* kExitStatus =
     "Exit status: 0 success, 1 failure, 2 wrong command line, 3 some of many\n"
-    "pictures failed, 130 Ctrl-C.";
+    "pictures failed, 128 + N signal N (130 Ctrl-C, 141 closed pipe).";
 constexpr const char* kExamples = "Examples:\n"
                                   "  velorn deblur blurred.jpg restored.png --disc 4\n"
                                   "  velorn deblur shaken.tif restored.tif --motion 12,30\n"
@@ -16,7 +16,8 @@ constexpr const char* kExamples = "Examples:\n"
                                   "  velorn deblur photos --output-dir restored --blind\n"
                                   "  velorn try blurred.jpg --disc 4 -o strengths.png\n"
                                   "  velorn try blurred.jpg --disc 2,3,4,5 -o radii.png\n"
-                                  "  velorn estimate unknown.jpg --sheet candidates.png\n\n"
+                                  "  velorn estimate unknown.jpg --sheet candidates.png\n"
+                                  "  velorn deblur - - --format png --disc 4 < in.jpg > out.png\n\n"
                                   "Run 'velorn COMMAND --help' for the options of a command.\n";
 
 } // namespace

@@ -3,9 +3,10 @@
 #include "hosts/command/batch/availableMemory.h"
 #include "hosts/command/batch/runBatch.h"
 #include "hosts/command/commands/deblurPicture.h"
+#include "hosts/command/commands/FormatOption.h"
 #include "hosts/command/commands/shownProgress.h"
 #include "hosts/command/files/fileFailures.h"
-#include "hosts/command/formats/Format.h"
+#include "hosts/command/files/standardStreams.h"
 #include "hosts/command/pictures/codecThreads.h"
 
 #include <algorithm>
@@ -36,9 +37,16 @@ void createFolder(const fs::path& folder) {
 }
 
 /// Checks that files of the format of `output` can have the requested depth.
-void checkEncoding(const fs::path& output, const EncodingOptions& encoding) {
-    const Format& format = outputFormatOfPath(output);
-    naming(output, [&] { checkBits(format, encoding.bits.value_or(8)); });
+void checkEncoding(const fs::path& output, const FileSettings& settings) {
+    const Format& format = outputFormat(output, settings.format);
+    naming(shownOutput(output), [&] { checkBits(format, settings.encoding.bits.value_or(8)); });
+}
+
+/// Whether the output is a file that exists and is not to be replaced.
+bool keepsOutput(const DeblurOptions& options) {
+    std::error_code ignored;
+    return options.existing != Existing::Replace && !isStandardStream(options.output) &&
+           fs::exists(options.output, ignored);
 }
 
 /// The pictures of the batch. Those whose output cannot have the requested depth fail at once.
@@ -49,7 +57,7 @@ std::vector<PlannedPicture> checkedPlan(const DeblurOptions& options) {
             continue;
         }
         try {
-            checkEncoding(picture.files.output, options.files.encoding);
+            checkEncoding(picture.files.output, options.files);
         } catch (const Failure& failure) {
             picture.failure = failure.what();
         }
@@ -81,8 +89,7 @@ int deblurMany(const DeblurOptions& options, const Interrupt& interrupt, std::os
 
 int deblurOne(const DeblurOptions& options, const Interrupt& interrupt, std::ostream& terminal,
               bool isTerminal) {
-    std::error_code ignored;
-    if (options.existing != Existing::Replace && fs::exists(options.output, ignored)) {
+    if (keepsOutput(options)) {
         if (options.existing == Existing::Refuse) {
             throw outputExists(options.output);
         }
@@ -91,7 +98,7 @@ int deblurOne(const DeblurOptions& options, const Interrupt& interrupt, std::ost
         }
         return 0;
     }
-    checkEncoding(options.output, options.files.encoding);
+    checkEncoding(options.output, options.files);
     setCodecThreads(threadCount(options.settings));
     ProgressBar bar(terminal, isTerminal);
     PictureContext context;

@@ -1,6 +1,7 @@
 #include "hosts/command/commands/DeblurOptions.h"
 
 #include "hosts/command/commands/blurOf.h"
+#include "hosts/command/files/standardStreams.h"
 #include "hosts/command/formats/formatTexts.h"
 #include "hosts/command/terminal/Failure.h"
 #include "velorn.hpp"
@@ -39,7 +40,8 @@ void DeblurParser::addFiles() {
     m_command
         .add("FILE", m_files,
              "IN OUT: the picture to restore, and the file to write, which may be the same. "
-             "The extension of OUT selects its format."
+             "The extension of OUT selects its format. '-' as IN is the standard input, whose "
+             "bytes show its format; '-' as OUT is the standard output, which needs --format."
              "\nIN... with --output-dir: any number of pictures, and of folders, in each of which "
              "all pictures are restored."
              "\nPictures have 8 or 16 bits per channel, grey or RGB, with or without alpha. "
@@ -53,15 +55,32 @@ void DeblurParser::addFiles() {
     m_batchOptions.addTo(m_command);
 }
 
+/// @throws UsageFailure for what has no meaning with many pictures.
+void DeblurParser::checkBatch() const {
+    if (std::ranges::find(m_files, "-") != m_files.end()) {
+        throw UsageFailure("'-', the standard input, cannot be restored with --output-dir");
+    }
+    if (isStandardStream(m_options.batch->folder)) {
+        throw UsageFailure("--output-dir needs a folder, not '-', the standard output");
+    }
+    if (m_fileOptions.isFormatGiven()) {
+        throw UsageFailure("--format excludes --output-dir; the extension in --name selects the "
+                           "format of the results");
+    }
+}
+
 /// Divides the files into inputs and output.
 void DeblurParser::takeFiles() {
     m_options.existing = m_batchOptions.existing();
     m_options.batch = m_batchOptions.request({m_files.begin(), m_files.end()});
     if (m_options.batch) {
+        checkBatch();
         return;
     }
     if (m_files.size() > 2) {
-        throw UsageFailure("more than one picture to restore needs --output-dir");
+        throw UsageFailure(std::ranges::find(m_files, "-") == m_files.end()
+                               ? "more than one picture to restore needs --output-dir"
+                               : "'-', a standard stream, is only for a single picture: IN OUT");
     }
     if (m_files.size() < 2) {
         throw UsageFailure("OUT is missing; the file to write, or --output-dir and a folder");
@@ -114,11 +133,16 @@ DeblurOptions DeblurParser::result() {
     m_options.settings = api::restoreSettings();
     m_settings.applyTo(m_options.settings);
     m_modelOptions.applyTo(m_options.settings);
-    m_options.files = m_fileOptions.result();
+    m_options.files = m_fileOptions.result(m_options.output);
     m_options.files.encoding.quality = m_modelOptions.fileQuality();
+    std::vector<std::filesystem::path> inputs{m_options.input};
     if (auto* blind = std::get_if<BlindSettings>(&m_options.kernel)) {
         blind->threads = m_options.settings.threads;
+        inputs.push_back(blind->start.value_or(""));
+    } else if (const auto* file = std::get_if<KernelPath>(&m_options.kernel)) {
+        inputs.push_back(file->path);
     }
+    checkStandardInput(inputs);
     return m_options;
 }
 

@@ -48,6 +48,7 @@ public:
 private:
     void addFiles();
     void takeFiles();
+    void checkBatch() const;
     void addBlurs();
     void addKernels();
     KernelSource kernelSource();

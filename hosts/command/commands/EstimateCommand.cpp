@@ -1,8 +1,11 @@
 #include "hosts/command/commands/EstimateCommand.h"
 
+#include "hosts/command/commands/encodedPicture.h"
+#include "hosts/command/commands/FormatOption.h"
 #include "hosts/command/commands/KernelSearch.h"
 #include "hosts/command/commands/shownProgress.h"
-#include "hosts/command/files/TemporaryFile.h"
+#include "hosts/command/files/OutputFile.h"
+#include "hosts/command/files/standardStreams.h"
 #include "hosts/command/kernels/KernelFile.h"
 #include "hosts/command/kernels/KernelPicture.h"
 #include "hosts/command/kernels/kernelText.h"
@@ -35,15 +38,15 @@ public:
     }
 
 private:
-    std::optional<TemporaryFile> m_file;
+    std::optional<OutputFile> m_file;
 };
 
 void checkOutputs(const EstimateOptions& options) {
     if (!options.output.empty()) {
-        KernelFile::checkWritable(options.output);
+        KernelFile::checkWritable(kernelName(options.output, options.format));
     }
     if (!options.sheet.empty()) {
-        ImageFile::checkWritable(options.sheet);
+        outputFormat(options.sheet, options.sheetFormat);
     }
 }
 
@@ -70,16 +73,17 @@ struct Found {
 Found findAndDraw(const ImageFile& picture, const EstimateOptions& options,
                   const Interrupt& interrupt, std::ostream& warnings, std::ostream& terminal,
                   bool isTerminal) {
+    const std::filesystem::path name = shownInput(options.input);
     ProgressBar bar(terminal, isTerminal);
     const api::Progress progress = shownProgress(bar, interrupt);
     const bool wantsSheet = !options.sheet.empty();
     const double searched = wantsSheet ? kSearchBeforeSheet : 1.0;
-    const auto candidates = findKernels(picture, options.input, options.blind, interrupt,
+    const auto candidates = findKernels(picture, name, options.blind, interrupt,
                                         slicedProgress(progress, 0.0, searched));
-    Found found{chosenKernel(candidates, options.input, options.blind, warnings), {}};
+    Found found{chosenKernel(candidates, name, options.blind, warnings), {}};
     if (wantsSheet) {
-        const CandidateSheet sheet(picture, options.input, options.blind.look,
-                                   options.blind.threads, interrupt);
+        const CandidateSheet sheet(picture, name, options.blind.look, options.blind.threads,
+                                   interrupt);
         found.sheet = sheet.draw(candidates, slicedProgress(progress, searched, 1.0));
     }
     return found;
@@ -101,15 +105,17 @@ void runEstimate(const EstimateOptions& options, const Interrupt& interrupt, std
     // Kernel files refer to the picture as it is displayed.
     const BlurKernel shown = asShown(blurKernelOf(found.chosen.kernel), picture.orientation());
     if (kernelOutput.isWanted()) {
-        kernelOutput.write(KernelFile::encode(shown, options.output));
+        kernelOutput.write(KernelFile::encode(shown, kernelName(options.output, options.format)));
     }
     if (found.sheet) {
-        sheetOutput.write(found.sheet->encode(options.sheet));
+        sheetOutput.write(encodedPicture(*found.sheet, options.sheet, options.sheetFormat));
     }
     interrupt.check();
     kernelOutput.commit();
     sheetOutput.commit();
-    print(found.chosen, shown, options, picture.orientation(), out);
+    // Nothing but the file goes to the standard output if one is written there.
+    const bool isOutTaken = isStandardStream(options.output) || isStandardStream(options.sheet);
+    print(found.chosen, shown, options, picture.orientation(), isOutTaken ? terminal : out);
 }
 
 } // namespace velorn

@@ -3,6 +3,7 @@
 #include "hosts/command/commands/BlindOptions.h"
 #include "hosts/command/commands/BlindSettings.h"
 #include "hosts/command/commands/FileOptions.h"
+#include "hosts/command/commands/FormatOption.h"
 #include "hosts/command/commands/ThreadsOption.h"
 #include "hosts/command/pictures/ImageFile.h"
 
@@ -20,6 +21,9 @@ struct EstimateOptions {
     std::filesystem::path sheet;
     /// Pixels that the picture may have.
     std::uint64_t maxPixels = ImageFile::kDefaultMaxPixels;
+    /// Those of `output` and `sheet`, as `FormatOption` gives them.
+    std::string format;
+    std::string sheetFormat;
     BlindSettings blind;
 };
 
@@ -38,10 +42,13 @@ public:
     EstimateOptions result() const;
 
 private:
+    void takeFormat(EstimateOptions& options) const;
+
     ArgumentParser& m_command;
     BlindOptions m_blindOptions;
     ThreadsOption m_threads;
     FileOptions m_fileOptions;
+    FormatOption m_format{{"txt", "csv"}};
     EstimateOptions m_options;
 };
 

@@ -20,6 +20,7 @@ Subsampling subsamplingNamed(const std::string& name) {
 } // namespace
 
 void FileOptions::addTo(ArgumentParser& parser) {
+    m_format.addTo(parser, kGroup);
     m_subsamplingOption =
         parser
             .add("--subsampling", m_subsampling,
@@ -48,8 +49,9 @@ void FileOptions::addLimitTo(ArgumentParser& parser) {
         .group(kGroup);
 }
 
-FileSettings FileOptions::result() const {
+FileSettings FileOptions::result(const std::filesystem::path& output) const {
     FileSettings settings;
+    settings.format = m_format.result(output);
     if (m_subsamplingOption.isGiven()) {
         settings.encoding.subsampling = subsamplingNamed(m_subsampling);
     }

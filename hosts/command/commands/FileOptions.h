@@ -2,6 +2,7 @@
 
 #include "hosts/command/arguments/ArgumentParser.h"
 #include "hosts/command/codecs/EncodingOptions.h"
+#include "hosts/command/commands/FormatOption.h"
 
 #include <cstdint>
 #include <string>
@@ -12,6 +13,8 @@ namespace velorn {
 struct FileSettings {
     std::uint64_t maxPixels = 0;
     EncodingOptions encoding;
+    /// As `FormatOption::result` gives it.
+    std::string format;
 };
 
 /// The options of a command that reads a picture and writes one, except for the quality of JPEG and
@@ -30,13 +33,18 @@ public:
     /// Adds only the limit of pixels, for commands that write no restored picture.
     void addLimitTo(ArgumentParser& parser);
 
+    /// Whether the command line has --format.
+    bool isFormatGiven() const { return m_format.isGiven(); }
+
+    /// @param output the file to write
     /// @throws UsageFailure that names what is wrong.
-    FileSettings result() const;
+    FileSettings result(const std::filesystem::path& output) const;
     /// The limit of pixels alone; all that is available after `addLimitTo`.
     /// @throws UsageFailure that names what is wrong.
     std::uint64_t maxPixels() const;
 
 private:
+    FormatOption m_format;
     Argument m_subsamplingOption;
     Argument m_depthOption;
     std::string m_subsampling;

@@ -1,13 +1,15 @@
 #include "hosts/command/commands/KernelCommand.h"
 
-#include "hosts/command/files/TemporaryFile.h"
+#include "hosts/command/commands/FormatOption.h"
+#include "hosts/command/files/OutputFile.h"
 #include "hosts/command/kernels/KernelFile.h"
 
 namespace velorn {
 
 void runKernel(const KernelOptions& options, const Interrupt& interrupt) {
-    const auto bytes = KernelFile::encode(makeKernel(options.blur), options.output);
-    TemporaryFile target(options.output);
+    const auto bytes =
+        KernelFile::encode(makeKernel(options.blur), kernelName(options.output, options.format));
+    OutputFile target(options.output);
     target.write(bytes);
     interrupt.check();
     target.commit();

@@ -37,6 +37,7 @@ KernelParser::ShapeCommand KernelParser::addShape(ArgumentParser& command, Shape
              "extensions (.png, .tif): an enlarged picture, the largest weight white.")
         .required()
         .valueName("FILE");
+    m_format.addTo(parser, "OPTIONS");
     return {name, parser};
 }
 
@@ -44,7 +45,7 @@ KernelOptions KernelParser::result() const {
     const auto* const chosen = std::ranges::find_if(
         m_shapes, [](const ShapeCommand& shape) { return shape.parser.isChosen(); });
     const auto shape = static_cast<Shape>(std::distance(m_shapes.begin(), chosen));
-    return {blurOf(shape, m_extent, m_angle, chosen->name), m_output};
+    return {blurOf(shape, m_extent, m_angle, chosen->name), m_output, m_format.result(m_output)};
 }
 
 } // namespace velorn

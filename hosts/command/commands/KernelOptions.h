@@ -1,6 +1,7 @@
 #pragma once
 
 #include "hosts/command/arguments/ArgumentParser.h"
+#include "hosts/command/commands/FormatOption.h"
 #include "hosts/command/kernels/BlurKernel.h"
 
 #include <array>
@@ -12,6 +13,8 @@ namespace velorn {
 struct KernelOptions {
     AnalyticBlur blur;
     std::filesystem::path output;
+    /// As `FormatOption::result` gives it.
+    std::string format{};
 };
 
 /// The `kernel` command on the command line.
@@ -37,6 +40,7 @@ private:
                           const char* description, const char* extentName, const char* extentHelp);
 
     std::filesystem::path m_output;
+    FormatOption m_format{{"txt", "csv"}};
     float m_extent = 0.0f;
     float m_angle = 0.0f;
     ArgumentParser& m_command;

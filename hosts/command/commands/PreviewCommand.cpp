@@ -1,8 +1,12 @@
 #include "hosts/command/commands/PreviewCommand.h"
 
+#include "hosts/command/commands/encodedPicture.h"
+#include "hosts/command/commands/FormatOption.h"
 #include "hosts/command/files/fileFailures.h"
+#include "hosts/command/files/InputFile.h"
 #include "hosts/command/files/openForReading.h"
-#include "hosts/command/files/TemporaryFile.h"
+#include "hosts/command/files/OutputFile.h"
+#include "hosts/command/files/standardStreams.h"
 #include "hosts/command/pictures/DisplayPixels.h"
 #include "hosts/command/pictures/ImageFile.h"
 #include "hosts/command/pictures/upright.h"
@@ -13,11 +17,12 @@ namespace velorn {
 namespace {
 
 ProfileBytes readProfile(const std::filesystem::path& path) {
-    std::ifstream file = openForReading(path);
+    const InputFile input(path);
+    std::ifstream file = openForReading(input.openable());
     const ProfileBytes bytes{std::istreambuf_iterator<char>(file),
                              std::istreambuf_iterator<char>()};
     if (bytes.empty() || !isDisplayProfile(bytes)) {
-        throw failureIn(path, "not an ICC profile of an RGB display");
+        throw failureIn(input.shown(), "not an ICC profile of an RGB display");
     }
     return bytes;
 }
@@ -28,7 +33,7 @@ ProfileBytes profileOf(const ImageFile& picture, const PreviewOptions& options,
                        std::ostream& terminal) {
     ProfileBytes profile = picture.isGrey() ? ProfileBytes{} : picture.profile();
     if (!profile.empty() && !isSourceProfile(profile)) {
-        terminal << "velorn: warning: " << quoted(options.input)
+        terminal << "velorn: warning: " << quoted(shownInput(options.input))
                  << ": its colour profile cannot be used; assuming sRGB\n";
         return {};
     }
@@ -48,25 +53,26 @@ RgbPixels coloursOf(const DisplayPixels& pixels) {
 } // namespace
 
 void runPreview(const PreviewOptions& options, const Interrupt& interrupt, std::ostream& terminal) {
-    ImageFile::checkWritable(options.output);
+    outputFormat(options.output, options.format);
     DisplayProfiles profiles;
     if (options.profile) {
         profiles.display = readProfile(*options.profile);
     }
     const ImageFile picture = ImageFile::read(options.input, options.maxPixels);
     profiles.picture = profileOf(picture, options, terminal);
-    TemporaryFile target(options.output);
+    OutputFile target(options.output);
     interrupt.check();
 
-    const DisplayPixels shown = naming(
-        options.input, [&] { return displayPixels(picture.rgb(), profiles, options.scale); });
+    const DisplayPixels shown = naming(shownInput(options.input), [&] {
+        return displayPixels(picture.rgb(), profiles, options.scale);
+    });
     const RgbPixels colours = upright(coloursOf(shown), picture.orientation());
     ImageFile preview(colours.width, colours.height, 3, 8);
     preview.setRgb(colours);
     if (!profiles.display.empty()) {
         preview.setProfile(profiles.display);
     }
-    target.write(preview.encode(options.output));
+    target.write(encodedPicture(preview, options.output, options.format));
     interrupt.check();
     target.commit();
 }

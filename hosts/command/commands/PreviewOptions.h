@@ -3,6 +3,7 @@
 #include "hosts/command/arguments/ArgumentParser.h"
 #include "hosts/command/commands/FileOptions.h"
 #include "hosts/command/pictures/ImageFile.h"
+#include "hosts/command/commands/FormatOption.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -18,6 +19,8 @@ struct PreviewOptions {
     std::optional<std::filesystem::path> profile;
     /// Pixels that the picture may have.
     std::uint64_t maxPixels = ImageFile::kDefaultMaxPixels;
+    /// As `FormatOption::result` gives it.
+    std::string format{};
 };
 
 /// The `preview` command on the command line.
@@ -38,6 +41,7 @@ private:
     ArgumentParser& m_command;
     FileOptions m_fileOptions;
     PreviewOptions m_options;
+    FormatOption m_format;
     std::filesystem::path m_profilePath;
     Argument m_profile;
 };

@@ -1,10 +1,13 @@
 #include "hosts/command/commands/TryCommand.h"
 
 #include "hosts/command/arguments/shellWord.h"
+#include "hosts/command/commands/encodedPicture.h"
+#include "hosts/command/commands/FormatOption.h"
 #include "hosts/command/commands/KernelSearch.h"
 #include "hosts/command/commands/shownProgress.h"
 #include "hosts/command/files/fileFailures.h"
-#include "hosts/command/files/TemporaryFile.h"
+#include "hosts/command/files/OutputFile.h"
+#include "hosts/command/files/standardStreams.h"
 #include "hosts/command/kernels/KernelFile.h"
 #include "hosts/command/kernels/kernelText.h"
 #include "hosts/command/pictures/Orientation.h"
@@ -41,7 +44,8 @@ class Trial {
 public:
     /// All arguments outlive the object.
     Trial(const ImageFile& picture, const TryOptions& options, const Interrupt& interrupt)
-        : m_picture(picture), m_options(options), m_interrupt(interrupt) {}
+        : m_picture(picture), m_options(options), m_name(shownInput(options.input)),
+          m_interrupt(interrupt) {}
 
     /// The blurs of known kernels.
     std::vector<TrialBlur> known(const std::vector<BlurKernel>& kernels) const {
@@ -58,9 +62,8 @@ public:
     std::vector<TrialBlur> found(const api::Progress& progress, std::ostream& warnings) const {
         const TriedBlur& search = m_options.blurs.front();
         const auto& settings = std::get<BlindSettings>(search.kernel);
-        const auto candidates =
-            findKernels(m_picture, m_options.input, settings, m_interrupt, progress);
-        const auto chosen = chosenKernel(candidates, m_options.input, settings, warnings);
+        const auto candidates = findKernels(m_picture, m_name, settings, m_interrupt, progress);
+        const auto chosen = chosenKernel(candidates, m_name, settings, warnings);
         if (!m_options.strengths.empty()) {
             return {{chosen.kernel, search.words, remarkOn(chosen)}};
         }
@@ -82,9 +85,9 @@ public:
         if (m_options.region) {
             const PictureArea& region = *m_options.region;
             if (!region.isInside(shown.width, shown.height)) {
-                throw failureIn(m_options.input, "--region " + region.text() +
-                                                     " is not inside of the picture, which is " +
-                                                     shown.text() + " pixels");
+                throw failureIn(m_name, "--region " + region.text() +
+                                            " is not inside of the picture, which is " +
+                                            shown.text() + " pixels");
             }
             return region;
         }
@@ -104,6 +107,7 @@ private:
 
     const ImageFile& m_picture;
     const TryOptions& m_options;
+    const std::filesystem::path m_name;
     const Interrupt& m_interrupt;
 };
 
@@ -128,14 +132,15 @@ TrialResult restoredTiles(const ImageFile& picture, const std::vector<BlurKernel
     result.region = trial.shownRegion(static_cast<int>(blurs.size() * strengths.size()));
     result.stored =
         asStored(result.region, picture.orientation(), picture.width(), picture.height());
-    const TrialSeries series(picture, options.input, result.stored, options.settings, interrupt);
+    const std::filesystem::path name = shownInput(options.input);
+    const TrialSeries series(picture, name, result.stored, options.settings, interrupt);
     result.tiles = series.restored(blurs, strengths, slicedProgress(progress, searched, 1.0));
     return result;
 }
 
 ImageFile drawnSheet(const ImageFile& picture, const TryOptions& options, const TrialResult& result,
                      const Interrupt& interrupt) {
-    const std::string caption = options.input.filename().string() + ", region " +
+    const std::string caption = shownInput(options.input).filename().string() + ", region " +
                                 result.region.text() +
                                 ", at full size. To restore the picture as tile N shows it: "
                                 "velorn deblur IN OUT, and the options below the tile.";
@@ -152,7 +157,7 @@ ImageFile drawnSheet(const ImageFile& picture, const TryOptions& options, const 
 /// The name of a file as a word of a command line that is not an option.
 std::string fileWord(const std::filesystem::path& path) {
     const std::string name = path.string();
-    return shellWord(name.starts_with("-") ? "./" + name : name);
+    return shellWord(name.starts_with("-") && !isStandardStream(path) ? "./" + name : name);
 }
 
 void print(const TryOptions& options, const TrialResult& result, std::ostream& out) {
@@ -169,10 +174,10 @@ void print(const TryOptions& options, const TrialResult& result, std::ostream& o
 
 void runTry(const TryOptions& options, const Interrupt& interrupt, std::ostream& out,
             std::ostream& terminal, bool isTerminal) {
-    ImageFile::checkWritable(options.sheet);
+    outputFormat(options.sheet, options.format);
     const std::vector<BlurKernel> kernels = knownKernels(options.blurs);
     const ImageFile picture = ImageFile::read(options.input, options.maxPixels);
-    TemporaryFile target(options.sheet);
+    OutputFile target(options.sheet);
     interrupt.check();
 
     std::ostringstream warnings; // the bar has the line of the terminal to itself
@@ -182,10 +187,11 @@ void runTry(const TryOptions& options, const Interrupt& interrupt, std::ostream&
                              warnings);
     }();
     terminal << warnings.str();
-    target.write(drawnSheet(picture, options, result, interrupt).encode(options.sheet));
+    target.write(encodedPicture(drawnSheet(picture, options, result, interrupt), options.sheet,
+                                options.format));
     interrupt.check();
     target.commit();
-    print(options, result, out);
+    print(options, result, isStandardStream(options.sheet) ? terminal : out);
 }
 
 } // namespace velorn

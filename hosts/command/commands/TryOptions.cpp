@@ -3,6 +3,7 @@
 #include "hosts/command/arguments/Numbers.h"
 #include "hosts/command/arguments/shellWord.h"
 #include "hosts/command/commands/blurOf.h"
+#include "hosts/command/files/standardStreams.h"
 #include "hosts/command/terminal/Failure.h"
 
 #include <algorithm>
@@ -33,7 +34,9 @@ TryParser::TryParser(ArgumentParser& parser)
 }
 
 void TryParser::addFiles() {
-    m_command.add("IN", m_options.input, "Blurred picture: 8 or 16 bits per channel, grey or RGB.")
+    m_command
+        .add("IN", m_options.input,
+             "Blurred picture: 8 or 16 bits per channel, grey or RGB. '-' is the standard input.")
         .required();
     m_command
         .add("-o,--output", m_options.sheet,
@@ -42,6 +45,7 @@ void TryParser::addFiles() {
              "this way with 'velorn deblur IN OUT'; the command prints them, too.")
         .required()
         .valueName("SHEET");
+    m_format.addTo(m_command, "OPTIONS");
     m_regionOption =
         m_command
             .add("--region", m_region,
@@ -103,6 +107,7 @@ void TryParser::addKernels() {
 
 TryOptions TryParser::result() const {
     TryOptions options = m_options;
+    options.format = m_format.result(options.sheet);
     if (m_regionOption.isGiven()) {
         options.region = region();
     }
@@ -113,7 +118,21 @@ TryOptions TryParser::result() const {
     if (options.blurs.size() * std::max<std::size_t>(options.strengths.size(), 1) > kMostTiles) {
         throw UsageFailure("a sheet shows at most " + std::to_string(kMostTiles) + " restorations");
     }
+    checkInputs(options);
     return options;
+}
+
+/// @throws UsageFailure when the standard input is to be read twice
+void TryParser::checkInputs(const TryOptions& options) const {
+    std::vector<std::filesystem::path> inputs{options.input};
+    for (const TriedBlur& blur : options.blurs) {
+        if (const auto* file = std::get_if<KernelPath>(&blur.kernel)) {
+            inputs.push_back(file->path);
+        } else if (const auto* blind = std::get_if<BlindSettings>(&blur.kernel)) {
+            inputs.push_back(blind->start.value_or(""));
+        }
+    }
+    checkStandardInput(inputs);
 }
 
 PictureArea TryParser::region() const {

@@ -27,6 +27,8 @@ struct TryOptions {
     std::filesystem::path input;
     /// The file of the sheet.
     std::filesystem::path sheet;
+    /// As `FormatOption::result` gives it.
+    std::string format;
     /// Pixels that the picture may have.
     std::uint64_t maxPixels = 0;
     /// The part to restore, as displayed; without it, the command chooses.
@@ -57,6 +59,7 @@ private:
     void addSeries();
     void addBlurs();
     void addKernels();
+    void checkInputs(const TryOptions& options) const;
     PictureArea region() const;
     std::vector<TriedBlur> blurs(int threads) const;
     std::vector<TriedBlur> knownBlurs() const;
@@ -68,6 +71,7 @@ private:
     SettingOptions m_settingOptions;
     ModelOptions m_modelOptions;
     FileOptions m_fileOptions;
+    FormatOption m_format;
     TryOptions m_options;
     std::vector<int> m_region;
     std::vector<std::string> m_strengths;

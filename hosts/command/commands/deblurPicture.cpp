@@ -1,11 +1,12 @@
 #include "hosts/command/commands/deblurPicture.h"
 
 #include "hosts/command/batch/restorationMemory.h"
+#include "hosts/command/commands/FormatOption.h"
 #include "hosts/command/commands/KernelSearch.h"
 #include "hosts/command/commands/omittedMetadata.h"
 #include "hosts/command/files/fileFailures.h"
-#include "hosts/command/files/TemporaryFile.h"
-#include "hosts/command/formats/Format.h"
+#include "hosts/command/files/OutputFile.h"
+#include "hosts/command/files/standardStreams.h"
 #include "hosts/command/kernels/KernelFile.h"
 #include "hosts/command/kernels/KernelPicture.h"
 #include "hosts/command/kernels/kernelText.h"
@@ -69,14 +70,14 @@ struct SearchCall {
     /// `find` of `KernelSearch.h`.
     template <class Find>
     auto found(const Find& find) const {
-        return find(picture, options.input, settings, interrupt,
+        return find(picture, shownInput(options.input), settings, interrupt,
                     slicedProgress(context.progress, 0.0, kSearchShare));
     }
 };
 
 PictureBlur oneKernel(const SearchCall& call) {
-    const api::FoundKernel chosen =
-        chosenKernel(call.found(findKernels), call.options.input, call.settings, call.terminal);
+    const api::FoundKernel chosen = chosenKernel(
+        call.found(findKernels), shownInput(call.options.input), call.settings, call.terminal);
     if (call.context.printsBlur) {
         printKernel(chosen, call.picture.orientation(), call.terminal);
     }
@@ -85,7 +86,7 @@ PictureBlur oneKernel(const SearchCall& call) {
 
 PictureBlur kernelsOfParts(const SearchCall& call) {
     const api::FoundKernelGrid found = call.found(findLocalKernels);
-    checkLocalKernels(found, call.options.input, call.settings, call.terminal);
+    checkLocalKernels(found, shownInput(call.options.input), call.settings, call.terminal);
     const int orientation = call.picture.orientation();
     if (isLocal(found.grid)) {
         if (call.context.printsBlur) {
@@ -139,7 +140,7 @@ void restore(ImageFile& picture, const PictureBlur& blur, const DeblurOptions& o
     const bool isBlind = std::holds_alternative<BlindSettings>(options.kernel);
     const api::Progress progress =
         slicedProgress(context.progress, isBlind ? kSearchShare : 0.0, 1.0);
-    const VelornRestoreReport report = callLibrary(options.input, interrupt, [&] {
+    const VelornRestoreReport report = callLibrary(shownInput(options.input), interrupt, [&] {
         if (const auto* grid = std::get_if<api::KernelGrid>(&blur)) {
             return api::restoreLocal(pixels, pixels, *grid, settings, progress);
         }
@@ -163,7 +164,7 @@ std::uint64_t memoryFor(const ImageFile& picture, const DeblurOptions& options) 
 /// Reads the picture and checks that the file to write can hold it.
 ImageFile readPicture(const DeblurOptions& options, const Format& format) {
     ImageFile picture = ImageFile::read(options.input, options.files.maxPixels);
-    naming(options.output, [&] { checkSides(format, picture.shape()); });
+    naming(shownOutput(options.output), [&] { checkSides(format, picture.shape()); });
     if (options.files.encoding.bits == 16 || format.isLinear) {
         picture.setBits(16);
     }
@@ -173,10 +174,11 @@ ImageFile readPicture(const DeblurOptions& options, const Format& format) {
 /// The bytes of the file to write. Warns of what the file does not hold.
 std::vector<unsigned char> encoded(const ImageFile& picture, const Format& format,
                                    const DeblurOptions& options, const PictureContext& context) {
-    WrittenMetadata written =
-        naming(options.output, [&] { return picture.encode(format, options.files.encoding); });
+    WrittenMetadata written = naming(shownOutput(options.output), [&] {
+        return picture.encode(format, options.files.encoding);
+    });
     std::ostringstream warnings;
-    warnOfOmittedMetadata(written.omitted, options.output, warnings);
+    warnOfOmittedMetadata(written.omitted, shownOutput(options.output), warnings);
     context.print(warnings.str());
     return std::move(written.file);
 }
@@ -195,10 +197,10 @@ std::optional<BlurKernel> knownKernel(const KernelSource& source) {
 
 void deblurPicture(const DeblurOptions& options, const std::optional<BlurKernel>& displayed,
                    const PictureContext& context, const Interrupt& interrupt) {
-    const Format& format = outputFormatOfPath(options.output);
+    const Format& format = outputFormat(options.output, options.files.format);
     ImageFile picture = readPicture(options, format);
     // Opened before the long work, so that an output that cannot be written fails at once.
-    TemporaryFile target(options.output);
+    OutputFile target(options.output);
     interrupt.check();
 
     const int threads = context.reserve(memoryFor(picture, options));

@@ -14,7 +14,8 @@ namespace velorn {
 std::optional<BlurKernel> knownKernel(const KernelSource& source);
 
 /// Reads the picture `options.input`, restores it with the kernel `displayed`, or as the options
-/// say if there is none, and replaces `options.output` in a single step.
+/// say if there is none, and replaces `options.output` in a single step or writes it to the
+/// standard output.
 /// @throws Failure that names the file, Interrupted. The output is then unchanged.
 void deblurPicture(const DeblurOptions& options, const std::optional<BlurKernel>& displayed,
                    const PictureContext& context, const Interrupt& interrupt);

@@ -1,29 +1,61 @@
 #include "hosts/command/files/InputFile.h"
 
 #include "hosts/command/files/fileFailures.h"
+#include "hosts/command/files/openForReading.h"
 #include "hosts/command/files/standardStreams.h"
+#include "hosts/command/terminal/Interrupt.h"
 
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <poll.h>
 #include <unistd.h>
 #include <vector>
 
 namespace velorn {
+namespace {
+
+/// Milliseconds between two checks for a signal while the standard input has no bytes.
+constexpr int kPatience = 100;
+
+/// Waits until the standard input has bytes or has ended.
+/// @throws Interrupted
+void waitForInput() {
+    struct pollfd input {};
+    input.fd = STDIN_FILENO;
+    input.events = POLLIN;
+    do {
+        Interrupt::checkCurrent();
+    } while (::poll(&input, 1, kPatience) <= 0);
+}
+
+} // namespace
 
 InputFile::InputFile(const std::filesystem::path& path, std::uint64_t mostBytes)
-    : m_shown(path), m_openable(path) {
+    : m_shown(shownInput(path)), m_openable(path) {
     if (isStandardStream(path)) {
-        m_shown = "standard input";
         readStandardInput(mostBytes);
         m_openable = m_memory->path();
     } else if (path.string().find_first_of("?#") != std::string::npos) {
+        openForReading(path);
         m_descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
         if (m_descriptor < 0) {
             throw cannotRead(path, std::strerror(errno));
         }
         m_openable = "/proc/self/fd/" + std::to_string(m_descriptor);
     }
+}
+
+std::string InputFile::named(std::string message) const {
+    const std::string& name = m_openable.native();
+    for (std::size_t at = 0; m_openable != m_shown; at += m_shown.native().size()) {
+        at = message.find(name, at);
+        if (at == std::string::npos) {
+            break;
+        }
+        message.replace(at, name.size(), m_shown.native());
+    }
+    return message;
 }
 
 InputFile::~InputFile() {
@@ -37,6 +69,7 @@ void InputFile::readStandardInput(std::uint64_t mostBytes) {
     std::vector<unsigned char> buffer(std::size_t{1} << 20);
     std::uint64_t done = 0;
     for (;;) {
+        waitForInput();
         const ssize_t count = ::read(STDIN_FILENO, buffer.data(), buffer.size());
         if (count < 0 && errno == EINTR) {
             continue;

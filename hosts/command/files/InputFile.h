@@ -19,7 +19,7 @@ public:
     /// Opens the file; reads the standard input into memory if `path` is "-".
     /// @param mostBytes bytes that the standard input may have
     /// @throws Failure that names the file: it cannot be read, or the standard input has more
-    /// bytes.
+    ///         bytes. Interrupted while the standard input is read.
     explicit InputFile(const std::filesystem::path& path, std::uint64_t mostBytes = kMostBytes);
     ~InputFile();
     InputFile(const InputFile&) = delete;
@@ -29,6 +29,8 @@ public:
     const std::filesystem::path& openable() const { return m_openable; }
     /// The name for messages.
     const std::filesystem::path& shown() const { return m_shown; }
+    /// `message` of a library with `shown` instead of `openable`.
+    std::string named(std::string message) const;
 
 private:
     void readStandardInput(std::uint64_t mostBytes);

@@ -2,8 +2,10 @@
 
 #include "hosts/command/files/standardStreams.h"
 #include "hosts/command/terminal/Failure.h"
+#include "hosts/command/terminal/Interrupt.h"
 
 #include <cerrno>
+#include <csignal>
 #include <cstring>
 #include <string>
 #include <unistd.h>
@@ -25,6 +27,9 @@ void OutputFile::write(std::span<const unsigned char> bytes) {
     }
     while (!bytes.empty()) {
         const ssize_t count = ::write(STDOUT_FILENO, bytes.data(), bytes.size());
+        if (count < 0 && errno == EPIPE) {
+            throw Interrupted(SIGPIPE);
+        }
         if (count < 0 && errno != EINTR) {
             throw Failure(std::string("cannot write to the standard output: ") +
                           std::strerror(errno));
@@ -36,6 +41,12 @@ void OutputFile::write(std::span<const unsigned char> bytes) {
 void OutputFile::commit() {
     if (m_file) {
         m_file->commit();
+    }
+}
+
+void OutputFile::commitNew() {
+    if (m_file) {
+        m_file->commitNew();
     }
 }
 

@@ -16,11 +16,15 @@ public:
     ///         terminal.
     explicit OutputFile(const std::filesystem::path& path);
 
-    /// Appends `bytes`. @throws Failure: disc full, closed pipe and similar errors.
+    /// Appends `bytes`. @throws Failure: disc full and similar errors; Interrupted when nobody
+    /// reads
+    ///         the standard output.
     void write(std::span<const unsigned char> bytes);
 
     /// Completes the file. The standard output is complete after each `write`. @throws Failure
     void commit();
+    /// The same for a file that does not exist. @throws Failure also when it exists.
+    void commitNew();
 
 private:
     std::optional<TemporaryFile> m_file;

@@ -1,20 +1,14 @@
 #include "hosts/command/formats/Format.h"
 
+#include "hosts/command/arguments/suggestion.h"
 #include "hosts/command/files/fileFailures.h"
 #include "hosts/command/formats/formatTexts.h"
+#include "hosts/command/terminal/errorLine.h"
 
 #include <algorithm>
 
 namespace velorn {
 namespace {
-
-std::string lowerCase(std::string_view text) {
-    std::string lower(text);
-    std::ranges::transform(lower, lower.begin(), [](char c) {
-        return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-    });
-    return lower;
-}
 
 bool hasExtension(const Format& format, std::string_view extension) {
     return !extension.empty() &&
@@ -31,7 +25,41 @@ std::string writtenFormats() {
     return "the formats that can be written are " + writtenFormatNames();
 }
 
+/// The extensions of the formats that are written, with their points.
+std::vector<std::string> writtenExtensions() {
+    std::vector<std::string> extensions;
+    for (const Format& format : kFormats) {
+        for (const std::string_view extension : format.extensions) {
+            if (format.isWritten && !extension.empty()) {
+                extensions.push_back(std::string(1, '.').append(extension));
+            }
+        }
+    }
+    return extensions;
+}
+
+/// Why the extension of `path` selects no format.
+std::string unknownExtension(const std::filesystem::path& path) {
+    const std::string extension = printable(path.extension().string());
+    if (extension.size() < 2) {
+        return "its name has no extension; add one (with --output-dir, by --name) or give "
+               "--format; " +
+               writtenFormats();
+    }
+    const std::string near = suggestion(lowerCase(extension), writtenExtensions());
+    return "no picture format has the extension '" + shortened(extension, 20) + "'" +
+           (near.empty() ? "; " + writtenFormats() : near);
+}
+
 } // namespace
+
+std::string lowerCase(std::string_view text) {
+    std::string lower(text);
+    std::ranges::transform(lower, lower.begin(), [](char c) {
+        return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    });
+    return lower;
+}
 
 const Format* formatOfPath(const std::filesystem::path& path) {
     const std::string extension = lowerCase(path.extension().string());
@@ -54,8 +82,7 @@ const Format* formatOfCodec(std::string_view codecName) {
 const Format& outputFormatOfPath(const std::filesystem::path& path) {
     const Format* format = formatOfPath(path);
     if (format == nullptr) {
-        throw cannotWrite(path, "no picture format has the extension '" +
-                                    path.extension().string() + "'; " + writtenFormats());
+        throw cannotWrite(path, unknownExtension(path));
     }
     if (!format->isWritten) {
         throw cannotWrite(path, std::string(format->name) + " is only read; " + writtenFormats());

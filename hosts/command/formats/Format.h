@@ -165,6 +165,9 @@ inline constexpr std::array kFormats{
            Room::sixteenBits | Room::grey | Room::alpha},
 };
 
+/// ASCII letters in lower case.
+std::string lowerCase(std::string_view text);
+
 /// The format that the extension of `path` selects, or that `name`, the value of `--format`, has:
 /// a name in the table or an extension, in any case. Null when there is none.
 const Format* formatOfPath(const std::filesystem::path& path);

@@ -2,12 +2,14 @@
 
 #include "hosts/command/files/fileFailures.h"
 #include "hosts/command/files/openForReading.h"
+#include "hosts/command/files/standardStreams.h"
 #include "hosts/command/pictures/ImageFile.h"
 
 #include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstring>
+#include <iterator>
 #include <sstream>
 
 namespace velorn {
@@ -50,8 +52,19 @@ std::vector<float> parseRow(std::string line, const std::string& place) {
     return row;
 }
 
-BlurKernel readText(const std::filesystem::path& path) {
+/// Whether the bytes of a file are text, and none of the pictures that are.
+bool holdsText(const std::filesystem::path& path) {
     std::ifstream file = openForReading(path);
+    const std::string bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    const bool isPnm = bytes.size() > 1 && bytes[0] == 'P' && bytes[1] >= '1' && bytes[1] <= '6';
+    return !isPnm && !bytes.starts_with("#?") && std::ranges::none_of(bytes, [](char c) {
+        return static_cast<unsigned char>(c) < 0x20 && (c < '\t' || c > '\r');
+    });
+}
+
+BlurKernel readText(const InputFile& input) {
+    const std::filesystem::path& path = input.shown();
+    std::ifstream file = openForReading(input.openable());
     BlurKernel kernel;
     int number = 0;
     for (std::string line; std::getline(file, line);) {
@@ -87,8 +100,9 @@ int scaleOf(const ImageFile& picture) {
     return std::max(scale, 1);
 }
 
-BlurKernel readPicture(const std::filesystem::path& path, std::optional<int> wantedScale) {
-    const ImageFile picture = ImageFile::read(path);
+BlurKernel readPicture(const InputFile& input, std::optional<int> wantedScale) {
+    const std::filesystem::path& path = input.shown();
+    const ImageFile picture = ImageFile::read(input);
     const int scale = wantedScale ? *wantedScale : scaleOf(picture);
     if (picture.width() % scale != 0 || picture.height() % scale != 0) {
         throw failureIn(path, "sides of " + std::to_string(picture.width()) + " by " +
@@ -156,7 +170,10 @@ ImageFile pictureOf(const BlurKernel& kernel) {
 } // namespace
 
 BlurKernel KernelFile::read(const std::filesystem::path& path, std::optional<int> scale) {
-    return checkedKernel(isText(path) ? readText(path) : readPicture(path, scale), quoted(path));
+    const InputFile input(path);
+    const bool wantsText = isStandardStream(path) ? holdsText(input.openable()) : isText(path);
+    return checkedKernel(wantsText ? readText(input) : readPicture(input, scale),
+                         quoted(input.shown()));
 }
 
 void KernelFile::checkWritable(const std::filesystem::path& path) {

@@ -7,7 +7,9 @@
 
 namespace velorn {
 
-/// Kernels in files: as text (`.txt`, `.csv`) or as pictures (all other extensions).
+/// Kernels in files: as text (`.txt`, `.csv`) or as pictures (all other extensions). The standard
+/// input "-" holds text if it has no other control characters than blanks and line ends, and does
+/// not begin like a picture format that is text.
 ///
 /// Text holds one row of weights per line, separated by blanks, commas or semicolons; `#` starts a
 /// comment. Written numbers read back exactly.

@@ -57,9 +57,13 @@ void addAttributes(const ImageSpec& spec, PictureMetadata& metadata) {
 } // namespace
 
 ImageFile ImageFile::read(const std::filesystem::path& path, std::uint64_t maxPixels) {
-    const std::vector<unsigned char> bytes = bytesOfFile(path);
+    return read(InputFile(path), maxPixels);
+}
+
+ImageFile ImageFile::read(const InputFile& input, std::uint64_t maxPixels) {
+    const std::vector<unsigned char> bytes = bytesOfFile(input.openable());
     PictureMetadata metadata = PictureMetadata::read(bytes);
-    DecodedPixels decoded = decodePixels(path, bytes, metadata.profile(), maxPixels);
+    DecodedPixels decoded = decodePixels(input, bytes, metadata.profile(), maxPixels);
     ImageFile file(std::move(decoded.pixels));
     file.m_encoding = std::move(decoded.encoding);
     addAttributes(decoded.spec, metadata);

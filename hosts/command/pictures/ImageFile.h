@@ -1,6 +1,7 @@
 #pragma once
 
 #include "hosts/command/codecs/EncodingOptions.h"
+#include "hosts/command/files/InputFile.h"
 #include "hosts/command/metadata/MetadataWriter.h"
 #include "hosts/command/pictures/RgbPixels.h"
 #include "hosts/command/pixels/Pixels.h"
@@ -33,6 +34,7 @@ public:
     ///         profile, samples outside 0..1.
     static ImageFile read(const std::filesystem::path& path,
                           std::uint64_t maxPixels = kDefaultMaxPixels);
+    static ImageFile read(const InputFile& input, std::uint64_t maxPixels = kDefaultMaxPixels);
 
     /// A new black picture: `channels` 1 (grey) or 3 (RGB), `bits` 8 or 16.
     ImageFile(int width, int height, int channels, int bits);

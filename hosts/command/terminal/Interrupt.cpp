@@ -30,6 +30,7 @@ Interrupt::~Interrupt() {
     for (std::size_t i = 0; i < kSignals.size(); ++i) {
         sigaction(kSignals[i], &m_former[i], nullptr);
     }
+    g_signal = 0;
 }
 
 bool Interrupt::isRequested() const {
@@ -37,8 +38,12 @@ bool Interrupt::isRequested() const {
 }
 
 void Interrupt::check() const {
-    if (isRequested()) {
-        throw Interrupted(g_signal);
+    checkCurrent();
+}
+
+void Interrupt::checkCurrent() {
+    if (const int signal = g_signal; signal != 0) {
+        throw Interrupted(signal);
     }
 }
 

@@ -6,7 +6,8 @@
 
 namespace velorn {
 
-/// The user pressed Ctrl-C, the terminal was closed, or the system asked the program to end.
+/// The user pressed Ctrl-C, the terminal was closed, the system asked the program to end, or the
+/// reader of the standard output is gone (SIGPIPE).
 class Interrupted : public std::exception {
 public:
     explicit Interrupted(int signal) : m_signal(signal) {}
@@ -32,6 +33,9 @@ public:
 
     /// @throws Interrupted when a signal has arrived.
     void check() const;
+
+    /// The same for the object that exists; does nothing when there is none.
+    static void checkCurrent();
 
 private:
     static constexpr std::array<int, 4> kSignals{SIGHUP, SIGINT, SIGQUIT, SIGTERM};

@@ -51,7 +51,7 @@ TEST(Signals, EndARestorationWithoutLeavingAFile) {
     }
 }
 
-TEST(ClosedPipes, OfTheStandardOutputAreAShortFailure) {
+TEST(ClosedPipes, OfTheStandardOutputEndTheCommandQuietly) {
     const TemporaryFolder folder;
     const std::string in = (folder / "in.png").string();
     ImageSpec spec(100, 80, 1, TypeDesc::UINT8);
@@ -60,10 +60,8 @@ TEST(ClosedPipes, OfTheStandardOutputAreAShortFailure) {
          std::vector<std::vector<std::string>>{{kProgram, "estimate", in}, {kProgram, "--help"}}) {
         const ProgramResult result =
             vel::test::runProgram(words, [] { closeReaderOf(STDOUT_FILENO); });
-        EXPECT_EQ(result.exitStatus, 1);
-        EXPECT_NE(result.errors.find("velorn: cannot write to the standard output\n"),
-                  std::string::npos)
-            << result.errors;
+        EXPECT_EQ(result.exitStatus, 128 + SIGPIPE);
+        EXPECT_EQ(result.errors.find("cannot write"), std::string::npos) << result.errors;
     }
 }
 

@@ -48,6 +48,16 @@ TEST(Interrupt, NewObjectHasNoSignalAndHandlersAreRestored) {
     EXPECT_EQ(before.sa_handler, after.sa_handler);
 }
 
+TEST(Interrupt, CurrentObjectIsCheckedWithoutItsName) {
+    {
+        const Interrupt interrupt;
+        EXPECT_NO_THROW(Interrupt::checkCurrent());
+        std::raise(SIGHUP);
+        EXPECT_THROW(Interrupt::checkCurrent(), Interrupted);
+    }
+    EXPECT_NO_THROW(Interrupt::checkCurrent());
+}
+
 TEST(Interrupt, IgnoredSignalsStayIgnored) {
     const auto former = std::signal(SIGINT, SIG_IGN);
     {

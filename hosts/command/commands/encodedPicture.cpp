@@ -1,0 +1,20 @@
+#include "hosts/command/commands/encodedPicture.h"
+
+#include "hosts/command/commands/FormatOption.h"
+#include "hosts/command/files/fileFailures.h"
+#include "hosts/command/files/standardStreams.h"
+
+namespace velorn {
+
+std::vector<unsigned char> encodedPicture(const ImageFile& picture,
+                                          const std::filesystem::path& output,
+                                          const std::string& format) {
+    const Format& target = outputFormat(output, format);
+    try {
+        return picture.encode(target, EncodingOptions{}).file;
+    } catch (const Failure& failure) {
+        throw cannotWrite(shownOutput(output), onOneLine(failure.what()));
+    }
+}
+
+} // namespace velorn
