@@ -35,8 +35,15 @@ std::unique_ptr<ImageInput> openInput(const InputFile& file, bool isRaw = false)
     ImageSpec wishes;
     wishes.attribute("oiio:UnassociatedAlpha", 1);
     wishes.attribute("oiio:RawColor", isRaw ? 1 : 0);
-    auto input = ImageInput::open(file.openable().string(), &wishes);
+    const std::string name = file.openable().string();
+    auto input = ImageInput::open(name, &wishes);
     if (!input) {
+        // Without its extension, the library does not find the reader of this format.
+        ImageSpec ignored;
+        auto sgi = ImageInput::create("sgi");
+        if (sgi && sgi->open(name, ignored, wishes)) {
+            return sgi;
+        }
         throw cannotRead(file.shown(), file.named(onOneLine(OIIO::geterror())));
     }
     return input;
@@ -84,7 +91,8 @@ void checkChannels(const ImageSpec& spec, const std::filesystem::path& path) {
         throw Failure(quoted(path) + " has " + std::to_string(spec.nchannels) +
                       " channels; only grey and RGB are supported, each with or without alpha");
     }
-    if (spec.alpha_channel >= 0 && spec.alpha_channel != spec.nchannels - 1) {
+    // The reader of GIF numbers its alpha channel, the fourth, from one.
+    if (spec.alpha_channel >= 0 && spec.alpha_channel < spec.nchannels - 1) {
         throw Failure(quoted(path) +
                       " has its alpha channel before its colours, which is not supported");
     }

@@ -122,7 +122,8 @@ std::string formatManual() {
         text.append(".TP\n.B ")
             .append(format.name)
             .append(format.isWritten ? "\n" : " (only read)\n");
-        text.append(joined(extensionsOf(format), " ")).append("; ");
+        // A line that begins with a dot is a request, and is not printed.
+        text.append("\\&").append(joined(extensionsOf(format), " ")).append("; ");
         text.append(depthsOf(format)).append("; ").append(channelsOf(format)).append("; sides ");
         text.append(sidesOf(format)).append("; ").append(codingOf(format)).append("; metadata: ");
         text.append(metadataOf(format)).append(".\n");

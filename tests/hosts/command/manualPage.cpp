@@ -46,6 +46,17 @@ TEST(ManualPage, ListsTheFormatsOfTheTable) {
         << velorn::formatManual();
 }
 
+TEST(ManualPage, BeginsLinesWithADotOnlyForRequests) {
+    const std::set<std::string> requests{".TH", ".SH", ".PP", ".TP", ".B",  ".I",
+                                         ".BI", ".BR", ".RB", ".br", ".nf", ".fi"};
+    std::istringstream page(textOfFile(MANUAL_PAGE));
+    for (std::string line; std::getline(page, line);) {
+        if (line.starts_with('.')) {
+            EXPECT_TRUE(requests.contains(line.substr(0, line.find(' ')))) << line;
+        }
+    }
+}
+
 TEST(FormatsPage, HasTheTableOfTheProgram) {
     EXPECT_NE(textOfFile(FORMATS_PAGE).find(velorn::formatTableMarkdown()), std::string::npos)
         << velorn::formatTableMarkdown();
