@@ -2,8 +2,8 @@
 
 #include "hosts/command/arguments/ArgumentParser.h"
 #include "hosts/command/commands/FileOptions.h"
-#include "hosts/command/pictures/ImageFile.h"
 #include "hosts/command/commands/FormatOption.h"
+#include "hosts/command/pictures/ImageFile.h"
 
 #include <cstdint>
 #include <filesystem>

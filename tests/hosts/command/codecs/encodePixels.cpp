@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <gtest/gtest.h>
+#include <string_view>
 
 namespace {
 
@@ -76,6 +77,15 @@ int statedEffort(const std::vector<unsigned char>& png) {
     const std::string name = "IDAT";
     const auto data = std::search(png.begin(), png.end(), name.begin(), name.end());
     return data + 5 < png.end() ? data[5] >> 6 : -1;
+}
+
+TEST(EncodePixels, NoDateIsInvented) {
+    const auto bytes = encoded(noisyPixels(8, 8, 3, 16), "exr");
+    const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    // The name of the attribute and of its type, and its length.
+    const std::string_view empty("capDate\0string\0\0\0\0\0", 19);
+    EXPECT_TRUE(text.find("capDate") == std::string_view::npos ||
+                text.find(empty) != std::string_view::npos);
 }
 
 TEST(EncodePixels, CompressionTakesTheLeastEffort) {
