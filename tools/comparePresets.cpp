@@ -1,6 +1,6 @@
 // Measures the presets of the host on blurs that are known exactly and on one that is known only
 // approximately, and prints the table of docs/presets.md.
-#include "hosts/command/commands/Presets.h"
+#include "hosts/command/options/Presets.h"
 #include "hosts/command/terminal/Failure.h"
 #include "Pictures.h"
 #include "restored.h"

@@ -1,9 +1,9 @@
 // Draws the sample scene of the demonstration, and a photograph of it by a camera that is out of
 // focus, moved or shaken.
 #include "Degradation.h"
-#include "hosts/command/commands/blurOf.h"
 #include "hosts/command/files/TemporaryFile.h"
 #include "hosts/command/kernels/KernelFile.h"
+#include "hosts/command/options/blurOf.h"
 #include "hosts/command/terminal/Failure.h"
 #include "Pictures.h"
 #include "runTool.h"

@@ -1,7 +1,7 @@
 #include "hosts/command/commands/CommandLine.h"
 
 #include "hosts/command/arguments/ArgumentParser.h"
-#include "hosts/command/commands/CompletionParser.h"
+#include "hosts/command/options/CompletionParser.h"
 
 namespace velorn {
 namespace {

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "hosts/command/commands/DeblurOptions.h"
-#include "hosts/command/commands/EstimateOptions.h"
-#include "hosts/command/commands/KernelOptions.h"
-#include "hosts/command/commands/PreviewOptions.h"
-#include "hosts/command/commands/TryOptions.h"
+#include "hosts/command/options/DeblurOptions.h"
+#include "hosts/command/options/EstimateOptions.h"
+#include "hosts/command/options/KernelOptions.h"
+#include "hosts/command/options/PreviewOptions.h"
+#include "hosts/command/options/TryOptions.h"
 
 #include <optional>
 #include <ostream>

@@ -3,10 +3,10 @@
 #include "hosts/command/batch/availableMemory.h"
 #include "hosts/command/batch/runBatch.h"
 #include "hosts/command/commands/deblurPicture.h"
-#include "hosts/command/commands/FormatOption.h"
 #include "hosts/command/commands/shownProgress.h"
 #include "hosts/command/files/fileFailures.h"
 #include "hosts/command/files/standardStreams.h"
+#include "hosts/command/options/FormatOption.h"
 #include "hosts/command/pictures/codecThreads.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "hosts/command/commands/DeblurOptions.h"
+#include "hosts/command/options/DeblurOptions.h"
 #include "hosts/command/terminal/Interrupt.h"
 
 #include <ostream>

@@ -1,7 +1,6 @@
 #include "hosts/command/commands/EstimateCommand.h"
 
 #include "hosts/command/commands/encodedPicture.h"
-#include "hosts/command/commands/FormatOption.h"
 #include "hosts/command/commands/KernelSearch.h"
 #include "hosts/command/commands/shownProgress.h"
 #include "hosts/command/files/OutputFile.h"
@@ -9,6 +8,7 @@
 #include "hosts/command/kernels/KernelFile.h"
 #include "hosts/command/kernels/KernelPicture.h"
 #include "hosts/command/kernels/kernelText.h"
+#include "hosts/command/options/FormatOption.h"
 #include "hosts/command/sheet/CandidateSheet.h"
 #include "hosts/command/terminal/slicedProgress.h"
 

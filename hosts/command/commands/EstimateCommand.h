@@ -1,6 +1,6 @@
 #pragma once
 
-#include "hosts/command/commands/EstimateOptions.h"
+#include "hosts/command/options/EstimateOptions.h"
 #include "hosts/command/terminal/Interrupt.h"
 
 #include <ostream>

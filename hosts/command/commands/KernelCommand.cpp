@@ -1,8 +1,8 @@
 #include "hosts/command/commands/KernelCommand.h"
 
-#include "hosts/command/commands/FormatOption.h"
 #include "hosts/command/files/OutputFile.h"
 #include "hosts/command/kernels/KernelFile.h"
+#include "hosts/command/options/FormatOption.h"
 
 namespace velorn {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "hosts/command/commands/KernelOptions.h"
+#include "hosts/command/options/KernelOptions.h"
 #include "hosts/command/terminal/Interrupt.h"
 
 namespace velorn {

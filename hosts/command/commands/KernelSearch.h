@@ -1,6 +1,6 @@
 #pragma once
 
-#include "hosts/command/commands/BlindSettings.h"
+#include "hosts/command/options/BlindSettings.h"
 #include "hosts/command/pictures/ImageFile.h"
 #include "hosts/command/terminal/Interrupt.h"
 #include "velorn.hpp"

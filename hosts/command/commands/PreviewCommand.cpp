@@ -1,12 +1,12 @@
 #include "hosts/command/commands/PreviewCommand.h"
 
 #include "hosts/command/commands/encodedPicture.h"
-#include "hosts/command/commands/FormatOption.h"
 #include "hosts/command/files/fileFailures.h"
 #include "hosts/command/files/InputFile.h"
 #include "hosts/command/files/openForReading.h"
 #include "hosts/command/files/OutputFile.h"
 #include "hosts/command/files/standardStreams.h"
+#include "hosts/command/options/FormatOption.h"
 #include "hosts/command/pictures/DisplayPixels.h"
 #include "hosts/command/pictures/ImageFile.h"
 #include "hosts/command/pictures/upright.h"

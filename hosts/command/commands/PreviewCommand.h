@@ -1,6 +1,6 @@
 #pragma once
 
-#include "hosts/command/commands/PreviewOptions.h"
+#include "hosts/command/options/PreviewOptions.h"
 #include "hosts/command/terminal/Interrupt.h"
 
 #include <ostream>

@@ -2,7 +2,6 @@
 
 #include "hosts/command/arguments/shellWord.h"
 #include "hosts/command/commands/encodedPicture.h"
-#include "hosts/command/commands/FormatOption.h"
 #include "hosts/command/commands/KernelSearch.h"
 #include "hosts/command/commands/shownProgress.h"
 #include "hosts/command/files/fileFailures.h"
@@ -10,6 +9,7 @@
 #include "hosts/command/files/standardStreams.h"
 #include "hosts/command/kernels/KernelFile.h"
 #include "hosts/command/kernels/kernelText.h"
+#include "hosts/command/options/FormatOption.h"
 #include "hosts/command/pictures/Orientation.h"
 #include "hosts/command/sheet/detailArea.h"
 #include "hosts/command/sheet/shownPart.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "hosts/command/commands/TryOptions.h"
+#include "hosts/command/options/TryOptions.h"
 #include "hosts/command/terminal/Interrupt.h"
 
 #include <ostream>

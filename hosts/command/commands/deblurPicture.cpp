@@ -1,7 +1,6 @@
 #include "hosts/command/commands/deblurPicture.h"
 
 #include "hosts/command/batch/restorationMemory.h"
-#include "hosts/command/commands/FormatOption.h"
 #include "hosts/command/commands/KernelSearch.h"
 #include "hosts/command/commands/omittedMetadata.h"
 #include "hosts/command/files/fileFailures.h"
@@ -11,6 +10,7 @@
 #include "hosts/command/kernels/KernelPicture.h"
 #include "hosts/command/kernels/kernelText.h"
 #include "hosts/command/library/callLibrary.h"
+#include "hosts/command/options/FormatOption.h"
 #include "hosts/command/pictures/Orientation.h"
 #include "hosts/command/terminal/slicedProgress.h"
 

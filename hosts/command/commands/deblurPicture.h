@@ -1,7 +1,7 @@
 #pragma once
 
 #include "hosts/command/batch/PictureContext.h"
-#include "hosts/command/commands/DeblurOptions.h"
+#include "hosts/command/options/DeblurOptions.h"
 #include "hosts/command/terminal/Interrupt.h"
 
 #include <optional>

@@ -1,8 +1,8 @@
 #include "hosts/command/commands/encodedPicture.h"
 
-#include "hosts/command/commands/FormatOption.h"
 #include "hosts/command/files/fileFailures.h"
 #include "hosts/command/files/standardStreams.h"
+#include "hosts/command/options/FormatOption.h"
 
 namespace velorn {
 

@@ -1,6 +1,6 @@
 #include "hosts/command/arguments/usageMessage.h"
 
-#include "tests/hosts/command/commands/parsedCommand.h"
+#include "tests/hosts/command/options/parsedCommand.h"
 
 #include <gtest/gtest.h>
 
