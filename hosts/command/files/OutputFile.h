@@ -16,9 +16,9 @@ public:
     ///         terminal.
     explicit OutputFile(const std::filesystem::path& path);
 
-    /// Appends `bytes`. @throws Failure: disc full and similar errors; Interrupted when nobody
-    /// reads
-    ///         the standard output.
+    /// Appends `bytes`.
+    /// @throws Failure: disc full and similar errors. Interrupted when nobody reads the standard
+    ///         output.
     void write(std::span<const unsigned char> bytes);
 
     /// Completes the file. The standard output is complete after each `write`. @throws Failure
