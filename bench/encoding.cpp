@@ -4,7 +4,7 @@
 //             that of the restoration of the same picture from a disc of radius 2, measured
 //             alternately in one run on the same number of threads; `megabytes` of the file
 //
-//   bench_encoding --benchmark_filter=/24/ [PHOTOGRAPH...]
+//   bench_encoding --benchmark_filter=megapixels:24 [PHOTOGRAPH...]
 //
 // The pictures are mosaics of the photographs, softened, with noise; without photographs, of a
 // drawn scene.

@@ -55,9 +55,7 @@ void chooseCompression(ImageSpec& spec, const Pixels& pixels, const Format& form
     } else if (format.codecName == "openexr") {
         spec.attribute("compression", "rle");
         // Without any, the image library takes the present time for that of the photograph.
-        if (spec.find_attribute("DateTime") == nullptr) {
-            spec.attribute("DateTime", "");
-        }
+        spec.attribute("DateTime", "");
     }
 }
 

@@ -48,12 +48,13 @@ InputFile::InputFile(const std::filesystem::path& path, std::uint64_t mostBytes)
 
 std::string InputFile::named(std::string message) const {
     const std::string& name = m_openable.native();
-    for (std::size_t at = 0; m_openable != m_shown; at += m_shown.native().size()) {
-        at = message.find(name, at);
-        if (at == std::string::npos) {
-            break;
-        }
-        message.replace(at, name.size(), m_shown.native());
+    const std::string& shown = m_shown.native();
+    if (name == shown) {
+        return message;
+    }
+    for (std::size_t at = message.find(name); at != std::string::npos;
+         at = message.find(name, at + shown.size())) {
+        message.replace(at, name.size(), shown);
     }
     return message;
 }

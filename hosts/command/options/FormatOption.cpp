@@ -10,7 +10,6 @@
 #include <algorithm>
 
 namespace velorn {
-
 namespace {
 
 /// The values of the option: extensions of other files, and names of formats of pictures.
