@@ -1,9 +1,9 @@
 #include "hosts/command/arguments/usageMessage.h"
 
 #include "hosts/command/arguments/alternatives.h"
-#include "hosts/command/arguments/suggestion.h"
 #include "hosts/command/terminal/errorLine.h"
 #include "hosts/command/terminal/Failure.h"
+#include "hosts/command/terminal/suggestion.h"
 
 #include <algorithm>
 #include <CLI/CLI.hpp>

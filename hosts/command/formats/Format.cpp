@@ -1,9 +1,9 @@
 #include "hosts/command/formats/Format.h"
 
-#include "hosts/command/arguments/suggestion.h"
 #include "hosts/command/files/fileFailures.h"
 #include "hosts/command/formats/formatTexts.h"
 #include "hosts/command/terminal/errorLine.h"
+#include "hosts/command/terminal/suggestion.h"
 
 #include <algorithm>
 

@@ -1,11 +1,11 @@
 #include "hosts/command/options/FormatOption.h"
 
 #include "hosts/command/arguments/alternatives.h"
-#include "hosts/command/arguments/suggestion.h"
 #include "hosts/command/files/fileFailures.h"
 #include "hosts/command/files/standardStreams.h"
 #include "hosts/command/formats/Format.h"
 #include "hosts/command/terminal/errorLine.h"
+#include "hosts/command/terminal/suggestion.h"
 
 #include <algorithm>
 

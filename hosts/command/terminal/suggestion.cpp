@@ -1,4 +1,4 @@
-#include "hosts/command/arguments/suggestion.h"
+#include "hosts/command/terminal/suggestion.h"
 
 #include <algorithm>
 
